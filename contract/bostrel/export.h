@@ -1,0 +1,4 @@
+#pragma once
+
+/// Marks what callers of `libkorvex.so` may use; everything else is hidden.
+#define ZQ_EXPORT __attribute__((visibility("default")))

@@ -1,0 +1,152 @@
+#pragma once
+
+/// Owning iterators: what every query that yields many values returns. An iterator that has run
+/// out is false; a null iterator is an empty one. One iterator belongs to one thread.
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace Bostrel {
+
+/// The abstract iterator, for sources that aren't a plain vector. `ZQIter` is its owning handle.
+template <class T>
+class ZQIterBase {
+ public:
+  virtual ~ZQIterBase() = default;
+  /// A new iterator at the same position, owned by the caller.
+  virtual ZQIterBase* Copy() const = 0;
+  /// Moves back by one so that the next `++` yields the present value again.
+  virtual void Push() { --*this; }
+  virtual ZQIterBase& operator++() = 0;
+  virtual ZQIterBase& operator--() = 0;
+  virtual ZQIterBase& operator+=(unsigned int n) = 0;
+  virtual ZQIterBase& operator-=(unsigned int n) = 0;
+  virtual ZQIterBase& operator+=(int n) {
+    return n < 0 ? *this -= 0U - static_cast<unsigned>(n) : *this += static_cast<unsigned>(n);
+  }
+  virtual ZQIterBase& operator-=(int n) {
+    return n < 0 ? *this += 0U - static_cast<unsigned>(n) : *this -= static_cast<unsigned>(n);
+  }
+  virtual void ToFirst() = 0;
+  virtual void ToLast() = 0;
+  virtual T& operator*() const = 0;
+  virtual T* operator->() const = 0;
+  /// Whether there is a present value.
+  virtual explicit operator bool() const = 0;
+};
+
+/// Owns an iterator of any kind; default constructed, or made from null, it is empty. Stepping
+/// an empty iterator does nothing; dereferencing one is undefined.
+template <class T>
+class ZQIter {
+ public:
+  ZQIter() = default;
+  ZQIter(ZQIterBase<T>* base) : base_(base) {}
+  ZQIter(const ZQIter& other) : base_(other.base_ ? other.base_->Copy() : nullptr) {}
+  ZQIter(ZQIter&&) noexcept = default;
+  ZQIter& operator=(ZQIter other) noexcept {
+    base_ = std::move(other.base_);
+    return *this;
+  }
+  ~ZQIter() = default;
+
+  bool IsValid() const { return base_ && static_cast<bool>(*base_); }
+  explicit operator bool() const { return IsValid(); }
+  T& operator*() const { return **base_; }
+  T* operator->() const { return base_->operator->(); }
+  ZQIter& operator++() {
+    if (base_) ++*base_;
+    return *this;
+  }
+  ZQIter& operator--() {
+    if (base_) --*base_;
+    return *this;
+  }
+  ZQIter& operator+=(unsigned int n) {
+    if (base_) *base_ += n;
+    return *this;
+  }
+  void ToFirst() {
+    if (base_) base_->ToFirst();
+  }
+  void ToLast() {
+    if (base_) base_->ToLast();
+  }
+
+ private:
+  std::unique_ptr<ZQIterBase<T>> base_;
+};
+
+/// Iterates over a vector: one that it owns, or one that must outlive it.
+template <class T>
+class ZQVectorIter : public ZQIterBase<T> {
+ public:
+  using Vector = std::vector<std::remove_const_t<T>>;
+
+  explicit ZQVectorIter(Vector&& values) : owned_(std::move(values)), values_(&owned_) {}
+  explicit ZQVectorIter(Vector* values) : values_(values) {}
+  ZQVectorIter(const ZQVectorIter& other)
+      : owned_(other.owned_),
+        values_(other.values_ == &other.owned_ ? &owned_ : other.values_),
+        position_(other.position_) {}
+  ZQVectorIter& operator=(const ZQVectorIter&) = delete;
+
+  ZQVectorIter* Copy() const override { return new ZQVectorIter(*this); }
+  ZQVectorIter& operator++() override { return *this += 1U; }
+  ZQVectorIter& operator--() override { return *this -= 1U; }
+  using ZQIterBase<T>::operator+=;
+  using ZQIterBase<T>::operator-=;
+  ZQVectorIter& operator+=(unsigned int n) override {
+    position_ += n;
+    return *this;
+  }
+  ZQVectorIter& operator-=(unsigned int n) override {
+    position_ -= n;
+    return *this;
+  }
+  void ToFirst() override { position_ = 0; }
+  void ToLast() override { position_ = values_->size() - 1; }
+  T& operator*() const override { return (*values_)[position_]; }
+  T* operator->() const override { return &(*values_)[position_]; }
+  // A step before the first entry wraps to a huge position, which is past the end as well.
+  explicit operator bool() const override { return position_ < values_->size(); }
+
+ private:
+  Vector owned_;
+  Vector* values_;
+  std::size_t position_ = 0;
+};
+
+/// Iterates over objects by way of a vector of pointers to them, as atoms and bonds are.
+template <class T>
+class ZQPointerIter : public ZQIterBase<T> {
+ public:
+  explicit ZQPointerIter(std::vector<T*>&& pointers) : pointers_(std::move(pointers)) {}
+
+  ZQPointerIter* Copy() const override { return new ZQPointerIter(*this); }
+  ZQPointerIter& operator++() override { return *this += 1U; }
+  ZQPointerIter& operator--() override { return *this -= 1U; }
+  using ZQIterBase<T>::operator+=;
+  using ZQIterBase<T>::operator-=;
+  ZQPointerIter& operator+=(unsigned int n) override {
+    position_ += n;
+    return *this;
+  }
+  ZQPointerIter& operator-=(unsigned int n) override {
+    position_ -= n;
+    return *this;
+  }
+  void ToFirst() override { position_ = 0; }
+  void ToLast() override { position_ = pointers_.size() - 1; }
+  T& operator*() const override { return *pointers_[position_]; }
+  T* operator->() const override { return pointers_[position_]; }
+  explicit operator bool() const override { return position_ < pointers_.size(); }
+
+ private:
+  std::vector<T*> pointers_;
+  std::size_t position_ = 0;
+};
+
+}  // namespace Bostrel

@@ -1,0 +1,233 @@
+#pragma once
+
+/// The molecule as korvex sees it: three abstract classes that any toolkit's molecule can stand
+/// behind. `ZQMol` and `ZQGraphMol` (graphmol.h) are the built-in implementations.
+///
+/// Indices are small non-negative integers, stable while the molecule isn't edited; deletion
+/// leaves holes, so that a slot accessor may answer null. Atom and bond pointers belong to the
+/// molecule and live until they are deleted or the molecule is cleared. A molecule may be read
+/// from many threads at once, but perception and edits need it alone.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "contract/bostrel/base.h"
+#include "contract/bostrel/export.h"
+#include "contract/bostrel/iter.h"
+
+namespace Quarnel {
+
+class ZQBondBase;
+class ZQMolBase;
+
+/// What a tetrahedral centre was drawn as. Looking from the first neighbour, the others turn
+/// counterclockwise ("@") or clockwise ("@@"). The order of neighbours: an implicit hydrogen or
+/// lone pair first, then the atom's bonds by ascending bond index.
+enum class ZQAtomStereo : std::uint8_t { None, CounterClockwise, Clockwise };
+
+/// What a double bond was drawn as, told of two reference atoms: on either end the neighbour
+/// (not the other end) that is reached by the bond of the lowest index.
+enum class ZQBondStereo : std::uint8_t { None, Cis, Trans };
+
+class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
+ public:
+  virtual unsigned int GetIdx() const = 0;
+  /// 0 for a dummy atom.
+  virtual unsigned int GetAtomicNum() const = 0;
+  virtual int GetFormalCharge() const = 0;
+  /// Mass number, 0 if unspecified.
+  virtual unsigned int GetIsotope() const = 0;
+  /// Atom class of a SMILES, atom map number of a molfile; 0 for none.
+  virtual unsigned int GetMapIdx() const = 0;
+  /// Hydrogens held as a count on the atom.
+  virtual unsigned int GetImplicitHCount() const = 0;
+  virtual ZQAtomStereo GetStereo() const = 0;
+
+  /// 1 to 5 for sp, sp2, sp3, sp3d, sp3d2; 0 when none or not perceived.
+  virtual unsigned int GetHyb() const = 0;
+  /// Topological symmetry class, 0 when not perceived.
+  virtual unsigned int GetSymmetryClass() const = 0;
+  virtual bool IsAromatic() const = 0;
+  virtual bool IsInRing() const = 0;
+  /// Whether the atom could carry stereo, specified or not.
+  virtual bool IsChiral() const = 0;
+
+  virtual void SetFormalCharge(int charge) = 0;
+  virtual void SetIsotope(unsigned int massNumber) = 0;
+  virtual void SetMapIdx(unsigned int mapIdx) = 0;
+  virtual void SetImplicitHCount(unsigned int count) = 0;
+  virtual void SetStereo(ZQAtomStereo stereo) = 0;
+  virtual void SetHyb(unsigned int hyb) = 0;
+  virtual void SetSymmetryClass(unsigned int symmetryClass) = 0;
+  virtual void SetAromatic(bool aromatic) = 0;
+  virtual void SetInRing(bool inRing) = 0;
+  virtual void SetChiral(bool chiral) = 0;
+
+  /// The incident bonds one by one, by ascending bond index: the bond after `previous`, or the
+  /// first for null; null at the end. The walk without an allocation.
+  virtual ZQBondBase* NextBond(const ZQBondBase* previous) const = 0;
+
+  // What follows from the operations above.
+
+  /// Implicit and explicit hydrogens together.
+  unsigned int GetTotalHCount() const;
+  /// Neighbours that aren't hydrogen.
+  unsigned int GetHvyDegree() const;
+  /// Connections, implicit hydrogens included.
+  unsigned int GetDegree() const;
+  /// Sum of the bond orders, implicit hydrogens included. Aromatic bonds count with their
+  /// Kekulé orders.
+  unsigned int GetValence() const;
+  bool IsHydrogen() const { return GetAtomicNum() == 1; }
+  bool IsCarbon() const { return GetAtomicNum() == 6; }
+  bool IsNitrogen() const { return GetAtomicNum() == 7; }
+  bool IsSulfur() const { return GetAtomicNum() == 16; }
+  bool IsHalogen() const;
+
+  /// Neighbour atoms, and incident bonds.
+  Bostrel::ZQIter<ZQAtomBase> GetAtoms() const;
+  Bostrel::ZQIter<ZQBondBase> GetBonds() const;
+};
+
+class ZQ_EXPORT ZQBondBase : public Bostrel::ZQBase {
+ public:
+  virtual unsigned int GetIdx() const = 0;
+  virtual ZQAtomBase* GetBgn() const = 0;
+  virtual ZQAtomBase* GetEnd() const = 0;
+  /// 1 to 4; an aromatic bond has its Kekulé order. 0 for a bond of no order (coordination).
+  virtual unsigned int GetOrder() const = 0;
+  virtual ZQBondStereo GetStereo() const = 0;
+  virtual bool IsAromatic() const = 0;
+  virtual bool IsInRing() const = 0;
+  /// Whether the double bond could carry stereo, specified or not.
+  virtual bool IsChiral() const = 0;
+
+  virtual void SetOrder(unsigned int order) = 0;
+  virtual void SetStereo(ZQBondStereo stereo) = 0;
+  virtual void SetAromatic(bool aromatic) = 0;
+  virtual void SetInRing(bool inRing) = 0;
+  virtual void SetChiral(bool chiral) = 0;
+
+  /// The other end; null if `atom` is no end of this bond.
+  ZQAtomBase* GetNbr(const ZQAtomBase* atom) const {
+    ZQAtomBase* bgn = GetBgn();
+    ZQAtomBase* end = GetEnd();
+    return atom == bgn ? end : atom == end ? bgn : nullptr;
+  }
+};
+
+/// Perception steps, as `IsPerceived` numbers them.
+namespace ZQPerceived {
+inline constexpr unsigned int Rings = 1;          ///< ring membership
+inline constexpr unsigned int Aromaticity = 2;    ///< aromaticity
+inline constexpr unsigned int Hybridization = 3;  ///< hybridization
+inline constexpr unsigned int Chirality = 4;      ///< atoms and bonds that could carry stereo
+inline constexpr unsigned int Symmetry = 5;       ///< symmetry classes
+}  // namespace ZQPerceived
+
+/// A condition on an atom or bond.
+template <class T>
+class ZQPredicate {
+ public:
+  virtual ~ZQPredicate() = default;
+  virtual bool operator()(const T& item) const = 0;
+};
+
+class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
+ public:
+  /// The molecule is usable: false after a read that failed, true again after `Clear`. A
+  /// molecule of no atoms is valid.
+  virtual bool IsValid() const = 0;
+  virtual void SetValid(bool valid) = 0;
+  /// Valid and not empty.
+  explicit operator bool() const { return IsValid() && NumAtoms() != 0; }
+
+  virtual const std::string& GetTitle() const = 0;
+  virtual void SetTitle(const std::string& title) = 0;
+
+  virtual unsigned int NumAtoms() const = 0;
+  virtual unsigned int NumBonds() const = 0;
+  /// One more than the largest index in use.
+  virtual unsigned int GetMaxAtomIdx() const = 0;
+  virtual unsigned int GetMaxBondIdx() const = 0;
+  /// The atom or bond of an index below `GetMaxAtomIdx` or `GetMaxBondIdx`; null for a hole.
+  virtual ZQAtomBase* GetAtomAt(unsigned int idx) const = 0;
+  virtual ZQBondBase* GetBondAt(unsigned int idx) const = 0;
+
+  /// Adds an atom or bond with the next index. A bond from an atom to itself, a second bond
+  /// between two atoms, or a foreign atom gives null.
+  virtual ZQAtomBase* NewAtom(unsigned int atomicNum) = 0;
+  virtual ZQBondBase* NewBond(ZQAtomBase* bgn, ZQAtomBase* end, unsigned int order) = 0;
+  /// Removes the atom and its bonds; false if it isn't this molecule's.
+  virtual bool DeleteAtom(ZQAtomBase* atom) = 0;
+  virtual bool DeleteBond(ZQBondBase* bond) = 0;
+  /// Valid, no atoms, no title, no data.
+  virtual void Clear() = 0;
+
+  /// Whether a step of `ZQPerceived` is done. Adding or deleting an atom or bond undoes all steps;
+  /// a changed property undoes none.
+  virtual bool IsPerceived(unsigned int step) const = 0;
+  virtual void SetPerceived(unsigned int step, bool done) = 0;
+
+  /// Called before and after a run of edits, so that a toolkit can defer its own bookkeeping.
+  virtual void BeginEdit() {}
+  virtual void EndEdit() {}
+
+  // What follows from the operations above.
+
+  Bostrel::ZQIter<ZQAtomBase> GetAtoms() const;
+  Bostrel::ZQIter<ZQAtomBase> GetAtoms(const ZQPredicate<ZQAtomBase>& predicate) const;
+  Bostrel::ZQIter<ZQBondBase> GetBonds() const;
+  /// The first that satisfies the predicate, or null.
+  ZQAtomBase* GetAtom(const ZQPredicate<ZQAtomBase>& predicate) const;
+  ZQBondBase* GetBond(const ZQPredicate<ZQBondBase>& predicate) const;
+};
+
+/// A molecule that could hold several conformations: what files are read into.
+class ZQ_EXPORT ZQMCMolBase : public ZQMolBase {};
+
+template <class T>
+class ZQHasIdx final : public ZQPredicate<T> {
+ public:
+  explicit ZQHasIdx(unsigned int idx) : idx_(idx) {}
+  bool operator()(const T& item) const override { return item.GetIdx() == idx_; }
+
+ private:
+  unsigned int idx_;
+};
+
+/// Any atom but a hydrogen.
+class ZQIsHeavy final : public ZQPredicate<ZQAtomBase> {
+ public:
+  bool operator()(const ZQAtomBase& atom) const override { return !atom.IsHydrogen(); }
+};
+
+class ZQIsHydrogen final : public ZQPredicate<ZQAtomBase> {
+ public:
+  bool operator()(const ZQAtomBase& atom) const override { return atom.IsHydrogen(); }
+};
+
+class ZQHasAtomicNum final : public ZQPredicate<ZQAtomBase> {
+ public:
+  explicit ZQHasAtomicNum(unsigned int atomicNum) : atomicNum_(atomicNum) {}
+  bool operator()(const ZQAtomBase& atom) const override {
+    return atom.GetAtomicNum() == atomicNum_;
+  }
+
+ private:
+  unsigned int atomicNum_;
+};
+
+/// A neighbour carbon (alpha) has another neighbour carbon (beta) with a multiple bond or, where
+/// `orAromatic` says so, an aromatic one.
+class ZQ_EXPORT ZQHasAlphaBetaUnsat final : public ZQPredicate<ZQAtomBase> {
+ public:
+  explicit ZQHasAlphaBetaUnsat(bool orAromatic = true) : orAromatic_(orAromatic) {}
+  bool operator()(const ZQAtomBase& atom) const override;
+
+ private:
+  bool orAromatic_;
+};
+
+}  // namespace Quarnel

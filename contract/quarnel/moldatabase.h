@@ -1,0 +1,45 @@
+#pragma once
+
+/// Random access to a file of molecules. Opening maps the file (or unpacks it, for `.gz`) and
+/// finds where each record starts, in one pass and 8 bytes a record. Records are parsed on
+/// demand. After `Open` all const operations are safe from many threads on one object.
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "contract/quarnel/mol.h"
+
+namespace Quarnel {
+
+class ZQ_EXPORT ZQMolDatabase {
+ public:
+  ZQMolDatabase();
+  ~ZQMolDatabase();
+  ZQMolDatabase(const ZQMolDatabase&) = delete;
+  ZQMolDatabase& operator=(const ZQMolDatabase&) = delete;
+
+  /// Opens `.smi .ism .can .smiles` (a SMILES, white space and a title on each line; blank lines
+  /// are no records) or `.sdf .sd .mol`, each also with `.gz` behind it. False after a warning
+  /// that names the file and the cause.
+  bool Open(const std::string& filename);
+  /// Whether the name's extension is one that `Open` reads.
+  static bool IsReadable(const std::string& filename);
+
+  /// Number of records: indices run from 0 to one less.
+  unsigned int GetMaxMolIdx() const;
+  /// Parses a record. False, after one warning with the record's number, if it can't be read; the
+  /// molecule is then not valid.
+  bool GetMolecule(ZQMolBase& mol, unsigned int idx) const;
+  /// The title of a record, also of one that can't be read as a molecule; empty past the end.
+  std::string GetTitle(unsigned int idx) const;
+  /// The SMILES of a record: its own text in a SMILES file, written from the molecule otherwise.
+  /// Empty if the record can't be read.
+  std::string GetSmiles(unsigned int idx) const;
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace Quarnel

@@ -1,0 +1,58 @@
+#pragma once
+
+/// What the library asks of the platform: streams, processors, time and the stack.
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "contract/bostrel/export.h"
+
+namespace Vantrel {
+
+using zqistream = std::istream;
+using zqostream = std::ostream;
+using zqisstream = std::istringstream;
+using zqosstream = std::ostringstream;
+
+/// A binary input file with the bounded reads that untrusted headers need.
+class ZQ_EXPORT zqifstream : public std::ifstream {
+ public:
+  zqifstream() = default;
+  explicit zqifstream(const std::string& name) { Open(name); }
+  /// False for anything that isn't a readable regular file, a directory included.
+  bool Open(const std::string& name);
+  /// Size in bytes, -1 if not open.
+  std::int64_t Size();
+  /// Skips white space and reads up to `limit` bytes that aren't white space.
+  bool ReadToken(std::string& token, std::size_t limit);
+  /// Reads up to a line feed, which is taken and dropped; false at the end of the file or when
+  /// `limit` bytes hold no line feed.
+  bool ReadLine(std::string& line, std::size_t limit);
+};
+
+/// Reads or writes exactly `bytes` bytes.
+inline bool ZQ_io_read_binary(zqistream& in, void* data, std::size_t bytes) {
+  return static_cast<bool>(in.read(static_cast<char*>(data), static_cast<std::streamsize>(bytes)));
+}
+inline bool ZQ_io_write_binary(zqostream& out, const void* data, std::size_t bytes) {
+  return static_cast<bool>(
+      out.write(static_cast<const char*>(data), static_cast<std::streamsize>(bytes)));
+}
+
+/// Processors that this process may run on, at least 1.
+ZQ_EXPORT unsigned int ZQGetNumProcessors();
+
+/// Seconds since the epoch, with fractions.
+ZQ_EXPORT double ZQGetTimeOfDay();
+
+inline bool ZQIsNaN(double x) { return std::isnan(x); }
+
+/// Scratch arrays above this many bytes come from the heap.
+ZQ_EXPORT std::size_t ZQGetAllocaThreshold();
+
+}  // namespace Vantrel

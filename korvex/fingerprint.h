@@ -1,0 +1,123 @@
+#pragma once
+
+/// The fingerprint value and its types. A fingerprint is a bit vector that knows its type; a type
+/// is an immutable, interned description: kind, version, packed parameters. Two fingerprints are
+/// comparable exactly when they hold the same type pointer. Type objects live to process exit,
+/// are shared by bare pointer and may be read from any thread.
+
+#include <cstdint>
+#include <string>
+
+#include "contract/bostrel/bitvector.h"
+#include "korvex/siblings.h"
+
+namespace ZQKorvex {
+
+/// Kinds of fingerprint. Numbers are stored in files and never renumbered.
+namespace ZQFPType {
+inline constexpr unsigned int MACCS166 = 101;
+inline constexpr unsigned int Path = 102;
+inline constexpr unsigned int Lingo = 103;
+inline constexpr unsigned int Circular = 104;
+inline constexpr unsigned int Tree = 105;
+inline constexpr unsigned int UnhashedPath = 9000;
+inline constexpr unsigned int UnhashedCircular = 9001;
+inline constexpr unsigned int UnhashedTree = 9002;
+}  // namespace ZQFPType
+
+class ZQ_EXPORT ZQFPTypeBase {
+ public:
+  virtual ~ZQFPTypeBase() = default;
+  ZQFPTypeBase(const ZQFPTypeBase&) = delete;
+  ZQFPTypeBase& operator=(const ZQFPTypeBase&) = delete;
+
+  /// A constant of `ZQFPType`.
+  virtual unsigned int GetFPType() const = 0;
+  /// The text form, such as
+  /// "Path,ver=2.0.0,size=4096,bonds=0-5,atype=AtmNum|Arom,btype=Order".
+  virtual std::string GetFPTypeString() const = 0;
+
+  /// Packed version (fpversion.h).
+  unsigned short GetVersion() const { return version_; }
+  /// Packed parameters; 0 for MACCS-166 and Lingo.
+  std::uint64_t GetID() const { return id_; }
+
+ protected:
+  ZQFPTypeBase(unsigned short version, std::uint64_t id) : version_(version), id_(id) {}
+
+ private:
+  unsigned short version_;
+  std::uint64_t id_;
+};
+
+/// A fingerprint: its bits and its type. Without a type it is uninitialised: false as a boolean,
+/// and refused by every comparison.
+class ZQ_EXPORT ZQFingerPrint : public ZQBitVector {
+ public:
+  ZQFingerPrint() = default;
+
+  explicit operator bool() const { return type_ != nullptr; }
+  const ZQFPTypeBase* GetFPTypeBase() const { return type_; }
+  void SetFPTypeBase(const ZQFPTypeBase* type) { type_ = type; }
+
+  /// Same type object, same size, same bits. False, after the warning "ZQFingerPrint::operator==
+  /// : uninitialized fingerprint type!", if either has no type.
+  bool operator==(const ZQFingerPrint& other) const;
+  bool operator!=(const ZQFingerPrint& other) const { return !(*this == other); }
+
+ private:
+  const ZQFPTypeBase* type_ = nullptr;
+};
+
+/// Whether the fingerprint, which must have a type, is of this kind.
+ZQ_EXPORT bool ZQIsFPType(const ZQFingerPrint& fp, unsigned int fptype);
+/// Whether both have the same type object. One without a type warns and answers false.
+ZQ_EXPORT bool ZQIsSameFPType(const ZQFingerPrint& a, const ZQFingerPrint& b);
+
+/// Makes the fingerprint of a molecule under a type. False for a null type, a kind that isn't
+/// built, or a molecule that isn't valid; `fp` then has no type.
+ZQ_EXPORT bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type);
+/// The same with the default type of a kind.
+ZQ_EXPORT bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int fptype,
+                        bool ignoreChargeAndHyb = false);
+
+/// The default type of a kind. `ignoreChargeAndHyb` takes formal charge and hybridization out of
+/// the atom typing of path and tree, formal charge out of circular. An unknown kind warns
+/// "ZQGetFPType() unknown fingerprint type" and gives null.
+ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(unsigned int fptype, bool ignoreChargeAndHyb = false);
+
+// Types by parameters, under the current version or a given one (0 or the current). Legal: numbits
+// 16 to 65535, atype below 8192, btype below 256, min at most max, min and max below 20 (at most
+// 255 for circular). Anything else is an assertion failure and gives null.
+ZQ_EXPORT const ZQFPTypeBase* ZQGetPathFPType(unsigned int numbits, unsigned int minbonds,
+                                              unsigned int maxbonds, unsigned int atype,
+                                              unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetPathFPType(unsigned short version, unsigned int numbits,
+                                              unsigned int minbonds, unsigned int maxbonds,
+                                              unsigned int atype, unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetCircularFPType(unsigned int numbits, unsigned int minradius,
+                                                  unsigned int maxradius, unsigned int atype,
+                                                  unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetCircularFPType(unsigned short version, unsigned int numbits,
+                                                  unsigned int minradius, unsigned int maxradius,
+                                                  unsigned int atype, unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetTreeFPType(unsigned int numbits, unsigned int minbonds,
+                                              unsigned int maxbonds, unsigned int atype,
+                                              unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetTreeFPType(unsigned short version, unsigned int numbits,
+                                              unsigned int minbonds, unsigned int maxbonds,
+                                              unsigned int atype, unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetUnhashedPathFPType(unsigned short version, unsigned int minbonds,
+                                                      unsigned int maxbonds, unsigned int atype,
+                                                      unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetUnhashedCircularFPType(unsigned short version,
+                                                          unsigned int minradius,
+                                                          unsigned int maxradius,
+                                                          unsigned int atype, unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetUnhashedTreeFPType(unsigned short version, unsigned int minbonds,
+                                                      unsigned int maxbonds, unsigned int atype,
+                                                      unsigned int btype);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetLingoFPType(unsigned short version);
+ZQ_EXPORT const ZQFPTypeBase* ZQGetMACCS166FPType(unsigned short version);
+
+}  // namespace ZQKorvex

@@ -1,0 +1,92 @@
+#pragma once
+
+/// Type strings: the text form of a fingerprint type, which databases carry and users write. A
+/// comma-separated list: the kind's prefix and tokens key=value, written in a fixed order, read in
+/// any order behind the prefix that decides the kind. Bad text is reported by a warning and a
+/// false or null answer; nothing is repaired.
+
+#include <string>
+
+#include "korvex/fingerprint.h"
+
+namespace ZQKorvex {
+
+/// The type that a string names; null if it names none or carries an old version.
+ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(const std::string& typeString);
+/// Whether the string is valid in form; an old version warns and is valid.
+ZQ_EXPORT bool ZQIsValidFPTypeString(const std::string& typeString);
+/// The packed version of a valid string of the kinds 101 to 105, else 0.
+ZQ_EXPORT unsigned short ZQGetFPTypeVersion(const std::string& typeString);
+/// The kind by how the string begins, 0 for none.
+ZQ_EXPORT unsigned int GetFPTypeFromTypeStringPrefix(const std::string& typeString);
+
+ZQ_EXPORT std::string ZQGetMACCS166FPStringPrefix();
+ZQ_EXPORT std::string ZQGetPathFPStringPrefix();
+ZQ_EXPORT std::string ZQGetLingoFPStringPrefix();
+ZQ_EXPORT std::string ZQGetCircularFPStringPrefix();
+ZQ_EXPORT std::string ZQGetTreeFPStringPrefix();
+ZQ_EXPORT std::string ZQGetUnhashedPathFPStringPrefix();
+ZQ_EXPORT std::string ZQGetUnhashedCircularFPStringPrefix();
+ZQ_EXPORT std::string ZQGetUnhashedTreeFPStringPrefix();
+
+// The parsers. False after a warning; limits of the parameters aren't checked here. An output
+// that no token named is all ones.
+ZQ_EXPORT bool ZQGetPathFPTypeParams(const std::string& typeString, unsigned short& version,
+                                     unsigned int& numbits, unsigned int& minbonds,
+                                     unsigned int& maxbonds, unsigned int& atype,
+                                     unsigned int& btype);
+ZQ_EXPORT bool ZQGetCircularFPTypeParams(const std::string& typeString, unsigned short& version,
+                                         unsigned int& numbits, unsigned int& minradius,
+                                         unsigned int& maxradius, unsigned int& atype,
+                                         unsigned int& btype);
+ZQ_EXPORT bool ZQGetTreeFPTypeParams(const std::string& typeString, unsigned short& version,
+                                     unsigned int& numbits, unsigned int& minbonds,
+                                     unsigned int& maxbonds, unsigned int& atype,
+                                     unsigned int& btype);
+ZQ_EXPORT bool ZQGetUnhashedPathFPTypeParams(const std::string& typeString, unsigned short& version,
+                                             unsigned int& minbonds, unsigned int& maxbonds,
+                                             unsigned int& atype, unsigned int& btype);
+ZQ_EXPORT bool ZQGetUnhashedCircularFPTypeParams(const std::string& typeString,
+                                                 unsigned short& version, unsigned int& minradius,
+                                                 unsigned int& maxradius, unsigned int& atype,
+                                                 unsigned int& btype);
+ZQ_EXPORT bool ZQGetUnhashedTreeFPTypeParams(const std::string& typeString, unsigned short& version,
+                                             unsigned int& minbonds, unsigned int& maxbonds,
+                                             unsigned int& atype, unsigned int& btype);
+ZQ_EXPORT bool ZQGetLingoFPTypeParams(const std::string& typeString, unsigned short& version);
+ZQ_EXPORT bool ZQGetMACCS166FPTypeParams(const std::string& typeString, unsigned short& version);
+
+/// The parsed view of a type or of its string, filled for the kinds 101 to 105; an unhashed kind
+/// gives an object that is not valid and has the kind set.
+class ZQ_EXPORT ZQFPTypeParams {
+ public:
+  explicit ZQFPTypeParams(const std::string& typeString);
+  explicit ZQFPTypeParams(const ZQFPTypeBase* type);
+
+  bool IsValid() const { return valid_; }
+  unsigned int GetFPType() const { return fptype_; }
+  unsigned short GetVersion() const { return version_; }
+  unsigned int GetNumBits() const { return numbits_; }
+  unsigned int GetMinDistance() const { return minDistance_; }
+  unsigned int GetMaxDistance() const { return maxDistance_; }
+  unsigned int GetAtomTypes() const { return atomTypes_; }
+  unsigned int GetBondTypes() const { return bondTypes_; }
+
+ private:
+  bool valid_ = false;
+  unsigned int fptype_ = 0;
+  unsigned short version_ = 0;
+  unsigned int numbits_ = 0;
+  unsigned int minDistance_ = 0;
+  unsigned int maxDistance_ = 0;
+  unsigned int atomTypes_ = 0;
+  unsigned int bondTypes_ = 0;
+};
+
+/// The kind's prefix, such as "Path". Null or an unhashed type is an assertion failure.
+ZQ_EXPORT std::string ZQGetFingerPrintName(const ZQFPTypeBase* type);
+/// Bits of a fingerprint of this type: 166 for MACCS-166, 0 for Lingo. Null is an assertion
+/// failure that answers 0.
+ZQ_EXPORT unsigned int ZQGetFingerPrintSize(const ZQFPTypeBase* type);
+
+}  // namespace ZQKorvex

@@ -1,0 +1,88 @@
+#pragma once
+
+/// What every search shares: its options, the record of a hit, and the bounded list of the best.
+/// Plain values without locks.
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "contract/bostrel/iter.h"
+#include "korvex/measuresim.h"
+
+namespace ZQKorvex {
+
+/// The options of a search. Copied freely.
+class ZQ_EXPORT ZQFPDatabaseOptions {
+ public:
+  ZQFPDatabaseOptions() = default;
+  /// A measure outside 1 to 6 warns, and Tanimoto stands.
+  ZQFPDatabaseOptions(unsigned int limit, unsigned int simFunc);
+
+  /// Score threshold: inclusive in unsorted searches, exclusive in sorted ones.
+  void SetCutoff(float cutoff) {
+    cutoff_ = cutoff;
+    hasCutoff_ = true;
+  }
+  float GetCutoff() const { return cutoff_; }
+  bool HasCutoff() const { return hasCutoff_; }
+  /// A constant of `ZQSimMeasure`; any other number warns, and the old value stands.
+  void SetSimFunc(unsigned int simFunc);
+  unsigned int GetSimFunc() const { return simFunc_; }
+  /// Both in 0 to 1; otherwise warns, and both old values stand. Defaults 0.95 and 0.05.
+  void SetTverskyCoeffs(float alpha, float beta);
+  float GetTverskyAlpha() const { return tverskyAlpha_; }
+  float GetTverskyBeta() const { return tverskyBeta_; }
+  /// True (the default): greater scores are better and come first.
+  void SetDescendingOrder(bool descending) { descending_ = descending; }
+  bool GetDescendingOrder() const { return descending_; }
+  /// Greatest number of results, 1000 by default; 0 means all.
+  void SetLimit(unsigned int limit) { limit_ = limit; }
+  unsigned int GetLimit() const { return limit_; }
+  /// Threads of a `SortedSearch`, 1 by default; 0 means as many as the machine has processors.
+  void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
+  /// What was asked for, at most twice the machine's processors.
+  unsigned int GetNumProcessors() const;
+
+ private:
+  float cutoff_ = 0.0F;
+  bool hasCutoff_ = false;
+  unsigned int simFunc_ = ZQSimMeasure::Tanimoto;
+  float tverskyAlpha_ = 0.95F;
+  float tverskyBeta_ = 0.05F;
+  bool descending_ = true;
+  unsigned int limit_ = 1000;
+  unsigned int numProcessors_ = 1;
+};
+
+/// One hit: the fingerprint's index and its score.
+class ZQSimScore {
+ public:
+  ZQSimScore() = default;
+  ZQSimScore(std::uint64_t idx, double score) : idx_(idx), score_(score) {}
+  std::uint64_t GetIdx() const { return idx_; }
+  double GetScore() const { return score_; }
+
+ private:
+  std::uint64_t idx_ = 0;
+  double score_ = 0.0;
+};
+
+/// One entry of a sparse similarity matrix.
+class ZQSimScorePair {
+ public:
+  ZQSimScorePair() = default;
+  ZQSimScorePair(std::uint64_t idx1, std::uint64_t idx2, double score)
+      : idx1_(idx1), idx2_(idx2), score_(score) {}
+  std::uint64_t GetIdx1() const { return idx1_; }
+  std::uint64_t GetIdx2() const { return idx2_; }
+  double GetScore() const { return score_; }
+
+ private:
+  std::uint64_t idx1_ = 0;
+  std::uint64_t idx2_ = 0;
+  double score_ = 0.0;
+};
+
+}  // namespace ZQKorvex

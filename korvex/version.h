@@ -1,0 +1,35 @@
+#pragma once
+
+/// Which build of the library this is, and links into its documentation.
+
+#include <string>
+
+#include "korvex/siblings.h"
+
+namespace ZQKorvex {
+
+/// Build number, a date: 20230910.
+ZQ_EXPORT unsigned int ZQKorvexGetVersion();
+ZQ_EXPORT std::string ZQKorvexGetArch();
+ZQ_EXPORT std::string ZQKorvexGetPlatform();
+ZQ_EXPORT std::string ZQKorvexGetNonDebugRelease();
+ZQ_EXPORT std::string ZQKorvexGetDebugRelease();
+ZQ_EXPORT std::string ZQKorvexGetRelease();
+ZQ_EXPORT std::string ZQKorvexGetConfigureArgs();
+
+/// Toolkit, library and release.
+struct ZQLibraryVersion {
+  std::string toolkit;
+  std::string library;
+  std::string release;
+};
+ZQ_EXPORT ZQLibraryVersion ZQKorvexVersion();
+
+ZQ_EXPORT bool ZQKorvexIsGPUReady();
+
+/// reStructuredText references to the documentation page of a class, and to a method on it.
+ZQ_EXPORT std::string ZQGetKorvexClassHyperlink(const std::string& name);
+ZQ_EXPORT std::string ZQGetKorvexMethodHyperlink(const std::string& className,
+                                                 const std::string& methodName);
+
+}  // namespace ZQKorvex

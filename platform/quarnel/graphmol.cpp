@@ -1,0 +1,386 @@
+#include "contract/quarnel/graphmol.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <string>
+#include <utility>
+#include <vector>
+
+// The store behind both molecules. Atoms and bonds are objects in blocks, so that pointers to
+// them stay good while the molecule grows, and blocks are kept for the next molecule. The bonds of
+// an atom form a list that is threaded through the bonds themselves: no atom owns memory.
+
+namespace Quarnel {
+
+namespace {
+
+constexpr unsigned int none = ~0U;
+
+}  // namespace
+
+class ZQGraphAtom final : public ZQAtomBase {
+ public:
+  unsigned int GetIdx() const override { return idx; }
+  unsigned int GetAtomicNum() const override { return atomicNum; }
+  int GetFormalCharge() const override { return charge; }
+  unsigned int GetIsotope() const override { return isotope; }
+  unsigned int GetMapIdx() const override { return mapIdx; }
+  unsigned int GetImplicitHCount() const override { return implicitH; }
+  ZQAtomStereo GetStereo() const override { return stereo; }
+  unsigned int GetHyb() const override { return hyb; }
+  unsigned int GetSymmetryClass() const override { return symmetryClass; }
+  bool IsAromatic() const override { return aromatic; }
+  bool IsInRing() const override { return inRing; }
+  bool IsChiral() const override { return chiral; }
+
+  void SetFormalCharge(int value) override { charge = value; }
+  void SetIsotope(unsigned int value) override { isotope = value; }
+  void SetMapIdx(unsigned int value) override { mapIdx = value; }
+  void SetImplicitHCount(unsigned int value) override { implicitH = value; }
+  void SetStereo(ZQAtomStereo value) override { stereo = value; }
+  void SetHyb(unsigned int value) override { hyb = static_cast<std::uint8_t>(value); }
+  void SetSymmetryClass(unsigned int value) override { symmetryClass = value; }
+  void SetAromatic(bool value) override { aromatic = value; }
+  void SetInRing(bool value) override { inRing = value; }
+  void SetChiral(bool value) override { chiral = value; }
+
+  ZQBondBase* NextBond(const ZQBondBase* previous) const override;
+
+  ZQGraph* graph = nullptr;
+  unsigned int idx = none;  // none: a hole
+  unsigned int firstBond = none;
+  unsigned int lastBond = none;
+  unsigned int atomicNum = 0;
+  int charge = 0;
+  unsigned int isotope = 0;
+  unsigned int mapIdx = 0;
+  unsigned int implicitH = 0;
+  unsigned int symmetryClass = 0;
+  ZQAtomStereo stereo = ZQAtomStereo::None;
+  std::uint8_t hyb = 0;
+  bool aromatic = false;
+  bool inRing = false;
+  bool chiral = false;
+};
+
+class ZQGraphBond final : public ZQBondBase {
+ public:
+  unsigned int GetIdx() const override { return idx; }
+  ZQAtomBase* GetBgn() const override { return ends[0]; }
+  ZQAtomBase* GetEnd() const override { return ends[1]; }
+  unsigned int GetOrder() const override { return order; }
+  ZQBondStereo GetStereo() const override { return stereo; }
+  bool IsAromatic() const override { return aromatic; }
+  bool IsInRing() const override { return inRing; }
+  bool IsChiral() const override { return chiral; }
+
+  void SetOrder(unsigned int value) override { order = static_cast<std::uint8_t>(value); }
+  void SetStereo(ZQBondStereo value) override { stereo = value; }
+  void SetAromatic(bool value) override { aromatic = value; }
+  void SetInRing(bool value) override { inRing = value; }
+  void SetChiral(bool value) override { chiral = value; }
+
+  // The next bond in the list of one of the two ends.
+  unsigned int& Next(const ZQGraphAtom* end) { return next[end == ends[1]]; }
+  unsigned int Next(const ZQGraphAtom* end) const { return next[end == ends[1]]; }
+
+  unsigned int idx = none;
+  std::array<ZQGraphAtom*, 2> ends{};
+  std::array<unsigned int, 2> next{none, none};
+  std::uint8_t order = 1;
+  ZQBondStereo stereo = ZQBondStereo::None;
+  bool aromatic = false;
+  bool inRing = false;
+  bool chiral = false;
+};
+
+namespace {
+
+// A growing array whose elements never move. Shrinking keeps the blocks.
+template <class T>
+class Slots {
+ public:
+  unsigned int size() const { return size_; }
+  T& operator[](unsigned int i) { return blocks_[i / blockSize][i % blockSize]; }
+  const T& operator[](unsigned int i) const { return blocks_[i / blockSize][i % blockSize]; }
+  /// The new last element, as default constructed.
+  T& Grow() {
+    if (size_ == blocks_.size() * blockSize) blocks_.push_back(std::make_unique<T[]>(blockSize));
+    T& item = (*this)[size_++];
+    return item = T();
+  }
+  void Shrink(unsigned int size) { size_ = size; }
+
+ private:
+  static constexpr unsigned int blockSize = 64;
+  std::vector<std::unique_ptr<T[]>> blocks_;
+  unsigned int size_ = 0;
+};
+
+template <class T>
+void TrimHoles(Slots<T>& slots) {
+  unsigned int size = slots.size();
+  while (size != 0 && slots[size - 1].idx == none) --size;
+  slots.Shrink(size);
+}
+
+}  // namespace
+
+class ZQGraph {
+ public:
+  ZQGraphAtom& GrowAtom() {
+    ZQGraphAtom& atom = atoms.Grow();
+    atom.graph = this;
+    return atom;
+  }
+
+  void Link(ZQGraphAtom* atom, ZQGraphBond& bond) {
+    if (atom->lastBond == none) {
+      atom->firstBond = bond.idx;
+    } else {
+      bonds[atom->lastBond].Next(atom) = bond.idx;
+    }
+    atom->lastBond = bond.idx;
+  }
+
+  void Unlink(ZQGraphAtom* atom, const ZQGraphBond& bond) {
+    unsigned int previous = none;
+    for (unsigned int at = atom->firstBond; at != bond.idx; at = bonds[at].Next(atom)) {
+      previous = at;
+    }
+    const unsigned int after = bond.Next(atom);
+    if (previous == none) {
+      atom->firstBond = after;
+    } else {
+      bonds[previous].Next(atom) = after;
+    }
+    if (atom->lastBond == bond.idx) atom->lastBond = previous;
+  }
+
+  void Delete(ZQGraphBond& bond) {
+    Unlink(bond.ends[0], bond);
+    Unlink(bond.ends[1], bond);
+    bond = ZQGraphBond();
+    --numBonds;
+  }
+
+  ZQGraphAtom* Own(ZQAtomBase* atom) {
+    if (!atom || atom->GetIdx() >= atoms.size()) return nullptr;
+    ZQGraphAtom* own = &atoms[atom->GetIdx()];
+    return own == atom ? own : nullptr;
+  }
+
+  void Clear() {
+    atoms.Shrink(0);
+    bonds.Shrink(0);
+    numAtoms = 0;
+    numBonds = 0;
+    perceived.reset();
+    title.clear();
+    valid = true;
+  }
+
+  Slots<ZQGraphAtom> atoms;
+  Slots<ZQGraphBond> bonds;
+  unsigned int numAtoms = 0;
+  unsigned int numBonds = 0;
+  std::bitset<8> perceived;
+  std::string title;
+  bool valid = true;
+};
+
+ZQBondBase* ZQGraphAtom::NextBond(const ZQBondBase* previous) const {
+  const unsigned int next =
+      previous ? static_cast<const ZQGraphBond*>(previous)->Next(this) : firstBond;
+  return next == none ? nullptr : &graph->bonds[next];
+}
+
+template <class Base>
+ZQStoredMol<Base>::ZQStoredMol() : graph_(std::make_unique<ZQGraph>()) {}
+
+template <class Base>
+ZQStoredMol<Base>::~ZQStoredMol() = default;
+
+template <class Base>
+ZQStoredMol<Base>::ZQStoredMol(const ZQStoredMol& other) : ZQStoredMol() {
+  CopyFrom(other);
+}
+
+template <class Base>
+ZQStoredMol<Base>& ZQStoredMol<Base>::operator=(const ZQStoredMol& other) {
+  CopyFrom(other);
+  return *this;
+}
+
+template <class Base>
+bool ZQStoredMol<Base>::IsValid() const {
+  return graph_->valid;
+}
+
+template <class Base>
+void ZQStoredMol<Base>::SetValid(bool valid) {
+  graph_->valid = valid;
+}
+
+template <class Base>
+const std::string& ZQStoredMol<Base>::GetTitle() const {
+  return graph_->title;
+}
+
+template <class Base>
+void ZQStoredMol<Base>::SetTitle(const std::string& title) {
+  graph_->title = title;
+}
+
+template <class Base>
+unsigned int ZQStoredMol<Base>::NumAtoms() const {
+  return graph_->numAtoms;
+}
+
+template <class Base>
+unsigned int ZQStoredMol<Base>::NumBonds() const {
+  return graph_->numBonds;
+}
+
+template <class Base>
+unsigned int ZQStoredMol<Base>::GetMaxAtomIdx() const {
+  return graph_->atoms.size();
+}
+
+template <class Base>
+unsigned int ZQStoredMol<Base>::GetMaxBondIdx() const {
+  return graph_->bonds.size();
+}
+
+template <class Base>
+ZQAtomBase* ZQStoredMol<Base>::GetAtomAt(unsigned int idx) const {
+  if (idx >= graph_->atoms.size() || graph_->atoms[idx].idx == none) return nullptr;
+  return &graph_->atoms[idx];
+}
+
+template <class Base>
+ZQBondBase* ZQStoredMol<Base>::GetBondAt(unsigned int idx) const {
+  if (idx >= graph_->bonds.size() || graph_->bonds[idx].idx == none) return nullptr;
+  return &graph_->bonds[idx];
+}
+
+template <class Base>
+ZQAtomBase* ZQStoredMol<Base>::NewAtom(unsigned int atomicNum) {
+  ZQGraphAtom& atom = graph_->GrowAtom();
+  atom.idx = graph_->atoms.size() - 1;
+  atom.atomicNum = atomicNum;
+  ++graph_->numAtoms;
+  graph_->perceived.reset();
+  return &atom;
+}
+
+template <class Base>
+ZQBondBase* ZQStoredMol<Base>::NewBond(ZQAtomBase* bgn, ZQAtomBase* end, unsigned int order) {
+  ZQGraphAtom* ownBgn = graph_->Own(bgn);
+  ZQGraphAtom* ownEnd = graph_->Own(end);
+  if (!ownBgn || !ownEnd || ownBgn == ownEnd) return nullptr;
+  for (const ZQBondBase* bond = bgn->NextBond(nullptr); bond; bond = bgn->NextBond(bond)) {
+    if (bond->GetNbr(bgn) == end) return nullptr;
+  }
+  ZQGraphBond& bond = graph_->bonds.Grow();
+  bond.idx = graph_->bonds.size() - 1;
+  bond.ends = {ownBgn, ownEnd};
+  bond.SetOrder(order);
+  graph_->Link(ownBgn, bond);
+  graph_->Link(ownEnd, bond);
+  ++graph_->numBonds;
+  graph_->perceived.reset();
+  return &bond;
+}
+
+template <class Base>
+bool ZQStoredMol<Base>::DeleteAtom(ZQAtomBase* atom) {
+  ZQGraphAtom* own = graph_->Own(atom);
+  if (!own) return false;
+  while (own->firstBond != none) graph_->Delete(graph_->bonds[own->firstBond]);
+  TrimHoles(graph_->bonds);
+  *own = ZQGraphAtom();
+  TrimHoles(graph_->atoms);
+  --graph_->numAtoms;
+  graph_->perceived.reset();
+  return true;
+}
+
+template <class Base>
+bool ZQStoredMol<Base>::DeleteBond(ZQBondBase* bond) {
+  if (!bond || GetBondAt(bond->GetIdx()) != bond) return false;
+  graph_->Delete(graph_->bonds[bond->GetIdx()]);
+  TrimHoles(graph_->bonds);
+  graph_->perceived.reset();
+  return true;
+}
+
+template <class Base>
+void ZQStoredMol<Base>::Clear() {
+  graph_->Clear();
+  this->ClearData();
+}
+
+template <class Base>
+bool ZQStoredMol<Base>::IsPerceived(unsigned int step) const {
+  return step < graph_->perceived.size() && graph_->perceived[step];
+}
+
+template <class Base>
+void ZQStoredMol<Base>::SetPerceived(unsigned int step, bool done) {
+  if (step < graph_->perceived.size()) graph_->perceived[step] = done;
+}
+
+template <class Base>
+void ZQStoredMol<Base>::CopyFrom(const ZQMolBase& other) {
+  if (this == &other) return;
+  Clear();
+  this->CopyData(other);
+  graph_->valid = other.IsValid();
+  graph_->title = other.GetTitle();
+  for (unsigned int i = 0; i < other.GetMaxAtomIdx(); ++i) {
+    ZQGraphAtom& atom = graph_->GrowAtom();
+    const ZQAtomBase* from = other.GetAtomAt(i);
+    if (!from) continue;
+    ++graph_->numAtoms;
+    atom.CopyData(*from);
+    atom.idx = i;
+    atom.atomicNum = from->GetAtomicNum();
+    atom.charge = from->GetFormalCharge();
+    atom.isotope = from->GetIsotope();
+    atom.mapIdx = from->GetMapIdx();
+    atom.implicitH = from->GetImplicitHCount();
+    atom.symmetryClass = from->GetSymmetryClass();
+    atom.stereo = from->GetStereo();
+    atom.SetHyb(from->GetHyb());
+    atom.aromatic = from->IsAromatic();
+    atom.inRing = from->IsInRing();
+    atom.chiral = from->IsChiral();
+  }
+  for (unsigned int i = 0; i < other.GetMaxBondIdx(); ++i) {
+    ZQGraphBond& bond = graph_->bonds.Grow();
+    const ZQBondBase* from = other.GetBondAt(i);
+    if (!from) continue;
+    ++graph_->numBonds;
+    bond.CopyData(*from);
+    bond.idx = i;
+    bond.ends = {&graph_->atoms[from->GetBgn()->GetIdx()],
+                 &graph_->atoms[from->GetEnd()->GetIdx()]};
+    bond.SetOrder(from->GetOrder());
+    bond.stereo = from->GetStereo();
+    bond.aromatic = from->IsAromatic();
+    bond.inRing = from->IsInRing();
+    bond.chiral = from->IsChiral();
+    graph_->Link(bond.ends[0], bond);
+    graph_->Link(bond.ends[1], bond);
+  }
+  for (unsigned int step = 0; step < graph_->perceived.size(); ++step) {
+    graph_->perceived[step] = other.IsPerceived(step);
+  }
+}
+
+template class ZQStoredMol<ZQMCMolBase>;
+template class ZQStoredMol<ZQMolBase>;
+
+}  // namespace Quarnel

@@ -1,0 +1,7 @@
+#!/usr/bin/env bash
+# Installs what the build needs, builds all of it and runs every test.
+set -euo pipefail
+cd "$(dirname "$0")"
+. ./setup.sh
+build_release
+ctest --preset release "$@"
