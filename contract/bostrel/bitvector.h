@@ -31,10 +31,7 @@ class ZQ_EXPORT ZQBitVector {
 
   /// Sets a bit, growing the vector to `bit + 1` where it lies at or past the size.
   void SetBitOn(unsigned int bit) {
-    if (bit >= size_) {
-      SetSize(bit + 1);
-      if (bit >= size_) return;
-    }
+    if (bit >= size_ && !Grow(bit)) return;
     Words()[bit / 64] |= std::uint64_t{1} << (bit % 64);
   }
   void SetBitOff(unsigned int bit) {
@@ -62,6 +59,8 @@ class ZQ_EXPORT ZQBitVector {
   friend ZQ_EXPORT bool operator==(const ZQBitVector& a, const ZQBitVector& b);
 
  private:
+  bool Grow(unsigned int bit);
+
   unsigned int size_;
   std::uint64_t word_ = 0;
   std::uint64_t* heap_ = nullptr;  // null up to 64 bits

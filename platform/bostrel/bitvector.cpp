@@ -78,6 +78,12 @@ void ZQBitVector::SetSize(unsigned int bits) {
   if (bits % 64 != 0) Words()[words - 1] &= ~std::uint64_t{0} >> (64 - bits % 64);
 }
 
+bool ZQBitVector::Grow(unsigned int bit) {
+  // A bit count past UINT_MAX must not wrap to an empty vector.
+  SetSize(bit == UINT_MAX ? UINT_MAX : bit + 1);
+  return bit < size_;
+}
+
 void ZQBitVector::ClearBits() { std::fill_n(Words(), NumWords(), 0); }
 
 unsigned int ZQBitVector::CountBits() const {

@@ -1,0 +1,138 @@
+#include "contract/quarnel/graphmol.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "contract/bostrel/throw.h"
+
+namespace Quarnel {
+namespace {
+
+using Edge = std::pair<unsigned int, unsigned int>;
+
+// The graph as its callers see it, by way of the atoms' own bonds; each bond shows up twice.
+std::multiset<Edge> EdgesOf(const ZQMolBase& mol) {
+  std::multiset<Edge> edges;
+  for (auto atom = mol.GetAtoms(); atom; ++atom) {
+    unsigned int last = 0;
+    for (auto bond = atom->GetBonds(); bond; ++bond) {
+      EXPECT_LE(last, bond->GetIdx()) << "bonds come by ascending index";
+      last = bond->GetIdx();
+      const unsigned int nbr = bond->GetNbr(&*atom)->GetIdx();
+      edges.insert({std::min(atom->GetIdx(), nbr), std::max(atom->GetIdx(), nbr)});
+    }
+  }
+  return edges;
+}
+
+TEST(GraphMol, RandomEditsAgainstAModelAndCopies) {
+  std::mt19937 random(11);
+  ZQGraphMol mol;
+  std::vector<ZQAtomBase*> atoms;  // null: deleted
+  std::set<Edge> edges;
+  for (int step = 0; step < 3000; ++step) {
+    const auto pick = [&] { return static_cast<unsigned int>(random() % atoms.size()); };
+    switch (random() % 8) {
+      case 0:
+      case 1:
+      case 2:
+        atoms.push_back(mol.NewAtom(6));
+        if (atoms.back()->GetIdx() != atoms.size() - 1) atoms.resize(mol.GetMaxAtomIdx());
+        atoms[mol.GetMaxAtomIdx() - 1] = mol.GetAtomAt(mol.GetMaxAtomIdx() - 1);
+        break;
+      case 3:
+      case 4:
+      case 5: {
+        if (atoms.size() < 2) break;
+        const auto [a, b] = std::minmax({pick(), pick()});
+        if (!atoms[a] || !atoms[b]) break;
+        ASSERT_EQ(mol.NewBond(atoms[a], atoms[b], 1) != nullptr,
+                  a != b && edges.insert({a, b}).second);
+        break;
+      }
+      case 6: {
+        if (atoms.empty() || step % 3 != 0) break;
+        const unsigned int a = pick();
+        if (!atoms[a]) break;
+        ASSERT_TRUE(mol.DeleteAtom(atoms[a]));
+        atoms[a] = nullptr;
+        std::erase_if(edges, [a](const Edge& e) { return e.first == a || e.second == a; });
+        break;
+      }
+      default: {
+        auto bond = mol.GetBonds();
+        if (!bond) break;
+        edges.erase(std::minmax({bond->GetBgn()->GetIdx(), bond->GetEnd()->GetIdx()}));
+        ASSERT_TRUE(mol.DeleteBond(&*bond));
+      }
+    }
+    std::multiset<Edge> twice;
+    for (const Edge& edge : edges) twice.insert({edge, edge});
+    ASSERT_EQ(EdgesOf(mol), twice);
+    ASSERT_EQ(mol.NumBonds(), edges.size());
+    if (step % 100 == 0) {
+      const ZQMol copy(mol);
+      ASSERT_EQ(EdgesOf(copy), twice);
+      ASSERT_EQ(copy.GetMaxAtomIdx(), mol.GetMaxAtomIdx());
+      ASSERT_EQ(copy.NumAtoms(), mol.NumAtoms());
+    }
+  }
+}
+
+TEST(GraphMol, DeletionLeavesHolesAndTrimsTheEnd) {
+  ZQGraphMol mol;
+  std::vector<ZQAtomBase*> atoms;
+  for (unsigned int z : {6U, 7U, 8U, 9U}) atoms.push_back(mol.NewAtom(z));
+  for (unsigned int i = 0; i < 3; ++i) mol.NewBond(atoms[i], atoms[i + 1], 1);
+  mol.SetPerceived(ZQPerceived::Rings, true);
+  EXPECT_TRUE(mol.DeleteAtom(atoms[1]));
+  EXPECT_FALSE(mol.IsPerceived(ZQPerceived::Rings));
+  EXPECT_EQ(mol.GetMaxAtomIdx(), 4U);
+  EXPECT_EQ(mol.GetAtomAt(1), nullptr);
+  EXPECT_EQ(mol.NumBonds(), 1U);
+  EXPECT_EQ(mol.GetAtom(ZQHasAtomicNum(9)), atoms[3]);
+  EXPECT_TRUE(mol.DeleteAtom(atoms[3]));
+  EXPECT_EQ(mol.GetMaxAtomIdx(), 3U);
+  EXPECT_EQ(mol.GetMaxBondIdx(), 0U);
+  EXPECT_FALSE(mol.DeleteAtom(nullptr));
+  ZQGraphMol other;
+  EXPECT_FALSE(other.DeleteAtom(atoms[0]));
+  EXPECT_EQ(other.NewBond(atoms[0], atoms[2], 1), nullptr);
+}
+
+TEST(GraphMol, CopiesCarryEverything) {
+  ZQMol mol;
+  mol.SetTitle("methanol");
+  mol.SetData(58, 2);
+  ZQAtomBase* c = mol.NewAtom(6);
+  ZQAtomBase* o = mol.NewAtom(8);
+  ZQBondBase* bond = mol.NewBond(c, o, 1);
+  c->SetIsotope(13);
+  c->SetImplicitHCount(3);
+  o->SetFormalCharge(-1);
+  o->AddData(70, std::string("on the oxygen"));
+  bond->SetInRing(true);
+  mol.SetPerceived(ZQPerceived::Rings, true);
+  const ZQGraphMol copy(mol);
+  mol.Clear();
+  EXPECT_TRUE(mol.IsValid());
+  EXPECT_FALSE(static_cast<bool>(mol)) << "valid, yet empty";
+  EXPECT_EQ(copy.GetTitle(), "methanol");
+  int model = 0;
+  EXPECT_TRUE(copy.GetData(58, model) && model == 2);
+  EXPECT_EQ(copy.GetAtomAt(0)->GetIsotope(), 13U);
+  EXPECT_EQ(copy.GetAtomAt(0)->GetDegree(), 4U);
+  EXPECT_EQ(copy.GetAtomAt(1)->GetFormalCharge(), -1);
+  std::string note;
+  EXPECT_TRUE(copy.GetAtomAt(1)->GetData(70, note));
+  EXPECT_TRUE(copy.GetBondAt(0)->IsInRing());
+  EXPECT_TRUE(copy.IsPerceived(ZQPerceived::Rings));
+}
+
+}  // namespace
+}  // namespace Quarnel

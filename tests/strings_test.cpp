@@ -1,0 +1,125 @@
+#include "contract/bostrel/strings.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "contract/bostrel/base.h"
+#include "contract/bostrel/iter.h"
+#include "contract/bostrel/nspace.h"
+#include "contract/bostrel/throw.h"
+
+namespace Bostrel {
+namespace {
+
+using Tokens = std::vector<std::string>;
+
+TEST(Strings, Tokenize) {
+  EXPECT_EQ(ZQStringTokenize("a,b,c", ','), (Tokens{"a", "b", "c"}));
+  EXPECT_EQ(ZQStringTokenize(",a,,b,", ','), (Tokens{"a", "b"}));
+  EXPECT_EQ(ZQStringTokenize("", ','), Tokens{});
+}
+
+TEST(Strings, NumbersAreReadWholeOrNotAtAll) {
+  unsigned int number = 9;
+  for (const char* bad : {"", " 1", "1 ", "-1", "+1", "1.0", "0x10", "4294967296", "1e3"}) {
+    EXPECT_FALSE(ZQStringToNumber(bad, number)) << bad;
+  }
+  EXPECT_EQ(number, 9U);
+  EXPECT_TRUE(ZQStringToNumber("4294967295", number));
+  EXPECT_EQ(number, 4294967295U);
+  std::uint64_t large = 0;
+  EXPECT_TRUE(ZQStringToNumber("18446744073709551615", large));
+  EXPECT_FALSE(ZQStringToNumber("18446744073709551616", large));
+  EXPECT_EQ(large, UINT64_MAX);
+  int integer = 0;
+  EXPECT_TRUE(ZQStringToNumber("-12", integer));
+  EXPECT_EQ(integer, -12);
+  float real = 0;
+  EXPECT_TRUE(ZQStringToNumber("0.25", real));
+  EXPECT_EQ(real, 0.25F);
+}
+
+TEST(Strings, FileExtension) {
+  EXPECT_EQ(ZQFileExtension("a.b/c.fpbin"), "fpbin");
+  EXPECT_EQ(ZQFileExtension("a.b/c", "none"), "none");
+  EXPECT_EQ(ZQFileExtension("c.smi.gz"), "gz");
+  EXPECT_EQ(ZQFileExtension("c.", "none"), "");
+}
+
+TEST(Strings, NearestName) {
+  const Tokens names{"-limit", "-cutoff", "-simfunc"};
+  EXPECT_EQ(ZQNearestName("-limt", names), "-limit");
+  EXPECT_EQ(ZQNearestName("-cuttoff", names), "-cutoff");
+  EXPECT_EQ(ZQNearestName("-xyzzyplugh", names), "");
+}
+
+TEST(Namespace, CombinesInAnyOrderAndWritesInTableOrder) {
+  const ZQNamespaceInterface flags("Flags", ZQNamespaceMode::Combining,
+                                   {{"A", 1, ""}, {"B", 4, ""}, {"C", 2, ""}});
+  EXPECT_EQ(flags.GetValue("C|A", 0), 3U);
+  EXPECT_EQ(flags.GetName(7, "invalid"), "A|B|C");
+  for (const char* bad : {"", "|", "A|", "|A", "A||B", "a", "A|D", "A |B"}) {
+    EXPECT_FALSE(flags.IsValid(bad)) << bad;
+    EXPECT_EQ(flags.GetValue(bad, 99), 99U) << bad;
+  }
+  for (const unsigned int bad : {0U, 8U, 9U}) EXPECT_EQ(flags.GetName(bad, "invalid"), "invalid");
+  const ZQNamespaceInterface single("Single", ZQNamespaceMode::Single,
+                                    {{"A", 1, ""}, {"B", 2, ""}});
+  EXPECT_FALSE(single.IsValid("A|B"));
+  EXPECT_EQ(single.GetName(3, "invalid"), "invalid");
+  EXPECT_EQ(single.GetName(2, "invalid"), "B");
+}
+
+TEST(Base, GenericDataByTagAndType) {
+  std::vector<std::string> reports;
+  ZQThrow.SetSink([&](ZQErrorLevel, const std::string& message) {
+    reports.push_back(message);
+    return true;
+  });
+  ZQBase base;
+  base.AddData(ZQGetTag("note"), std::string("first"));
+  base.AddData(ZQGetTag("note"), std::string("second"));
+  base.SetData(58, 2);
+  const ZQBase copy(base);
+  base.SetData(ZQGetTag("note"), std::string("only"));
+  int number = 0;
+  std::string text;
+  EXPECT_TRUE(copy.GetData(58, number) && number == 2);
+  EXPECT_TRUE(copy.GetData(ZQGetTag("note"), text) && text == "first");
+  EXPECT_TRUE(base.GetData(ZQGetTag("note"), text) && text == "only");
+  int data = 0;
+  for (auto it = copy.GetDataIter(); it; ++it) ++data;
+  EXPECT_EQ(data, 3);
+  EXPECT_FALSE(copy.GetData(59, number));
+  EXPECT_TRUE(reports.empty());
+  EXPECT_FALSE(copy.GetData(58, text));
+  EXPECT_EQ(reports.size(), 1U);
+  EXPECT_TRUE(base.DeleteData(58));
+  EXPECT_FALSE(base.DeleteData(58));
+  ZQThrow.SetSink(nullptr);
+}
+
+TEST(Iter, OwnsCopiesAndStepsSafely) {
+  ZQIter<const int> it(new ZQVectorIter<const int>(std::vector<int>{1, 2, 3}));
+  ++it;
+  ZQIter<const int> copy(it);
+  ++it;
+  EXPECT_EQ(*it, 3);
+  EXPECT_EQ(*copy, 2);
+  ++it;
+  EXPECT_FALSE(it);
+  it.ToLast();
+  EXPECT_EQ(*it, 3);
+  copy.ToFirst();
+  --copy;
+  EXPECT_FALSE(copy);
+  ZQIter<const int> none;
+  ++none;
+  EXPECT_FALSE(none);
+}
+
+}  // namespace
+}  // namespace Bostrel
