@@ -3,11 +3,10 @@
 /// What every search shares: its options, the record of a hit, and the bounded list of the best.
 /// Plain values without locks.
 
-#include <algorithm>
 #include <cstdint>
-#include <limits>
-#include <vector>
+#include <memory>
 
+#include "contract/bostrel/hitlist.h"
 #include "contract/bostrel/iter.h"
 #include "korvex/measuresim.h"
 
@@ -84,5 +83,20 @@ class ZQSimScorePair {
   std::uint64_t idx2_ = 0;
   double score_ = 0.0;
 };
+
+/// The orders of scores; equal scores are in neither order.
+ZQ_EXPORT bool CompScoreBiggerIsBetter(const ZQSimScore& a, const ZQSimScore& b);
+ZQ_EXPORT bool CompScoreSmallerIsBetter(const ZQSimScore& a, const ZQSimScore& b);
+
+/// A hit list for the best `limit` scores. Only scores strictly better than the cutoff enter it.
+/// Without a cutoff a descending list still refuses 0.0.
+ZQ_EXPORT std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(unsigned int limit,
+                                                                         bool descending,
+                                                                         bool hasCutoff,
+                                                                         float cutoff);
+/// The same by options, whose limit of 0 stands for `defaultLimit`, the number of fingerprints
+/// searched: memory for more entries than that is not reserved, whatever the limit.
+ZQ_EXPORT std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(
+    unsigned int defaultLimit, const ZQFPDatabaseOptions& options);
 
 }  // namespace ZQKorvex

@@ -1,0 +1,32 @@
+#pragma once
+
+/// The sub-commands of the program. Each adds its parameters to an interface and runs on the
+/// values that the command line gave; results go to standard output, and messages, through
+/// `ZQThrow`, to standard error.
+
+#include "contract/bostrel/interface.h"
+#include "korvex/siblings.h"
+
+namespace KorvexProgram {
+
+using namespace ZQKorvex;  // NOLINT(google-build-using-namespace): the program is its caller
+
+enum ExitCode { Done = 0, BadInput = 1, BadUsage = 2 };
+
+struct Command {
+  const char* name;
+  const char* brief;
+  void (*configure)(ZQInterface& interface);
+  int (*run)(const ZQInterface& interface);
+};
+
+extern const Command createCommand;
+extern const Command searchCommand;
+extern const Command fingerprintCommand;
+extern const Command compareCommand;
+extern const Command infoCommand;
+extern const Command histogramCommand;
+extern const Command neighborsCommand;
+extern const Command versionCommand;
+
+}  // namespace KorvexProgram

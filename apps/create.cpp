@@ -1,0 +1,120 @@
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include <unistd.h>
+
+#include "apps/database.h"
+#include "apps/molecules.h"
+#include "apps/options.h"
+#include "contract/bostrel/dots.h"
+#include "contract/bostrel/strings.h"
+#include "korvex/fpfast_create.h"
+
+namespace KorvexProgram {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void Configure(ZQInterface& interface) {
+  AddArgument(interface, "MOLFILE", "Molecules (.smi .ism .can .smiles .sdf .sd .mol, or .gz)");
+  AddArgument(interface, "OUT.fpbin",
+              "The database to write; an existing one is replaced at the end");
+  AddThreads(interface);
+  AddTypeOptions(interface);
+}
+
+// The file that is being written. It takes the name of the output only when it is complete, so
+// that nothing that fails costs an earlier database or leaves half of one.
+class PartialFile {
+ public:
+  explicit PartialFile(const std::string& target)
+      : target_(target), name_(target + ".part" + std::to_string(getpid()) + ".fpbin") {
+    interruptedName = name_.c_str();
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+      if (std::signal(signal, RemoveAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
+  }
+  PartialFile(const PartialFile&) = delete;
+  PartialFile& operator=(const PartialFile&) = delete;
+  ~PartialFile() {
+    interruptedName = nullptr;
+    unlink(name_.c_str());
+  }
+  const std::string& GetName() const { return name_; }
+  bool Rename() const {
+    std::error_code error;
+    fs::rename(name_, target_, error);
+    if (error) ZQThrow.Error("cannot write %s: %s", target_.c_str(), error.message().c_str());
+    return !error;
+  }
+
+ private:
+  static void RemoveAndEnd(int signal) {
+    if (interruptedName) unlink(interruptedName);
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+  }
+  inline static const char* volatile interruptedName = nullptr;
+
+  std::string target_;
+  std::string name_;
+};
+
+// Records that are the mark of a molecule without a fingerprint.
+std::uint64_t CountEmptyRecords(const ZQFastFPDatabase& database) {
+  std::uint64_t empty = 0;
+  ZQFingerPrint fp;
+  for (std::uint64_t i = 0; i < database.NumFingerPrints(); ++i) {
+    empty += database.GetFingerPrint(fp, i) && fp.CountBits() == 0;
+  }
+  return empty;
+}
+
+int Run(const ZQInterface& interface) {
+  const auto input = interface.Get<std::string>("MOLFILE");
+  const auto output = interface.Get<std::string>("OUT.fpbin");
+  const ZQFPTypeBase* type = GetTypeOption(interface);
+  if (!type) return BadUsage;
+  if (ZQFileExtension(output) != "fpbin") {
+    ZQThrow.Error("'%s': the name of a database ends in .fpbin", output.c_str());
+    return BadUsage;
+  }
+  if (access(output.c_str(), F_OK) == 0 &&
+      (access(output.c_str(), W_OK) != 0 || fs::is_directory(output))) {
+    ZQThrow.Error("%s can't be written: it is a directory or write-protected", output.c_str());
+    return BadInput;
+  }
+  unsigned int total = 0;
+  {
+    ZQMolDatabase molecules;
+    if (!OpenMolecules(molecules, input)) return BadInput;
+    total = molecules.GetMaxMolIdx();
+  }
+  ZQCreateFastFPDatabaseOptions options(type);
+  options.SetNumProcessors(GetThreads(interface));
+  options.SetTracer(ZQDots(total, "molecules"));
+  const PartialFile partial(output);
+  if (!ZQCreateFastFPDatabaseFile(partial.GetName(), input, options)) {
+    ZQThrow.Error("%s wasn't made", output.c_str());
+    return BadInput;
+  }
+  const auto database = OpenDatabase(partial.GetName());
+  if (!database) return BadInput;
+  const std::uint64_t records = database->NumFingerPrints();
+  const std::uint64_t empty = CountEmptyRecords(*database);
+  if (!partial.Rename()) return BadInput;
+  std::printf("%s: %lu records", output.c_str(), records);
+  if (empty != 0) std::printf(", %lu of them without a bit (unreadable or without atoms)", empty);
+  std::printf("\n");
+  return Done;
+}
+
+}  // namespace
+
+const Command createCommand{"create", "Makes a fingerprint database from a molecule file",
+                            Configure, Run};
+
+}  // namespace KorvexProgram

@@ -1,0 +1,70 @@
+#include "apps/database.h"
+
+#include <cinttypes>
+#include <filesystem>
+
+#include "apps/options.h"
+#include "korvex/fpfast_create.h"
+
+namespace KorvexProgram {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The molecule file of the header, or an empty name if it isn't there.
+std::string FindMoleculeFile(const std::string& filename) {
+  const std::string name = ZQFastFPDatabaseParams(filename).GetMoleculeFile();
+  std::error_code error;
+  for (const fs::path& candidate : {fs::path(name), fs::path(filename).parent_path() / name}) {
+    if (fs::is_regular_file(candidate, error)) return candidate;
+  }
+  ZQThrow.Info("%s: its molecule file '%s' isn't there; titles and SMILES stay empty",
+               filename.c_str(), name.c_str());
+  return {};
+}
+
+}  // namespace
+
+ZQFastFPDatabaseParams ReadHeader(const std::string& filename) {
+  const UntrustedText untrusted;
+  ZQFastFPDatabaseParams header(filename);
+  if (!header.IsValid() || header.IsConsistent()) return header;
+  ZQThrow.Error("%s is damaged: its %" PRIu64 " bytes don't fit its header (%" PRIu64
+                " fingerprints of %" PRIu64 " words, type %s)",
+                filename.c_str(), header.GetFileSize(), header.NumFingerPrints(), header.NumWords(),
+                header.GetFPTypeBase()->GetFPTypeString().c_str());
+  return {};
+}
+
+std::unique_ptr<ZQFastFPDatabase> OpenDatabase(const std::string& filename,
+                                               unsigned int memoryType) {
+  if (!ReadHeader(filename).IsValid()) return nullptr;
+  auto database = std::make_unique<ZQFastFPDatabase>(filename, memoryType);
+  return database->IsValid() ? std::move(database) : nullptr;
+}
+
+bool HitMolecules::Open(const std::string& given, const std::string& filename,
+                        const ZQFastFPDatabase& database) {
+  const std::string name = given.empty() ? FindMoleculeFile(filename) : given;
+  if (name.empty()) return true;
+  auto molecules = std::make_unique<ZQMolDatabase>();
+  if (!molecules->Open(name)) return given.empty();
+  if (!ZQAreCompatibleDatabases(*molecules, database)) {
+    ZQThrow.Warning("%s holds other molecules than %s; titles and SMILES stay empty", name.c_str(),
+                    filename.c_str());
+    return true;
+  }
+  molecules_ = std::move(molecules);
+  return true;
+}
+
+std::string HitMolecules::GetTitle(std::uint64_t index) const {
+  return Has(index) ? molecules_->GetTitle(static_cast<unsigned int>(index)) : std::string();
+}
+
+std::string HitMolecules::GetSmiles(std::uint64_t index) const {
+  return Has(index) ? molecules_->GetSmiles(static_cast<unsigned int>(index)) : std::string();
+}
+
+}  // namespace KorvexProgram

@@ -1,0 +1,44 @@
+#include <cstdio>
+#include <string>
+
+#include "apps/molecules.h"
+#include "apps/options.h"
+#include "apps/output.h"
+
+namespace KorvexProgram {
+
+namespace {
+
+void Configure(ZQInterface& interface) {
+  AddArgument(interface, "MOLFILE", "Molecules (.smi .ism .can .smiles .sdf .sd .mol, or .gz)");
+  AddTypeOptions(interface);
+}
+
+int Run(const ZQInterface& interface) {
+  const ZQFPTypeBase* type = GetTypeOption(interface);
+  if (!type) return BadUsage;
+  const auto filename = interface.Get<std::string>("MOLFILE");
+  ZQMolDatabase molecules;
+  if (!OpenMolecules(molecules, filename)) return BadInput;
+  ZQMol mol;
+  ZQFingerPrint fp;
+  std::string hex;
+  unsigned int made = 0;
+  for (unsigned int i = 0; i < molecules.GetMaxMolIdx(); ++i) {
+    hex.clear();
+    if (molecules.GetMolecule(mol, i) &&
+        MakeFingerPrint(fp, mol, type, "record " + std::to_string(i + 1) + " of " + filename)) {
+      fp.ToHexString(hex);
+      ++made;
+    }
+    std::printf("%s\t%s\n", TsvField(molecules.GetTitle(i)).c_str(), hex.c_str());
+  }
+  return made != 0 ? Done : BadInput;
+}
+
+}  // namespace
+
+const Command fingerprintCommand{"fingerprint", "Prints the fingerprint of each molecule of a file",
+                                 Configure, Run};
+
+}  // namespace KorvexProgram

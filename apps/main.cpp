@@ -1,0 +1,103 @@
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "apps/command.h"
+#include "contract/bostrel/strings.h"
+
+using namespace KorvexProgram;  // NOLINT(google-build-using-namespace)
+
+namespace {
+
+constexpr const Command* commands[] = {&createCommand,    &searchCommand, &fingerprintCommand,
+                                       &compareCommand,   &infoCommand,   &histogramCommand,
+                                       &neighborsCommand, &versionCommand};
+
+void PrintUsage(std::FILE* out) {
+  std::fputs("usage: korvex COMMAND [arguments] [options]\n\ncommands:\n", out);
+  for (const Command* command : commands) {
+    std::fprintf(out, "  %-12s %s\n", command->name, command->brief);
+  }
+  std::fputs("\n'korvex COMMAND -h' tells the arguments and options of a command.\n", out);
+}
+
+std::atomic<bool> invariantBroken = false;
+
+// A broken invariant doesn't end the program, but shows in the exit code: what asked for it answers
+// with an empty value, and the command tells what that means for the input at hand.
+bool PrintMessage(ZQErrorLevel level, const std::string& message) {
+  const char* prefix = "";
+  if (level == ZQErrorLevel::Fatal) {
+    prefix = "damaged data, or a defect of korvex: ";
+    invariantBroken = true;
+  }
+  const char* newLine = isatty(STDERR_FILENO) == 1 ? "\r\033[K" : "";  // over a progress bar
+  std::fprintf(stderr, "%skorvex: %s%s\n", newLine, prefix, message.c_str());
+  return true;
+}
+
+int RunCommand(const Command& command, const std::vector<std::string>& words) {
+  const std::string name = std::string("korvex ") + command.name;
+  ZQInterface interface(name, command.brief);
+  command.configure(interface);
+  ZQInterface* help = interface.AddInterface("help");
+  help->AddParameter({"-h", "", ZQParamType::Switch, "Shows this help"});
+  help->AddParameter({"-help", "", ZQParamType::Switch, "Shows this help with all details"});
+
+  if (!ZQParseCommandLine(interface, words)) {
+    std::fprintf(stderr, "korvex: '%s -h' tells the arguments and options\n", name.c_str());
+    return BadUsage;
+  }
+  if (interface.IsSet("-h") || interface.IsSet("-help")) {
+    std::fputs(ZQGetHelp(interface, interface.IsSet("-help")).c_str(), stdout);
+    return Done;
+  }
+  return command.run(interface);
+}
+
+int Dispatch(const std::vector<std::string>& words) {
+  if (words.empty()) {
+    PrintUsage(stderr);
+    return BadUsage;
+  }
+  const std::string& word = words.front();
+  for (const char* help : {"-h", "--h", "-help", "--help"}) {
+    if (word == help) {
+      PrintUsage(stdout);
+      return Done;
+    }
+  }
+  std::vector<std::string> names;
+  for (const Command* command : commands) {
+    if (word == command->name) return RunCommand(*command, {words.begin() + 1, words.end()});
+    names.emplace_back(command->name);
+  }
+  const std::string nearest = ZQNearestName(word, names);
+  ZQThrow.Error("there is no command '%s'%s%s; 'korvex -h' lists them", word.c_str(),
+                nearest.empty() ? "" : ", did you mean ", nearest.c_str());
+  return BadUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ZQThrow.SetSink(PrintMessage);
+  std::signal(SIGXFSZ,
+              SIG_IGN);  // a limit on file sizes is an error of the write, as a full disk is
+  int exitCode = BadInput;
+  try {
+    exitCode = Dispatch({argv + 1, argv + argc});
+  } catch (const std::exception& error) {
+    ZQThrow.Error("%s", error.what());  // out of memory, or no thread can be started
+  }
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    ZQThrow.Error("cannot write to standard output");
+    exitCode = BadInput;
+  }
+  return exitCode == Done && invariantBroken ? BadInput : exitCode;
+}

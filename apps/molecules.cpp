@@ -1,0 +1,60 @@
+#include "apps/molecules.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "contract/quarnel/readers.h"
+
+namespace KorvexProgram {
+
+namespace fs = std::filesystem;
+
+bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename) {
+  if (!molecules.Open(filename)) return false;
+  if (molecules.GetMaxMolIdx() == 0) ZQThrow.Error("%s holds no molecules", filename.c_str());
+  return molecules.GetMaxMolIdx() != 0;
+}
+
+bool MoleculeArgument::Open(const std::string& argument) {
+  std::error_code error;
+  const bool exists = fs::exists(argument, error);
+  if (exists && ZQMolDatabase::IsReadable(argument)) {
+    isFile_ = true;
+    return OpenMolecules(file_, argument);
+  }
+  // The reader's own message becomes part of one that tells both ways of reading.
+  std::string cause;
+  ZQErrorSink sink = ZQThrow.SetSink([&cause](ZQErrorLevel, const std::string& message) {
+    cause = message;
+    return true;
+  });
+  bool read = ZQSmilesToMol(smiles_, argument);
+  ZQThrow.SetSink(std::move(sink));
+  if (read && !smiles_) {
+    read = false;
+    cause = "no atoms";
+  }
+  if (!read) {
+    const char* file = exists ? "it isn't called .smi .ism .can .smiles .sdf .sd .mol or the same "
+                                "with .gz"
+                              : "there is none of this name";
+    ZQThrow.Error("'%s' is neither a molecule file (%s) nor a SMILES (%s)", argument.c_str(), file,
+                  cause.c_str());
+  }
+  return read;
+}
+
+bool MoleculeArgument::GetMolecule(ZQMol& mol, unsigned int idx) const {
+  if (isFile_) return file_.GetMolecule(mol, idx);
+  mol = smiles_;
+  return true;
+}
+
+bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
+                     const std::string& where) {
+  if (mol && ZQMakeFP(fp, mol, type)) return true;
+  ZQThrow.Error("%s: a molecule without atoms has no fingerprint", where.c_str());
+  return false;
+}
+
+}  // namespace KorvexProgram

@@ -1,0 +1,37 @@
+#pragma once
+
+/// Molecules that the command line names.
+
+#include <string>
+
+#include "apps/command.h"
+#include "contract/quarnel/graphmol.h"
+#include "contract/quarnel/moldatabase.h"
+#include "korvex/fingerprint.h"
+
+namespace KorvexProgram {
+
+/// Opens a molecule file; false after a message, also for one without records.
+bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename);
+
+/// The molecules of one argument: the records of a molecule file or, where the argument isn't the
+/// name of one, the one molecule that it says as a SMILES.
+class MoleculeArgument {
+ public:
+  /// False after a message.
+  bool Open(const std::string& argument);
+  unsigned int NumMolecules() const { return isFile_ ? file_.GetMaxMolIdx() : 1; }
+  /// False after a message for a record that can't be read.
+  bool GetMolecule(ZQMol& mol, unsigned int idx) const;
+
+ private:
+  ZQMolDatabase file_;
+  ZQMol smiles_;
+  bool isFile_ = false;
+};
+
+/// The fingerprint of a molecule; false after a message that names it by `where`.
+bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
+                     const std::string& where);
+
+}  // namespace KorvexProgram

@@ -1,0 +1,43 @@
+#pragma once
+
+/// Parameters that several commands share.
+
+#include <string>
+
+#include "apps/command.h"
+#include "korvex/fingerprint.h"
+#include "korvex/fpdatabaseoptions.h"
+
+namespace KorvexProgram {
+
+/// A required word, told by its place.
+void AddArgument(ZQInterface& interface, const char* name, const char* brief);
+
+/// Keeps assertion reports from the user while it lives: the library asserts the ranges of a type,
+/// and in a text from outside they are the user's to mend, by the message that follows.
+class UntrustedText {
+ public:
+  UntrustedText();
+  ~UntrustedText() { ZQThrow.SetSink(before_); }
+  UntrustedText(const UntrustedText&) = delete;
+  UntrustedText& operator=(const UntrustedText&) = delete;
+
+ private:
+  ZQErrorSink before_;
+};
+
+/// "-threads", 0 (all processors) by default.
+void AddThreads(ZQInterface& interface);
+unsigned int GetThreads(const ZQInterface& interface);
+
+/// The fingerprint options, and "-type" in place of them.
+void AddTypeOptions(ZQInterface& interface);
+/// The type that they choose; null after a message for one that isn't legal or that this build
+/// can't make.
+const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface);
+
+/// "-alpha" and "-beta" of Tversky, beside the other search options if there are any.
+void AddTverskyCoeffs(ZQInterface& interface);
+void SetTverskyCoeffs(ZQFPDatabaseOptions& options, const ZQInterface& interface);
+
+}  // namespace KorvexProgram

@@ -1,0 +1,77 @@
+#include "apps/output.h"
+
+#include <rapidjson/encodings.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <cinttypes>
+#include <cstdio>
+
+namespace KorvexProgram {
+
+std::string TsvField(std::string text) {
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = ' ';
+  }
+  return text;
+}
+
+std::string ValidUtf8(const std::string& text) {
+  std::string valid;
+  for (std::size_t at = 0; at < text.size();) {
+    rapidjson::MemoryStream rest(text.data() + at, text.size() - at);
+    unsigned int codepoint = 0;
+    if (rapidjson::UTF8<>::Decode(rest, &codepoint)) {
+      valid.append(text, at, rest.Tell());
+      at += rest.Tell();
+    } else {
+      valid += "\xEF\xBF\xBD";
+      ++at;
+    }
+  }
+  return valid;
+}
+
+HitWriter::HitWriter(bool json) : json_(json) {
+  if (json_) std::fputc('[', stdout);
+}
+
+void HitWriter::Write(const Hit& hit) {
+  char score[32];
+  const int length = std::snprintf(score, sizeof score, "%.6f", hit.score);
+  if (!json_) {
+    std::printf("%u\t%u\t%s\t%" PRIu64 "\t%s\t%s\n", hit.query, hit.rank, score, hit.index,
+                TsvField(hit.title).c_str(), TsvField(hit.smiles).c_str());
+    return;
+  }
+  const std::string title = ValidUtf8(hit.title);
+  const std::string smiles = ValidUtf8(hit.smiles);
+  rapidjson::StringBuffer text;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+  const auto writeText = [&writer](const std::string& value) {
+    writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
+  };
+  writer.StartObject();
+  writer.Key("query");
+  writer.Uint(hit.query);
+  writer.Key("rank");
+  writer.Uint(hit.rank);
+  writer.Key("score");
+  writer.RawValue(score, static_cast<std::size_t>(length), rapidjson::kNumberType);
+  writer.Key("index");
+  writer.Uint64(hit.index);
+  writer.Key("title");
+  writeText(title);
+  writer.Key("smiles");
+  writeText(smiles);
+  writer.EndObject();
+  std::printf("%s\n%s", first_ ? "" : ",", text.GetString());
+  first_ = false;
+}
+
+void HitWriter::Finish() const {
+  if (json_) std::fputs("\n]\n", stdout);
+}
+
+}  // namespace KorvexProgram

@@ -1,0 +1,41 @@
+#pragma once
+
+/// Standard output in lines of tab-separated values, or as JSON.
+
+#include <cstdint>
+#include <string>
+
+#include "korvex/fpdatabaseoptions.h"
+
+namespace KorvexProgram {
+
+/// The text as one field of a line: tabs, line feeds and other control characters become blanks.
+std::string TsvField(std::string text);
+
+/// The text as UTF-8: each byte that isn't part of a valid sequence becomes U+FFFD.
+std::string ValidUtf8(const std::string& text);
+
+/// A hit of a search, with what leads back to its molecule.
+struct Hit {
+  unsigned int query;  ///< number of the query in its file, from 1
+  unsigned int rank;   ///< from 1
+  double score;
+  std::uint64_t index;  ///< record of the database, from 0
+  std::string title;
+  std::string smiles;
+};
+
+/// Writes hits: a line each, or one JSON array with an object each.
+class HitWriter {
+ public:
+  explicit HitWriter(bool json);
+  void Write(const Hit& hit);
+  /// Ends the array.
+  void Finish() const;
+
+ private:
+  bool json_;
+  bool first_ = true;
+};
+
+}  // namespace KorvexProgram

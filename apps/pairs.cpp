@@ -1,0 +1,88 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "apps/database.h"
+#include "apps/options.h"
+#include "korvex/fpdatabaseoptions_params.h"
+
+namespace KorvexProgram {
+
+namespace {
+
+void ConfigureHistogram(ZQInterface& interface) {
+  AddArgument(interface, "DB.fpbin", "The database");
+  interface.AddParameter(
+      ZQParameter("-bins", "", ZQParamType::Int, "Bins of equal width between 0 and 1")
+          .SetLegalRange(1, 1000000)
+          .SetDefault(20));
+  ZQConfigureFPDatabaseOptions(interface, ZQFPDatabaseOptionsMask::SimFunc);
+  AddTverskyCoeffs(interface);
+}
+
+int RunHistogram(const ZQInterface& interface) {
+  const auto database = OpenDatabase(interface.Get<std::string>("DB.fpbin"));
+  if (!database) return BadInput;
+  ZQFPDatabaseOptions options;
+  ZQSetupFPDatabaseOptions(options, interface);
+  SetTverskyCoeffs(options, interface);
+  const ZQFPHistogram histogram =
+      database->GetHistogram(options, static_cast<unsigned long>(interface.Get<int>("-bins")));
+  const unsigned long pairs = histogram.NumSamples();
+  std::printf("# pairs %lu\n", pairs);
+  if (pairs != 0) std::printf("# mean %.6f\n# std %.6f\n", histogram.Mean(), histogram.Std());
+  ZQIter<double> boundary = histogram.GetBinBoundaries();
+  // By way of the density, as `GetCounts` can't tell a count above 2^32 - 1, which the pairs of
+  // some 100,000 records reach.
+  for (ZQIter<double> density = histogram.GetDensity(); density; ++density) {
+    const double lower = *boundary;
+    ++boundary;
+    std::printf("%.6f\t%.6f\t%.0f\n", lower, *boundary,
+                pairs == 0 ? 0.0 : std::round(*density * static_cast<double>(pairs)));
+  }
+  return Done;
+}
+
+void ConfigureNeighbors(ZQInterface& interface) {
+  AddArgument(interface, "DB.fpbin", "The database");
+  ZQConfigureFPDatabaseOptions(interface, ZQFPDatabaseOptionsMask::Limit |
+                                              ZQFPDatabaseOptionsMask::SimFunc |
+                                              ZQFPDatabaseOptionsMask::Cutoff);
+  AddTverskyCoeffs(interface);
+}
+
+int RunNeighbors(const ZQInterface& interface) {
+  const auto database = OpenDatabase(interface.Get<std::string>("DB.fpbin"));
+  if (!database) return BadInput;
+  ZQFPDatabaseOptions options;
+  ZQSetupFPDatabaseOptions(options, interface);
+  SetTverskyCoeffs(options, interface);
+  const std::uint64_t records = database->NumFingerPrints();
+  const auto limit = static_cast<std::uint64_t>(interface.Get<int>("-limit"));
+  const std::uint64_t wanted = limit == 0 ? records : limit;
+  // The library counts a record among its own neighbours; one more makes up for leaving it out.
+  options.SetLimit(static_cast<unsigned int>(std::min(wanted + 1, records)));
+  ZQIter<ZQSimScorePair> pair = database->GetSparseMatrix(options);
+  if (!pair && records != 0 && !options.HasCutoff()) return BadInput;  // too little memory
+  std::uint64_t row = 0;
+  std::uint64_t printed = 0;
+  for (; pair; ++pair) {
+    if (pair->GetIdx1() != row) printed = 0;
+    row = pair->GetIdx1();
+    if (pair->GetIdx2() == row || printed == wanted) continue;
+    ++printed;
+    std::printf("%lu\t%lu\t%.6f\n", row, pair->GetIdx2(), pair->GetScore());
+  }
+  return Done;
+}
+
+}  // namespace
+
+const Command histogramCommand{"histogram", "Prints how the scores of all pairs are distributed",
+                               ConfigureHistogram, RunHistogram};
+const Command neighborsCommand{"neighbors", "Prints the nearest other records of each record",
+                               ConfigureNeighbors, RunNeighbors};
+
+}  // namespace KorvexProgram

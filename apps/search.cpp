@@ -1,0 +1,107 @@
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apps/database.h"
+#include "apps/molecules.h"
+#include "apps/options.h"
+#include "apps/output.h"
+#include "korvex/fpdatabaseoptions_params.h"
+
+namespace KorvexProgram {
+
+namespace {
+
+// Queries that one pass over the database serves; their hits are held until the pass is over.
+constexpr std::size_t queriesPerPass = 256;
+
+const ZQNamespaceInterface& Formats() {
+  static const ZQNamespaceInterface formats(
+      "Format", ZQNamespaceMode::Single,
+      {{"tsv", 0, "a line a hit: query, rank, score, index, title, SMILES"},
+       {"json", 1, "an array of objects with the same fields"}});
+  return formats;
+}
+
+ZQFPDatabaseOptions DefaultOptions() {
+  ZQFPDatabaseOptions options;
+  options.SetLimit(10);
+  return options;
+}
+
+void Configure(ZQInterface& interface) {
+  AddArgument(interface, "DB.fpbin", "The database");
+  AddArgument(interface, "QUERY",
+              "A molecule file, each record of which is a query, or one query as a SMILES");
+  interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
+                          "Molecule file of the database, for titles and SMILES, in place of the "
+                          "one that the database names"});
+  ZQParameter format("-format", "-f", ZQParamType::String, "Output format");
+  format.SetLegalNames(Formats()).SetDefault("tsv");
+  AddDetails(&format, &Formats());
+  interface.AddParameter(std::move(format));
+  AddThreads(interface);
+  ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
+  ZQConfigureFPDatabaseOptions(interface, DefaultOptions());
+  AddTverskyCoeffs(interface);
+}
+
+// Fingerprints of queries, and the numbers of their records, from 1.
+struct Queries {
+  std::vector<unsigned int> numbers;
+  std::vector<ZQFingerPrint> fps;
+};
+
+// The next queries that have a fingerprint, from record `next` on.
+Queries ReadQueries(const MoleculeArgument& molecules, const ZQFPTypeBase* type,
+                    unsigned int& next) {
+  Queries queries;
+  ZQMol mol;
+  while (next < molecules.NumMolecules() && queries.fps.size() < queriesPerPass) {
+    const bool read = molecules.GetMolecule(mol, next++);
+    ZQFingerPrint fp;
+    if (!read || !MakeFingerPrint(fp, mol, type, "query " + std::to_string(next))) continue;
+    queries.numbers.push_back(next);
+    queries.fps.push_back(std::move(fp));
+  }
+  return queries;
+}
+
+int Run(const ZQInterface& interface) {
+  const auto filename = interface.Get<std::string>("DB.fpbin");
+  ZQFPDatabaseOptions options = DefaultOptions();
+  ZQSetupFPDatabaseOptions(options, interface);
+  SetTverskyCoeffs(options, interface);
+  options.SetNumProcessors(GetThreads(interface));
+
+  const auto database = OpenDatabase(filename, ZQGetFPDatabaseMemoryType(interface));
+  if (!database) return BadInput;
+  MoleculeArgument molecules;
+  if (!molecules.Open(interface.Get<std::string>("QUERY"))) return BadInput;
+  HitMolecules hitMolecules;
+  const auto given = interface.IsSet("-molecules") ? interface.Get<std::string>("-molecules") : "";
+  if (!hitMolecules.Open(given, filename, *database)) return BadInput;
+
+  HitWriter writer(interface.Get<std::string>("-format") == "json");
+  std::size_t answered = 0;
+  for (unsigned int next = 0; next < molecules.NumMolecules();) {
+    const Queries queries = ReadQueries(molecules, database->GetFPTypeBase(), next);
+    std::vector<ZQIter<ZQSimScore>> hits = database->GetSortedScores(queries.fps, options);
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+      for (unsigned int rank = 1; hits[i]; ++hits[i], ++rank) {
+        const std::uint64_t index = hits[i]->GetIdx();
+        writer.Write({queries.numbers[i], rank, hits[i]->GetScore(), index,
+                      hitMolecules.GetTitle(index), hitMolecules.GetSmiles(index)});
+      }
+    }
+    answered += hits.size();
+  }
+  writer.Finish();
+  return answered != 0 ? Done : BadInput;
+}
+
+}  // namespace
+
+const Command searchCommand{"search", "Ranks a database against query molecules", Configure, Run};
+
+}  // namespace KorvexProgram

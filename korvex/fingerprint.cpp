@@ -1,0 +1,213 @@
+#include "korvex/fingerprint.h"
+
+#include "korvex/fpatomtyper.h"
+#include "korvex/fptypes_local.h"
+#include "korvex/fpversion.h"
+#include "korvex/path.h"
+
+namespace ZQKorvex {
+
+namespace {
+
+ZQFPTypeFactoryNoParams<ZQFPMACCS166Type> maccs166TypeFactory;
+ZQFPTypeFactoryNoParams<ZQFPLingoType> lingoTypeFactory;
+ZQFPTypeFactory<ZQFPPathType> pathTypeFactory;
+ZQFPTypeFactory<ZQFPCircularType> circularTypeFactory;
+ZQFPTypeFactory<ZQFPTreeType> treeTypeFactory;
+ZQFPTypeFactory<ZQFPUnhashedPathType> uhpathTypeFactory;
+ZQFPTypeFactory<ZQFPUnhashedCircularType> uhcircularTypeFactory;
+ZQFPTypeFactory<ZQFPUnhashedTreeType> uhtreeTypeFactory;
+
+// Version 0 belongs to types read from older records, which the unhashed kinds don't have.
+bool IsUsableVersion(const ZQFPKind& kind, unsigned short version) {
+  return version == ZQGetFingerPrintVersion(kind.number) || (version == 0 && kind.IsHashed());
+}
+
+template <class T>
+const ZQFPTypeBase* GetType(ZQFPTypeFactory<T>& factory, unsigned short version,
+                            const ZQFPTypeValues& values) {
+  if (!ZQ_ASSERT(IsUsableVersion(T::kind, version))) return nullptr;
+  std::uint64_t id = 0;
+  return ZQPackFPTypeID(T::kind, values, id) ? factory.GetFPType(version, id) : nullptr;
+}
+
+template <class T>
+const ZQFPTypeBase* GetType(ZQFPTypeFactoryNoParams<T>& factory, unsigned short version) {
+  if (!ZQ_ASSERT(IsUsableVersion(T::kind, version))) return nullptr;
+  return factory.GetFPType(version);
+}
+
+}  // namespace
+
+bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values, std::uint64_t& id) {
+  bool legal = true;
+  if (kind.IsHashed()) legal &= ZQ_ASSERT(values.numbits >= 16 && values.numbits <= 65535);
+  legal &= ZQ_ASSERT(values.atype < 8192);
+  legal &= ZQ_ASSERT(values.btype < 256);
+  if (kind.IsHashed()) legal &= ZQ_ASSERT(values.minDistance <= values.maxDistance);
+  legal &= ZQ_ASSERT(values.minDistance <= kind.distanceLimit);
+  legal &= ZQ_ASSERT(values.maxDistance <= kind.distanceLimit);
+  if (!legal) return false;
+  const std::uint64_t numbits = kind.IsHashed() ? values.numbits : 0;
+  id = numbits << 44 | std::uint64_t{values.atype} << 24 | std::uint64_t{values.btype} << 16 |
+       std::uint64_t{values.minDistance} << 8 | values.maxDistance;
+  return true;
+}
+
+ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id) {
+  const std::uint64_t strayBits = kind.IsHashed() ? 0xf0000f0000000000 : 0xffffff0000000000;
+  if (id & strayBits) ZQThrow.Warning("%s", kind.strayBitsReport);
+  ZQFPTypeValues values;
+  if (kind.IsHashed()) {
+    values.numbits = static_cast<unsigned int>(id >> 44);
+    ZQ_ASSERT(values.numbits >= 16);
+  }
+  values.minDistance = (id >> 8) & 255;
+  values.maxDistance = id & 255;
+  values.atype = (id >> 24) & 65535;
+  values.btype = (id >> 16) & 255;
+  return values;
+}
+
+bool ZQFingerPrint::operator==(const ZQFingerPrint& other) const {
+  if (!type_ || !other.type_) {
+    ZQThrow.Warning("ZQFingerPrint::operator== : uninitialized fingerprint type!");
+    return false;
+  }
+  return type_ == other.type_ &&
+         static_cast<const ZQBitVector&>(*this) == static_cast<const ZQBitVector&>(other);
+}
+
+bool ZQIsFPType(const ZQFingerPrint& fp, unsigned int fptype) {
+  return fp.GetFPTypeBase()->GetFPType() == fptype;
+}
+
+bool ZQIsSameFPType(const ZQFingerPrint& a, const ZQFingerPrint& b) {
+  if (!a || !b) {
+    ZQThrow.Warning("ZQIsSameFPType() : uninitialized fingerprint type!");
+    return false;
+  }
+  return a.GetFPTypeBase() == b.GetFPTypeBase();
+}
+
+bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
+  switch (type ? type->GetFPType() : 0) {
+    case ZQFPType::Path:
+      return ZQMakePathFP(fp, mol, type);
+    case ZQFPType::MACCS166:
+    case ZQFPType::Lingo:
+    case ZQFPType::Circular:
+    case ZQFPType::Tree:
+    case ZQFPType::UnhashedPath:
+    case ZQFPType::UnhashedCircular:
+    case ZQFPType::UnhashedTree:  // kinds that have types and no generator in this release
+    default:
+      fp.SetFPTypeBase(nullptr);
+      return false;
+  }
+}
+
+bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int fptype,
+              bool ignoreChargeAndHyb) {
+  const ZQFPTypeBase* type = ZQGetFPType(fptype, ignoreChargeAndHyb);
+  if (!type) ZQThrow.Warning("ZQMakeFP() unknown fingerprint type");
+  return ZQMakeFP(fp, mol, type);
+}
+
+const ZQFPTypeBase* ZQGetFPType(unsigned int fptype, bool ignoreChargeAndHyb) {
+  constexpr unsigned int pathAtom = ZQFPAtomType::DefaultPathAtom;
+  constexpr unsigned int circularAtom = ZQFPAtomType::DefaultCircularAtom;
+  constexpr unsigned int treeAtom = ZQFPAtomType::DefaultTreeAtom;
+  constexpr unsigned int pathBond = ZQFPBondType::DefaultPathBond;
+  constexpr unsigned int circularBond = ZQFPBondType::DefaultCircularBond;
+  constexpr unsigned int treeBond = ZQFPBondType::DefaultTreeBond;
+  const unsigned int charge = ignoreChargeAndHyb ? ZQFPAtomType::FCharge : 0;
+  const unsigned int chargeAndHyb = ignoreChargeAndHyb ? charge | ZQFPAtomType::Hyb : 0;
+  switch (fptype) {
+    case ZQFPType::MACCS166:
+      return ZQGetMACCS166FPType(ZQGetFingerPrintVersion(fptype));
+    case ZQFPType::Path:
+      return ZQGetPathFPType(4096, 0, 5, pathAtom & ~chargeAndHyb, pathBond);
+    case ZQFPType::Lingo:
+      return ZQGetLingoFPType(ZQGetFingerPrintVersion(fptype));
+    case ZQFPType::Circular:
+      return ZQGetCircularFPType(4096, 0, 5, circularAtom & ~charge, circularBond);
+    case ZQFPType::Tree:
+      return ZQGetTreeFPType(4096, 0, 4, treeAtom & ~chargeAndHyb, treeBond);
+    case ZQFPType::UnhashedPath:
+      return ZQGetUnhashedPathFPType(ZQGetFingerPrintVersion(fptype), 0, 5, pathAtom, pathBond);
+    case ZQFPType::UnhashedCircular:
+      return ZQGetUnhashedCircularFPType(ZQGetFingerPrintVersion(fptype), 0, 5, circularAtom,
+                                         circularBond);
+    case ZQFPType::UnhashedTree:
+      return ZQGetUnhashedTreeFPType(ZQGetFingerPrintVersion(fptype), 0, 4, treeAtom, treeBond);
+    default:
+      ZQThrow.Warning("ZQGetFPType() unknown fingerprint type");
+      return nullptr;
+  }
+}
+
+const ZQFPTypeBase* ZQGetPathFPType(unsigned int numbits, unsigned int minbonds,
+                                    unsigned int maxbonds, unsigned int atype, unsigned int btype) {
+  return ZQGetPathFPType(ZQGetFingerPrintVersion(ZQFPType::Path), numbits, minbonds, maxbonds,
+                         atype, btype);
+}
+
+const ZQFPTypeBase* ZQGetPathFPType(unsigned short version, unsigned int numbits,
+                                    unsigned int minbonds, unsigned int maxbonds,
+                                    unsigned int atype, unsigned int btype) {
+  return GetType(pathTypeFactory, version, {numbits, minbonds, maxbonds, atype, btype});
+}
+
+const ZQFPTypeBase* ZQGetCircularFPType(unsigned int numbits, unsigned int minradius,
+                                        unsigned int maxradius, unsigned int atype,
+                                        unsigned int btype) {
+  return ZQGetCircularFPType(ZQGetFingerPrintVersion(ZQFPType::Circular), numbits, minradius,
+                             maxradius, atype, btype);
+}
+
+const ZQFPTypeBase* ZQGetCircularFPType(unsigned short version, unsigned int numbits,
+                                        unsigned int minradius, unsigned int maxradius,
+                                        unsigned int atype, unsigned int btype) {
+  return GetType(circularTypeFactory, version, {numbits, minradius, maxradius, atype, btype});
+}
+
+const ZQFPTypeBase* ZQGetTreeFPType(unsigned int numbits, unsigned int minbonds,
+                                    unsigned int maxbonds, unsigned int atype, unsigned int btype) {
+  return ZQGetTreeFPType(ZQGetFingerPrintVersion(ZQFPType::Tree), numbits, minbonds, maxbonds,
+                         atype, btype);
+}
+
+const ZQFPTypeBase* ZQGetTreeFPType(unsigned short version, unsigned int numbits,
+                                    unsigned int minbonds, unsigned int maxbonds,
+                                    unsigned int atype, unsigned int btype) {
+  return GetType(treeTypeFactory, version, {numbits, minbonds, maxbonds, atype, btype});
+}
+
+const ZQFPTypeBase* ZQGetUnhashedPathFPType(unsigned short version, unsigned int minbonds,
+                                            unsigned int maxbonds, unsigned int atype,
+                                            unsigned int btype) {
+  return GetType(uhpathTypeFactory, version, {0, minbonds, maxbonds, atype, btype});
+}
+
+const ZQFPTypeBase* ZQGetUnhashedCircularFPType(unsigned short version, unsigned int minradius,
+                                                unsigned int maxradius, unsigned int atype,
+                                                unsigned int btype) {
+  return GetType(uhcircularTypeFactory, version, {0, minradius, maxradius, atype, btype});
+}
+
+const ZQFPTypeBase* ZQGetUnhashedTreeFPType(unsigned short version, unsigned int minbonds,
+                                            unsigned int maxbonds, unsigned int atype,
+                                            unsigned int btype) {
+  return GetType(uhtreeTypeFactory, version, {0, minbonds, maxbonds, atype, btype});
+}
+
+const ZQFPTypeBase* ZQGetLingoFPType(unsigned short version) {
+  return GetType(lingoTypeFactory, version);
+}
+
+const ZQFPTypeBase* ZQGetMACCS166FPType(unsigned short version) {
+  return GetType(maccs166TypeFactory, version);
+}
+
+}  // namespace ZQKorvex

@@ -1,0 +1,363 @@
+#include "korvex/fingerprint_params.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string_view>
+#include <vector>
+
+#include "contract/bostrel/strings.h"
+#include "korvex/fpatomtyper.h"
+#include "korvex/fptypes_local.h"
+#include "korvex/fpversion.h"
+
+namespace ZQKorvex {
+
+namespace {
+
+constexpr unsigned int unset = std::numeric_limits<unsigned int>::max();
+
+// All kinds, in the order in which a string's beginning is tried.
+constexpr std::array<const ZQFPKind*, 8> allKinds{
+    &zqMACCS166Kind,         &zqLingoKind,       &zqPathKind,
+    &zqCircularKind,         &zqTreeKind,        &zqUnhashedPathKind,
+    &zqUnhashedCircularKind, &zqUnhashedTreeKind};
+
+// Reports what is wrong; the false is the parser's answer.
+bool Refuse(const char* what, const ZQFPKind& kind) {
+  ZQThrow.Warning("%s for `%s` type!", what, kind.prefix);
+  return false;
+}
+
+bool ParseVersion(const std::string& text, const ZQFPKind& kind, unsigned short& version) {
+  if (!ZQIsValidFingerPrintVersion(text)) return Refuse("Invalid version", kind);
+  version = ZQGetFingerPrintVersion(text);
+  return true;
+}
+
+bool ParseDistances(const std::string& text, const ZQFPKind& kind, ZQFPTypeValues& values) {
+  const std::vector<std::string> parts = ZQStringTokenize(text, '-');
+  if (parts.size() != 2) return Refuse("Invalid fingerprint distance", kind);
+  if (!ZQStringToNumber(parts[0], values.minDistance)) {
+    return Refuse("Invalid fingerprint minimum distance", kind);
+  }
+  if (!ZQStringToNumber(parts[1], values.maxDistance)) {
+    return Refuse("Invalid fingerprint maximum distance", kind);
+  }
+  return true;
+}
+
+bool ParseParam(const std::string& key, const std::string& value, const ZQFPKind& kind,
+                unsigned short& version, ZQFPTypeValues& values) {
+  if (key == "ver") return ParseVersion(value, kind, version);
+  if (key == kind.sizeKey) {
+    return ZQStringToNumber(value, values.numbits) || Refuse("Invalid fingerprint size", kind);
+  }
+  if (key == kind.distanceKey) return ParseDistances(value, kind, values);
+  if (key == "atype") {
+    values.atype = ZQGetFPAtomType(value);
+    return ZQIsValidFPAtomType(value);
+  }
+  if (key == "btype") {
+    values.btype = ZQGetFPBondType(value);
+    return ZQIsValidFPBondType(value);
+  }
+  ZQThrow.Warning("'%s' is not a valid fingerprint type primitive!", key.c_str());
+  return false;
+}
+
+// The public parsers of one family each. They differ in what they hold the parser to.
+bool GetHashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
+                     ZQFPTypeValues& values) {
+  const bool valid = ZQParseFPTypeString(kind, typeString, version, values);
+  if (valid) {
+    ZQ_ASSERT(values.numbits != 0);
+    ZQ_ASSERT(version != 0);
+  }
+  return valid;
+}
+
+bool GetUnhashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
+                       ZQFPTypeValues& values) {
+  const bool valid = ZQParseFPTypeString(kind, typeString, version, values);
+  ZQ_ASSERT(values.numbits == 0);
+  ZQ_ASSERT(version != 0);
+  return valid;
+}
+
+bool GetParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
+               ZQFPTypeValues& values) {
+  if (!kind.HasParams()) return ZQParseFPTypeString(kind, typeString, version);
+  return kind.IsHashed() ? GetHashedParams(kind, typeString, version, values)
+                         : GetUnhashedParams(kind, typeString, version, values);
+}
+
+bool GetHashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
+                     unsigned int& numbits, unsigned int& min, unsigned int& max,
+                     unsigned int& atype, unsigned int& btype) {
+  ZQFPTypeValues values;
+  const bool valid = GetHashedParams(kind, typeString, version, values);
+  numbits = values.numbits;
+  min = values.minDistance;
+  max = values.maxDistance;
+  atype = values.atype;
+  btype = values.btype;
+  return valid;
+}
+
+bool GetUnhashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
+                       unsigned int& min, unsigned int& max, unsigned int& atype,
+                       unsigned int& btype) {
+  ZQFPTypeValues values;
+  const bool valid = GetUnhashedParams(kind, typeString, version, values);
+  min = values.minDistance;
+  max = values.maxDistance;
+  atype = values.atype;
+  btype = values.btype;
+  return valid;
+}
+
+}  // namespace
+
+const ZQFPKind* ZQFindFPKind(const std::string& typeString) {
+  const auto found =
+      std::find_if(allKinds.begin(), allKinds.end(), [&typeString](const ZQFPKind* kind) {
+        return std::string_view(typeString).starts_with(kind->prefix);
+      });
+  return found == allKinds.end() ? nullptr : *found;
+}
+
+void ZQAppendFPTypeString(std::string& text, const ZQFPKind& kind, unsigned short version,
+                          std::uint64_t id) {
+  text += kind.prefix;
+  text += ",ver=" + ZQGetFingerPrintVersionString(version);
+  if (!kind.HasParams()) return;
+  const ZQFPTypeValues values = ZQUnpackFPTypeID(kind, id);
+  if (kind.IsHashed()) text += ",size=" + std::to_string(values.numbits);
+  text += std::string(",") + kind.distanceKey + "=" + std::to_string(values.minDistance) + "-" +
+          std::to_string(values.maxDistance);
+  text += ",atype=" + ZQGetFPAtomType(values.atype);
+  text += ",btype=" + ZQGetFPBondType(values.btype);
+}
+
+bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
+                         unsigned short& version, ZQFPTypeValues& values) {
+  version = 0;
+  values = {kind.IsHashed() ? unset : 0, unset, unset, unset, unset};
+  bool typeSeen = false;
+  for (const std::string& token : ZQStringTokenize(typeString, ',')) {
+    if (token == kind.prefix) {
+      typeSeen = true;
+      continue;
+    }
+    const std::vector<std::string> parts = ZQStringTokenize(token, '=');
+    if (parts.size() != 2) return Refuse("Invalid string can not be tokenized", kind);
+    if (!ParseParam(parts[0], parts[1], kind, version, values)) return false;
+  }
+  if (!typeSeen) {
+    ZQThrow.Warning("Missing fingerprint type!");
+    return false;
+  }
+  if (version == 0) {
+    ZQThrow.Warning("Missing fingerprint version!");
+    return false;
+  }
+  if (values.numbits == unset || (kind.IsHashed() && values.numbits == 0)) {
+    return Refuse("Size cannot be initialized", kind);
+  }
+  if (values.minDistance == unset || values.maxDistance == unset) {
+    return Refuse("Min or max distance cannot be initialized", kind);
+  }
+  if (values.atype == unset) return Refuse("Atom type cannot be initialized", kind);
+  if (values.btype == unset) return Refuse("Bond type cannot be initialized", kind);
+  if (values.atype == 0 && values.btype == 0) {
+    return Refuse("The atom and bond type cannot be both None", kind);
+  }
+  return true;
+}
+
+bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
+                         unsigned short& version) {
+  version = 0;
+  if (typeString == kind.prefix) return true;  // the form of older kinds, which have no version
+  const std::vector<std::string> tokens = ZQStringTokenize(typeString, ',');
+  if (tokens.empty()) {
+    ZQThrow.Warning("Invalid fingerprint type string!");
+    return false;
+  }
+  bool typeSeen = false;
+  for (const std::string& token : tokens) {
+    if (token == kind.prefix) {
+      typeSeen = true;
+      continue;
+    }
+    const std::vector<std::string> parts = ZQStringTokenize(token, '=');
+    if (parts.size() != 2) {
+      ZQThrow.Warning("Invalid `%s` type string!", kind.prefix);
+      return false;
+    }
+    if (parts[0] == "ver" && !ParseVersion(parts[1], kind, version)) return false;
+  }
+  if (!typeSeen) return false;
+  return version != 0 || Refuse("Version number cannot be initialized", kind);
+}
+
+const ZQFPTypeBase* ZQGetFPType(const std::string& typeString) {
+  const ZQFPKind* kind = ZQFindFPKind(typeString);
+  if (!kind) return nullptr;
+  unsigned short version = 0;
+  ZQFPTypeValues values;
+  if (!GetParams(*kind, typeString, version, values)) {
+    if (kind->HasParams()) ZQThrow.Warning("ZQGetFPType() invalid fingerprint type string");
+    return nullptr;
+  }
+  if (version != ZQGetFingerPrintVersion(kind->number)) {
+    constexpr const char* message = "ZQGetFPType() fingerprint type with old version number";
+    if (kind->HasParams()) {
+      ZQThrow.Warning("%s", message);
+    } else {
+      ZQThrow.Error("%s", message);
+    }
+    return nullptr;
+  }
+  const auto& [numbits, min, max, atype, btype] = values;
+  switch (kind->number) {
+    case ZQFPType::MACCS166:
+      return ZQGetMACCS166FPType(version);
+    case ZQFPType::Path:
+      return ZQGetPathFPType(version, numbits, min, max, atype, btype);
+    case ZQFPType::Lingo:
+      return ZQGetLingoFPType(version);
+    case ZQFPType::Circular:
+      return ZQGetCircularFPType(version, numbits, min, max, atype, btype);
+    case ZQFPType::Tree:
+      return ZQGetTreeFPType(version, numbits, min, max, atype, btype);
+    case ZQFPType::UnhashedPath:
+      return ZQGetUnhashedPathFPType(version, min, max, atype, btype);
+    case ZQFPType::UnhashedCircular:
+      return ZQGetUnhashedCircularFPType(version, min, max, atype, btype);
+    case ZQFPType::UnhashedTree:
+      return ZQGetUnhashedTreeFPType(version, min, max, atype, btype);
+    default:
+      return nullptr;
+  }
+}
+
+bool ZQIsValidFPTypeString(const std::string& typeString) {
+  const ZQFPKind* kind = ZQFindFPKind(typeString);
+  unsigned short version = 0;
+  ZQFPTypeValues values;
+  if (!kind || !GetParams(*kind, typeString, version, values)) return false;
+  if (version != ZQGetFingerPrintVersion(kind->number)) {
+    ZQThrow.Warning("ZQIsValidFPTypeString() fingerprint type with old version number");
+  }
+  return true;
+}
+
+unsigned short ZQGetFPTypeVersion(const std::string& typeString) {
+  const ZQFPKind* kind = ZQFindFPKind(typeString);
+  if (!kind || !kind->IsHashed()) return 0;
+  unsigned short version = 0;
+  ZQFPTypeValues values;
+  return GetParams(*kind, typeString, version, values) ? version : 0;
+}
+
+unsigned int GetFPTypeFromTypeStringPrefix(const std::string& typeString) {
+  const ZQFPKind* kind = ZQFindFPKind(typeString);
+  return kind ? kind->number : 0;
+}
+
+std::string ZQGetMACCS166FPStringPrefix() { return zqMACCS166Kind.prefix; }
+std::string ZQGetPathFPStringPrefix() { return zqPathKind.prefix; }
+std::string ZQGetLingoFPStringPrefix() { return zqLingoKind.prefix; }
+std::string ZQGetCircularFPStringPrefix() { return zqCircularKind.prefix; }
+std::string ZQGetTreeFPStringPrefix() { return zqTreeKind.prefix; }
+std::string ZQGetUnhashedPathFPStringPrefix() { return zqUnhashedPathKind.prefix; }
+std::string ZQGetUnhashedCircularFPStringPrefix() { return zqUnhashedCircularKind.prefix; }
+std::string ZQGetUnhashedTreeFPStringPrefix() { return zqUnhashedTreeKind.prefix; }
+
+bool ZQGetPathFPTypeParams(const std::string& typeString, unsigned short& version,
+                           unsigned int& numbits, unsigned int& minbonds, unsigned int& maxbonds,
+                           unsigned int& atype, unsigned int& btype) {
+  return GetHashedParams(zqPathKind, typeString, version, numbits, minbonds, maxbonds, atype,
+                         btype);
+}
+
+bool ZQGetCircularFPTypeParams(const std::string& typeString, unsigned short& version,
+                               unsigned int& numbits, unsigned int& minradius,
+                               unsigned int& maxradius, unsigned int& atype, unsigned int& btype) {
+  return GetHashedParams(zqCircularKind, typeString, version, numbits, minradius, maxradius, atype,
+                         btype);
+}
+
+bool ZQGetTreeFPTypeParams(const std::string& typeString, unsigned short& version,
+                           unsigned int& numbits, unsigned int& minbonds, unsigned int& maxbonds,
+                           unsigned int& atype, unsigned int& btype) {
+  return GetHashedParams(zqTreeKind, typeString, version, numbits, minbonds, maxbonds, atype,
+                         btype);
+}
+
+bool ZQGetUnhashedPathFPTypeParams(const std::string& typeString, unsigned short& version,
+                                   unsigned int& minbonds, unsigned int& maxbonds,
+                                   unsigned int& atype, unsigned int& btype) {
+  return GetUnhashedParams(zqUnhashedPathKind, typeString, version, minbonds, maxbonds, atype,
+                           btype);
+}
+
+bool ZQGetUnhashedCircularFPTypeParams(const std::string& typeString, unsigned short& version,
+                                       unsigned int& minradius, unsigned int& maxradius,
+                                       unsigned int& atype, unsigned int& btype) {
+  return GetUnhashedParams(zqUnhashedCircularKind, typeString, version, minradius, maxradius, atype,
+                           btype);
+}
+
+bool ZQGetUnhashedTreeFPTypeParams(const std::string& typeString, unsigned short& version,
+                                   unsigned int& minbonds, unsigned int& maxbonds,
+                                   unsigned int& atype, unsigned int& btype) {
+  return GetUnhashedParams(zqUnhashedTreeKind, typeString, version, minbonds, maxbonds, atype,
+                           btype);
+}
+
+bool ZQGetLingoFPTypeParams(const std::string& typeString, unsigned short& version) {
+  return ZQParseFPTypeString(zqLingoKind, typeString, version);
+}
+
+bool ZQGetMACCS166FPTypeParams(const std::string& typeString, unsigned short& version) {
+  return ZQParseFPTypeString(zqMACCS166Kind, typeString, version);
+}
+
+ZQFPTypeParams::ZQFPTypeParams(const std::string& typeString) {
+  const ZQFPKind* kind = ZQFindFPKind(typeString);
+  if (!kind) return;
+  fptype_ = kind->number;
+  unsigned short version = 0;
+  ZQFPTypeValues values;
+  if (!kind->IsHashed() || !GetParams(*kind, typeString, version, values)) return;
+  version_ = version;
+  constexpr unsigned int maccs166Bits = 166;
+  numbits_ = kind == &zqMACCS166Kind ? maccs166Bits : values.numbits;
+  minDistance_ = values.minDistance;
+  maxDistance_ = values.maxDistance;
+  atomTypes_ = values.atype;
+  bondTypes_ = values.btype;
+  valid_ = true;
+}
+
+ZQFPTypeParams::ZQFPTypeParams(const ZQFPTypeBase* type)
+    : ZQFPTypeParams(type ? type->GetFPTypeString() : std::string()) {}
+
+std::string ZQGetFingerPrintName(const ZQFPTypeBase* type) {
+  constexpr const char* unknown = "UNKNOWN";
+  if (!ZQ_ASSERT(type != nullptr)) return unknown;
+  const std::string typeString = type->GetFPTypeString();
+  ZQ_ASSERT(ZQFPTypeParams(typeString).IsValid());
+  const ZQFPKind* kind = ZQFindFPKind(typeString);
+  return kind && kind->IsHashed() ? kind->prefix : unknown;
+}
+
+unsigned int ZQGetFingerPrintSize(const ZQFPTypeBase* type) {
+  if (!ZQ_ASSERT(type != nullptr)) return 0;
+  return ZQFPTypeParams(type).GetNumBits();
+}
+
+}  // namespace ZQKorvex

@@ -1,0 +1,26 @@
+#pragma once
+
+/// The atoms and bonds of one fragment that a generator found, with its molecule and identifier.
+
+#include <utility>
+
+#include "contract/quarnel/atombondset.h"
+#include "korvex/siblings.h"
+
+namespace ZQKorvex {
+
+/// T is the identifier's type, unsigned 32-bit or string. The molecule, which the atoms and bonds
+/// belong to, must outlive it.
+template <class T>
+class ZQFPAtomBondSet : public ZQAtomBondSet {
+ public:
+  ZQFPAtomBondSet(const ZQMolBase* mol, T id) : mol_(mol), id_(std::move(id)) {}
+  const ZQMolBase* GetMol() const { return mol_; }
+  const T& GetId() const { return id_; }
+
+ private:
+  const ZQMolBase* mol_;
+  T id_;
+};
+
+}  // namespace ZQKorvex

@@ -1,0 +1,70 @@
+#pragma once
+
+/// The `.fpbin` file: an 800-byte header and one record of fixed size for each molecule index.
+///
+///   offset 0     "LE" or "BE", line feed
+///                molecule file name, line feed
+///                fingerprint type string, line feed
+///                N, the number of records, in decimal, line feed; zero bytes up to 784
+///   offset 784   W, the 64-bit words of a fingerprint, little-endian
+///   offset 792   N, little-endian
+///   offset 800   N records of W + 2 little-endian words: molecule index, population count, and
+///                the fingerprint, bit b of which is bit b % 64 of word b / 64
+///
+/// A molecule without a fingerprint has a record with population count 0 and all bits off.
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "korvex/fingerprint.h"
+
+namespace ZQKorvex {
+
+/// The parsed header of a `.fpbin` file; also what the writer of a header takes. A plain value:
+/// filled by one thread, then read by any.
+class ZQ_EXPORT ZQFastFPDatabaseParams {
+ public:
+  /// For writing: fill in the molecule file name, the type and the count.
+  ZQFastFPDatabaseParams() = default;
+  /// Reads the header of a file. Each failure warns, in this order, and leaves an object that is
+  /// not valid: "... cannot open fingerprint database file %s", "... invalid fingerprint database
+  /// file %s" (100 bytes or less), "... cannot read molecule filename from %s header", "... cannot
+  /// read fingerprint type from %s header", "... invalid fingerprint type in %s header", "...
+  /// cannot read number of fingerprints from %s header", "... invalid number of fingerprints in
+  /// %s header", "... inconsistent number of fingerprints in %s header". The size of the file
+  /// isn't compared with the header; `IsConsistent` does that.
+  explicit ZQFastFPDatabaseParams(const std::string& filename);
+
+  bool IsValid() const { return valid_; }
+  bool IsLittleEndian() const { return littleEndian_; }
+  const std::string& GetMoleculeFile() const { return moleculeFile_; }
+  const ZQFPTypeBase* GetFPTypeBase() const { return type_; }
+  std::uint64_t NumFingerPrints() const { return numFingerPrints_; }
+  /// Bytes of the file as the file system reports them.
+  std::uint64_t GetFileSize() const { return fileSize_; }
+  /// 64-bit words of one fingerprint.
+  std::uint64_t NumWords() const { return numWords_; }
+  /// Whether the header is valid, the file has exactly the size that the header asks for, and a
+  /// fingerprint of the type has exactly the header's number of words. Warns nothing.
+  bool IsConsistent() const;
+
+  void SetMoleculeFile(std::string name) { moleculeFile_ = std::move(name); }
+  void SetFPTypeBase(const ZQFPTypeBase* type) { type_ = type; }
+  void SetNumFingerPrints(std::uint64_t count) { numFingerPrints_ = count; }
+
+ private:
+  bool valid_ = false;
+  bool littleEndian_ = false;
+  std::string moleculeFile_;
+  const ZQFPTypeBase* type_ = nullptr;
+  std::uint64_t numFingerPrints_ = 0;
+  std::uint64_t fileSize_ = 0;
+  std::uint64_t numWords_ = 0;
+};
+
+/// Bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8. A null type, or one
+/// whose size isn't a multiple of 64 bits, is an assertion failure.
+ZQ_EXPORT std::uint64_t ZQGetFPDatabaseFileSize(std::uint64_t count, const ZQFPTypeBase* type);
+
+}  // namespace ZQKorvex

@@ -1,0 +1,60 @@
+#pragma once
+
+/// Making a `.fpbin` file (fpfast.h) from a file of molecules, and checking that the two belong
+/// together.
+
+#include <optional>
+#include <string>
+
+#include "contract/bostrel/dots.h"
+#include "contract/quarnel/moldatabase.h"
+#include "korvex/fingerprint.h"
+
+namespace ZQKorvex {
+
+class ZQFastFPDatabase;
+
+/// How to make a database. A plain value; the type must be one of path, circular or tree, with a
+/// size that is a multiple of 256 bits.
+class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
+ public:
+  explicit ZQCreateFastFPDatabaseOptions(const ZQFPTypeBase* type) : type_(type) {}
+
+  const ZQFPTypeBase* GetFPTypeBase() const { return type_; }
+  /// Threads; 0 (the default) means as many as the machine has processors.
+  void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
+  /// What was asked for, at most twice the machine's processors.
+  unsigned int GetNumProcessors() const;
+  /// Reports progress through a copy of the tracer, made here; the caller's object stays as it is.
+  void SetTracer(const ZQDots& tracer) { tracer_ = tracer; }
+  const std::optional<ZQDots>& GetTracer() const { return tracer_; }
+
+ private:
+  const ZQFPTypeBase* type_;
+  unsigned int numProcessors_ = 0;
+  std::optional<ZQDots> tracer_;
+};
+
+/// Makes the database `fpbinFile` (extension "fpbin") of the molecules in `moleculeFile`: one
+/// record for each molecule index, in that order, the same byte for byte for any number of
+/// threads. A molecule that can't be read, or gets no fingerprint, warns with its index and leaves
+/// a record of zeros; the run goes on and the answer is still true. False, after a warning that
+/// begins "ZQCreateFastFPDatabaseFile()", for a wrong extension, a molecule file that can't be
+/// opened or is empty, an illegal type, or an output that can't be written; no output file is
+/// touched before the input has been judged. The disk space is reserved before the work begins. A
+/// run that is cut short leaves a file with zeros in place of the missing records. Lack of memory
+/// or of threads is thrown as the standard library's exception.
+ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
+                                          const std::string& moleculeFile,
+                                          const ZQCreateFastFPDatabaseOptions& options);
+ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
+                                          const std::string& moleculeFile,
+                                          const ZQFPTypeBase* type);
+
+/// Whether the database was made from these molecules, judged by their number and by the first
+/// record. False after a warning that begins "ZQAreCompatibleDatabases()". A first molecule that
+/// can't be read matches a record of zeros.
+ZQ_EXPORT bool ZQAreCompatibleDatabases(const ZQMolDatabase& molecules,
+                                        const ZQFastFPDatabase& fingerprints);
+
+}  // namespace ZQKorvex

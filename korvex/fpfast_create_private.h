@@ -1,0 +1,55 @@
+#pragma once
+
+/// The work that the threads of one database creation share.
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "contract/bostrel/dots.h"
+#include "contract/quarnel/moldatabase.h"
+#include "korvex/measuresim.h"
+
+namespace ZQKorvex {
+
+/// Lives for one run. Threads take molecule indices in chunks and write each record to the place
+/// that its index gives, so that they may finish in any order.
+class ZQFPGenerator {
+ public:
+  /// `output` is the mapped file, `tracer` may be null; nothing here is owned.
+  ZQFPGenerator(const ZQMolDatabase& molecules, const ZQFPTypeBase* type, ZQPopCountFunc popcount,
+                std::uint64_t* output, unsigned int numThreads, ZQDots* tracer)
+      : molecules_(molecules),
+        type_(type),
+        popcount_(popcount),
+        output_(output),
+        numThreads_(numThreads),
+        tracer_(tracer) {}
+
+  /// Makes all records, on the calling thread if there is to be one, otherwise on that many
+  /// others. The first exception of a thread is thrown on once all have ended.
+  void Run();
+  /// The body of each thread: makes records until none are left.
+  void ThreadWork();
+
+ private:
+  // The fingerprint of a molecule index; without one, all bits off after a warning.
+  void MakeFingerPrint(ZQFingerPrint& fp, ZQMCMolBase& mol, unsigned int index,
+                       unsigned int numbits) const;
+  void WriteRecord(std::uint64_t index, std::uint64_t count,
+                   const std::vector<std::uint64_t>& words);
+
+  static constexpr unsigned int chunkSize = 5;  // molecule indices taken at a time
+
+  std::atomic<std::uint64_t> next_{0};
+  const ZQMolDatabase& molecules_;
+  const ZQFPTypeBase* type_;
+  ZQPopCountFunc popcount_;
+  std::uint64_t* output_;
+  std::mutex outputMutex_;  // guards the tracer and the copy of a record
+  unsigned int numThreads_;
+  ZQDots* tracer_;
+};
+
+}  // namespace ZQKorvex

@@ -1,0 +1,114 @@
+#pragma once
+
+/// A fast fingerprint database: one object over one `.fpbin` file (fpfast.h). It is immutable
+/// once constructed; all queries are const and may run at once from any threads. A file that
+/// changes under an open database is outside the contract.
+///
+/// Every query checks its arguments first, in the order told, and answers a failed check with a
+/// warning and the empty value: an empty iterator, false, 0, -1, or a histogram without samples.
+/// The scores are those of doubles from bit counts: of two fingerprints without bits 0.0 by
+/// Tanimoto, Cosine, Dice and Tversky. Without memory for a result a query warns and is empty.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "korvex/fpdatabaseoptions.h"
+#include "korvex/fphistogram.h"
+#include "korvex/simsearch_result.h"
+
+namespace ZQKorvex {
+
+namespace ZQFastFPDatabaseMemoryType {
+inline constexpr unsigned int MemoryMapped = 1;  ///< scans the file through the page cache
+inline constexpr unsigned int InMemory = 2;      ///< loads and checks all records when opened
+inline constexpr unsigned int CUDA = 3;          ///< on a GPU; without one memory-mapped
+}  // namespace ZQFastFPDatabaseMemoryType
+
+class ZQFastFPDatabaseImplBase;
+
+class ZQ_EXPORT ZQFastFPDatabase {
+ public:
+  /// Opens a file. Opening memory-mapped costs the same for any number of records; the first
+  /// query maps the pages. A bad file warns and leaves an object that is not valid.
+  explicit ZQFastFPDatabase(const std::string& filename,
+                            unsigned int memoryType = ZQFastFPDatabaseMemoryType::MemoryMapped);
+  ~ZQFastFPDatabase();
+  ZQFastFPDatabase(const ZQFastFPDatabase&) = delete;
+  ZQFastFPDatabase& operator=(const ZQFastFPDatabase&) = delete;
+
+  bool IsValid() const;
+  const ZQFPTypeBase* GetFPTypeBase() const;
+  std::uint64_t NumFingerPrints() const;
+  /// A constant of `ZQFastFPDatabaseMemoryType`, and "memory-mapped", "in-memory" or "cuda".
+  unsigned int GetMemoryType() const;
+  std::string GetMemoryTypeString() const;
+
+  /// A stored fingerprint.
+  bool GetFingerPrint(ZQFingerPrint& fp, std::uint64_t index) const;
+  /// The molecule's index in the molecule file.
+  std::int64_t GetMoleculeIndex(std::uint64_t index) const;
+
+  /// Scores no worse than the cutoff, in file order. Limit and order don't count.
+  ZQIter<ZQSimScore> GetScores(const ZQFingerPrint& query, const ZQFPDatabaseOptions& options) const;
+  ZQIter<ZQSimScore> GetScores(const ZQMolBase& query, const ZQFPDatabaseOptions& options) const;
+  ZQIter<ZQSimScore> GetScores(std::uint64_t index, const ZQFPDatabaseOptions& options) const;
+
+  /// The best scores, best first, those strictly better than the cutoff. In descending order
+  /// 0.0 is never among them. The type of a query fingerprint isn't checked here.
+  ZQIter<ZQSimScore> GetSortedScores(const ZQFingerPrint& query,
+                                     const ZQFPDatabaseOptions& options) const;
+  ZQIter<ZQSimScore> GetSortedScores(const ZQMolBase& query,
+                                     const ZQFPDatabaseOptions& options) const;
+  ZQIter<ZQSimScore> GetSortedScores(std::uint64_t index, const ZQFPDatabaseOptions& options) const;
+  /// The same for many queries in one pass, on the options' number of threads: as many iterators
+  /// as queries, each as the single query would give it.
+  std::vector<ZQIter<ZQSimScore>> GetSortedScores(const std::vector<ZQFingerPrint>& queries,
+                                                  const ZQFPDatabaseOptions& options) const;
+
+  /// All scores, in file order.
+  ZQIter<double> GetRawScores(const ZQFingerPrint& query, const ZQFPDatabaseOptions& options) const;
+  ZQIter<double> GetRawScores(const ZQMolBase& query, const ZQFPDatabaseOptions& options) const;
+  ZQIter<double> GetRawScores(std::uint64_t index, const ZQFPDatabaseOptions& options) const;
+
+  /// The n * n scores of all against all, row by row.
+  ZQIter<float> GetAllScores(const ZQFPDatabaseOptions& options) const;
+  /// The distribution over 0.0 to 1.0 of the scores of all pairs, each once and without the
+  /// diagonal; by Tversky of all n * n.
+  ZQFPHistogram GetHistogram(const ZQFPDatabaseOptions& options, unsigned long bins) const;
+  /// Semivariance of the values, one for each fingerprint, by distance (one less the score).
+  /// Not for Tversky.
+  ZQFPVariogram GetVariogram(const std::vector<float>& values, const ZQFPDatabaseOptions& options,
+                             unsigned long bins) const;
+  /// For each fingerprint its nearest ones, itself included: as many as the limit says, those
+  /// that reach the cutoff, greatest score first, of equals the higher index first. A limit above
+  /// the number of fingerprints is refused; 0 warns and takes all.
+  ZQIter<ZQSimScorePair> GetSparseMatrix(const ZQFPDatabaseOptions& options) const;
+
+  /// Hits and histogram of one query, on the options' number of threads. Returns the status of
+  /// the result, which any thread may watch.
+  unsigned int SortedSearch(ZQSimSearchResult& result, const ZQMolBase& query,
+                            const ZQFPDatabaseOptions& options) const;
+
+  // The checks, each with its warning behind the caller's name: "%s : invalid ZQFastFPDatabase
+  // object!", "%s : empty molecule!", "%s : unknown similarity measure type '%d'!", "%s : invalid
+  // fingerprint type!" or "%s : fingerprint type mismatch!", "%s : fingerprint index out of
+  // range!".
+  bool IsValidDatabase(const char* caller) const;
+  bool IsValidMolecule(const ZQMolBase& mol, const char* caller) const;
+  bool IsValidOptions(const ZQFPDatabaseOptions& options, const char* caller) const;
+  bool IsValidFPType(const ZQFingerPrint& fp, const char* caller) const;
+  bool IsValidFPIndex(std::uint64_t index, const char* caller) const;
+
+  /// The back end.
+  const ZQFastFPDatabaseImplBase& GetImpl() const { return *impl_; }
+
+ private:
+  std::unique_ptr<ZQFastFPDatabaseImplBase> impl_;
+};
+
+/// Whether this machine has a popcount function to scan with.
+ZQ_EXPORT bool ZQIsFastFPDatabaseReady();
+
+}  // namespace ZQKorvex

@@ -1,0 +1,91 @@
+#include "korvex/fpfast_database_inmemory_impl_local.h"
+
+#include <exception>
+#include <limits>
+
+#include "korvex/fpfast_local.h"
+
+namespace ZQKorvex {
+
+namespace {
+
+constexpr const char* constructorName = "ZQFastFPDatabase::ZQFastFPDatabase()";
+
+}  // namespace
+
+ZQFastFPInMemoryDatabaseImpl::ZQFastFPInMemoryDatabaseImpl(const std::string& filename)
+    : ZQFastFPScanDatabaseImpl(filename) {
+  if (!valid_) {
+    ZQThrow.Warning("%s cannot initialize object for in memory search!", constructorName);
+    return;
+  }
+  valid_ = ZQ_ASSERT(params_.IsValid()) && Load();
+}
+
+bool ZQFastFPInMemoryDatabaseImpl::Load() {
+  const std::uint64_t count = params_.NumFingerPrints();
+  const std::uint64_t numWords = params_.NumWords();
+  std::uint64_t size = 0;
+  if (numWords > records_.max_size() || __builtin_mul_overflow(count, Stride(), &size)) {
+    size = std::numeric_limits<std::uint64_t>::max();  // refused with the rest
+  }
+  std::vector<unsigned char> record;
+  try {
+    records_.reserve(size);
+    if (count > 0) record.resize(8 * Stride());
+  } catch (const std::exception& failure) {
+    ZQThrow.Warning("%s : %s!", constructorName, failure.what());
+    return false;
+  }
+  if (records_.capacity() != size) {
+    ZQThrow.Warning("%s : Cannot allocate enough memory!", constructorName);
+    return false;
+  }
+
+  zqifstream in;
+  if (!in.Open(filename_)) {
+    ZQThrow.Warning("%s : cannot open fingerprint database file %s", constructorName,
+                    filename_.c_str());
+    return false;
+  }
+  in.ignore(zqHeaderBytes);
+  if (in.gcount() != zqHeaderBytes) {
+    ZQThrow.Warning("%s : cannot skip header in database file %s", constructorName,
+                    filename_.c_str());
+    return false;
+  }
+  for (std::uint64_t i = 0; i < count; ++i) {
+    if (!ZQ_io_read_binary(in, record.data(), record.size())) {
+      ZQThrow.Warning("%s : cannot read %lu-th fingerprint", constructorName, i);
+      return false;
+    }
+    for (std::size_t w = 0; w < Stride(); ++w) records_.push_back(ZQConvert(&record[8 * w]));
+    if (records_[i * Stride() + 1] > 64 * numWords) {
+      ZQThrow.Warning("%s : invalid data in %lu-th fingerprint", constructorName, i);
+      return false;
+    }
+  }
+  if (records_.size() != size) {
+    ZQThrow.Warning("%s : cannot read all fingerprints!", constructorName);
+    return false;
+  }
+  return true;
+}
+
+bool ZQFastFPInMemoryDatabaseImpl::GetRecords(const std::uint64_t*& records,
+                                              const char* /*caller*/) const {
+  records = records_.data();
+  return true;
+}
+
+const std::uint64_t* ZQFastFPInMemoryDatabaseImpl::GetRecord(std::uint64_t index) const {
+  return &records_[index * Stride()];
+}
+
+void ZQFastFPInMemoryDatabaseImpl::WarnOfLimit(const char* caller, unsigned int limit) const {
+  ZQThrow.Warning(
+      "%s : set to retrieve more nearest neighbors (%u) than there are fingerprints (%lu).", caller,
+      limit, NumFingerPrints());
+}
+
+}  // namespace ZQKorvex

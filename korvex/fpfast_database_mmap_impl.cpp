@@ -1,0 +1,53 @@
+#include "korvex/fpfast_database_mmap_impl_local.h"
+
+#include <unistd.h>
+
+#include "korvex/fpfast_local.h"
+
+namespace ZQKorvex {
+
+ZQFastFPMemoryMapDatabaseImpl::ZQFastFPMemoryMapDatabaseImpl(const std::string& filename)
+    : ZQFastFPScanDatabaseImpl(filename) {
+  if (!valid_) return;
+  valid_ = file_.Open(filename_, params_.GetFileSize());
+  if (!valid_) {
+    ZQThrow.Warning("%s : cannot initialize object for memory mapping!",
+                    "ZQFastFPDatabase::ZQFastFPDatabase()");
+  }
+}
+
+bool ZQFastFPMemoryMapDatabaseImpl::HasPagesFor(std::uint64_t count) const {
+  const auto pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  const std::uint64_t mapped = (file_.GetLength() + pageSize - 1) / pageSize * pageSize;
+  std::uint64_t words = 0;
+  return params_.NumWords() < mapped && !__builtin_mul_overflow(count, Stride(), &words) &&
+         words <= mapped / 8 - zqHeaderWords;
+}
+
+bool ZQFastFPMemoryMapDatabaseImpl::GetRecords(const std::uint64_t*& records,
+                                               const char* caller) const {
+  if (!HasPagesFor(NumFingerPrints())) {
+    ZQThrow.Warning("%s : fingerprint database file %s is shorter than its header says!", caller,
+                    filename_.c_str());
+    return false;
+  }
+  // Mapping all pages at once spares the first scan most of its page faults. A file that leaves
+  // little of the memory is better read as the scan goes.
+  const auto memory = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
+                      static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  if (file_.GetLength() <= memory / 2 && !pagedIn_.exchange(true)) file_.PageIn();
+  records = static_cast<const std::uint64_t*>(file_.GetBase()) + zqHeaderWords;
+  return true;
+}
+
+const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetRecord(std::uint64_t index) const {
+  if (!HasPagesFor(index + 1)) return nullptr;
+  return static_cast<const std::uint64_t*>(file_.GetBase()) + zqHeaderWords + index * Stride();
+}
+
+void ZQFastFPMemoryMapDatabaseImpl::WarnOfLimit(const char* caller, unsigned int limit) const {
+  ZQThrow.Warning("%s set to retrieve more nearest neighbors (%u) than there are fingerprints (%lu)!",
+                  caller, limit, NumFingerPrints());
+}
+
+}  // namespace ZQKorvex

@@ -1,0 +1,35 @@
+#pragma once
+
+/// The back end that scans the file where it lies, in the page cache.
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "korvex/fpfast_database_scan_impl_local.h"
+#include "korvex/mmapfile.h"
+
+namespace ZQKorvex {
+
+class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl {
+ public:
+  explicit ZQFastFPMemoryMapDatabaseImpl(const std::string& filename);
+
+  unsigned int GetMemoryType() const override { return ZQFastFPDatabaseMemoryType::MemoryMapped; }
+  std::string GetMemoryTypeString() const override { return "memory-mapped"; }
+
+ protected:
+  bool GetRecords(const std::uint64_t*& records, const char* caller) const override;
+  const std::uint64_t* GetRecord(std::uint64_t index) const override;
+  void WarnOfLimit(const char* caller, unsigned int limit) const override;
+
+ private:
+  /// Whether the first `count` records lie on pages that the file has. Opening doesn't compare
+  /// the file with its header.
+  bool HasPagesFor(std::uint64_t count) const;
+
+  MMapInputFile file_;
+  mutable std::atomic<bool> pagedIn_ = false;
+};
+
+}  // namespace ZQKorvex

@@ -1,0 +1,584 @@
+#include "korvex/fpfast_kernels_local.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <exception>
+#include <functional>
+#include <limits>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "korvex/fpfast_local.h"
+#include "korvex/fpfast_scorer_local.h"
+#include "korvex/narrowing_local.h"
+
+namespace ZQKorvex {
+
+namespace {
+
+struct alignas(64) Scores : std::array<double, zqBlockRecords> {};
+
+bool AreRecords(const unsigned long* data, unsigned long numRecords, ZQPopCountFunc popcount) {
+  return ZQ_ASSERT((data || numRecords == 0) && popcount);
+}
+
+/// Calls a long form with what an image's header says.
+template <class Kernel>
+void OnImage(const unsigned long* image, ZQPopCountFunc popcount, Kernel kernel) {
+  if (!ZQ_ASSERT(image && popcount)) return;
+  kernel(image + zqHeaderWords, image[zqNumRecordsPosition], image[zqNumWordsPosition]);
+}
+
+/// Calls `visit(begin, n)` for each block of the records from `begin` to `end`.
+template <class Visit>
+void ForBlocks(std::uint64_t begin, std::uint64_t end, Visit visit) {
+  for (; begin < end; begin += zqBlockRecords) {
+    visit(begin, static_cast<std::size_t>(std::min<std::uint64_t>(zqBlockRecords, end - begin)));
+  }
+}
+
+/// The words and the count of a query.
+class Query {
+ public:
+  Query(const ZQFingerPrint& fp, std::uint64_t numWords, ZQPopCountFunc popcount) {
+    // The words are looked at before they are counted, as the function takes whole units only.
+    ZQConvertFP(words_, fp);
+    valid_ = ZQ_ASSERT(words_.size() == numWords);
+    if (valid_) count_ = popcount(words_.data(), words_.size());
+  }
+
+  bool IsValid() const { return valid_; }
+  ZQScoredRow Row() const { return {words_.data(), count_}; }
+
+ private:
+  std::vector<std::uint64_t> words_;
+  std::uint64_t count_ = 0;
+  bool valid_ = false;
+};
+
+/// Offers the scores of the records from `begin` on to a list. The bar sorts out nearly all.
+void Offer(ZQHitList<ZQSimScore>& list, const ZQScorer& scorer, const ZQRecords& records,
+           std::uint64_t begin, std::size_t n, const Scores& scores, bool descending) {
+  double bar = list.GetBar().GetScore();
+  if (!scorer.Variant().reaches(scores.data(), n, bar, descending)) return;
+  for (std::size_t i = 0; i < n; ++i) {
+    if (descending ? scores[i] < bar : bar < scores[i]) continue;
+    if (!list.UpdateScores(ZQSimScore(records.Id(begin + i), scores[i]))) {
+      bar = list.GetBar().GetScore();
+    }
+  }
+}
+
+/// Counts scores into the bins of a histogram, a block at a time.
+class BinCounter {
+ public:
+  BinCounter(ZQFPHistogram& histogram, const ZQScanVariant& variant)
+      : histogram_(histogram),
+        variant_(variant),
+        bins_(histogram.NumBins()),
+        fast_(bins_ > 0 && bins_ <= maxBins && histogram.GetBinSize() > 0.0),
+        counts_(fast_ ? zqBinLanes * bins_ : 0) {}
+  BinCounter(const BinCounter&) = delete;
+  BinCounter& operator=(const BinCounter&) = delete;
+
+  void Add(const double* scores, std::size_t n) {
+    std::array<std::uint32_t, zqBlockRecords> places;
+    if (fast_ && variant_.bin(scores, n, histogram_.GetMinValue(), histogram_.GetMaxValue(),
+                              histogram_.GetBinSize(), static_cast<std::uint32_t>(bins_ - 1),
+                              places.data())) {
+#pragma GCC unroll 8
+      for (std::size_t i = 0; i < n; ++i) ++counts_[places[i]];
+    } else {
+      for (std::size_t i = 0; i < n; ++i) histogram_.AddSample(scores[i]);
+    }
+  }
+
+  /// Adds what was counted to the histogram.
+  void Finish() {
+    if (!fast_) return;
+    std::vector<unsigned long> totals(bins_);
+    for (std::size_t i = 0; i < counts_.size(); ++i) totals[i / zqBinLanes] += counts_[i];
+    histogram_ += ZQFPHistogram(totals, histogram_.GetMinValue(), histogram_.GetMaxValue());
+  }
+
+ private:
+  static constexpr std::size_t maxBins = std::size_t{1} << 16;
+
+  ZQFPHistogram& histogram_;
+  const ZQScanVariant& variant_;
+  std::size_t bins_;
+  bool fast_;
+  std::vector<unsigned long> counts_;
+};
+
+/// Runs `work` on `numThreads` threads, or on the calling one for 1, and waits for all. What a
+/// thread throws is thrown here. Where no more threads can be had, fewer do the work.
+template <class Work>
+void RunOnThreads(unsigned int numThreads, Work work) {
+  if (numThreads == 1) {
+    work();
+    return;
+  }
+  std::mutex lock;
+  std::exception_ptr failure;
+  const auto guarded = [&] {
+    try {
+      work();
+    } catch (...) {
+      const std::lock_guard guard(lock);
+      failure = std::current_exception();
+    }
+  };
+  std::vector<std::thread> threads;
+  try {
+    for (unsigned int i = 0; i < numThreads; ++i) threads.emplace_back(guarded);
+  } catch (const std::exception&) {
+    if (threads.empty()) guarded();
+  }
+  for (std::thread& thread : threads) thread.join();
+  if (failure) std::rethrow_exception(failure);
+}
+
+}  // namespace
+
+// One query against all records.
+
+void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
+                      const ZQFPDatabaseOptions& options, const unsigned long* data,
+                      unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+  out.clear();
+  if (!AreRecords(data, numRecords, popcount)) return;
+  const Query converted(query, numWords, popcount);
+  if (!converted.IsValid()) return;
+  out.reserve(numRecords);
+  const ZQRecords records{data, numRecords, numWords};
+  ZQScorer scorer(options, records, popcount);
+  const double cutoff = options.GetCutoff();
+  Scores scores;
+  ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+    scorer.Scan(converted.Row(), begin, n, scores.data());
+    for (std::size_t i = 0; i < n; ++i) {
+      const double score = scores[i];
+      if (options.HasCutoff() &&
+          !(options.GetDescendingOrder() ? score >= cutoff : cutoff >= score)) {
+        continue;
+      }
+      out.emplace_back(records.Id(begin + i), score);
+    }
+  });
+}
+
+void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
+                     const ZQFPDatabaseOptions& options, const unsigned long* data,
+                     unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+  if (!ZQ_ASSERT(list) || !AreRecords(data, numRecords, popcount)) return;
+  const Query converted(query, numWords, popcount);
+  if (!converted.IsValid()) return;
+  const ZQRecords records{data, numRecords, numWords};
+  ZQScorer scorer(options, records, popcount);
+  Scores scores;
+  ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+    scorer.Scan(converted.Row(), begin, n, scores.data());
+    Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
+  });
+}
+
+void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
+                 const ZQFPDatabaseOptions& options, const unsigned long* data,
+                 unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+  out.clear();
+  if (!AreRecords(data, numRecords, popcount)) return;
+  const Query converted(query, numWords, popcount);
+  if (!converted.IsValid() || !ZQSimMeasure::IsValid(options.GetSimFunc())) return;
+  out.resize(numRecords);
+  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
+  ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+    scorer.Scan(converted.Row(), begin, n, &out[begin]);
+  });
+}
+
+void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batch,
+                          ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
+                          const ZQFPDatabaseOptions& options, const unsigned long* data,
+                          unsigned long numRecords, unsigned long numWords,
+                          ZQPopCountFunc popcount) {
+  const auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(numRecords), options);
+  ZQFPHistogram histogram = result->MakeEmptyHistogram();
+  const Query converted(query, numWords, popcount);
+  if (!converted.IsValid()) return;
+  const ZQRecords records{data, numRecords, numWords};
+  ZQScorer scorer(options, records, popcount);
+  BinCounter counter(histogram, scorer.Variant());
+  Scores scores;
+  for (;;) {
+    const unsigned long batchBegin = cursor.fetch_add(batch);
+    if (batchBegin >= numRecords) break;
+    const unsigned long batchEnd = batchBegin + std::min(batch, numRecords - batchBegin);
+    ForBlocks(batchBegin, batchEnd, [&](std::uint64_t begin, std::size_t n) {
+      scorer.Scan(converted.Row(), begin, n, scores.data());
+      counter.Add(scores.data(), n);
+      Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
+    });
+    result->RecordProgress(batchEnd - batchBegin);
+  }
+  counter.Finish();
+  result->UpdateScores(histogram, *list);
+}
+
+void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
+                    const ZQFPDatabaseOptions& options, const unsigned long* data,
+                    unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+  constexpr unsigned long minRecordsForThreads = 1000;
+  const unsigned int numThreads = options.GetNumProcessors();
+  if (!ZQ_ASSERT(result) || !ZQ_ASSERT(numThreads > 0)) return;
+  if (!AreRecords(data, numRecords, popcount)) return;
+  std::atomic<unsigned long> cursor = 0;
+  RunOnThreads(numRecords < minRecordsForThreads ? 1 : numThreads, [&] {
+    ZQFastFPResultThread(cursor, zqResultBatch, result, query, options, data, numRecords, numWords,
+                         popcount);
+  });
+}
+
+// Many queries against all records.
+
+void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
+                      const std::vector<ZQFingerPrint>& queries,
+                      const ZQFPDatabaseOptions& options, const unsigned long* data,
+                      unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+  if (!ZQ_ASSERT(lists.size() == queries.size()) || !AreRecords(data, numRecords, popcount)) return;
+  if (queries.empty()) return;
+  // The words of a share of queries stay in the cache beside a block of records.
+  constexpr std::size_t maxShare = 256;
+  const std::size_t numThreads = std::max(options.GetNumProcessors(), 1U);
+  const std::size_t share = std::min(maxShare, (queries.size() + numThreads - 1) / numThreads);
+  const std::size_t numShares = (queries.size() + share - 1) / share;
+  const ZQRecords records{data, numRecords, numWords};
+  std::atomic<std::size_t> nextShare = 0;
+  RunOnThreads(static_cast<unsigned int>(std::min(numThreads, numShares)), [&] {
+    ZQScorer scorer(options, records, popcount);
+    Scores scores;
+    for (;;) {
+      const std::size_t first = nextShare.fetch_add(1) * share;
+      if (first >= queries.size()) break;
+      std::vector<std::pair<Query, ZQHitList<ZQSimScore>*>> rows;
+      for (std::size_t i = first; i < std::min(first + share, queries.size()); ++i) {
+        Query converted(queries[i], numWords, popcount);
+        if (converted.IsValid()) rows.emplace_back(std::move(converted), lists[i].get());
+      }
+      ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+        scorer.SetColumns(begin, n);
+        for (const auto& [row, list] : rows) {
+          scorer.ScoreColumns(row.Row(), scores.data());
+          Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
+        }
+      });
+    }
+  });
+}
+
+// All records against all. A block of records as columns is taken up once for all rows; by a
+// symmetric measure only rows up to the block's last record are scored.
+
+void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
+                       const unsigned long* data, unsigned long numRecords, unsigned long numWords,
+                       ZQPopCountFunc popcount) {
+  if (!AreRecords(data, numRecords, popcount)) return;
+  out.resize(numRecords * numRecords);
+  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
+  // A few rows at a time, so that the mirror image is written in whole cache lines.
+  constexpr std::size_t tileRows = 16;
+  std::array<std::array<float, zqBlockRecords>, tileRows> tile;
+  Scores scores;
+  ForBlocks(0, numRecords, [&](std::uint64_t columns, std::size_t n) {
+    scorer.SetColumns(columns, n);
+    const std::uint64_t end = symmetric ? columns + n : numRecords;
+    for (std::uint64_t rows = 0; rows < end; rows += tileRows) {
+      const std::size_t m = std::min<std::uint64_t>(tileRows, end - rows);
+      for (std::size_t r = 0; r < m; ++r) {
+        scorer.ScoreColumns(scorer.RowOf(rows + r), scores.data());
+        std::transform(scores.begin(), scores.begin() + n, tile[r].begin(),
+                       [](double score) { return ZQCheckedFloat(score); });
+        std::copy_n(tile[r].begin(), n, &out[(rows + r) * numRecords + columns]);
+      }
+      if (!symmetric) continue;
+      for (std::size_t c = 0; c < n; ++c) {
+        float* mirrored = &out[(columns + c) * numRecords + rows];
+        for (std::size_t r = 0; r < m; ++r) mirrored[r] = tile[r][c];
+      }
+    }
+  });
+}
+
+void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
+                       const unsigned long* data, unsigned long numRecords, unsigned long numWords,
+                       ZQPopCountFunc popcount) {
+  if (!AreRecords(data, numRecords, popcount)) return;
+  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
+  BinCounter counter(histogram, scorer.Variant());
+  Scores scores;
+  ForBlocks(0, numRecords, [&](std::uint64_t columns, std::size_t n) {
+    scorer.SetColumns(columns, n);
+    for (std::uint64_t row = 0; row < (symmetric ? columns + n : numRecords); ++row) {
+      scorer.ScoreColumns(scorer.RowOf(row), scores.data());
+      const std::size_t skip = symmetric && row >= columns ? row + 1 - columns : 0;
+      counter.Add(scores.data() + skip, n - skip);
+    }
+  });
+  counter.Finish();
+}
+
+void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
+                       const ZQFPDatabaseOptions& options, const unsigned long* data,
+                       unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+  if (!ZQ_ASSERT(options.GetSimFunc() != ZQSimMeasure::Tversky)) return;
+  if (!ZQ_ASSERT(values.size() == numRecords) || !AreRecords(data, numRecords, popcount)) return;
+  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
+  Scores scores;
+  // Row by row: the sums of a variogram depend on the order of its samples.
+  for (std::uint64_t row = 0; row < numRecords; ++row) {
+    ForBlocks(row + 1, numRecords, [&](std::uint64_t begin, std::size_t n) {
+      scorer.Scan(scorer.RowOf(row), begin, n, scores.data());
+      for (std::size_t i = 0; i < n; ++i) {
+        variogram.AddSample(1.0F - ZQCheckedFloat(scores[i]), values[row] - values[begin + i]);
+      }
+    });
+  }
+}
+
+namespace {
+
+/// The `k` greatest of the scores offered to each of a band of rows. A row has `k` slots. A key
+/// is a score, in the order of unsigned numbers, above the slot of its entry: once the slots are
+/// taken, the keys are a heap with the lowest on top, of equal scores the one in the first slot.
+class NearestLists {
+ public:
+  NearestLists(std::size_t numRows, std::size_t k)
+      : k_(k), keys_(numRows * k), ids_(numRows * k), sizes_(numRows), bars_(numRows) {}
+  static constexpr std::size_t bytesPerSlot = 16;
+
+  void Clear() {
+    std::fill(sizes_.begin(), sizes_.end(), 0);
+    std::fill(bars_.begin(), bars_.end(), -std::numeric_limits<double>::infinity());
+  }
+
+  bool IsFull(std::size_t row) const { return sizes_[row] == k_; }
+  /// What a score must exceed to be taken by the row, and by the rows behind it.
+  const double* Bars(std::size_t row) const { return &bars_[row]; }
+
+  /// `id` is the record's id and `column` its position: entries carry the id while there is room,
+  /// and the position after.
+  void Offer(std::size_t row, double score, std::uint64_t id, std::uint64_t column) {
+    const float narrow = ZQCheckedFloat(score);
+    std::uint64_t* keys = &keys_[row * k_];
+    std::uint64_t* ids = &ids_[row * k_];
+    if (!IsFull(row)) {
+      const std::size_t slot = sizes_[row]++;
+      keys[slot] = MakeKey(narrow, slot);
+      ids[slot] = id;
+      if (!IsFull(row)) return;
+      std::make_heap(keys, keys + k_, std::greater<>());
+    } else {
+      if (!(narrow > ScoreOf(keys[0]))) return;
+      const std::uint64_t slot = keys[0] & slotMask;
+      ids[slot] = column;
+      ReplaceLowest(keys, MakeKey(narrow, slot));
+    }
+    bars_[row] = ScoreOf(keys[0]);
+  }
+
+  /// The entries of a row, the greatest (score, id) first.
+  const std::vector<std::pair<float, std::uint64_t>>& Sorted(std::size_t row) {
+    sorted_.resize(sizes_[row]);
+    for (std::size_t i = 0; i < sorted_.size(); ++i) {
+      const std::uint64_t key = keys_[row * k_ + i];
+      sorted_[i] = {ScoreOf(key), ids_[row * k_ + (key & slotMask)]};
+    }
+    std::sort(sorted_.begin(), sorted_.end(), IsGreater);
+    return sorted_;
+  }
+
+  static bool IsGreater(const std::pair<float, std::uint64_t>& a,
+                        const std::pair<float, std::uint64_t>& b) {
+    return std::pair(OrderOf(a.first), a.second) > std::pair(OrderOf(b.first), b.second);
+  }
+
+ private:
+  static constexpr std::uint64_t slotMask = 0xFFFFFFFF;
+  static constexpr std::uint32_t signBit = 0x80000000;
+
+  /// The bits of a float as a number that orders like it; a NaN has its place, too.
+  static std::uint32_t OrderOf(float score) {
+    const auto bits = std::bit_cast<std::uint32_t>(score);
+    return (bits & signBit) != 0 ? ~bits : bits | signBit;
+  }
+  static std::uint64_t MakeKey(float score, std::uint64_t slot) {
+    return std::uint64_t{OrderOf(score)} << 32 | slot;
+  }
+  static float ScoreOf(std::uint64_t key) {
+    const auto order = static_cast<std::uint32_t>(key >> 32);
+    return std::bit_cast<float>((order & signBit) != 0 ? order & ~signBit : ~order);
+  }
+
+  /// Puts a greater key in the place of the lowest, and sinks it down the heap.
+  void ReplaceLowest(std::uint64_t* keys, std::uint64_t key) const {
+    std::size_t hole = 0;
+    for (std::size_t child = 1; child < k_; child = 2 * hole + 1) {
+      if (child + 1 < k_) child += static_cast<std::size_t>(keys[child + 1] < keys[child]);
+      if (key < keys[child]) break;
+      keys[hole] = keys[child];
+      hole = child;
+    }
+    keys[hole] = key;
+  }
+
+  std::size_t k_;
+  std::vector<std::uint64_t> keys_;
+  std::vector<std::uint64_t> ids_;
+  std::vector<std::uint32_t> sizes_;
+  std::vector<double> bars_;
+  std::vector<std::pair<float, std::uint64_t>> sorted_;
+};
+
+}  // namespace
+
+void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
+                          const unsigned long* data, unsigned long numRecords,
+                          unsigned long numWords, ZQPopCountFunc popcount, unsigned long k) {
+  if (!AreRecords(data, numRecords, popcount)) return;
+  k = std::min(k, numRecords);
+  if (k == 0) return;
+  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const ZQRecords records{data, numRecords, numWords};
+  ZQScorer scorer(options, records, popcount);
+  const ZQScanVariant& variant = scorer.Variant();
+
+  // As many rows at a time as this memory holds lists for: all of them, mostly.
+  constexpr std::size_t maxListBytes = std::size_t{40} << 20;
+  std::size_t band = std::max<std::size_t>(maxListBytes / NearestLists::bytesPerSlot / k, 1);
+  if (band > zqBlockRecords) band -= band % zqBlockRecords;
+  band = std::min<std::size_t>(band, numRecords);
+  NearestLists lists(band, k);
+  Scores scores;
+
+  for (std::uint64_t bandBegin = 0; bandBegin < numRecords; bandBegin += band) {
+    const std::uint64_t bandEnd = std::min<std::uint64_t>(bandBegin + band, numRecords);
+    lists.Clear();
+    // Every row meets its columns in ascending order. Where a block's records have rows in the
+    // band themselves, scores serve both ways: a record of the block meets the rows before its
+    // block when that block has its turn, and the records behind as their blocks follow.
+    ForBlocks(0, numRecords, [&](std::uint64_t columns, std::size_t n) {
+      scorer.SetColumns(columns, n);
+      const bool mirror = symmetric && columns >= bandBegin && columns + n <= bandEnd;
+      const std::uint64_t end = mirror ? columns + n : bandEnd;
+      for (std::uint64_t row = bandBegin; row < end; ++row) {
+        scorer.ScoreColumns(scorer.RowOf(row), scores.data());
+        const std::size_t listed = row - bandBegin;
+        if (!lists.IsFull(listed) ||
+            variant.reaches(scores.data(), n, *lists.Bars(listed), true)) {
+          for (std::size_t i = 0; i < n; ++i) {
+            lists.Offer(listed, scores[i], records.Id(columns + i), columns + i);
+          }
+        }
+        if (!mirror || row >= columns) continue;
+        const double* bars = lists.Bars(columns - bandBegin);
+        if (!variant.reachesAny(scores.data(), n, bars)) continue;
+        for (std::size_t i = 0; i < n; ++i) {
+          if (!(scores[i] < bars[i])) {
+            lists.Offer(columns - bandBegin + i, scores[i], records.Id(row), row);
+          }
+        }
+      }
+    });
+
+    for (std::uint64_t row = bandBegin; row < bandEnd; ++row) {
+      const auto& entries = lists.Sorted(row - bandBegin);
+      const auto end = options.HasCutoff()
+                           ? std::lower_bound(entries.begin(), entries.end(),
+                                              std::pair(options.GetCutoff(), std::uint64_t{0}),
+                                              NearestLists::IsGreater)
+                           : entries.end();
+      for (auto entry = entries.begin(); entry != end; ++entry) {
+        out.emplace_back(records.Id(row), entry->second, double{entry->first});
+      }
+    }
+  }
+}
+
+// The short forms.
+
+void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
+                      const ZQFPDatabaseOptions& options, const unsigned long* image,
+                      ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPSimScore(out, query, options, records..., popcount);
+  });
+}
+
+void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
+                     const ZQFPDatabaseOptions& options, const unsigned long* image,
+                     ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPHitList(list, query, options, records..., popcount);
+  });
+}
+
+void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
+                 const ZQFPDatabaseOptions& options, const unsigned long* image,
+                 ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPRaw(out, query, options, records..., popcount);
+  });
+}
+
+void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
+                    const ZQFPDatabaseOptions& options, const unsigned long* image,
+                    ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPResult(result, query, options, records..., popcount);
+  });
+}
+
+void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
+                      const std::vector<ZQFingerPrint>& queries,
+                      const ZQFPDatabaseOptions& options, const unsigned long* image,
+                      ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPHitLists(lists, queries, options, records..., popcount);
+  });
+}
+
+void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
+                       const unsigned long* image, ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPAllScores(out, options, records..., popcount);
+  });
+}
+
+void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
+                       const unsigned long* image, ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPHistogram(histogram, options, records..., popcount);
+  });
+}
+
+void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
+                       const ZQFPDatabaseOptions& options, const unsigned long* image,
+                       ZQPopCountFunc popcount) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPVariogram(variogram, values, options, records..., popcount);
+  });
+}
+
+void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
+                          const unsigned long* image, ZQPopCountFunc popcount, unsigned long k) {
+  OnImage(image, popcount, [&](auto... records) {
+    ZQFastFPSparseMatrix(out, options, records..., popcount, k);
+  });
+}
+
+}  // namespace ZQKorvex

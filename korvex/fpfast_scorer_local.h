@@ -1,0 +1,81 @@
+#pragma once
+
+/// Scores of one fingerprint against a block of records: what all scan kernels are made of.
+///
+/// Two ways give the same scores. The plain one ANDs each pair into a scratch buffer and calls
+/// the popcount function that it was given. When that function is one of the library's own, the
+/// loops of a variant (fpfast_variants_local.h) take its place. They work on doubles, so that a
+/// record whose stored count can't be true goes the plain way, where integers wrap and
+/// conversions are checked.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "korvex/fpfast_variants_local.h"
+
+namespace ZQKorvex {
+
+/// The records that a kernel walks: each is an id, a population count and `numWords` words.
+struct ZQRecords {
+  const std::uint64_t* data;
+  std::uint64_t count;
+  std::uint64_t numWords;
+
+  std::uint64_t Stride() const { return numWords + 2; }
+  const std::uint64_t* At(std::uint64_t index) const { return data + index * Stride(); }
+  std::uint64_t Id(std::uint64_t index) const { return At(index)[0]; }
+  std::uint64_t Count(std::uint64_t index) const { return At(index)[1]; }
+  const std::uint64_t* Words(std::uint64_t index) const { return At(index) + 2; }
+};
+
+/// A fingerprint that is scored against records.
+struct ZQScoredRow {
+  const std::uint64_t* words;
+  std::uint64_t count;
+};
+
+class ZQScorer {
+ public:
+  ZQScorer(const ZQFPDatabaseOptions& options, const ZQRecords& records, ZQPopCountFunc popcount);
+
+  /// Scores the row against the `n` records from `begin` on, at most `zqBlockRecords`.
+  void Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, double* scores);
+
+  /// Takes up `n` records, at most `zqBlockRecords`, for many rows to come.
+  void SetColumns(std::uint64_t begin, std::size_t n);
+  /// Scores a row against those records.
+  void ScoreColumns(const ZQScoredRow& row, double* scores);
+
+  /// The row that a record is.
+  ZQScoredRow RowOf(std::uint64_t index) const {
+    return {records_.Words(index), records_.Count(index)};
+  }
+  const ZQScanVariant& Variant() const { return variant_; }
+
+ private:
+  double PlainScore(const ZQScoredRow& row, std::uint64_t record);
+  void ReadCounts(std::uint64_t begin, std::size_t n);
+  void Score(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, double* scores);
+
+  const ZQRecords records_;
+  const ZQScoreTerms terms_;
+  const ZQPopCountFunc popcount_;
+  const unsigned int measure_;
+  const ZQScanVariant& variant_;
+  const bool fused_;  // the variant's loops run, not the popcount function
+
+  std::vector<std::uint64_t> scratch_;
+  struct alignas(64) Line {
+    std::uint64_t words[8];
+  };
+  std::vector<Line> packed_;
+  std::uint64_t columns_ = 0;
+  std::size_t numColumns_ = 0;
+  bool trueCounts_ = false;  // of the records in `recordCounts_`
+  alignas(64) std::array<double, zqBlockRecords> recordCounts_{};
+  alignas(64) std::array<std::uint32_t, zqBlockRecords> common_{};
+};
+
+}  // namespace ZQKorvex

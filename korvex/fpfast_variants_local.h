@@ -1,0 +1,66 @@
+#pragma once
+
+/// The inner loops of the scans, written for several processors. A scan of records in memory is
+/// bound by memory, and its loops need only keep up; a row against records in the cache is bound
+/// by the AND, count and add of every vector.
+///
+/// All variants give the same counts and, as every operation on doubles is rounded alike, the
+/// same scores. Which one runs is settled once per search.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "korvex/fpfast_measuresim_local.h"
+
+namespace ZQKorvex {
+
+/// Records that are handled at a time: the scores of a block lie in the nearest cache, and a
+/// packed block of 4096-bit fingerprints takes 32 KiB.
+inline constexpr std::size_t zqBlockRecords = 64;
+
+/// Scores crowd into few bins, so each bin is counted in this many places: one addition needn't
+/// wait for the one before.
+inline constexpr std::size_t zqBinLanes = 8;
+
+struct ZQScanVariant {
+  const char* name;
+  /// Whether this processor has the instructions.
+  bool (*runs)();
+
+  /// counts[i]: bits common to the query and record i, for `n` records that start at `words`,
+  /// the fingerprint words of the first, and lie `stride` words apart.
+  void (*scan)(const std::uint64_t* query, const std::uint64_t* words, std::size_t stride,
+               std::size_t n, std::size_t numWords, std::uint32_t* counts);
+  /// The same for one row and a packed block of `zqBlockRecords` records: word w of record i
+  /// stands at w * zqBlockRecords + i, from an address that is a multiple of 64. Null where
+  /// packing doesn't pay: use `scan`.
+  void (*row)(const std::uint64_t* row, const std::uint64_t* packed, std::size_t numWords,
+              std::uint32_t* counts);
+
+  /// scores[i] from `q`, r[i] and counts[i], at the index of a measure less one.
+  using ScoreLoop = void (*)(const ZQScoreTerms& terms, double q, const double* r,
+                             const std::uint32_t* counts, std::size_t n, double* scores);
+  const ScoreLoop* scores;
+  /// places[i]: the place that counts values[i]: zqBinLanes * bin + i % zqBinLanes, the bin among
+  /// those up to `last`. False if any value isn't inside `lower` to `upper`; the places are then
+  /// worthless.
+  bool (*bin)(const double* values, std::size_t n, double lower, double upper, double binSize,
+              std::uint32_t last, std::uint32_t* places);
+  /// Whether any score reaches the bar from the better side.
+  bool (*reaches)(const double* scores, std::size_t n, double bar, bool descending);
+  /// Whether any score isn't below the bar of its own.
+  bool (*reachesAny)(const double* scores, std::size_t n, const double* bars);
+};
+
+/// The best variant that this processor runs, or the one that a test forces.
+const ZQScanVariant& ZQGetScanVariant();
+
+// For tests: the names of the variants that run here, best first; forcing one by its name, or
+// none by null; the name of the one that the latest search took.
+ZQ_EXPORT std::vector<std::string> ZQGetScanVariantNames();
+ZQ_EXPORT bool ZQForceScanVariant(const char* name);
+ZQ_EXPORT const char* ZQGetLatestScanVariant();
+
+}  // namespace ZQKorvex

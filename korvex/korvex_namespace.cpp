@@ -1,0 +1,76 @@
+#include "korvex/korvex_namespace.h"
+
+#include "korvex/fingerprint.h"
+#include "korvex/fpatomtyper.h"
+#include "korvex/korvex_namespace_local.h"
+#include "korvex/measuresim.h"
+
+namespace ZQKorvex {
+
+ZQFPTypeInterface::ZQFPTypeInterface()
+    : ZQNamespaceInterface("ZQFPType", ZQNamespaceMode::Single,
+                           {{"Path", ZQFPType::Path, ""},
+                            {"Circular", ZQFPType::Circular, ""},
+                            {"Tree", ZQFPType::Tree, ""}}) {}
+
+ZQFPAtomTypeInterface::ZQFPAtomTypeInterface()
+    : ZQNamespaceInterface(
+          "ZQFPAtomType", ZQNamespaceMode::Combining,
+          {{"AtmNum", ZQFPAtomType::AtmNum, ""},
+           {"Arom", ZQFPAtomType::Arom, ""},
+           {"Chiral", ZQFPAtomType::Chiral, ""},
+           {"FCharge", ZQFPAtomType::FCharge, ""},
+           {"HvyDeg", ZQFPAtomType::HvyDeg, ""},
+           {"Hyb", ZQFPAtomType::Hyb, ""},
+           {"InRing", ZQFPAtomType::InRing, ""},
+           {"HCount", ZQFPAtomType::HCount, ""},
+           {"EqArom", ZQFPAtomType::EqArom, "aromatic atoms are equal"},
+           {"EqHalo", ZQFPAtomType::EqHalo, "halogen atoms are equal"},
+           {"EqHBAcc", ZQFPAtomType::EqHBAcc, "hydrogen bond acceptor atoms are equal"},
+           {"EqHBDon", ZQFPAtomType::EqHBDon, "hydrogen bond donor atoms are equal"}}) {}
+
+ZQFPBondTypeInterface::ZQFPBondTypeInterface()
+    : ZQNamespaceInterface("ZQFPBondType", ZQNamespaceMode::Combining,
+                           {{"Order", ZQFPBondType::Order, ""},
+                            {"Chiral", ZQFPBondType::Chiral, ""},
+                            {"InRing", ZQFPBondType::InRing, ""}}) {}
+
+ZQSimMeasureInterface::ZQSimMeasureInterface()
+    : ZQNamespaceInterface("ZQSimMeasure", ZQNamespaceMode::Single,
+                           {{"Tanimoto", ZQSimMeasure::Tanimoto, ""},
+                            {"Cosine", ZQSimMeasure::Cosine, ""},
+                            {"Dice", ZQSimMeasure::Dice, ""},
+                            {"Euclid", ZQSimMeasure::Euclid, ""},
+                            {"Tversky", ZQSimMeasure::Tversky, ""},
+                            {"Manhattan", ZQSimMeasure::Manhattan, ""}}) {}
+
+ZQMemoryTypeInterface::ZQMemoryTypeInterface()
+    : ZQNamespaceInterface("ZQSimMeasure", ZQNamespaceMode::Single,
+                           {{"memory-mapped", 1, ""}, {"in-memory", 2, ""}, {"CUDA", 3, ""}}) {}
+
+const ZQNamespaceInterface* ZQGetFPTypeNamespaceInterface() {
+  static const ZQFPTypeInterface table;
+  return &table;
+}
+
+const ZQNamespaceInterface* ZQGetFPAtomTypeNamespaceInterface() {
+  static const ZQFPAtomTypeInterface table;
+  return &table;
+}
+
+const ZQNamespaceInterface* ZQGetFPBondTypeNamespaceInterface() {
+  static const ZQFPBondTypeInterface table;
+  return &table;
+}
+
+const ZQNamespaceInterface* ZQGetSimMeasureNamespaceInterface() {
+  static const ZQSimMeasureInterface table;
+  return &table;
+}
+
+const ZQNamespaceInterface* ZQGetMemoryTypeNamespaceInterface() {
+  static const ZQMemoryTypeInterface table;
+  return &table;
+}
+
+}  // namespace ZQKorvex

@@ -1,0 +1,22 @@
+#pragma once
+
+/// The tables from names to values that type strings, command lines and help texts share. Each
+/// is built once, on first use; the pointers stay good to process exit. Safe from any thread.
+
+#include "contract/bostrel/nspace.h"
+#include "korvex/siblings.h"
+
+namespace ZQKorvex {
+
+/// "Path", "Circular", "Tree".
+ZQ_EXPORT const ZQNamespaceInterface* ZQGetFPTypeNamespaceInterface();
+/// The flags of `ZQFPAtomType`, which combine with "|".
+ZQ_EXPORT const ZQNamespaceInterface* ZQGetFPAtomTypeNamespaceInterface();
+/// The flags of `ZQFPBondType`, which combine with "|".
+ZQ_EXPORT const ZQNamespaceInterface* ZQGetFPBondTypeNamespaceInterface();
+/// The measures of `ZQSimMeasure`.
+ZQ_EXPORT const ZQNamespaceInterface* ZQGetSimMeasureNamespaceInterface();
+/// "memory-mapped", "in-memory", "CUDA". Its own name is "ZQSimMeasure", as callers know it.
+ZQ_EXPORT const ZQNamespaceInterface* ZQGetMemoryTypeNamespaceInterface();
+
+}  // namespace ZQKorvex

@@ -1,0 +1,77 @@
+#include "korvex/mmapfile.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace ZQKorvex {
+
+bool MMapFile::Map(std::uint64_t length, int protection, const char* message,
+                   const char* filename) {
+  void* base = mmap(nullptr, length, protection, MAP_SHARED, descriptor_, 0);
+  if (base == MAP_FAILED) {
+    ZQThrow.Error("%s%s", message, filename);
+    CloseDescriptor();
+    return false;
+  }
+  base_ = base;
+  length_ = length;
+  return true;
+}
+
+void MMapFile::CloseDescriptor() {
+  close(descriptor_);
+  descriptor_ = -1;
+}
+
+void MMapFile::Close() {
+  if (!base_ || length_ == 0) return;
+  if (munmap(base_, length_) != 0) ZQThrow.Error("Error un-mmapping the file");
+  CloseDescriptor();
+  length_ = 0;
+  base_ = nullptr;
+}
+
+bool MMapInputFile::Open(const std::string& filename, std::uint64_t length) {
+  Close();
+  descriptor_ = open(filename.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor_ < 0) {
+    ZQThrow.Error("Error opening file for reading: %s", filename.c_str());
+    return false;
+  }
+  return Map(length, PROT_READ, "Error mmapping the file: ", filename.c_str());
+}
+
+void MMapInputFile::PageIn() const {
+  // The kernel maps what lies in the page cache in large steps, and reads the rest ahead. One
+  // that doesn't know the advice answers an error, and the scan takes its faults one by one.
+  madvise(base_, length_, MADV_POPULATE_READ);
+}
+
+bool MMapOutputFile::Open(const std::string& filename, std::uint64_t length) {
+  Close();
+  descriptor_ = open(filename.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (descriptor_ < 0) {
+    ZQThrow.Error("Error opening file for writing: %s", filename.c_str());
+    return false;
+  }
+  const auto size = static_cast<off_t>(length);
+  if (lseek(descriptor_, size - 1, SEEK_SET) < 0) {
+    ZQThrow.Error("Error calling lseek() to 'stretch' the file");
+    CloseDescriptor();
+    return false;
+  }
+  // A file system that can't reserve blocks says so, and is taken as it is.
+  const bool reserved = fallocate(descriptor_, 0, 0, size) == 0 || errno == EOPNOTSUPP;
+  if (!reserved || write(descriptor_, "", 1) != 1) {
+    ZQThrow.Error("Error writing last byte of the file");
+    if (ftruncate(descriptor_, 0) != 0) ZQThrow.Error("Error calling ftruncate() on the file");
+    CloseDescriptor();
+    return false;
+  }
+  return Map(length, PROT_READ | PROT_WRITE, "Error mmapping the file", "");
+}
+
+}  // namespace ZQKorvex

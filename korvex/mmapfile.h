@@ -1,0 +1,63 @@
+#pragma once
+
+/// Files mapped into memory: read-only, and written in place. Each owns its descriptor and its
+/// mapping to its destruction. Failures report an error through `ZQThrow` and answer false. An
+/// object is opened and closed by one thread; the mapping may be used by many.
+
+#include <cstdint>
+#include <string>
+
+#include "korvex/siblings.h"
+
+namespace ZQKorvex {
+
+/// The descriptor and the mapping of an open file.
+class ZQ_EXPORT MMapFile {
+ public:
+  MMapFile(const MMapFile&) = delete;
+  MMapFile& operator=(const MMapFile&) = delete;
+
+  /// Unmaps and closes; nothing where nothing is mapped. A failed unmapping reports
+  /// "Error un-mmapping the file".
+  void Close();
+  /// Mapped bytes.
+  std::uint64_t GetLength() const { return length_; }
+
+ protected:
+  MMapFile() = default;
+  ~MMapFile() { Close(); }
+  /// Maps `length` bytes of the open descriptor; on failure reports and closes the descriptor.
+  bool Map(std::uint64_t length, int protection, const char* message, const char* filename);
+  void CloseDescriptor();
+
+  int descriptor_ = -1;
+  std::uint64_t length_ = 0;
+  void* base_ = nullptr;
+};
+
+/// A file mapped read-only. A mapping may be longer than its file; pages that lie wholly beyond
+/// the end of the file can't be touched.
+class ZQ_EXPORT MMapInputFile : public MMapFile {
+ public:
+  /// Maps `length` bytes from the start. Messages: "Error opening file for reading: %s", "Error
+  /// mmapping the file: %s".
+  bool Open(const std::string& filename, std::uint64_t length);
+  const void* GetBase() const { return base_; }
+  /// Asks the kernel to map all pages at once, which costs a fraction of the faults that a scan
+  /// would take. Returns when the pages are there.
+  void PageIn() const;
+};
+
+/// A file created or truncated, with mode 600, and mapped for writing. What is written reaches
+/// the file without a further call.
+class ZQ_EXPORT MMapOutputFile : public MMapFile {
+ public:
+  /// Stretches the file to `length` bytes, all zero, and maps them. The blocks are reserved on
+  /// the disk, so that a full disk is an error here and not a signal at a later write. Messages:
+  /// "Error opening file for writing: %s", "Error calling lseek() to 'stretch' the file", "Error
+  /// writing last byte of the file", "Error mmapping the file".
+  bool Open(const std::string& filename, std::uint64_t length);
+  void* GetBase() const { return base_; }
+};
+
+}  // namespace ZQKorvex

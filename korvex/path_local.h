@@ -1,0 +1,220 @@
+#pragma once
+
+/// The walk behind all path identifiers, as a template over the identifier's type.
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <set>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "korvex/fpatombondset.h"
+#include "korvex/path.h"
+
+namespace ZQKorvex {
+
+/// Multipliers by position in the walk: entry 2 i for the i-th bond, 2 i + 1 for the i-th atom.
+/// The walk's start has no bond, so that entry 0 is 0.
+inline constexpr std::array<unsigned int, 51> PATH_PRIMES{
+    0,    947,  983,  1019, 1049, 1087, 1109, 1153, 1193, 1229, 1277, 1297, 1321,
+    1381, 1429, 1453, 1487, 1523, 1559, 1597, 1619, 1663, 1699, 1741, 1783, 1823,
+    1871, 1901, 1949, 1993, 2017, 2063, 2089, 2131, 2161, 2221, 2267, 2293, 2339,
+    2371, 2399, 2441, 2477, 2543, 2591, 2633, 2671, 2693, 2719, 2749, 2791};
+
+/// The bonds of each atom as one flat table of far atoms and bond indices.
+class ZQConnectionTable {
+ public:
+  struct Entry {
+    unsigned int atom;
+    unsigned int bond;
+  };
+
+  explicit ZQConnectionTable(const ZQMolBase& mol) : first_(mol.GetMaxAtomIdx() + 1) {
+    struct Bond {
+      unsigned int idx, bgn, end;
+    };
+    std::vector<Bond> bonds;
+    bonds.reserve(mol.GetMaxBondIdx());
+    for (unsigned int i = 0; i < mol.GetMaxBondIdx(); ++i) {
+      const ZQBondBase* bond = mol.GetBondAt(i);
+      if (!bond) continue;
+      bonds.push_back({i, bond->GetBgn()->GetIdx(), bond->GetEnd()->GetIdx()});
+      ++first_[bonds.back().bgn];
+      ++first_[bonds.back().end];
+    }
+    // Counts become ends; filling backwards moves each end down to its beginning.
+    for (unsigned int sum = 0; unsigned int& entry : first_) entry = sum += entry;
+    entries_.resize(2 * bonds.size());
+    for (auto bond = bonds.rbegin(); bond != bonds.rend(); ++bond) {
+      entries_[--first_[bond->bgn]] = {bond->end, bond->idx};
+      entries_[--first_[bond->end]] = {bond->bgn, bond->idx};
+    }
+  }
+
+  const Entry* Begin(unsigned int atom) const { return entries_.data() + first_[atom]; }
+  const Entry* End(unsigned int atom) const { return entries_.data() + first_[atom + 1]; }
+
+ private:
+  std::vector<unsigned int> first_;
+  std::vector<Entry> entries_;
+};
+
+/// Enumerates walks; lives for one call. T is unsigned 32-bit or string.
+template <class T>
+class PathGenerator {
+ public:
+  /// `patterns`, if not null, receives the atoms and bonds of each recorded walk as well.
+  PathGenerator(const ZQMolBase& mol, std::vector<T>& atomInvariants,
+                std::vector<T>& bondInvariants, unsigned int minbonds, unsigned int maxbonds,
+                std::vector<ZQFPAtomBondSet<T>>* patterns = nullptr)
+      : mol_(mol),
+        atomInvariants_(atomInvariants),
+        bondInvariants_(bondInvariants),
+        // No walk has more bonds than there are atoms, and with this cap nothing wraps.
+        minAtoms_(std::min(minbonds, mol.GetMaxAtomIdx()) + 1),
+        maxAtoms_(std::min(maxbonds, mol.GetMaxAtomIdx()) + 1),
+        patterns_(patterns) {}
+
+  /// Identifiers into a set, or behind one another into a vector; returns the container's size.
+  unsigned int GeneratePathIds(std::set<T>& ids) {
+    ForEachPath([&ids](const T& id) { ids.insert(id); });
+    return Count(ids.size());
+  }
+  unsigned int GeneratePathIdsStack(std::vector<T>& ids) {
+    ForEachPath([&ids](const T& id) { ids.push_back(id); });
+    return Count(ids.size());
+  }
+
+  /// Calls `sink` with the identifier of each walk, depth first from each start atom.
+  template <class Sink>
+  void ForEachPath(Sink sink) {
+    if (!ZQ_ASSERT(atomInvariants_.size() == mol_.GetMaxAtomIdx()) ||
+        !ZQ_ASSERT(bondInvariants_.size() == mol_.GetMaxBondIdx())) {
+      return;
+    }
+    if constexpr (!isText) {
+      if (!ZQ_ASSERT(2 * std::size_t{maxAtoms_} <= PATH_PRIMES.size())) return;
+    }
+    const SentinelEntries sentinels(atomInvariants_, bondInvariants_);
+    const ZQConnectionTable connections(mol_);
+    visited_.assign(mol_.GetMaxAtomIdx(), 0);
+    steps_.resize(maxAtoms_ + 1);
+    seenClasses_.clear();
+    for (unsigned int start = 0; start < mol_.GetMaxAtomIdx(); ++start) {
+      const ZQAtomBase* atom = mol_.GetAtomAt(start);
+      if (atom && ZQIsHeavy()(*atom) && IsFirstOfClass(atom->GetSymmetryClass())) {
+        WalkFrom(start, connections, sink);
+      }
+    }
+  }
+
+ private:
+  static constexpr bool isText = std::is_same_v<T, std::string>;
+  using Entry = ZQConnectionTable::Entry;
+
+  // One atom of the present walk, the bond that led there, and what is still to try from it.
+  struct Step {
+    unsigned int atom;
+    unsigned int bond;
+    const Entry* next;
+    const Entry* end;
+    T id;  // of the walk up to here
+  };
+
+  // The entry behind the last of either vector, which a walk's start reads as its bond.
+  class SentinelEntries {
+   public:
+    SentinelEntries(std::vector<T>& atoms, std::vector<T>& bonds) : atoms_(atoms), bonds_(bonds) {
+      atoms_.reserve(atoms_.size() + 1);
+      bonds_.emplace_back();
+      atoms_.emplace_back();
+    }
+    ~SentinelEntries() {
+      atoms_.pop_back();
+      bonds_.pop_back();
+    }
+    SentinelEntries(const SentinelEntries&) = delete;
+    SentinelEntries& operator=(const SentinelEntries&) = delete;
+
+   private:
+    std::vector<T>& atoms_;
+    std::vector<T>& bonds_;
+  };
+
+  // steps_[0] holds the empty walk, steps_[depth] the walk of `depth` atoms.
+  template <class Sink>
+  void WalkFrom(unsigned int start, const ZQConnectionTable& connections, Sink& sink) {
+    unsigned int depth = 0;
+    Entry entry{start, mol_.GetMaxBondIdx()};
+    do {
+      if (!visited_[entry.atom]) {
+        ++depth;
+        Step& step = steps_[depth];
+        step.atom = entry.atom;
+        step.bond = entry.bond;
+        Extend(step.id, steps_[depth - 1].id, depth - 1, entry);
+        if (depth >= minAtoms_) {
+          sink(static_cast<const T&>(step.id));
+          if (patterns_) AddPattern(depth);
+        }
+        visited_[entry.atom] = 1;
+        step.next = connections.Begin(entry.atom);
+        step.end = depth < maxAtoms_ ? connections.End(entry.atom) : step.next;
+      }
+      while (depth != 0 && steps_[depth].next == steps_[depth].end) {
+        visited_[steps_[depth--].atom] = 0;
+      }
+      if (depth != 0) entry = *steps_[depth].next++;
+    } while (depth != 0);
+  }
+
+  void Extend(T& id, const T& prefix, unsigned int position, const Entry& entry) const {
+    const T& bond = bondInvariants_[entry.bond];
+    const T& atom = atomInvariants_[entry.atom];
+    if constexpr (isText) {
+      id.assign(prefix).append(bond).append(atom);
+    } else {
+      id = prefix + bond * PATH_PRIMES[2 * position] + atom * PATH_PRIMES[2 * position + 1];
+    }
+  }
+
+  bool IsFirstOfClass(unsigned int symmetryClass) {
+    if (symmetryClass == 0) return true;  // not perceived
+    const auto place = std::lower_bound(seenClasses_.begin(), seenClasses_.end(), symmetryClass);
+    if (place != seenClasses_.end() && *place == symmetryClass) return false;
+    seenClasses_.insert(place, symmetryClass);
+    return true;
+  }
+
+  void AddPattern(unsigned int depth) {
+    ZQFPAtomBondSet<T> pattern(&mol_, steps_[depth].id);
+    for (unsigned int i = 1; i <= depth; ++i) {
+      ZQAtomBase* atom = mol_.GetAtomAt(steps_[i].atom);
+      if (ZQ_ASSERT(atom != nullptr)) pattern.AddAtom(atom);
+      if (i == 1) continue;
+      ZQBondBase* bond = mol_.GetBondAt(steps_[i].bond);
+      if (ZQ_ASSERT(bond != nullptr)) pattern.AddBond(bond);
+    }
+    patterns_->push_back(std::move(pattern));
+  }
+
+  static unsigned int Count(std::size_t size) {
+    ZQ_ASSERT(size <= std::numeric_limits<unsigned int>::max());
+    return static_cast<unsigned int>(size);
+  }
+
+  const ZQMolBase& mol_;
+  std::vector<T>& atomInvariants_;
+  std::vector<T>& bondInvariants_;
+  unsigned int minAtoms_;
+  unsigned int maxAtoms_;
+  std::vector<ZQFPAtomBondSet<T>>* patterns_;
+
+  std::vector<unsigned char> visited_;  // by atom index: on the present walk
+  std::vector<Step> steps_;
+  std::vector<unsigned int> seenClasses_;  // ascending
+};
+
+}  // namespace ZQKorvex

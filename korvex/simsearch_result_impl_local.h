@@ -1,0 +1,50 @@
+#pragma once
+
+/// The side of a search result that the search writes to.
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "korvex/simsearch_result.h"
+
+namespace ZQKorvex {
+
+class ZQ_EXPORT ZQSimSearchResultImpl {
+ public:
+  ZQSimSearchResultImpl(unsigned long bins, double minValue, double maxValue);
+
+  /// Sets out for a search of `numTargets` records. The histogram keeps what it has.
+  bool Init(unsigned long numTargets, const ZQFPDatabaseOptions& options);
+  void SetSearchStatus(unsigned int status) { status_ = status; }
+  /// Counts records as searched; takes no lock.
+  void RecordProgress(unsigned long done) { numSearched_ += done; }
+  /// Takes one score. For a single writer: takes no lock.
+  void UpdateScores(std::uint64_t index, double score);
+  /// Merges what one worker has found.
+  void UpdateScores(const ZQFPHistogram& histogram, const ZQHitList<ZQSimScore>& list);
+
+  bool IsValid() const { return valid_; }
+  unsigned int GetSearchStatus() const { return status_; }
+  unsigned long NumTargets() const { return numTargets_; }
+  unsigned long NumSearched() const { return numSearched_; }
+  /// As the constructor was told; `GetHistogram` has one bin for 0.
+  unsigned long NumBins() const { return bins_; }
+  ZQFPHistogram GetHistogram() const;
+  /// A histogram of the same bins without samples, for a worker.
+  ZQFPHistogram MakeEmptyHistogram() const;
+  ZQIter<ZQSimScore> GetSortedScores();
+
+ private:
+  unsigned long bins_;
+  std::atomic<bool> valid_ = false;
+  std::atomic<unsigned long> numTargets_ = 0;
+  std::atomic<unsigned long> numSearched_ = 0;
+  std::atomic<unsigned int> status_ = ZQSimSearchStatus::Uninitialized;
+  ZQFPHistogram histogram_;
+  std::unique_ptr<ZQHitList<ZQSimScore>> hitList_;
+  mutable std::mutex lock_;  // guards the histogram and the list
+};
+
+}  // namespace ZQKorvex

@@ -1,0 +1,42 @@
+#include "korvex/version.h"
+
+#include "contract/nubrel/gpu.h"
+
+namespace ZQKorvex {
+
+namespace {
+
+// Where the documentation site keeps the page of a class.
+std::string ClassPage(const std::string& name) {
+  return "toolkits/python/korvextk/ZQKorvexClasses/" + name + ".html";
+}
+
+std::string Reference(const std::string& text, const std::string& target) {
+  return ":ref:`" + text + " <" + target + ">`";
+}
+
+}  // namespace
+
+unsigned int ZQKorvexGetVersion() { return 20230910; }
+std::string ZQKorvexGetArch() { return "linux-x64"; }
+std::string ZQKorvexGetPlatform() { return "linux-g++10.x-x64"; }
+std::string ZQKorvexGetNonDebugRelease() { return "2.5.6.1"; }
+std::string ZQKorvexGetDebugRelease() { return "2.5.6.1 debug"; }
+std::string ZQKorvexGetRelease() { return ZQKorvexGetDebugRelease(); }
+std::string ZQKorvexGetConfigureArgs() { return "-std=c++20 -ffp-contract=off, g++ " __VERSION__; }
+
+ZQLibraryVersion ZQKorvexVersion() { return {"zqtoolkit", "ZQKorvex", ZQKorvexGetRelease()}; }
+
+bool ZQKorvexIsGPUReady() { return Nubrel::ZQCUDAIsGPUReady(); }
+
+std::string ZQGetKorvexClassHyperlink(const std::string& name) {
+  return Reference(name, ClassPage(name));
+}
+
+std::string ZQGetKorvexMethodHyperlink(const std::string& className,
+                                       const std::string& methodName) {
+  return Reference(className + "::" + methodName,
+                   ClassPage(className) + "#ZQKorvex::" + className + "::" + methodName);
+}
+
+}  // namespace ZQKorvex

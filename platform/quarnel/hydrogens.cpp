@@ -1,0 +1,97 @@
+#include "contract/quarnel/perception.h"
+
+namespace Quarnel {
+namespace {
+
+unsigned int NumBonds(const ZQAtomBase& atom) {
+  unsigned int count = 0;
+  for (const ZQBondBase* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) ++count;
+  return count;
+}
+
+/// The atom told its configuration by four explicit neighbours, the hydrogen among them: without
+/// it the configuration still stands, with the hydrogen now first in the order of neighbours. With
+/// three, a lone pair being the fourth, it doesn't.
+void MoveToFront(ZQAtomBase& centre, const ZQBondBase& toHydrogen) {
+  unsigned int position = 0;
+  for (const ZQBondBase* b = centre.NextBond(nullptr); b != &toHydrogen; b = centre.NextBond(b)) {
+    ++position;
+  }
+  if (position % 2 == 0) return;
+  centre.SetStereo(centre.GetStereo() == ZQAtomStereo::Clockwise ? ZQAtomStereo::CounterClockwise
+                                                                 : ZQAtomStereo::Clockwise);
+}
+
+/// The bond of the lowest index that isn't `doubleBond` nor `left`.
+const ZQBondBase* FirstOther(const ZQAtomBase& end, const ZQBondBase& doubleBond,
+                             const ZQBondBase* left) {
+  const ZQBondBase* b = end.NextBond(nullptr);
+  while (b && (b == &doubleBond || b == left)) b = end.NextBond(b);
+  return b;
+}
+
+/// Whether stereo of the parent or of a double bond at it can't be told without the hydrogen.
+bool HasStereoRole(const ZQAtomBase& parent, const ZQBondBase& toHydrogen) {
+  if (parent.GetStereo() != ZQAtomStereo::None && parent.GetImplicitHCount() == 0 &&
+      NumBonds(parent) == 3) {
+    return true;
+  }
+  for (const ZQBondBase* b = parent.NextBond(nullptr); b; b = parent.NextBond(b)) {
+    if (b->GetStereo() != ZQBondStereo::None && !FirstOther(parent, *b, &toHydrogen)) return true;
+  }
+  return false;
+}
+
+/// Restates the configurations around the parent for the graph without the hydrogen, or clears
+/// those that can't be.
+void ReleaseStereo(ZQAtomBase& parent, const ZQBondBase& toHydrogen) {
+  if (parent.GetStereo() != ZQAtomStereo::None) {
+    if (parent.GetImplicitHCount() == 0 && NumBonds(parent) == 4) {
+      MoveToFront(parent, toHydrogen);
+    } else {
+      parent.SetStereo(ZQAtomStereo::None);
+    }
+  }
+  for (ZQBondBase* b = parent.NextBond(nullptr); b; b = parent.NextBond(b)) {
+    if (b->GetStereo() == ZQBondStereo::None) continue;
+    if (!FirstOther(parent, *b, &toHydrogen)) {
+      b->SetStereo(ZQBondStereo::None);
+    } else if (FirstOther(parent, *b, nullptr) == &toHydrogen) {
+      b->SetStereo(b->GetStereo() == ZQBondStereo::Cis ? ZQBondStereo::Trans : ZQBondStereo::Cis);
+    }
+  }
+}
+
+}  // namespace
+
+bool ZQHasExplicitHydrogens(const ZQMolBase& mol) {
+  for (unsigned int idx = 0; idx < mol.GetMaxAtomIdx(); ++idx) {
+    const ZQAtomBase* atom = mol.GetAtomAt(idx);
+    if (atom && atom->IsHydrogen()) return true;
+  }
+  return false;
+}
+
+void ZQSuppressHydrogens(ZQMolBase& mol, bool deleteIsotopes, bool deleteMapped,
+                         bool deleteStereo) {
+  if (!ZQHasExplicitHydrogens(mol)) return;
+  mol.BeginEdit();
+  for (unsigned int idx = 0; idx < mol.GetMaxAtomIdx(); ++idx) {
+    ZQAtomBase* hydrogen = mol.GetAtomAt(idx);
+    if (!hydrogen || !hydrogen->IsHydrogen()) continue;
+    if (hydrogen->GetFormalCharge() != 0 || hydrogen->GetImplicitHCount() != 0) continue;
+    if (!deleteIsotopes && hydrogen->GetIsotope() != 0) continue;
+    if (!deleteMapped && hydrogen->GetMapIdx() != 0) continue;
+    const ZQBondBase* bond = hydrogen->NextBond(nullptr);
+    if (!bond || hydrogen->NextBond(bond) || bond->GetOrder() != 1) continue;
+    ZQAtomBase* parent = bond->GetNbr(hydrogen);
+    if (parent->IsHydrogen()) continue;
+    if (!deleteStereo && HasStereoRole(*parent, *bond)) continue;
+    ReleaseStereo(*parent, *bond);
+    parent->SetImplicitHCount(parent->GetImplicitHCount() + 1);
+    mol.DeleteAtom(hydrogen);
+  }
+  mol.EndEdit();
+}
+
+}  // namespace Quarnel

@@ -1,0 +1,14 @@
+#include "contract/quarnel/perception.h"
+#include "platform/quarnel/molgraph_view_local.h"
+
+namespace Quarnel {
+
+void ZQFindRingAtomsAndBonds(ZQMolBase& mol) {
+  MolView& view = MolView::Read(mol, MolView::Graph);
+  view.FindRings();
+  for (const MolView::Atom& atom : view.atoms) atom.atom->SetInRing(atom.inRing);
+  for (const MolView::Bond& bond : view.bonds) bond.bond->SetInRing(bond.inRing);
+  mol.SetPerceived(ZQPerceived::Rings, true);
+}
+
+}  // namespace Quarnel

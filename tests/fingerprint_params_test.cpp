@@ -1,0 +1,237 @@
+#include "korvex/fingerprint_params.h"
+
+#include <gtest/gtest.h>
+
+#include "korvex/fpversion.h"
+#include "tests/mol_helpers.h"
+
+using namespace ZQKorvex;
+
+namespace {
+
+// What a string is to each of the three readers, and what is said of it.
+struct Reading {
+  const char* text;
+  bool valid;       // in form
+  bool usable;      // gives a type
+  Texts validSays;  // of ZQIsValidFPTypeString
+  Texts typeSays;   // of ZQGetFPType
+};
+
+const std::string pathHead = "Path,ver=2.0.0,size=4096,bonds=0-5";
+
+}  // namespace
+
+TEST(TypeString, RoundTripsForEveryKind) {
+  const struct {
+    unsigned int kind;
+    const char* text;
+  } defaults[] = {
+      {101, "MACCS166,ver=2.2.0"},
+      {102,
+       "Path,ver=2.0.0,size=4096,bonds=0-5,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb|EqHalo,"
+       "btype=Order|Chiral"},
+      {103, "Lingo,ver=2.0.0"},
+      {104,
+       "Circular,ver=2.0.0,size=4096,radius=0-5,atype=AtmNum|Arom|Chiral|FCharge|HCount|EqHalo,"
+       "btype=Order"},
+      {105,
+       "Tree,ver=2.0.0,size=4096,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,"
+       "btype=Order"},
+      {9000,
+       "UHPath,ver=2.0.0,bonds=0-5,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb|EqHalo,"
+       "btype=Order|Chiral"},
+      {9001,
+       "UHCircular,ver=2.0.0,radius=0-5,atype=AtmNum|Arom|Chiral|FCharge|HCount|EqHalo,"
+       "btype=Order"},
+      {9002, "UHTree,ver=2.0.0,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,btype=Order"},
+  };
+  for (const auto& d : defaults) {
+    EXPECT_EQ(ZQGetFPType(d.kind)->GetFPTypeString(), d.text);
+    EXPECT_EQ(ZQGetFPType(std::string(d.text)), ZQGetFPType(d.kind));
+    EXPECT_TRUE(ZQIsValidFPTypeString(d.text));
+  }
+  std::mt19937 random(5);
+  for (int i = 0; i < 200; ++i) {
+    const unsigned int max = random() % 20;
+    const ZQFPTypeBase* type = ZQGetPathFPType(16 + random() % 65520, random() % (max + 1), max,
+                                               1 + random() % 2047, random() % 8);
+    EXPECT_EQ(ZQGetFPType(type->GetFPTypeString()), type) << type->GetFPTypeString();
+  }
+  EXPECT_EQ(ZQGetPathFPType(64, 0, 1, 0, 8)->GetFPTypeString(),
+            "Path,ver=2.0.0,size=64,bonds=0-1,atype=None,btype=invalid");
+}
+
+TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
+  const std::string bad = "ZQGetFPType() invalid fingerprint type string";
+  const std::string oldType = "ZQGetFPType() fingerprint type with old version number";
+  const std::string oldValid = "ZQIsValidFPTypeString() fingerprint type with old version number";
+  const std::string types = "atype=AtmNum,btype=Order";
+  const Texts silent;
+  const auto refused = [&](const std::string& text, const std::string& why) {
+    return std::pair(text, why);
+  };
+  const std::pair<std::string, std::string> refusals[] = {
+      refused("Path,ver=2.0.0", "Size cannot be initialized for `Path` type!"),
+      refused("Path," + types, "Missing fingerprint version!"),
+      refused("Path,ver=0.0.0,size=64,bonds=0-5," + types, "Missing fingerprint version!"),
+      refused("Pathway,ver=2.0.0", "Invalid string can not be tokenized for `Path` type!"),
+      refused("Pathway=1,ver=2.0.0", "'Pathway' is not a valid fingerprint type primitive!"),
+      refused("Path=1,ver=2.0.0", "'Path' is not a valid fingerprint type primitive!"),
+      refused("Tree,ver=2", "Invalid version for `Tree` type!"),
+      refused("Tree,ver=15.0.0", "Invalid version for `Tree` type!"),
+      refused("Tree,ver=2.255.0", "Invalid version for `Tree` type!"),
+      refused("Tree,radius=0-5", "'radius' is not a valid fingerprint type primitive!"),
+      refused("Circular,bonds=0-5", "'bonds' is not a valid fingerprint type primitive!"),
+      refused("Path,size=-4", "Invalid fingerprint size for `Path` type!"),
+      refused("Path,size=0x10", "Invalid fingerprint size for `Path` type!"),
+      refused("Path,ver=2.0.0,size=0,bonds=0-5," + types,
+              "Size cannot be initialized for `Path` type!"),
+      refused("Circular,radius=5", "Invalid fingerprint distance for `Circular` type!"),
+      refused("Path,bonds=0-5-9", "Invalid fingerprint distance for `Path` type!"),
+      refused("Path,bonds=x-5", "Invalid fingerprint minimum distance for `Path` type!"),
+      refused("Path,bonds=0-y", "Invalid fingerprint maximum distance for `Path` type!"),
+      refused("Path,ver=2.0.0,size=64," + types,
+              "Min or max distance cannot be initialized for `Path` type!"),
+      refused(pathHead + ",btype=Order", "Atom type cannot be initialized for `Path` type!"),
+      refused(pathHead + ",atype=AtmNum", "Bond type cannot be initialized for `Path` type!"),
+      refused(pathHead + ",atype=None,btype=None",
+              "The atom and bond type cannot be both None for `Path` type!"),
+      refused(pathHead + ",atype=Atom,btype=Order", ""),
+      refused(pathHead + ",atype=DefaultAtom|Hyb,btype=Order", ""),
+      refused(pathHead + ",atype=AtmNum,btype=Order|", ""),
+  };
+  CapturedReports reports;
+  for (const auto& [text, why] : refusals) {
+    Texts says;
+    if (!why.empty()) says.push_back(why);
+    EXPECT_FALSE(ZQIsValidFPTypeString(text)) << text;
+    EXPECT_EQ(reports.Take(), says) << text;
+    says.push_back(bad);
+    EXPECT_EQ(ZQGetFPType(text), nullptr) << text;
+    EXPECT_EQ(reports.Take(), says) << text;
+  }
+  const std::string oldPath = "Path,ver=1.0.0,size=64,bonds=0-5," + types;
+  const std::string topPath = "Path,ver=14.254.14,size=64,bonds=0-5," + types;
+  const std::string huge = "Path,ver=2.0.0,size=70000,bonds=0-5," + types;
+  const std::string reversed = "Path,ver=2.0.0,size=64,bonds=5-0," + types;
+  const std::string moved =
+      "Path,btype=DefaultPathBond,bonds=1-2,size=9,size=64,"
+      "atype=DefaultPathAtom,ver=2.0.0";
+  const Reading readings[] = {
+      {moved.c_str(), true, true, silent, silent},
+      {oldPath.c_str(), true, false, {oldValid}, {oldType}},
+      {topPath.c_str(), true, false, {oldValid}, {oldType}},
+      {huge.c_str(), true, false, silent, {"Assertion"}},
+      {reversed.c_str(), true, false, silent, {"Assertion"}},
+      {"MACCS166", true, false, {oldValid}, {oldType}},
+      {"Lingo,ver=2.0.0,extra=1", true, true, silent, silent},
+      {"Lingo,extra=1",
+       false,
+       false,
+       {"Version number cannot be initialized for `Lingo` type!"},
+       {"Version number cannot be initialized for `Lingo` type!"}},
+      {"MACCS166,ver=x",
+       false,
+       false,
+       {"Invalid version for `MACCS166` type!"},
+       {"Invalid version for `MACCS166` type!"}},
+      {"Lingo,extra",
+       false,
+       false,
+       {"Invalid `Lingo` type string!"},
+       {"Invalid `Lingo` type string!"}},
+      {"Lingo2=1,ver=2.0.0", false, false, silent, silent},
+      {"path,ver=2.0.0", false, false, silent, silent},
+      {"", false, false, silent, silent},
+      {"UHTree,ver=2.0.0,numbits=0,bonds=3-1,atype=Hyb,btype=None", true, true, silent, silent},
+      {"UHTree,ver=2.0.0,numbits=7,bonds=1-3,atype=Hyb,btype=None",
+       true,
+       true,
+       {"Assertion"},
+       {"Assertion"}},
+      {"UHPath",
+       false,
+       false,
+       {"Missing fingerprint version!", "Assertion"},
+       {"Missing fingerprint version!", "Assertion", bad}},
+  };
+  for (const Reading& r : readings) {
+    EXPECT_EQ(ZQIsValidFPTypeString(r.text), r.valid) << r.text;
+    EXPECT_EQ(reports.Take(), r.validSays) << r.text;
+    EXPECT_EQ(ZQGetFPType(std::string(r.text)) != nullptr, r.usable) << r.text;
+    EXPECT_EQ(reports.Take(), r.typeSays) << r.text;
+  }
+  // An old version is an error for the kinds without parameters, a warning for the others.
+  ZQGetFPType(std::string("MACCS166"));
+  EXPECT_EQ(reports.Count(ZQErrorLevel::Error), 1U);
+  reports.Take();
+  ZQGetFPType(oldPath);
+  EXPECT_EQ(reports.Count(ZQErrorLevel::Warning), 1U);
+}
+
+TEST(TypeString, ParsersTakeThePrefixAnywhereAndLeaveOnesForWhatIsMissing) {
+  CapturedReports reports;
+  unsigned short version = 1;
+  unsigned int numbits = 1, min = 1, max = 1, atype = 1, btype = 1;
+  EXPECT_TRUE(
+      ZQGetPathFPTypeParams("size=4096,Path,ver=2.0.0,bonds=0-5,atype=DefaultPathAtom,"
+                            "btype=DefaultPathBond",
+                            version, numbits, min, max, atype, btype));
+  EXPECT_EQ((std::vector<unsigned int>{version, numbits, min, max, atype, btype}),
+            (std::vector<unsigned int>{8192, 4096, 0, 5, 191, 3}));
+  EXPECT_EQ(reports.Take(), Texts{});
+  EXPECT_FALSE(
+      ZQGetTreeFPTypeParams("size=64,ver=2.0.0", version, numbits, min, max, atype, btype));
+  EXPECT_EQ(reports.Take(), Texts{"Missing fingerprint type!"});
+  EXPECT_EQ((std::vector<unsigned int>{version, numbits, min, max, atype, btype}),
+            (std::vector<unsigned int>{8192, 64, ~0U, ~0U, ~0U, ~0U}));
+  EXPECT_FALSE(ZQGetLingoFPTypeParams(",", version));
+  EXPECT_EQ(reports.Take(), Texts{"Invalid fingerprint type string!"});
+}
+
+TEST(TypeParams, ViewTheKindsThatHaveThem) {
+  const ZQFPTypeParams tree(ZQGetTreeFPType(512, 1, 3, 23, 1));
+  EXPECT_TRUE(tree.IsValid());
+  EXPECT_EQ((std::vector<unsigned int>{tree.GetFPType(), tree.GetVersion(), tree.GetNumBits(),
+                                       tree.GetMinDistance(), tree.GetMaxDistance(),
+                                       tree.GetAtomTypes(), tree.GetBondTypes()}),
+            (std::vector<unsigned int>{105, 8192, 512, 1, 3, 23, 1}));
+  EXPECT_EQ(ZQGetFingerPrintSize(ZQGetFPType(101U)), 166U);
+  EXPECT_EQ(ZQGetFingerPrintSize(ZQGetFPType(103U)), 0U);
+  EXPECT_EQ(ZQGetFingerPrintName(ZQGetFPType(104U)), "Circular");
+  EXPECT_EQ(ZQGetFPTypeVersion("MACCS166,ver=2.2.0"), 8224);
+  EXPECT_EQ(ZQGetFPTypeVersion("MACCS166,ver=1.2.3"), 4096 + 2 * 16 + 3);
+  EXPECT_EQ(ZQGetFPTypeVersion(ZQGetFPType(9000U)->GetFPTypeString()), 0);
+  EXPECT_EQ(ZQGetFPTypeVersion("nothing"), 0);
+  const ZQFPTypeParams unhashed(ZQGetFPType(9001U));
+  EXPECT_FALSE(unhashed.IsValid());
+  EXPECT_EQ(unhashed.GetFPType(), 9001U);
+  CapturedReports reports;
+  EXPECT_EQ(ZQGetFingerPrintName(ZQGetFPType(9002U)), "UNKNOWN");
+  EXPECT_EQ(ZQGetFingerPrintName(nullptr), "UNKNOWN");
+  EXPECT_EQ(ZQGetFingerPrintSize(nullptr), 0U);
+  EXPECT_EQ(reports.Take(), Texts(3, "Assertion"));
+}
+
+TEST(Version, PacksAndChecks) {
+  for (const auto& [text, packed] :
+       {std::pair("2.2.0", 8224), {"14.254.14", 61422}, {"0.0.0", 0}}) {
+    EXPECT_TRUE(ZQIsValidFingerPrintVersion(text));
+    EXPECT_EQ(ZQGetFingerPrintVersion(text), packed);
+    EXPECT_EQ(ZQGetFingerPrintVersionString(static_cast<unsigned short>(packed)), text);
+  }
+  for (const char* text :
+       {"", "2", "2.0", "2.0.0.0", "a.b.c", "15.0.0", "2.255.0", "2.0.15", "-2.0.0", "2.0.0 "}) {
+    EXPECT_FALSE(ZQIsValidFingerPrintVersion(text)) << text;
+  }
+  CapturedReports reports;
+  EXPECT_EQ(ZQGetFingerPrintVersion("16.0.0"), 0);
+  EXPECT_EQ(reports.Take().size(), 2U);
+  EXPECT_EQ(ZQGetFingerPrintVersion(std::string("x")), 0);
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+  EXPECT_EQ(ZQGetFingerPrintVersion(3U), 0);
+  EXPECT_EQ(reports.Take(), Texts{});
+  EXPECT_EQ(ZQGetFingerPrintVersion(4U), 0);
+  EXPECT_EQ(reports.Take(), Texts{"ZQGetFingerPrintVersion : unknown fingerprint type!"});
+}

@@ -1,0 +1,317 @@
+#include "korvex/path.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "contract/quarnel/perception.h"
+#include "korvex/fold_local.h"
+#include "korvex/fpatomtyper.h"
+#include "korvex/path_local.h"
+#include "korvex/primes.h"
+#include "tests/mol_helpers.h"
+
+using namespace ZQKorvex;
+
+namespace {
+
+std::vector<unsigned int> BitsOf(const ZQFingerPrint& fp) {
+  std::vector<unsigned int> bits;
+  for (unsigned int i = 0; i < fp.GetSize(); ++i) {
+    if (fp.IsBitOn(i)) bits.push_back(i);
+  }
+  return bits;
+}
+
+// A prepared molecule with its invariants.
+template <class T>
+struct Prepared {
+  ZQGraphMol mol;
+  std::vector<T> atoms;
+  std::vector<T> bonds;
+
+  Prepared(const ZQMolBase& from, unsigned int atype, unsigned int btype, bool symmetry = false)
+      : mol(from) {
+    ZQPrepareForFingerprinting(mol, ZQFPType::Path);
+    ZQGetFingerprintAtomTypes(atoms, bonds, mol, atype, btype);
+    // The perception of chirality may leave classes behind.
+    for (auto atom = mol.GetAtoms(); atom; ++atom) atom->SetSymmetryClass(0);
+    if (symmetry) ZQPerceiveSymmetry(mol, true, false);
+  }
+};
+
+// Every walk by plain recursion, straight from the definition.
+template <class T>
+class AllWalks {
+ public:
+  AllWalks(const Prepared<T>& from, unsigned int minbonds, unsigned int maxbonds)
+      : from_(from), min_(minbonds), max_(maxbonds) {
+    for (auto atom = from.mol.GetAtoms(); atom; ++atom) Walk({&*atom}, {});
+    std::sort(ids.begin(), ids.end());
+  }
+  std::vector<T> ids;
+
+ private:
+  static void Add(unsigned int& id, unsigned int invariant, std::size_t position) {
+    id += invariant * PATH_PRIMES[position];
+  }
+  static void Add(std::string& id, const std::string& invariant, std::size_t) { id += invariant; }
+
+  void Walk(const std::vector<const ZQAtomBase*>& atoms, const std::vector<ZQBondBase*>& bonds) {
+    if (bonds.size() >= min_) {
+      T id{};
+      for (std::size_t i = 0; i < atoms.size(); ++i) {
+        if (i != 0) Add(id, from_.bonds[bonds[i - 1]->GetIdx()], 2 * i);
+        Add(id, from_.atoms[atoms[i]->GetIdx()], 2 * i + 1);
+      }
+      ids.push_back(id);
+    }
+    if (bonds.size() == max_) return;
+    for (auto bond = atoms.back()->GetBonds(); bond; ++bond) {
+      const ZQAtomBase* next = bond->GetNbr(atoms.back());
+      if (std::find(atoms.begin(), atoms.end(), next) != atoms.end()) continue;
+      auto longer = atoms;
+      longer.push_back(next);
+      auto with = bonds;
+      with.push_back(&*bond);
+      Walk(longer, with);
+    }
+  }
+
+  const Prepared<T>& from_;
+  std::size_t min_;
+  std::size_t max_;
+};
+
+template <class T>
+std::vector<T> SortedIds(Prepared<T>& from, unsigned int minbonds, unsigned int maxbonds) {
+  std::vector<T> ids;
+  const unsigned int count =
+      ZQPathIdGeneratorStack(ids, from.mol, from.atoms, from.bonds, minbonds, maxbonds);
+  EXPECT_EQ(count, ids.size());
+  std::sort(ids.begin(), ids.end());
+  return ids;
+}
+
+template <class T>
+void ExpectAllWalks(const ZQMolBase& mol, unsigned int atype, unsigned int btype,
+                    unsigned int minbonds, unsigned int maxbonds) {
+  Prepared<T> from(mol, atype, btype);
+  const std::vector<T> expected = AllWalks<T>(from, minbonds, maxbonds).ids;
+  EXPECT_EQ(SortedIds(from, minbonds, maxbonds), expected);
+  std::set<T> distinct;
+  const unsigned int count =
+      ZQPathIdGenerator(distinct, from.mol, from.atoms, from.bonds, minbonds, maxbonds);
+  EXPECT_EQ(count, distinct.size());
+  EXPECT_EQ(distinct, std::set<T>(expected.begin(), expected.end()));
+  EXPECT_EQ(from.atoms.size(), from.mol.GetMaxAtomIdx());
+  EXPECT_EQ(from.bonds.size(), from.mol.GetMaxBondIdx());
+}
+
+}  // namespace
+
+TEST(Path, WorkedIdentifiersAndBits) {
+  Prepared<unsigned int> ethanol("CCO"_mol, ZQFPAtomType::AtmNum, ZQFPBondType::Order);
+  EXPECT_EQ(ethanol.atoms, (std::vector<unsigned int>{179, 179, 947}));
+  EXPECT_EQ(ethanol.bonds, (std::vector<unsigned int>{131, 131}));
+  EXPECT_EQ(SortedIds(ethanol, 2, 2), (std::vector<unsigned int>{1539975, 1647495}));
+  Prepared<unsigned int> ethane("CC"_mol, ZQFPAtomType::AtmNum, ZQFPBondType::Order);
+  EXPECT_EQ(SortedIds(ethane, 0, 1), (std::vector<unsigned int>{169513, 169513, 480687, 480687}));
+
+  const struct {
+    const char* smiles;
+    unsigned int numbits, min, max, atype, btype;
+    std::vector<unsigned int> bits;
+  } cases[] = {
+      {"CCO", 4096, 2, 2, 1, 1, {1007, 2109}},
+      {"CC", 4096, 0, 1, 1, 1, {1700, 1806}},
+      {"CC(=O)[2H]", 4096, 0, 0, 0, 1, {947}},
+      {"CCN", 100, 0, 0, 0, 1, {947 % 97}},
+      {"CCN", 16, 0, 0, 0, 1, {947 % 13}},
+      {"CCN", 65535, 0, 0, 0, 1, {947}},
+      {"", 4096, 0, 5, 191, 3, {}},
+      {"[H][H]", 256, 0, 5, 191, 3, {}},
+      {"C1CCCCC1", 4096, 6, 6, 1, 1, {}},  // the closing bond is never crossed
+  };
+  for (const auto& c : cases) {
+    ZQMol mol;
+    if (*c.smiles) ZQSmilesToMol(mol, c.smiles);
+    ZQFingerPrint fp;
+    ASSERT_TRUE(ZQMakePathFP(fp, mol, c.numbits, c.min, c.max, c.atype, c.btype)) << c.smiles;
+    EXPECT_EQ(fp.GetSize(), c.numbits);
+    EXPECT_EQ(BitsOf(fp), c.bits) << c.smiles;
+    EXPECT_EQ(fp.GetFPTypeBase(), ZQGetPathFPType(c.numbits, c.min, c.max, c.atype, c.btype));
+  }
+}
+
+TEST(Path, VisitsExactlyTheWalksThatTheDefinitionNames) {
+  std::mt19937 random(7);
+  for (const std::string& smiles : SampleSmiles()) {
+    SCOPED_TRACE(smiles);
+    ZQMol mol;
+    ASSERT_TRUE(ZQSmilesToMol(mol, smiles));
+    const unsigned int atype = random() % 8192;
+    const unsigned int btype = random() % 8;
+    const unsigned int min = random() % 4;
+    ExpectAllWalks<unsigned int>(mol, atype, btype, min, min + random() % 5);
+    ExpectAllWalks<std::string>(mol, atype, btype, min, min + random() % 4);
+  }
+}
+
+TEST(Path, BitsDontDependOnNumberingHydrogensOrSymmetryClasses) {
+  for (const std::string& smiles : SampleSmiles()) {
+    SCOPED_TRACE(smiles);
+    ZQMol mol;
+    ASSERT_TRUE(ZQSmilesToMol(mol, smiles));
+    ZQFingerPrint fp;
+    ASSERT_TRUE(ZQMakePathFP(fp, mol));
+    for (unsigned int seed = 0; seed < 4; ++seed) {
+      const ZQMol other = seed % 2 ? Shuffled(WithHydrogens(mol), seed) : Shuffled(mol, seed);
+      ZQFingerPrint again;
+      ASSERT_TRUE(ZQMakePathFP(again, other));
+      EXPECT_TRUE(again == fp);
+    }
+    // All flags at once, so that a class that merges too much shows; every walk against one for
+    // each class.
+    Prepared<unsigned int> every(mol, 127 + 4096, 7, false);
+    Prepared<unsigned int> filtered(mol, 127 + 4096, 7, true);
+    std::set<unsigned int> everyId;
+    std::set<unsigned int> filteredId;
+    ZQPathIdGenerator(everyId, every.mol, every.atoms, every.bonds, 0, 6);
+    ZQPathIdGenerator(filteredId, filtered.mol, filtered.atoms, filtered.bonds, 0, 6);
+    EXPECT_EQ(filteredId, everyId);
+  }
+}
+
+TEST(Path, SymmetricStartAtomsAreWalkedFromOnce) {
+  Prepared<unsigned int> benzene("c1ccccc1"_mol, 191, 3, true);
+  EXPECT_EQ(SortedIds(benzene, 5, 5).size(), 2U);  // one start, two ways round
+  for (auto atom = benzene.mol.GetAtoms(); atom; ++atom) atom->SetSymmetryClass(0);
+  EXPECT_EQ(SortedIds(benzene, 5, 5).size(), 12U);
+}
+
+TEST(Path, HolesInTheIndicesAreNoAtoms) {
+  ZQFingerPrint plain;
+  ZQFingerPrint holed;
+  ASSERT_TRUE(ZQMakePathFP(plain, "CC(N)C=O"_mol));
+  ZQMol mol = "*C(N([2H])[2H])(C)C=O"_mol;
+  mol.DeleteAtom(mol.GetAtomAt(0));
+  ASSERT_TRUE(mol.GetMaxAtomIdx() > mol.NumAtoms());
+  mol.GetAtomAt(1)->SetImplicitHCount(1);
+  ASSERT_TRUE(ZQMakePathFP(holed, mol));
+  EXPECT_TRUE(holed == plain);
+}
+
+TEST(Path, PatternsHoldTheAtomsAndBondsOfEachWalk) {
+  Prepared<std::string> from("OC1CC1"_mol, ZQFPAtomType::AtmNum, ZQFPBondType::Order);
+  std::vector<ZQFPAtomBondSet<std::string>> patterns;
+  std::vector<std::string> ids;
+  PathGenerator<std::string>(from.mol, from.atoms, from.bonds, 1, 3, &patterns)
+      .GeneratePathIdsStack(ids);
+  ASSERT_EQ(patterns.size(), ids.size());
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    std::string text = from.atoms[patterns[i].GetAtoms()[0]->GetIdx()];
+    ASSERT_EQ(patterns[i].NumAtoms(), patterns[i].NumBonds() + 1);
+    for (unsigned int j = 0; j < patterns[i].NumBonds(); ++j) {
+      text += from.bonds[patterns[i].GetBonds()[j]->GetIdx()] +
+              from.atoms[patterns[i].GetAtoms()[j + 1]->GetIdx()];
+    }
+    EXPECT_EQ(text, ids[i]);
+    EXPECT_EQ(patterns[i].GetId(), ids[i]);
+  }
+}
+
+TEST(Path, BadParametersAreRepairedWithAWarningEach) {
+  const std::string in = "ZQMakePathFP() : invalid ";
+  const std::string size = " for path fingerprint (default 4096 is used)!";
+  const std::string min = " for path fingerprint (default 0 is used)!";
+  const std::string max = " for path fingerprint (default 5 is used)!";
+  const std::string above = " for path fingerprint (minbonds = maxbonds is used)!";
+  const struct {
+    unsigned int numbits, min, max, atype, btype;
+    Texts reports;
+    std::vector<unsigned int> repaired;
+  } cases[] = {
+      {15, 0, 5, 1, 1, {in + "bit vector size 15" + size}, {4096, 0, 5, 1, 1}},
+      {65536, 0, 5, 1, 1, {in + "bit vector size 65536" + size}, {4096, 0, 5, 1, 1}},
+      {64, 21, 25, 1, 1, {in + "min bonds 21" + min, in + "max bonds 25" + max}, {64, 0, 5, 1, 1}},
+      {64,
+       6,
+       25,
+       1,
+       1,
+       {in + "max bonds 25" + max, in + "min bonds 6 > max bonds 5" + above},
+       {64, 5, 5, 1, 1}},
+      {64, 3, 2, 1, 1, {in + "min bonds 3 > max bonds 2" + above}, {64, 2, 2, 1, 1}},
+      {64,
+       0,
+       1,
+       0,
+       0,
+       {in + "to have both atom and bond types set to be None (default types are used)!"},
+       {64, 0, 1, 191, 3}},
+      {64, 0, 19, 1, 1, {}, {64, 0, 19, 1, 1}},
+  };
+  CapturedReports reports;
+  for (const auto& c : cases) {
+    ZQFingerPrint fp;
+    EXPECT_TRUE(ZQMakePathFP(fp, "CCO"_mol, c.numbits, c.min, c.max, c.atype, c.btype));
+    EXPECT_EQ(reports.Take(), c.reports);
+    const auto& r = c.repaired;
+    EXPECT_EQ(fp.GetFPTypeBase(), ZQGetPathFPType(r[0], r[1], r[2], r[3], r[4]));
+  }
+  ZQFingerPrint fp;
+  EXPECT_FALSE(ZQMakePathFP(fp, "CCO"_mol, 64, 0, 20, 1, 1));
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+}
+
+TEST(Path, RefusesWhatItCannotFingerprint) {
+  CapturedReports reports;
+  ZQFingerPrint fp;
+  ASSERT_TRUE(ZQMakePathFP(fp, "CCO"_mol));
+  const auto before = BitsOf(fp);
+  ZQMol invalid;
+  invalid.SetValid(false);
+  EXPECT_FALSE(ZQMakePathFP(fp, invalid));
+  EXPECT_FALSE(fp);
+  EXPECT_EQ(BitsOf(fp), before);
+  EXPECT_EQ(reports.Take(), Texts{});
+  for (const ZQFPTypeBase* type : {ZQGetFPType(ZQFPType::Tree), ZQGetFPType(0U)}) {
+    reports.Take();
+    EXPECT_FALSE(ZQMakePathFP(fp, "CCO"_mol, type));
+    EXPECT_EQ(reports.Take(), Texts{"ZQMakePathFP : invalid path fingerprint type!"});
+  }
+  Prepared<unsigned int> from("CCO"_mol, 1, 1);
+  from.atoms.pop_back();
+  std::vector<unsigned int> ids;
+  EXPECT_EQ(ZQPathIdGeneratorStack(ids, from.mol, from.atoms, from.bonds, 0, 5), 0U);
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+}
+
+TEST(Path, FoldingIsTheRemainder) {
+  ZQFingerPrint fp;
+  std::mt19937 random(3);
+  for (const unsigned int hashSize : {13U, 61U, 4093U, 8191U, 65521U}) {
+    const ZQFolder folder(fp, hashSize);
+    for (const unsigned int id : {0U, 1U, hashSize - 1, hashSize, ~0U, ~0U - 1, ~0U / 2}) {
+      EXPECT_EQ(folder.Fold(id), id % hashSize);
+    }
+    for (int i = 0; i < 100000; ++i) {
+      const auto id = static_cast<unsigned int>(random());
+      ASSERT_EQ(folder.Fold(id), id % hashSize);
+    }
+  }
+}
+
+TEST(Primes, NearestSmallerPrimeAgreesWithTheLinearScan) {
+  for (unsigned int n = 2; n <= 65537; ++n) {
+    const unsigned int prime = ZQGetNearestSmallerPrimeNumberBruteForce(n);
+    ASSERT_EQ(ZQGetNearestSmallerPrimeNumber(n), prime) << n;
+    ASSERT_EQ(ZQGetHashSize(n), prime) << n;
+  }
+  EXPECT_EQ(ZQGetHashSize(65535), 65521U);
+  CapturedReports reports;
+  EXPECT_EQ(ZQGetHashSize(1), 0U);
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+}

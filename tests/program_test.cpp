@@ -1,0 +1,385 @@
+// The program as its users meet it: arguments, exit code, both outputs, and bad files.
+
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+
+#include <cstdint>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "contract/bostrel/strings.h"
+#include "korvex/korvex.h"
+#include "tests/mol_helpers.h"
+#include "tests/program_helpers.h"
+
+namespace ZQKorvex {
+namespace {
+
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+std::vector<Words> Table(const std::string& text) {
+  std::vector<Words> table;
+  for (const std::string& line : Lines(text)) {
+    Words& fields = table.emplace_back(1);
+    for (const char c : line) {
+      if (c == '\t') {
+        fields.emplace_back();
+      } else {
+        fields.back() += c;
+      }
+    }
+  }
+  return table;
+}
+
+class ProgramTest : public testing::Test {
+ protected:
+  RunResult Korvex(Words words) const {
+    words.insert(words.begin(), KORVEX_PROGRAM);
+    return folder.Run(std::move(words));
+  }
+
+  // The sample molecules, "title 1" and so on, and their database.
+  void MakeDatabase(const Words& options = {}) const {
+    std::string file;
+    for (const std::string& smiles : SampleSmiles()) {
+      file += smiles + " title " + std::to_string(Lines(file).size() + 1) + "\n";
+    }
+    WriteFile(folder / "mols.smi", file);
+    Words words{"create", "mols.smi", "mols.fpbin"};
+    words.insert(words.end(), options.begin(), options.end());
+    const RunResult run = Korvex(std::move(words));
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.out, "mols.fpbin: " + std::to_string(SampleSmiles().size()) + " records\n");
+  }
+
+  // One message or more, no result, and this exit code.
+  void ExpectFailure(const Words& words, int exitCode, const std::string& message) const {
+    const RunResult run = Korvex(words);
+    std::string line = "korvex";
+    for (const std::string& word : words) line += " " + word.substr(0, 60);
+    EXPECT_EQ(run.exitCode, exitCode) << line << "\n" << run.err;
+    EXPECT_EQ(run.out, "") << line;
+    EXPECT_NE(run.err.find(message), std::string::npos) << line << "\n" << run.err;
+  }
+
+  WorkFolder folder;
+};
+
+TEST_F(ProgramTest, UsageAndHelp) {
+  ExpectFailure({}, 2, "usage: korvex COMMAND");
+  ExpectFailure({"serch"}, 2, "no command 'serch', did you mean search");
+  ExpectFailure({"search", "a.fpbin", "C", "-limt", "3"}, 2, "did you mean -limit?");
+  ExpectFailure({"search", "a.fpbin"}, 2, "QUERY is missing");
+  ExpectFailure({"search", "a.fpbin", "C", "-format", "xml"}, 2, "tsv, json");
+  ExpectFailure({"compare", "C", "C", "-type", "Path", "-numbits", "512"}, 2, "exclude each other");
+  ExpectFailure({"compare", "C", "C", "-type", "Path"}, 2, "'Path' names no fingerprint type");
+  ExpectFailure({"compare", "C", "C", "-mindistance", "4", "-maxdistance", "3"}, 2, "(4) > max");
+  ExpectFailure({"create", "a.smi", "a.bin"}, 2, ".fpbin");
+  for (const char* command : {"create", "search", "fingerprint", "compare", "info", "histogram",
+                              "neighbors", "version", ""}) {
+    for (const char* help : {"-h", "--h", "-help", "--help"}) {
+      const RunResult run = Korvex(*command ? Words{command, help} : Words{help});
+      EXPECT_EQ(run.exitCode, 0) << command << help;
+      EXPECT_NE(run.out.find(std::string("usage: korvex ") + command), std::string::npos);
+      for (const std::string& line : Lines(run.out)) EXPECT_LE(line.size(), 80U) << line;
+    }
+  }
+}
+
+TEST_F(ProgramTest, SearchEqualsABruteForceRanking) {
+  MakeDatabase({"-numbits", "512"});
+  const ZQFPTypeBase* type = ZQFastFPDatabaseParams(folder / "mols.fpbin").GetFPTypeBase();
+  std::vector<ZQFingerPrint> fps(SampleSmiles().size());
+  for (std::size_t i = 0; i < fps.size(); ++i) {
+    ZQMol mol;
+    ASSERT_TRUE(ZQSmilesToMol(mol, SampleSmiles()[i]) && ZQMakeFP(fps[i], mol, type));
+  }
+  for (const char* memory : {"memory-mapped", "in-memory", "CUDA"}) {
+    const RunResult run = Korvex({"search", "mols.fpbin", "mols.smi", "-limit", "0", "-cutoff",
+                                  "0.1", "-memtype", memory, "-threads", "2"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    std::set<std::pair<std::string, std::string>> seen;
+    std::string query;
+    unsigned int rank = 0;
+    double before = 0;
+    for (const Words& hit : Table(run.out)) {
+      ASSERT_EQ(hit.size(), 6U);
+      rank = hit[0] == query ? rank + 1 : 1;
+      query = hit[0];
+      EXPECT_EQ(hit[1], std::to_string(rank));
+      const double score = std::stod(hit[2]);
+      EXPECT_TRUE(rank == 1 || score <= before);
+      before = score;
+      const std::size_t index = std::stoul(hit[3]);
+      EXPECT_NEAR(score, ZQTanimoto(fps[std::stoul(query) - 1], fps[index]), 1e-6);
+      EXPECT_EQ(hit[4], "title " + std::to_string(index + 1));
+      EXPECT_EQ(hit[5], SampleSmiles()[index]);
+      EXPECT_TRUE(seen.emplace(hit[0], hit[3]).second);
+    }
+    std::size_t expected = 0;
+    for (const auto& a : fps) {
+      for (const auto& b : fps) expected += ZQTanimoto(a, b) > 0.1F;
+    }
+    EXPECT_EQ(seen.size(), expected);
+  }
+}
+
+TEST_F(ProgramTest, SearchOptionsReachTheSearch) {
+  MakeDatabase();
+  const std::string query = SampleSmiles()[0];
+  const auto first = [&](Words options) {
+    options.insert(options.begin(), {"search", "mols.fpbin", query, "-limit", "2"});
+    const std::vector<Words> table = Table(Korvex(options).out);
+    return table.empty() ? "none" : table[0][2] + " " + table[0][4] + " " + table[1][2];
+  };
+  EXPECT_EQ(first({}).find("1.000000 title 1 0."), 0U);
+  EXPECT_EQ(first({"-simfunc", "Manhattan", "-descending", "false"}).find("0.000000 title 1 "), 0U);
+  EXPECT_EQ(first({"-cutoff", "1"}), "none");
+  EXPECT_EQ(first({"-descending", "false", "-cutoff", "0"}), "none");
+  EXPECT_EQ(first({"-simfunc", "Tversky", "-alpha", "1", "-beta", "1"}), first({}));
+  EXPECT_NE(first({"-simfunc", "Tversky", "-alpha", "0", "-beta", "1"}),
+            first({"-simfunc", "Tversky", "-alpha", "1", "-beta", "0"}));
+}
+
+TEST_F(ProgramTest, JsonIsValidForAnyTitle) {
+  const std::string title = "a\"b\\c\x01\xff\xc3\" \xe2\x82\xac";
+  WriteFile(folder / "odd.smi", "CCO " + title + "\nCCN\t\n");
+  ASSERT_EQ(Korvex({"create", "odd.smi", "odd.fpbin"}).exitCode, 0);
+  const RunResult run = Korvex({"search", "odd.fpbin", "CCO", "-format", "json"});
+  rapidjson::Document json;
+  ASSERT_FALSE(json.Parse<rapidjson::kParseValidateEncodingFlag>(run.out.c_str()).HasParseError())
+      << run.out;
+  ASSERT_EQ(json.Size(), 2U);
+  EXPECT_STREQ(json[0]["title"].GetString(), "a\"b\\c\x01\xef\xbf\xbd\xef\xbf\xbd\" \xe2\x82\xac");
+  EXPECT_STREQ(json[0]["smiles"].GetString(), "CCO");
+  EXPECT_EQ(json[0]["query"].GetUint(), 1U);
+  EXPECT_EQ(json[0]["rank"].GetUint(), 1U);
+  EXPECT_EQ(json[0]["score"].GetDouble(), 1.0);
+  EXPECT_EQ(json[1]["index"].GetUint64(), 1U);
+  const RunResult none = Korvex({"search", "odd.fpbin", "CCO", "-format", "json", "-cutoff", "1"});
+  ASSERT_FALSE(json.Parse(none.out.c_str()).HasParseError()) << none.out;
+  EXPECT_EQ(json.Size(), 0U);
+}
+
+TEST_F(ProgramTest, TitlesComeFromWhereverTheMoleculesAre) {
+  MakeDatabase();
+  const Words search{"search", "mols.fpbin", "CCO", "-limit", "1"};
+  const auto title = [&](const Words& words) {
+    const RunResult run = Korvex(words);
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    return Table(run.out).at(0).at(4);
+  };
+  EXPECT_NE(title(search), "");
+  fs::create_directory(folder / "sub");
+  for (const char* name : {"mols.smi", "mols.fpbin"})
+    fs::rename(folder / name, folder / "sub" / name);
+  EXPECT_NE(title({"search", "sub/mols.fpbin", "CCO", "-limit", "1"}), "");
+  fs::rename(folder / "sub/mols.smi", folder / "else.smi");
+  EXPECT_EQ(title({"search", "sub/mols.fpbin", "CCO", "-limit", "1"}), "");
+  EXPECT_NE(title({"search", "sub/mols.fpbin", "CCO", "-molecules", "else.smi"}), "");
+  WriteFile(folder / "short.smi", "C one\nCC two\n");
+  EXPECT_EQ(title({"search", "sub/mols.fpbin", "CCO", "-molecules", "short.smi"}), "");
+  ExpectFailure({"search", "sub/mols.fpbin", "CCO", "-molecules", "gone.smi"}, 1, "gone.smi");
+}
+
+TEST_F(ProgramTest, OneBadRecordCostsThatRecord) {
+  WriteFile(folder / "some.smi", "CCO a\nC1CC b\nCCN c\n* d\nCCC e");
+  const RunResult created = Korvex({"create", "some.smi", "some.fpbin"});
+  EXPECT_EQ(created.exitCode, 0);
+  EXPECT_EQ(created.out,
+            "some.fpbin: 5 records, 2 of them without a bit (unreadable or without atoms)\n");
+  EXPECT_NE(created.err.find("ecord 2 of some.smi"), std::string::npos) << created.err;
+
+  const RunResult printed = Korvex({"fingerprint", "some.smi", "-numbits", "256"});
+  EXPECT_EQ(printed.exitCode, 0);
+  const std::vector<Words> table = Table(printed.out);
+  ASSERT_EQ(table.size(), 5U);
+  for (std::size_t i = 0; i < 5; ++i) {
+    EXPECT_EQ(table[i][0], std::string(1, "abcde"[i]));
+    EXPECT_EQ(table[i][1].size(), i == 1 ? 0U : 64U);
+  }
+  ZQFingerPrint fp;
+  std::string hex;
+  ASSERT_TRUE(ZQMakePathFP(fp, "CCO"_mol, 256, 0, 5, 191, 3));
+  fp.ToHexString(hex);
+  EXPECT_EQ(table[0][1], hex);
+
+  const RunResult found = Korvex({"search", "some.fpbin", "some.smi", "-limit", "1"});
+  EXPECT_EQ(found.exitCode, 0);
+  std::string queries;
+  for (const Words& hit : Table(found.out)) queries += hit[0];
+  EXPECT_EQ(queries, "135");
+}
+
+TEST_F(ProgramTest, CompareInfoHistogramNeighbors) {
+  MakeDatabase();
+  const RunResult compared = Korvex({"compare", "CCO", "mols.smi", "-alpha", "1", "-beta", "1"});
+  std::map<std::string, std::string> measures;
+  for (const Words& row : Table(compared.out)) measures[row.at(0)] = row.at(1);
+  EXPECT_EQ(measures.size(), 6U);
+  EXPECT_EQ(measures["Tversky"], measures["Tanimoto"]);
+
+  const RunResult info = Korvex({"info", "mols.fpbin"});
+  for (const std::string& part :
+       {std::string("molecule file\tmols.smi\n"), std::string("words\t64\n"),
+        "fingerprints\t" + std::to_string(SampleSmiles().size()) + "\n",
+        "type\t" + ZQGetFPType(ZQFPType::Path)->GetFPTypeString() + "\n"}) {
+    EXPECT_NE(info.out.find(part), std::string::npos) << info.out;
+  }
+
+  const std::uint64_t records = SampleSmiles().size();
+  std::uint64_t pairs = 0;
+  const std::vector<Words> bins = Table(Korvex({"histogram", "mols.fpbin", "-bins", "7"}).out);
+  ASSERT_EQ(bins.size(), 10U);
+  for (std::size_t i = 3; i < 10; ++i) pairs += std::stoul(bins[i].at(2));
+  EXPECT_EQ(pairs, records * (records - 1) / 2);
+  EXPECT_EQ(bins[0][0], "# pairs " + std::to_string(pairs));
+
+  // Each row's best others, as a search for its record finds them behind the record itself.
+  const std::vector<Words> near = Table(Korvex({"neighbors", "mols.fpbin", "-limit", "2"}).out);
+  ASSERT_EQ(near.size(), 2 * records);
+  const std::vector<Words> hits =
+      Table(Korvex({"search", "mols.fpbin", "mols.smi", "-limit", "3"}).out);
+  ASSERT_EQ(hits.size(), 3 * records);
+  for (std::size_t i = 0; i < near.size(); ++i) {
+    EXPECT_EQ(near[i][0], std::to_string(i / 2));
+    EXPECT_NE(near[i][1], near[i][0]);
+    EXPECT_NEAR(std::stod(near[i][2]), std::stod(hits[i / 2 * 3 + i % 2 + 1][2]), 2e-6);
+  }
+  EXPECT_EQ(Table(Korvex({"neighbors", "mols.fpbin", "-limit", "0"}).out).size(),
+            records * (records - 1));
+}
+
+TEST_F(ProgramTest, BadMoleculeFilesGiveAMessage) {
+  std::mt19937 random(7);
+  std::string junk(100000, '\0');
+  for (char& c : junk) {
+    const auto byte = static_cast<unsigned int>(random());
+    c = byte % 100 < 2 ? "\n"[byte % 2] : static_cast<char>(byte >> 8 | 0x80);
+  }
+  std::string longLine;
+  longLine.resize(10000000, 'q');
+  const std::string nested = "C" + [] {
+    std::string text;
+    for (int i = 0; i < 1000; ++i) text += "(C";
+    return text + std::string(1000, ')');
+  }();
+  const std::pair<const char*, std::string> files[] = {
+      {"empty.smi", ""},
+      {"junk.smi", junk},
+      {"junk.sdf", junk},
+      {"junk.smi.gz", junk},
+      {"long.smi", longLine},
+      {"ring.smi", "C1CC\n"},
+      {"element.smi", "[Xx]\n"},
+      {"cut.sdf", "title\n\n\n  2  1  0  0  0  0  0  0  0  0999 V2000\n    0.0000    0.0"},
+  };
+  for (const auto& [name, content] : files) {
+    WriteFile(folder / name, content);
+    const RunResult run = Korvex({"fingerprint", name});
+    EXPECT_EQ(run.exitCode, 1) << name;
+    EXPECT_NE(run.err.find(name), std::string::npos) << name << "\n" << run.err;
+  }
+  fs::create_directory(folder / "folder.smi");
+  for (const char* command : {"create", "fingerprint"}) {
+    for (const char* name : {"missing.smi", "folder.smi", "empty.smi", "junk.smi.gz"}) {
+      Words words{command, name};
+      if (words[0] == "create") words.emplace_back("out.fpbin");
+      ExpectFailure(words, 1, name);
+    }
+  }
+  EXPECT_FALSE(fs::exists(folder / "out.fpbin"));
+  WriteFile(folder / "good.smi", nested + " nested");  // legal, and without a final line feed
+  EXPECT_EQ(Korvex({"fingerprint", "good.smi"}).exitCode, 0);
+
+  WriteFile(folder / "good.fpbin", "");
+  ASSERT_EQ(Korvex({"create", "good.smi", "good.fpbin"}).exitCode, 0);
+  ExpectFailure({"search", "good.fpbin", "gone.smi"}, 1, "neither a molecule file");
+  ExpectFailure({"search", "good.fpbin", "ring.smi"}, 1, "ring.smi");
+  ExpectFailure({"compare", "C", "[Xx]"}, 1, "nor a SMILES");
+  ExpectFailure({"compare", "C", ""}, 1, "nor a SMILES");
+}
+
+TEST_F(ProgramTest, AFailedCreationLosesNothing) {
+  MakeDatabase();
+  const std::string before = ReadFile(folder / "mols.fpbin");
+  const RunResult full = folder.Run({KORVEX_PROGRAM, "create", "mols.smi", "mols.fpbin"}, 4096);
+  EXPECT_EQ(full.exitCode, 1) << full.err;
+  EXPECT_NE(full.err.find("mols.fpbin wasn't made"), std::string::npos) << full.err;
+  ExpectFailure({"create", "gone.smi", "mols.fpbin"}, 1, "gone.smi");
+  ExpectFailure({"create", "mols.smi", "mols.fpbin", "-numbits", "1000"}, 1, "multiple of 256");
+  EXPECT_EQ(ReadFile(folder / "mols.fpbin"), before);
+  ExpectFailure({"create", "mols.smi", "none/mols.fpbin"}, 1, "none/mols.fpbin");
+  fs::create_directory(folder / "dir.fpbin");
+  ExpectFailure({"create", "mols.smi", "dir.fpbin"}, 1, "dir.fpbin");
+  std::set<std::string> left;
+  for (const auto& entry : fs::directory_iterator(folder.GetPath())) {
+    left.insert(entry.path().filename());
+  }
+  EXPECT_EQ(left,
+            (std::set<std::string>{".stderr", ".stdout", "dir.fpbin", "mols.fpbin", "mols.smi"}));
+}
+
+TEST_F(ProgramTest, DamagedDatabasesAreRefused) {
+  MakeDatabase({"-numbits", "256"});
+  const std::string good = ReadFile(folder / "mols.fpbin");
+  const auto refused = [&](const std::string& content, const std::string& what) {
+    WriteFile(folder / "bad.fpbin", content);
+    for (const Words& words : {Words{"info", "bad.fpbin"}, Words{"search", "bad.fpbin", "C"},
+                               Words{"search", "bad.fpbin", "C", "-memtype", "in-memory"},
+                               Words{"histogram", "bad.fpbin"}, Words{"neighbors", "bad.fpbin"}}) {
+      const RunResult run = Korvex(words);
+      EXPECT_EQ(run.exitCode, 1) << words[0] << ": " << what;
+      EXPECT_EQ(run.out, "") << words[0] << ": " << what;
+      EXPECT_NE(run.err.find("bad.fpbin"), std::string::npos) << words[0] << ": " << what;
+    }
+  };
+  // Cut at the edges of every part of the file, and at some bytes between.
+  const std::size_t text = good.find("\n" + std::to_string(SampleSmiles().size()) + "\n");
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{2}, std::size_t{3}, std::size_t{100}, std::size_t{101}, text,
+        text + 1, text + 3, std::size_t{784}, std::size_t{792}, std::size_t{799}, std::size_t{800},
+        std::size_t{801}, good.size() - 48, good.size() - 1}) {
+    refused(good.substr(0, size), "cut at " + std::to_string(size));
+  }
+  refused(good + std::string(48, '\0'), "a record too many");
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    std::string lie = good;
+    lie.replace(lie.find(from), from.size(), to);
+    lie.erase(lie.find('\0'), lie.size() - good.size());
+    return lie;
+  };
+  refused(changed("size=256", "size=512"), "another type");
+  refused(changed("size=256", "size=99999999"), "an impossible type");
+  refused(changed("size=256", "size=123"), "an odd type");
+  refused(changed("Path,", "Lingo,"), "a type without a size");
+  refused(changed("ver=2.0.0", "ver=1.0.0"), "an old type");
+  refused(changed("\n" + std::to_string(SampleSmiles().size()) + "\n", "\n-1\n"), "a lying count");
+  refused(std::string(5000, '\xff'), "no database");
+  // A count at which the size wraps round to the true one.
+  std::string wrapped =
+      changed("\n" + std::to_string(SampleSmiles().size()) + "\n",
+              "\n" + std::to_string((std::uint64_t{1} << 60) + SampleSmiles().size()) + "\n");
+  wrapped[792 + 7] = '\x10';
+  refused(wrapped, "a count beyond all memory");
+}
+
+TEST_F(ProgramTest, OutputErrorsAreTold) {
+  const std::string command = std::string(KORVEX_PROGRAM) + " version";
+  const RunResult full = folder.Run({"bash", "-c", command + " > /dev/full"});
+  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_NE(full.err.find("standard output"), std::string::npos);
+  MakeDatabase();
+  const RunResult closed = folder.Run(
+      {"bash", "-c", std::string(KORVEX_PROGRAM) + " neighbors mols.fpbin -limit 0 | true"});
+  EXPECT_EQ(closed.exitCode, 0);
+  EXPECT_EQ(closed.err, "");
+}
+
+}  // namespace
+}  // namespace ZQKorvex

@@ -1,0 +1,75 @@
+#pragma once
+
+/// A molecule told in terms of its atoms' map numbers, which must be distinct: two molecules are
+/// told alike exactly if they are the same, configurations included, however their atoms and
+/// bonds are numbered.
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "contract/quarnel/graphmol.h"
+#include "contract/quarnel/perception.h"
+
+/// The map numbers of an atom's neighbours in the order that its configuration is told of, with 0
+/// for the hydrogen or lone pair.
+inline std::vector<unsigned int> StereoOrder(const Quarnel::ZQAtomBase& atom) {
+  std::vector<unsigned int> order;
+  for (const auto* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) {
+    order.push_back(b->GetNbr(&atom)->GetMapIdx());
+  }
+  if (order.size() == 3) order.insert(order.begin(), 0);
+  return order;
+}
+
+inline bool IsOdd(const std::vector<unsigned int>& order) {
+  bool odd = false;
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    for (std::size_t j = i + 1; j < order.size(); ++j) odd ^= order[i] > order[j];
+  }
+  return odd;
+}
+
+/// Seen from the neighbour of the lowest number the others turn: -1 counterclockwise, 1 clockwise
+/// by rising number, 0 if nothing is drawn.
+inline int GetTurn(const Quarnel::ZQAtomBase& atom) {
+  if (atom.GetStereo() == Quarnel::ZQAtomStereo::None) return 0;
+  const bool clockwise = atom.GetStereo() == Quarnel::ZQAtomStereo::Clockwise;
+  return clockwise != IsOdd(StereoOrder(atom)) ? 1 : -1;
+}
+
+/// Of the neighbours of the lowest number on either side: 1 cis, -1 trans, 0 if nothing is drawn.
+inline int GetSides(const Quarnel::ZQBondBase& bond) {
+  if (bond.GetStereo() == Quarnel::ZQBondStereo::None) return 0;
+  int sides = bond.GetStereo() == Quarnel::ZQBondStereo::Cis ? 1 : -1;
+  for (const auto* end : {bond.GetBgn(), bond.GetEnd()}) {
+    std::vector<unsigned int> others;
+    for (const auto* b = end->NextBond(nullptr); b; b = end->NextBond(b)) {
+      if (b != &bond) others.push_back(b->GetNbr(end)->GetMapIdx());
+    }
+    if (std::min_element(others.begin(), others.end()) != others.begin()) sides = -sides;
+  }
+  return sides;
+}
+
+inline std::vector<std::string> Told(const Quarnel::ZQMolBase& mol) {
+  std::vector<std::string> lines;
+  for (auto atom = mol.GetAtoms(); atom; ++atom) {
+    lines.push_back("atom " + std::to_string(atom->GetMapIdx()) + ": " +
+                    std::to_string(atom->GetIsotope()) +
+                    Quarnel::ZQGetAtomicSymbol(atom->GetAtomicNum()) + " H" +
+                    std::to_string(atom->GetImplicitHCount()) + " charge " +
+                    std::to_string(atom->GetFormalCharge()) + " turn " +
+                    std::to_string(GetTurn(*atom)) + (atom->IsAromatic() ? " aromatic" : ""));
+  }
+  for (auto bond = mol.GetBonds(); bond; ++bond) {
+    const unsigned int a = bond->GetBgn()->GetMapIdx();
+    const unsigned int b = bond->GetEnd()->GetMapIdx();
+    lines.push_back("bond " + std::to_string(std::min(a, b)) + " " +
+                    std::to_string(std::max(a, b)) + ": " +
+                    (bond->IsAromatic() ? "aromatic" : std::to_string(bond->GetOrder())) +
+                    " sides " + std::to_string(GetSides(*bond)));
+  }
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
