@@ -5,29 +5,22 @@
 #   ./run.sh                 the sample library, data/drugs.smi, against aspirin
 #   ./run.sh FILE QUERY      your molecules (.smi .sdf .mol, also .gz) against a SMILES or a file
 set -euo pipefail
-cd_from=$PWD
-cd "$(dirname "$0")"
+project=$(cd "$(dirname "$0")" && pwd)
 
 case $# in
-  0) molecules=$PWD/data/drugs.smi query='CC(=O)Oc1ccccc1C(=O)O' ;;
-  2) molecules=$(realpath "$cd_from/$1" 2>/dev/null || true) query=$2
-     [[ $1 == /* ]] && molecules=$1
-     # A query that names a file is meant from where the caller stands.
-     [[ $2 != /* && -f $cd_from/$2 ]] && query=$cd_from/$2 ;;
+  0) molecules=$project/data/drugs.smi query='CC(=O)Oc1ccccc1C(=O)O' ;;
+  2) molecules=$1 query=$2 ;;
   *) echo "usage: ./run.sh [FILE QUERY]" >&2; exit 2 ;;
 esac
-if [[ ! -f $molecules ]]; then
-  echo "run.sh: no molecule file '${1:-}'" >&2
-  exit 1
-fi
+[[ -f $molecules ]] || { echo "run.sh: no molecule file '$molecules'" >&2; exit 1; }
 
-. ./setup.sh
-build_release korvex_program
+# The build runs in the project's folder, the program where the caller stands.
+(cd "$project" && . ./setup.sh && build_release korvex_program)
 
-database=$(mktemp -d)/molecules.fpbin
-trap 'rm -rf "$(dirname "$database")"' EXIT
-program=build/release/bin/korvex
-echo "+ korvex create $molecules" >&2
-$program create "$molecules" "$database"
-echo "+ korvex search '$query': query, rank, score, index, name, SMILES" >&2
-$program search "$database" "$query" -limit 10
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+program=$project/build/release/bin/korvex
+echo "+ korvex create '$molecules' molecules.fpbin" >&2
+"$program" create "$molecules" "$work/molecules.fpbin"
+echo "+ korvex search molecules.fpbin '$query' -limit 10: query, rank, score, index, name, SMILES" >&2
+"$program" search "$work/molecules.fpbin" "$query" -limit 10 -molecules "$molecules"

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,8 +14,9 @@ namespace KorvexProgram {
 
 namespace {
 
-// Queries that one pass over the database serves; their hits are held until the pass is over.
-constexpr std::size_t queriesPerPass = 256;
+// Queries that one pass over the database serves at most, and hits that are held until it is over.
+constexpr std::uint64_t queriesPerPass = 256;
+constexpr std::uint64_t hitsPerPass = std::uint64_t{1} << 22;
 
 const ZQNamespaceInterface& Formats() {
   static const ZQNamespaceInterface formats(
@@ -54,10 +57,10 @@ struct Queries {
 
 // The next queries that have a fingerprint, from record `next` on.
 Queries ReadQueries(const MoleculeArgument& molecules, const ZQFPTypeBase* type,
-                    unsigned int& next) {
+                    std::uint64_t count, unsigned int& next) {
   Queries queries;
   ZQMol mol;
-  while (next < molecules.NumMolecules() && queries.fps.size() < queriesPerPass) {
+  while (next < molecules.NumMolecules() && queries.fps.size() < count) {
     const bool read = molecules.GetMolecule(mol, next++);
     ZQFingerPrint fp;
     if (!read || !MakeFingerPrint(fp, mol, type, "query " + std::to_string(next))) continue;
@@ -84,8 +87,13 @@ int Run(const ZQInterface& interface) {
 
   HitWriter writer(interface.Get<std::string>("-format") == "json");
   std::size_t answered = 0;
+  const std::uint64_t records = std::max<std::uint64_t>(database->NumFingerPrints(), 1);
+  const std::uint64_t hitsPerQuery =
+      options.GetLimit() == 0 ? records : std::min<std::uint64_t>(options.GetLimit(), records);
+  const std::uint64_t count =
+      std::clamp<std::uint64_t>(hitsPerPass / hitsPerQuery, 1, queriesPerPass);
   for (unsigned int next = 0; next < molecules.NumMolecules();) {
-    const Queries queries = ReadQueries(molecules, database->GetFPTypeBase(), next);
+    const Queries queries = ReadQueries(molecules, database->GetFPTypeBase(), count, next);
     std::vector<ZQIter<ZQSimScore>> hits = database->GetSortedScores(queries.fps, options);
     for (std::size_t i = 0; i < hits.size(); ++i) {
       for (unsigned int rank = 1; hits[i]; ++hits[i], ++rank) {

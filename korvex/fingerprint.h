@@ -86,9 +86,11 @@ ZQ_EXPORT bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int fp
 /// "ZQGetFPType() unknown fingerprint type" and gives null.
 ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(unsigned int fptype, bool ignoreChargeAndHyb = false);
 
-// Types by parameters, under the current version or a given one (0 or the current). Legal: numbits
-// 16 to 65535, atype below 8192, btype below 256, min at most max, min and max below 20 (at most
-// 255 for circular). Anything else is an assertion failure and gives null.
+// Types by parameters, under the current version or a given one: 0, which stands for types of older
+// records, or the current; the unhashed kinds know the current alone. Legal: numbits 16 to 65535,
+// atype below 8192, btype below 256, min at most max, min and max below 20 (at most 255 for
+// circular). Of the unhashed kinds min and max may be in any order, up to 255 for path, 9 for
+// circular, 19 for tree. Anything else is an assertion failure for each fault, and gives null.
 ZQ_EXPORT const ZQFPTypeBase* ZQGetPathFPType(unsigned int numbits, unsigned int minbonds,
                                               unsigned int maxbonds, unsigned int atype,
                                               unsigned int btype);

@@ -29,8 +29,11 @@ ZQ_EXPORT std::string ZQGetUnhashedPathFPStringPrefix();
 ZQ_EXPORT std::string ZQGetUnhashedCircularFPStringPrefix();
 ZQ_EXPORT std::string ZQGetUnhashedTreeFPStringPrefix();
 
-// The parsers. False after a warning; limits of the parameters aren't checked here. An output
-// that no token named is all ones.
+// The parsers, which take the prefix anywhere in the list. False after a warning, but for the name
+// of a typing that isn't valid, which is refused in silence; limits of the parameters aren't
+// checked here. Of a repeated key the last value stands. An output that no token named is all
+// ones, a version 0. The unhashed parsers hold the string to a version, and to a "numbits" of 0 if
+// it has that token: otherwise an assertion failure.
 ZQ_EXPORT bool ZQGetPathFPTypeParams(const std::string& typeString, unsigned short& version,
                                      unsigned int& numbits, unsigned int& minbonds,
                                      unsigned int& maxbonds, unsigned int& atype,

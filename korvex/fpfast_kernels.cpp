@@ -40,6 +40,12 @@ void ForBlocks(std::uint64_t begin, std::uint64_t end, Visit visit) {
   }
 }
 
+/// Calls `visit(i)` for each bit i that is set, from the lowest on.
+template <class Visit>
+void ForBits(std::uint64_t bits, Visit visit) {
+  for (; bits != 0; bits &= bits - 1) visit(static_cast<std::size_t>(std::countr_zero(bits)));
+}
+
 /// The words and the count of a query.
 class Query {
  public:
@@ -62,14 +68,9 @@ class Query {
 /// Offers the scores of the records from `begin` on to a list. The bar sorts out nearly all.
 void Offer(ZQHitList<ZQSimScore>& list, const ZQScorer& scorer, const ZQRecords& records,
            std::uint64_t begin, std::size_t n, const Scores& scores, bool descending) {
-  double bar = list.GetBar().GetScore();
-  if (!scorer.Variant().reaches(scores.data(), n, bar, descending)) return;
-  for (std::size_t i = 0; i < n; ++i) {
-    if (descending ? scores[i] < bar : bar < scores[i]) continue;
-    if (!list.UpdateScores(ZQSimScore(records.Id(begin + i), scores[i]))) {
-      bar = list.GetBar().GetScore();
-    }
-  }
+  const double bar = list.GetBar().GetScore();
+  ForBits(scorer.Variant().reaching(scores.data(), n, bar, descending),
+          [&](std::size_t i) { list.UpdateScores(ZQSimScore(records.Id(begin + i), scores[i])); });
 }
 
 /// Counts scores into the bins of a histogram, a block at a time.
@@ -245,9 +246,9 @@ void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
 // Many queries against all records.
 
 void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
-                      const std::vector<ZQFingerPrint>& queries,
-                      const ZQFPDatabaseOptions& options, const unsigned long* data,
-                      unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+                      const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options,
+                      const unsigned long* data, unsigned long numRecords, unsigned long numWords,
+                      ZQPopCountFunc popcount) {
   if (!ZQ_ASSERT(lists.size() == queries.size()) || !AreRecords(data, numRecords, popcount)) return;
   if (queries.empty()) return;
   // The words of a share of queries stay in the cache beside a block of records.
@@ -457,11 +458,14 @@ void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOp
   ZQScorer scorer(options, records, popcount);
   const ZQScanVariant& variant = scorer.Variant();
 
-  // As many rows at a time as this memory holds lists for: all of them, mostly.
-  constexpr std::size_t maxListBytes = std::size_t{40} << 20;
-  std::size_t band = std::max<std::size_t>(maxListBytes / NearestLists::bytesPerSlot / k, 1);
-  if (band > zqBlockRecords) band -= band % zqBlockRecords;
-  band = std::min<std::size_t>(band, numRecords);
+  // The lists of all rows at once if they don't take much memory: then each pair is scored once.
+  // Otherwise those of a few rows, which stay in the cache.
+  constexpr std::size_t maxSlots = (std::size_t{40} << 20) / NearestLists::bytesPerSlot;
+  constexpr std::size_t slotsInCache = (std::size_t{1} << 20) / NearestLists::bytesPerSlot;
+  constexpr std::size_t minBand = 16;
+  const std::size_t band = numRecords <= maxSlots / k ? numRecords
+                                                      : std::clamp(slotsInCache / k, minBand,
+                                                                   std::max(maxSlots / k, minBand));
   NearestLists lists(band, k);
   Scores scores;
 
@@ -478,20 +482,16 @@ void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOp
       for (std::uint64_t row = bandBegin; row < end; ++row) {
         scorer.ScoreColumns(scorer.RowOf(row), scores.data());
         const std::size_t listed = row - bandBegin;
-        if (!lists.IsFull(listed) ||
-            variant.reaches(scores.data(), n, *lists.Bars(listed), true)) {
-          for (std::size_t i = 0; i < n; ++i) {
-            lists.Offer(listed, scores[i], records.Id(columns + i), columns + i);
-          }
-        }
+        const std::uint64_t all = ~std::uint64_t{0} >> (64 - n);
+        ForBits(lists.IsFull(listed) ? variant.reaching(scores.data(), n, *lists.Bars(listed), true)
+                                     : all,
+                [&](std::size_t i) {
+                  lists.Offer(listed, scores[i], records.Id(columns + i), columns + i);
+                });
         if (!mirror || row >= columns) continue;
-        const double* bars = lists.Bars(columns - bandBegin);
-        if (!variant.reachesAny(scores.data(), n, bars)) continue;
-        for (std::size_t i = 0; i < n; ++i) {
-          if (!(scores[i] < bars[i])) {
-            lists.Offer(columns - bandBegin + i, scores[i], records.Id(row), row);
-          }
-        }
+        const std::size_t first = columns - bandBegin;
+        ForBits(variant.reachingOwn(scores.data(), n, lists.Bars(first)),
+                [&](std::size_t i) { lists.Offer(first + i, scores[i], records.Id(row), row); });
       }
     });
 
@@ -514,39 +514,34 @@ void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOp
 void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
                       const ZQFPDatabaseOptions& options, const unsigned long* image,
                       ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPSimScore(out, query, options, records..., popcount);
-  });
+  OnImage(image, popcount,
+          [&](auto... records) { ZQFastFPSimScore(out, query, options, records..., popcount); });
 }
 
 void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
                      const ZQFPDatabaseOptions& options, const unsigned long* image,
                      ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPHitList(list, query, options, records..., popcount);
-  });
+  OnImage(image, popcount,
+          [&](auto... records) { ZQFastFPHitList(list, query, options, records..., popcount); });
 }
 
 void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
                  const ZQFPDatabaseOptions& options, const unsigned long* image,
                  ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPRaw(out, query, options, records..., popcount);
-  });
+  OnImage(image, popcount,
+          [&](auto... records) { ZQFastFPRaw(out, query, options, records..., popcount); });
 }
 
 void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
                     const ZQFPDatabaseOptions& options, const unsigned long* image,
                     ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPResult(result, query, options, records..., popcount);
-  });
+  OnImage(image, popcount,
+          [&](auto... records) { ZQFastFPResult(result, query, options, records..., popcount); });
 }
 
 void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
-                      const std::vector<ZQFingerPrint>& queries,
-                      const ZQFPDatabaseOptions& options, const unsigned long* image,
-                      ZQPopCountFunc popcount) {
+                      const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options,
+                      const unsigned long* image, ZQPopCountFunc popcount) {
   OnImage(image, popcount, [&](auto... records) {
     ZQFastFPHitLists(lists, queries, options, records..., popcount);
   });
@@ -554,16 +549,14 @@ void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>&
 
 void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
                        const unsigned long* image, ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPAllScores(out, options, records..., popcount);
-  });
+  OnImage(image, popcount,
+          [&](auto... records) { ZQFastFPAllScores(out, options, records..., popcount); });
 }
 
 void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
                        const unsigned long* image, ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPHistogram(histogram, options, records..., popcount);
-  });
+  OnImage(image, popcount,
+          [&](auto... records) { ZQFastFPHistogram(histogram, options, records..., popcount); });
 }
 
 void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
@@ -576,9 +569,8 @@ void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& value
 
 void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
                           const unsigned long* image, ZQPopCountFunc popcount, unsigned long k) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPSparseMatrix(out, options, records..., popcount, k);
-  });
+  OnImage(image, popcount,
+          [&](auto... records) { ZQFastFPSparseMatrix(out, options, records..., popcount, k); });
 }
 
 }  // namespace ZQKorvex

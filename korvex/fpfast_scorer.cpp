@@ -89,18 +89,14 @@ void ZQScorer::SetColumns(std::uint64_t begin, std::size_t n) {
   numColumns_ = n;
   if (!fused_) return;
   ReadCounts(begin, n);
-  if (!variant_.row) return;
+  if (!variant_.pack) return;
   packed_.resize(records_.numWords * zqBlockRecords / 8);
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::uint64_t* words = records_.Words(begin + i);
-    for (std::size_t w = 0; w < records_.numWords; ++w) {
-      packed_[w * zqBlockRecords / 8 + i / 8].words[i % 8] = words[w];
-    }
-  }
+  variant_.pack(records_.Words(begin), records_.Stride(), n, records_.numWords,
+                packed_.data()->words);
 }
 
 void ZQScorer::ScoreColumns(const ZQScoredRow& row, double* scores) {
-  if (fused_ && variant_.row) {
+  if (fused_ && variant_.pack) {
     variant_.row(row.words, packed_.data()->words, records_.numWords, common_.data());
     Score(row, columns_, numColumns_, scores);
   } else if (fused_) {

@@ -47,24 +47,6 @@ template <unsigned int measure>
   return outside == 0;
 }
 
-[[gnu::always_inline]] inline bool ReachLoop(const double* scores, std::size_t n, double bar,
-                                             bool descending) {
-  std::int32_t reached = 0;
-  if (descending) {
-    for (std::size_t i = 0; i < n; ++i) reached |= static_cast<std::int32_t>(scores[i] >= bar);
-  } else {
-    for (std::size_t i = 0; i < n; ++i) reached |= static_cast<std::int32_t>(bar >= scores[i]);
-  }
-  return reached != 0;
-}
-
-[[gnu::always_inline]] inline bool ReachAnyLoop(const double* scores, std::size_t n,
-                                                const double* bars) {
-  std::int32_t reached = 0;
-  for (std::size_t i = 0; i < n; ++i) reached |= static_cast<std::int32_t>(!(scores[i] < bars[i]));
-  return reached != 0;
-}
-
 // Any x86-64 processor.
 
 bool RunsAlways() { return true; }
@@ -105,12 +87,24 @@ bool Bins(const double* values, std::size_t n, double lower, double upper, doubl
   return BinLoop(values, n, lower, upper, binSize, last, places);
 }
 
-bool Reaches(const double* scores, std::size_t n, double bar, bool descending) {
-  return ReachLoop(scores, n, bar, descending);
+// Few blocks hold a score that is good enough, and the first loop, in vectors, tells which.
+template <class Reaches>
+std::uint64_t MaskOf(std::size_t n, Reaches reaches) {
+  int any = 0;
+  for (std::size_t i = 0; i < n; ++i) any |= static_cast<int>(reaches(i));
+  if (any == 0) return 0;
+  std::uint64_t mask = 0;
+  for (std::size_t i = 0; i < n; ++i) mask |= std::uint64_t{reaches(i)} << i;
+  return mask;
 }
 
-bool ReachesAny(const double* scores, std::size_t n, const double* bars) {
-  return ReachAnyLoop(scores, n, bars);
+std::uint64_t Reaching(const double* scores, std::size_t n, double bar, bool descending) {
+  if (descending) return MaskOf(n, [=](std::size_t i) { return scores[i] >= bar; });
+  return MaskOf(n, [=](std::size_t i) { return bar >= scores[i]; });
+}
+
+std::uint64_t ReachingOwn(const double* scores, std::size_t n, const double* bars) {
+  return MaskOf(n, [=](std::size_t i) { return !(scores[i] < bars[i]); });
 }
 
 // The population count instruction.
@@ -177,6 +171,11 @@ bool RunsAvx512() {
          __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vpopcntdq");
 }
 
+/// The first `left` of eight lanes.
+[[gnu::always_inline]] inline __mmask8 LanesLeft(std::size_t left) {
+  return static_cast<__mmask8>(left < 8 ? (1U << left) - 1 : 0xFF);
+}
+
 /// The common bits of two fingerprints in eight partial sums.
 ZQ_TARGET_AVX512 [[gnu::always_inline]] inline __m512i CountAvx512(const std::uint64_t* query,
                                                                    const std::uint64_t* words,
@@ -185,18 +184,18 @@ ZQ_TARGET_AVX512 [[gnu::always_inline]] inline __m512i CountAvx512(const std::ui
   __m512i odd = _mm512_setzero_si512();
   std::size_t w = 0;
   for (; w + 16 <= numWords; w += 16) {
-    even = _mm512_add_epi64(even, _mm512_popcnt_epi64(_mm512_and_si512(
-                                      _mm512_loadu_si512(query + w),
-                                      _mm512_loadu_si512(words + w))));
-    odd = _mm512_add_epi64(odd, _mm512_popcnt_epi64(_mm512_and_si512(
-                                    _mm512_loadu_si512(query + w + 8),
-                                    _mm512_loadu_si512(words + w + 8))));
+    even =
+        _mm512_add_epi64(even, _mm512_popcnt_epi64(_mm512_and_si512(
+                                   _mm512_loadu_si512(query + w), _mm512_loadu_si512(words + w))));
+    odd = _mm512_add_epi64(
+        odd, _mm512_popcnt_epi64(_mm512_and_si512(_mm512_loadu_si512(query + w + 8),
+                                                  _mm512_loadu_si512(words + w + 8))));
   }
   for (; w < numWords; w += 8) {
-    const auto left = static_cast<__mmask8>(numWords - w < 8 ? (1U << (numWords - w)) - 1 : 0xFF);
-    even = _mm512_add_epi64(even, _mm512_popcnt_epi64(_mm512_and_si512(
-                                      _mm512_maskz_loadu_epi64(left, query + w),
-                                      _mm512_maskz_loadu_epi64(left, words + w))));
+    const __mmask8 left = LanesLeft(numWords - w);
+    even = _mm512_add_epi64(
+        even, _mm512_popcnt_epi64(_mm512_and_si512(_mm512_maskz_loadu_epi64(left, query + w),
+                                                   _mm512_maskz_loadu_epi64(left, words + w))));
   }
   return _mm512_add_epi64(even, odd);
 }
@@ -223,13 +222,50 @@ ZQ_TARGET_AVX512 void ScanAvx512(const std::uint64_t* query, const std::uint64_t
       pairs[k] = _mm512_add_epi64(_mm512_unpacklo_epi64(sums[2 * k], sums[2 * k + 1]),
                                   _mm512_unpackhi_epi64(sums[2 * k], sums[2 * k + 1]));
     }
-    const __m512i totals = FoldAvx512(FoldAvx512(pairs[0], pairs[1]),
-                                      FoldAvx512(pairs[2], pairs[3]));
+    const __m512i totals =
+        FoldAvx512(FoldAvx512(pairs[0], pairs[1]), FoldAvx512(pairs[2], pairs[3]));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(counts + i), _mm512_cvtepi64_epi32(totals));
   }
   for (; i < n; ++i, words += stride) {
-    counts[i] = static_cast<std::uint32_t>(
-        _mm512_reduce_add_epi64(CountAvx512(query, words, numWords)));
+    counts[i] =
+        static_cast<std::uint32_t>(_mm512_reduce_add_epi64(CountAvx512(query, words, numWords)));
+  }
+}
+
+/// Eight words of eight records at a time: a transposition of 8 by 8 words.
+ZQ_TARGET_AVX512 void PackAvx512(const std::uint64_t* words, std::size_t stride, std::size_t n,
+                                 std::size_t numWords, std::uint64_t* packed) {
+  for (std::size_t first = 0; first < n; first += 8) {
+    for (std::size_t w = 0; w < numWords; w += 8) {
+      const __mmask8 here = LanesLeft(numWords - w);
+      __m512i in[8];
+#pragma GCC unroll 8
+      for (std::size_t k = 0; k < 8; ++k) {
+        const __mmask8 exists = first + k < n ? here : __mmask8{0};
+        in[k] = _mm512_maskz_loadu_epi64(exists, words + (first + k) * stride + w);
+      }
+      // Words of equal place of two records, of four, then of all eight stand side by side.
+      __m512i two[8];
+      __m512i four[8];
+#pragma GCC unroll 4
+      for (std::size_t k = 0; k < 8; k += 2) {
+        two[k] = _mm512_unpacklo_epi64(in[k], in[k + 1]);
+        two[k + 1] = _mm512_unpackhi_epi64(in[k], in[k + 1]);
+      }
+#pragma GCC unroll 2
+      for (std::size_t k = 0; k < 8; k += 4) {
+        four[k] = _mm512_shuffle_i64x2(two[k], two[k + 2], 0x88);
+        four[k + 1] = _mm512_shuffle_i64x2(two[k + 1], two[k + 3], 0x88);
+        four[k + 2] = _mm512_shuffle_i64x2(two[k], two[k + 2], 0xDD);
+        four[k + 3] = _mm512_shuffle_i64x2(two[k + 1], two[k + 3], 0xDD);
+      }
+      const std::size_t left = numWords - w;
+#pragma GCC unroll 8
+      for (std::size_t k = 0; k < 8; ++k) {
+        const __m512i out = _mm512_shuffle_i64x2(four[k % 4], four[4 + k % 4], k < 4 ? 0x88 : 0xDD);
+        if (k < left) _mm512_store_si512(packed + (w + k) * zqBlockRecords + first, out);
+      }
+    }
   }
 }
 
@@ -280,7 +316,7 @@ ZQ_TARGET_AVX512 bool BinsAvx512(const double* values, std::size_t n, double low
   const __m256i lanes = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
   unsigned int outside = 0;
   for (std::size_t i = 0; i < n; i += 8) {
-    const auto here = static_cast<__mmask8>(n - i < 8 ? (1U << (n - i)) - 1 : 0xFF);
+    const __mmask8 here = LanesLeft(n - i);
     const __m512d value = _mm512_mask_loadu_pd(lowest, here, values + i);
     outside |= _mm512_cmp_pd_mask(value, lowest, _CMP_NGE_UQ);
     outside |= _mm512_cmp_pd_mask(value, highest, _CMP_NLE_UQ);
@@ -292,38 +328,57 @@ ZQ_TARGET_AVX512 bool BinsAvx512(const double* values, std::size_t n, double low
       position = _mm512_div_pd(offset, size);
     }
     const __m256i bin = _mm256_min_epi32(_mm512_cvttpd_epi32(position), lastBin);
-    _mm256_mask_storeu_epi32(places + i, here,
-                             _mm256_add_epi32(_mm256_slli_epi32(bin, 3), lanes));
+    _mm256_mask_storeu_epi32(places + i, here, _mm256_add_epi32(_mm256_slli_epi32(bin, 3), lanes));
   }
   return outside == 0;
 }
 static_assert(zqBinLanes == 8);
 
-ZQ_TARGET_AVX512 bool ReachesAvx512(const double* scores, std::size_t n, double bar,
-                                    bool descending) {
-  return ReachLoop(scores, n, bar, descending);
+ZQ_TARGET_AVX512 std::uint64_t ReachingAvx512(const double* scores, std::size_t n, double bar,
+                                              bool descending) {
+  const __m512d bars = _mm512_set1_pd(bar);
+  std::uint64_t mask = 0;
+  for (std::size_t i = 0; i < n; i += 8) {
+    const __mmask8 here = LanesLeft(n - i);
+    const __m512d score = _mm512_maskz_loadu_pd(here, scores + i);
+    const __mmask8 reaching = descending ? _mm512_mask_cmp_pd_mask(here, score, bars, _CMP_GE_OQ)
+                                         : _mm512_mask_cmp_pd_mask(here, score, bars, _CMP_LE_OQ);
+    mask |= std::uint64_t{reaching} << i;
+  }
+  return mask;
 }
 
-ZQ_TARGET_AVX512 bool ReachesAnyAvx512(const double* scores, std::size_t n, const double* bars) {
-  return ReachAnyLoop(scores, n, bars);
+ZQ_TARGET_AVX512 std::uint64_t ReachingOwnAvx512(const double* scores, std::size_t n,
+                                                 const double* bars) {
+  std::uint64_t mask = 0;
+  for (std::size_t i = 0; i < n; i += 8) {
+    const __mmask8 here = LanesLeft(n - i);
+    const __mmask8 reaching =
+        _mm512_mask_cmp_pd_mask(here, _mm512_maskz_loadu_pd(here, scores + i),
+                                _mm512_maskz_loadu_pd(here, bars + i), _CMP_NLT_UQ);
+    mask |= std::uint64_t{reaching} << i;
+  }
+  return mask;
 }
 
 #pragma GCC diagnostic pop
 
 // The table of variants, best first: a new processor is one row.
 
-constexpr std::array<ZQScanVariant::ScoreLoop, 6> plainScores = {
-    Scores<1>, Scores<2>, Scores<3>, Scores<4>, Scores<5>, Scores<6>};
-constexpr std::array<ZQScanVariant::ScoreLoop, 6> avx512Scores = {
-    ScoresAvx512<1>, ScoresAvx512<2>, ScoresAvx512<3>,
-    ScoresAvx512<4>, ScoresAvx512<5>, ScoresAvx512<6>};
+constexpr std::array<ZQScanVariant::ScoreLoop, 6> plainScores = {Scores<1>, Scores<2>, Scores<3>,
+                                                                 Scores<4>, Scores<5>, Scores<6>};
+constexpr std::array<ZQScanVariant::ScoreLoop, 6> avx512Scores = {ScoresAvx512<1>, ScoresAvx512<2>,
+                                                                  ScoresAvx512<3>, ScoresAvx512<4>,
+                                                                  ScoresAvx512<5>, ScoresAvx512<6>};
 
 constexpr std::array<ZQScanVariant, 4> variants = {{
-    {"AVX-512", RunsAvx512, ScanAvx512, RowAvx512, avx512Scores.data(), BinsAvx512, ReachesAvx512,
-     ReachesAnyAvx512},
-    {"AVX2", RunsAvx2, ScanAvx2, nullptr, plainScores.data(), Bins, Reaches, ReachesAny},
-    {"POPCNT", RunsPopcnt, ScanPopcnt, nullptr, plainScores.data(), Bins, Reaches, ReachesAny},
-    {"SSE2", RunsAlways, ScanSse2, nullptr, plainScores.data(), Bins, Reaches, ReachesAny},
+    {"AVX-512", RunsAvx512, ScanAvx512, PackAvx512, RowAvx512, avx512Scores.data(), BinsAvx512,
+     ReachingAvx512, ReachingOwnAvx512},
+    {"AVX2", RunsAvx2, ScanAvx2, nullptr, nullptr, plainScores.data(), Bins, Reaching, ReachingOwn},
+    {"POPCNT", RunsPopcnt, ScanPopcnt, nullptr, nullptr, plainScores.data(), Bins, Reaching,
+     ReachingOwn},
+    {"SSE2", RunsAlways, ScanSse2, nullptr, nullptr, plainScores.data(), Bins, Reaching,
+     ReachingOwn},
 }};
 
 std::atomic<const ZQScanVariant*> forced = nullptr;

@@ -33,9 +33,12 @@ struct ZQScanVariant {
   /// the fingerprint words of the first, and lie `stride` words apart.
   void (*scan)(const std::uint64_t* query, const std::uint64_t* words, std::size_t stride,
                std::size_t n, std::size_t numWords, std::uint32_t* counts);
-  /// The same for one row and a packed block of `zqBlockRecords` records: word w of record i
-  /// stands at w * zqBlockRecords + i, from an address that is a multiple of 64. Null where
-  /// packing doesn't pay: use `scan`.
+  /// Packs `n` records, at most `zqBlockRecords`: word w of record i goes to
+  /// packed[w * zqBlockRecords + i], from an address that is a multiple of 64. Null where packing
+  /// doesn't pay: `scan` then serves every row.
+  void (*pack)(const std::uint64_t* words, std::size_t stride, std::size_t n, std::size_t numWords,
+               std::uint64_t* packed);
+  /// What `scan` does, for a whole packed block.
   void (*row)(const std::uint64_t* row, const std::uint64_t* packed, std::size_t numWords,
               std::uint32_t* counts);
 
@@ -48,10 +51,10 @@ struct ZQScanVariant {
   /// worthless.
   bool (*bin)(const double* values, std::size_t n, double lower, double upper, double binSize,
               std::uint32_t last, std::uint32_t* places);
-  /// Whether any score reaches the bar from the better side.
-  bool (*reaches)(const double* scores, std::size_t n, double bar, bool descending);
-  /// Whether any score isn't below the bar of its own.
-  bool (*reachesAny)(const double* scores, std::size_t n, const double* bars);
+  /// Bit i: whether scores[i], of at most 64, is no worse than the bar.
+  std::uint64_t (*reaching)(const double* scores, std::size_t n, double bar, bool descending);
+  /// Bit i: whether scores[i] isn't below bars[i].
+  std::uint64_t (*reachingOwn)(const double* scores, std::size_t n, const double* bars);
 };
 
 /// The best variant that this processor runs, or the one that a test forces.

@@ -43,8 +43,8 @@ unsigned long BinIdx(Real x, const ZQFPHistogram& histogram) {
   if (!ZQ_ASSERT(!ZQIsNaN(value))) return 0;
   ZQ_ASSERT(value <= maxValue + tolerance);
   ZQ_ASSERT(value >= minValue - tolerance);
-  const unsigned long last = std::max(histogram.NumBins(), 1UL) - 1;
-  if (value <= minValue) return 0;
+  if (value <= minValue || histogram.NumBins() == 0) return 0;
+  const unsigned long last = histogram.NumBins() - 1;
   if (value >= maxValue) return last;
   Real lower = 0;
   Real binSize = 0;

@@ -2,6 +2,7 @@
 
 #include "korvex/fingerprint.h"
 #include "korvex/fpatomtyper.h"
+#include "korvex/fpfast_database.h"
 #include "korvex/korvex_namespace_local.h"
 #include "korvex/measuresim.h"
 
@@ -46,7 +47,9 @@ ZQSimMeasureInterface::ZQSimMeasureInterface()
 
 ZQMemoryTypeInterface::ZQMemoryTypeInterface()
     : ZQNamespaceInterface("ZQSimMeasure", ZQNamespaceMode::Single,
-                           {{"memory-mapped", 1, ""}, {"in-memory", 2, ""}, {"CUDA", 3, ""}}) {}
+                           {{"memory-mapped", ZQFastFPDatabaseMemoryType::MemoryMapped, ""},
+                            {"in-memory", ZQFastFPDatabaseMemoryType::InMemory, ""},
+                            {"CUDA", ZQFastFPDatabaseMemoryType::CUDA, ""}}) {}
 
 const ZQNamespaceInterface* ZQGetFPTypeNamespaceInterface() {
   static const ZQFPTypeInterface table;

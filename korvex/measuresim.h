@@ -6,7 +6,12 @@
 /// Legend: onlyA and onlyB are the bits set in one fingerprint alone, both those set in both,
 /// neither those clear in both. Two fingerprints of different types report the error
 /// "fingerprint type mismatch!" (Tanimoto: "ZQTanimoto() fingerprint type mismatch!") and score
-/// 0.0. Two equal ones, the two empty ones among them, score 1.0, by Manhattan 0.0.
+/// 0.0. Two equal ones, the two empty ones among them, score 1.0, by Manhattan 0.0. A count above
+/// 2^24, where floats are no longer exact, is reported as Fatal.
+///
+/// Unhashed fingerprints hold text. Tanimoto compares them as multisets of tokens, and two empty
+/// ones score 0.0; for the other measures the unhashed path and circular kinds are an assertion
+/// failure. Lingo fingerprints have no counts here and score 0.0.
 
 #include <cstdint>
 #include <string>
@@ -29,8 +34,8 @@ inline constexpr bool IsValid(unsigned int measure) { return measure - 1 < 6; }
 /// "Tanimoto" for 1 and so on; "unknown" for a number that names no measure.
 ZQ_EXPORT std::string ZQGetSimilarityMeasureName(unsigned int measure);
 
-/// Fills the four counts; `neither` may be null. False for a type mismatch, with the counts
-/// untouched.
+/// Fills the four counts; `neither` may be null. False for a type mismatch and for kinds that have
+/// no counts, with the counts untouched.
 ZQ_EXPORT bool ZQGetBitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int* onlyA,
                               unsigned int* onlyB, unsigned int* both, unsigned int* neither);
 

@@ -95,7 +95,12 @@ bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* t
     ZQThrow.Warning("%s : invalid path fingerprint type!", "ZQMakePathFP");
     return false;
   }
-  const auto [numbits, min, max, atype, btype] = ZQUnpackFPTypeID(zqPathKind, type->GetID());
+  unsigned int numbits = 0;
+  unsigned int min = 0;
+  unsigned int max = 0;
+  unsigned int atype = 0;
+  unsigned int btype = 0;
+  ZQFPPathType::SetParamsFromID(type->GetID(), numbits, min, max, atype, btype);
   if (!ZQMakePathFP(fp, mol, numbits, min, max, atype, btype)) return false;
   return ZQ_ASSERT(fp.GetFPTypeBase() == type);
 }

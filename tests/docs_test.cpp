@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,6 +13,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
 
 const fs::path root = KORVEX_SOURCE_DIR;
 const fs::path programs = fs::path(KORVEX_PROGRAM).parent_path();
@@ -35,7 +35,7 @@ std::vector<std::string> Blocks(const fs::path& document, const std::string& lan
   return blocks;
 }
 
-std::vector<fs::path> Sources(const std::vector<std::string>& folders, const char* extension) {
+std::vector<fs::path> Sources(const Words& folders, const char* extension) {
   std::vector<fs::path> sources;
   for (const std::string& folder : folders) {
     for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
@@ -65,52 +65,74 @@ TEST_F(DocsTest, CodeBlocksAreTheExampleFiles) {
 }
 
 TEST_F(DocsTest, ExamplesRun) {
-  const std::map<std::string, const char*> expected{
-      {"search", "1\\.000 aspirin\\b[^\\n]*\\n(0\\.\\d{3} .+\\n){4}"},
-      {"compare", "\\d+ bits and \\d+ bits of 2048\\nTanimoto 0\\.\\d+\\nTversky  0\\.\\d+\\n"},
-      {"threads",
-       "Finished, (\\d+) of \\1 records\\nrecord \\d+, score 1\\.000\\n"
-       "(record .+\\n){2}\\1 scores, mean 0\\.\\d+\\n"},
-      {"application", "Path,ver=2\\.0\\.0,size=4096,.+\\n1000 hits by Tanimoto\\n"},
+  const std::map<std::string, Words> expected{
+      {"search", {"1.000 aspirin\n", "salicylic acid\n"}},
+      {"compare", {"9 bits and 14 bits of 2048\n", "Tanimoto 0.438\n", "Tversky  0.778\n"}},
+      {"threads", {"Finished, ", ", score 1.000\n", " scores, mean 0."}},
+      {"application", {"Path,ver=2.0.0,size=4096,", "1000 hits by Tanimoto\n"}},
   };
   for (const fs::path& source : Sources({"docs/examples"}, ".cpp")) {
     const std::string name = source.stem();
     const RunResult run = folder.Run({programs / "examples" / name});
     EXPECT_EQ(run.exitCode, 0) << name << "\n" << run.err;
     ASSERT_EQ(expected.count(name), 1U) << name;
-    EXPECT_TRUE(std::regex_match(run.out, std::regex(expected.at(name)))) << name << "\n"
-                                                                          << run.out;
+    for (const std::string& text : expected.at(name)) {
+      EXPECT_NE(run.out.find(text), std::string::npos) << name << " without " << text << run.out;
+    }
   }
 }
 
 TEST_F(DocsTest, ShellBlocksRun) {
   for (const char* document : {"README.md", "docs/guide.md"}) {
+    std::string output;
     for (const std::string& block : Blocks(root / document, "sh")) {
       if (block.find("./run.sh") != std::string::npos) continue;  // what brought us here
       const RunResult run = folder.Run(
           {"bash", "-euo", "pipefail", "-c", "PATH=" + programs.string() + ":$PATH\n" + block});
       EXPECT_EQ(run.exitCode, 0) << block << run.err;
+      output += run.out;
+    }
+    for (const std::string& block : Blocks(root / document, "text")) {
+      EXPECT_NE(output.find(block), std::string::npos) << block << "is shown, but this came:\n"
+                                                       << output;
     }
   }
   EXPECT_EQ(ReadFile(folder / "drugs.fpbin"), ReadFile(folder / "same.fpbin"));
 }
 
+// A text without the ends of literals that the formatter has split, and with one form of %d.
+std::string Normalized(const std::string& text) {
+  std::string normalized;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::size_t next = text.find_first_not_of(" \n", at + 1);
+    if (text[at] == '"' && next != std::string::npos && next > at + 1 && text[next] == '"') {
+      at = next;
+    } else {
+      normalized += text[at];
+    }
+  }
+  for (const std::string number : {"%u", "%lu", "%zu"}) {
+    for (std::size_t at = 0; (at = normalized.find(number, at)) != std::string::npos;) {
+      normalized.replace(at, number.size(), "%d");
+    }
+  }
+  return normalized;
+}
+
 TEST_F(DocsTest, ListedMessagesStandInTheSources) {
   std::string sources;
-  for (const fs::path& name : Sources({"korvex", "platform", "apps"}, ".cpp")) {
-    sources += ReadFile(name);
+  for (const char* extension : {".cpp", ".h"}) {
+    for (const fs::path& name : Sources({"korvex", "platform", "contract"}, extension)) {
+      sources += ReadFile(name);
+    }
   }
-  for (const fs::path& name : Sources({"korvex", "platform"}, ".h")) sources += ReadFile(name);
-  // Literals that the formatter has split, and the widths of numbers.
-  sources = std::regex_replace(sources, std::regex("\"\\s*\\n\\s*\""), "");
-  const std::regex width("%(u|lu|zu)");
-  sources = std::regex_replace(sources, width, "%d");
-  const std::string document = std::regex_replace(ReadFile(root / "docs/errors.md"), width, "%d");
-  const std::regex message("\\n\\| `([^`]+)` \\|");
+  sources = Normalized(sources);
   int count = 0;
-  for (std::sregex_iterator at(document.begin(), document.end(), message), end; at != end; ++at) {
+  for (const std::string& line : Lines(ReadFile(root / "docs/errors.md"))) {
+    if (line.rfind("| `", 0) != 0) continue;
     ++count;
-    EXPECT_NE(sources.find((*at)[1].str()), std::string::npos) << (*at)[1].str();
+    const std::string text = Normalized(line.substr(3, line.find("` |") - 3));
+    EXPECT_NE(sources.find(text), std::string::npos) << text;
   }
   EXPECT_GT(count, 40);
 }
@@ -119,7 +141,8 @@ TEST_F(DocsTest, OneHeaderHasTheWholeInterface) {
   const std::string umbrella = ReadFile(root / "korvex/korvex.h");
   for (const fs::path& header : Sources({"korvex"}, ".h")) {
     const std::string name = header.filename();
-    const bool isPrivate = std::regex_search(name, std::regex("_(local|private)\\.h$"));
+    const bool isPrivate =
+        name.find("_local.h") != std::string::npos || name.find("_private.h") != std::string::npos;
     if (isPrivate || name == "korvex.h" || name == "siblings.h") continue;
     EXPECT_NE(umbrella.find("\"korvex/" + name + "\""), std::string::npos) << name;
   }

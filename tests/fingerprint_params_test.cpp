@@ -5,7 +5,7 @@
 #include "korvex/fpversion.h"
 #include "tests/mol_helpers.h"
 
-using namespace ZQKorvex;
+namespace ZQKorvex {
 
 namespace {
 
@@ -44,10 +44,10 @@ TEST(TypeString, RoundTripsForEveryKind) {
       {9001,
        "UHCircular,ver=2.0.0,radius=0-5,atype=AtmNum|Arom|Chiral|FCharge|HCount|EqHalo,"
        "btype=Order"},
-      {9002, "UHTree,ver=2.0.0,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,btype=Order"},
-  };
+      {9002, "UHTree,ver=2.0.0,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,btype=Order"}};
   for (const auto& d : defaults) {
     EXPECT_EQ(ZQGetFPType(d.kind)->GetFPTypeString(), d.text);
+    EXPECT_EQ(GetFPTypeFromTypeStringPrefix(d.text), ZQGetFPType(d.kind)->GetFPType());
     EXPECT_EQ(ZQGetFPType(std::string(d.text)), ZQGetFPType(d.kind));
     EXPECT_TRUE(ZQIsValidFPTypeString(d.text));
   }
@@ -68,39 +68,34 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
   const std::string oldValid = "ZQIsValidFPTypeString() fingerprint type with old version number";
   const std::string types = "atype=AtmNum,btype=Order";
   const Texts silent;
-  const auto refused = [&](const std::string& text, const std::string& why) {
-    return std::pair(text, why);
-  };
   const std::pair<std::string, std::string> refusals[] = {
-      refused("Path,ver=2.0.0", "Size cannot be initialized for `Path` type!"),
-      refused("Path," + types, "Missing fingerprint version!"),
-      refused("Path,ver=0.0.0,size=64,bonds=0-5," + types, "Missing fingerprint version!"),
-      refused("Pathway,ver=2.0.0", "Invalid string can not be tokenized for `Path` type!"),
-      refused("Pathway=1,ver=2.0.0", "'Pathway' is not a valid fingerprint type primitive!"),
-      refused("Path=1,ver=2.0.0", "'Path' is not a valid fingerprint type primitive!"),
-      refused("Tree,ver=2", "Invalid version for `Tree` type!"),
-      refused("Tree,ver=15.0.0", "Invalid version for `Tree` type!"),
-      refused("Tree,ver=2.255.0", "Invalid version for `Tree` type!"),
-      refused("Tree,radius=0-5", "'radius' is not a valid fingerprint type primitive!"),
-      refused("Circular,bonds=0-5", "'bonds' is not a valid fingerprint type primitive!"),
-      refused("Path,size=-4", "Invalid fingerprint size for `Path` type!"),
-      refused("Path,size=0x10", "Invalid fingerprint size for `Path` type!"),
-      refused("Path,ver=2.0.0,size=0,bonds=0-5," + types,
-              "Size cannot be initialized for `Path` type!"),
-      refused("Circular,radius=5", "Invalid fingerprint distance for `Circular` type!"),
-      refused("Path,bonds=0-5-9", "Invalid fingerprint distance for `Path` type!"),
-      refused("Path,bonds=x-5", "Invalid fingerprint minimum distance for `Path` type!"),
-      refused("Path,bonds=0-y", "Invalid fingerprint maximum distance for `Path` type!"),
-      refused("Path,ver=2.0.0,size=64," + types,
-              "Min or max distance cannot be initialized for `Path` type!"),
-      refused(pathHead + ",btype=Order", "Atom type cannot be initialized for `Path` type!"),
-      refused(pathHead + ",atype=AtmNum", "Bond type cannot be initialized for `Path` type!"),
-      refused(pathHead + ",atype=None,btype=None",
-              "The atom and bond type cannot be both None for `Path` type!"),
-      refused(pathHead + ",atype=Atom,btype=Order", ""),
-      refused(pathHead + ",atype=DefaultAtom|Hyb,btype=Order", ""),
-      refused(pathHead + ",atype=AtmNum,btype=Order|", ""),
-  };
+      {"Path,ver=2.0.0", "Size cannot be initialized for `Path` type!"},
+      {"Path," + types, "Missing fingerprint version!"},
+      {"Path,ver=0.0.0,size=64,bonds=0-5," + types, "Missing fingerprint version!"},
+      {"Pathway,ver=2.0.0", "Invalid string can not be tokenized for `Path` type!"},
+      {"Pathway=1,ver=2.0.0", "'Pathway' is not a valid fingerprint type primitive!"},
+      {"Path=1,ver=2.0.0", "'Path' is not a valid fingerprint type primitive!"},
+      {"Tree,ver=2", "Invalid version for `Tree` type!"},
+      {"Tree,ver=15.0.0", "Invalid version for `Tree` type!"},
+      {"Tree,ver=2.255.0", "Invalid version for `Tree` type!"},
+      {"Tree,radius=0-5", "'radius' is not a valid fingerprint type primitive!"},
+      {"Circular,bonds=0-5", "'bonds' is not a valid fingerprint type primitive!"},
+      {"Path,size=-4", "Invalid fingerprint size for `Path` type!"},
+      {"Path,size=0x10", "Invalid fingerprint size for `Path` type!"},
+      {"Path,ver=2.0.0,size=0,bonds=0-5," + types, "Size cannot be initialized for `Path` type!"},
+      {"Circular,radius=5", "Invalid fingerprint distance for `Circular` type!"},
+      {"Path,bonds=0-5-9", "Invalid fingerprint distance for `Path` type!"},
+      {"Path,bonds=x-5", "Invalid fingerprint minimum distance for `Path` type!"},
+      {"Path,bonds=0-y", "Invalid fingerprint maximum distance for `Path` type!"},
+      {"Path,ver=2.0.0,size=64," + types,
+       "Min or max distance cannot be initialized for `Path` type!"},
+      {pathHead + ",btype=Order", "Atom type cannot be initialized for `Path` type!"},
+      {pathHead + ",atype=AtmNum", "Bond type cannot be initialized for `Path` type!"},
+      {pathHead + ",atype=None,btype=None",
+       "The atom and bond type cannot be both None for `Path` type!"},
+      {pathHead + ",atype=Atom,btype=Order", ""},
+      {pathHead + ",atype=DefaultAtom|Hyb,btype=Order", ""},
+      {pathHead + ",atype=AtmNum,btype=Order|", ""}};
   CapturedReports reports;
   for (const auto& [text, why] : refusals) {
     Texts says;
@@ -118,6 +113,9 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
   const std::string moved =
       "Path,btype=DefaultPathBond,bonds=1-2,size=9,size=64,"
       "atype=DefaultPathAtom,ver=2.0.0";
+  const std::string noVersion = "Version number cannot be initialized for `Lingo` type!";
+  const std::string badVersion = "Invalid version for `MACCS166` type!";
+  const std::string badToken = "Invalid `Lingo` type string!";
   const Reading readings[] = {
       {moved.c_str(), true, true, silent, silent},
       {oldPath.c_str(), true, false, {oldValid}, {oldType}},
@@ -126,21 +124,9 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
       {reversed.c_str(), true, false, silent, {"Assertion"}},
       {"MACCS166", true, false, {oldValid}, {oldType}},
       {"Lingo,ver=2.0.0,extra=1", true, true, silent, silent},
-      {"Lingo,extra=1",
-       false,
-       false,
-       {"Version number cannot be initialized for `Lingo` type!"},
-       {"Version number cannot be initialized for `Lingo` type!"}},
-      {"MACCS166,ver=x",
-       false,
-       false,
-       {"Invalid version for `MACCS166` type!"},
-       {"Invalid version for `MACCS166` type!"}},
-      {"Lingo,extra",
-       false,
-       false,
-       {"Invalid `Lingo` type string!"},
-       {"Invalid `Lingo` type string!"}},
+      {"Lingo,extra=1", false, false, {noVersion}, {noVersion}},
+      {"MACCS166,ver=x", false, false, {badVersion}, {badVersion}},
+      {"Lingo,extra", false, false, {badToken}, {badToken}},
       {"Lingo2=1,ver=2.0.0", false, false, silent, silent},
       {"path,ver=2.0.0", false, false, silent, silent},
       {"", false, false, silent, silent},
@@ -154,8 +140,7 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
        false,
        false,
        {"Missing fingerprint version!", "Assertion"},
-       {"Missing fingerprint version!", "Assertion", bad}},
-  };
+       {"Missing fingerprint version!", "Assertion", bad}}};
   for (const Reading& r : readings) {
     EXPECT_EQ(ZQIsValidFPTypeString(r.text), r.valid) << r.text;
     EXPECT_EQ(reports.Take(), r.validSays) << r.text;
@@ -235,3 +220,5 @@ TEST(Version, PacksAndChecks) {
   EXPECT_EQ(ZQGetFingerPrintVersion(4U), 0);
   EXPECT_EQ(reports.Take(), Texts{"ZQGetFingerPrintVersion : unknown fingerprint type!"});
 }
+
+}  // namespace ZQKorvex

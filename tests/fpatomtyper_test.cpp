@@ -9,7 +9,7 @@
 #include "korvex/fpatomtypes_local.h"
 #include "tests/mol_helpers.h"
 
-using namespace ZQKorvex;
+namespace ZQKorvex {
 
 namespace {
 
@@ -46,53 +46,51 @@ TEST(AtomInvariant, MultipliesWhatTheFlagsAskFor) {
     unsigned int atype;
     unsigned int value;
     const char* text;
-  } cases[] = {
-      {6, asIs, T::None, 1, "*"},
-      {6, asIs, T::AtmNum, 179, "[#6]"},
-      {7, asIs, T::AtmNum, 283, "[#7]"},
-      {8, asIs, T::AtmNum | T::Arom, 947, "O"},
-      {17, asIs, T::AtmNum | T::Arom, 661, "[Cl]"},
-      {1, asIs, T::AtmNum, 191, "[#1]"},
-      {34, aromatic, T::AtmNum | T::Arom, 389 * 11, "[se]"},
-      {118, asIs, T::AtmNum, 983, "[#118]"},
-      {6, aromatic, T::Arom, 11, "a"},
-      {6, asIs, T::Arom, 1, "A"},
-      {6, charged(-4), T::FCharge, 128, "[*-4]"},
-      {6, charged(-3), T::FCharge, 32, "[*-3]"},
-      {6, charged(-2), T::FCharge, 8, "[*-2]"},
-      {6, charged(-1), T::FCharge, 2, "[*-]"},
-      {6, charged(1), T::FCharge, 4, "[*+]"},
-      {6, charged(2), T::FCharge, 16, "[*+2]"},
-      {6, charged(3), T::FCharge, 64, "[*+3]"},
-      {6, charged(4), T::FCharge, 256, "[*+4]"},
-      {6, charged(5), T::FCharge, 512, "[*+5]"},
-      {6, charged(-5), T::FCharge, 512, "[*-5]"},
-      {6, hybrid(0), T::Hyb, 1, "*"},
-      {6, hybrid(3), T::Hyb, 125, "[*;^3]"},
-      {6, hybrid(6), T::Hyb, 15625, "*"},
-      {6, hybrid(9), T::Hyb, 15625, "*"},
-      {6, [](Atom& a) { a.inRing = true; }, T::InRing, 7, "[*;R]"},
-      {6, asIs, T::InRing, 1, "[*;R0]"},
-      {6, [](Atom& a) { a.chiral = true; }, T::Chiral, 13, "*"},
-      {6, hydrogens(0), T::HCount, 1, "[*;h0]"},
-      {6, hydrogens(3), T::HCount, 4913, "[*;h3]"},
-      {6, hydrogens(7), T::HCount, 83521, "*"},
-      {6, asIs, T::HvyDeg, 1, "[*;D0]"},
-      {35, asIs, T::AtmNum | T::EqHalo, 419, "[F,Cl,Br,I]"},
-      {85, asIs, T::AtmNum | T::EqHalo, 739, "[#85]"},
-      {7, aromatic, T::AtmNum | T::EqArom, 179, "[c,n,s]"},
-      {8, aromatic, T::AtmNum | T::EqArom, 179, "[#8]"},
-      {8, aromatic, T::AtmNum | T::EqArom | T::Arom, 179 * 11, "o"},
-      {9, asIs, T::EqHalo, 1, "*"},
-      {6, asIs, T::AtmNum | T::EqHBAcc | T::EqHBDon, 179, "[#6]"},
-      {8, hydrogens(2), T::AtmNum | T::EqHBAcc | T::EqHBDon | T::HCount, 19 * 289,
-       "[#7,#8,#16;!h0,!$([o,s,nX3,#7v5,#16v4,*+1])]"},
-      {8, hydrogens(2), T::AtmNum | T::EqHBDon, 6859, "[#7,#8,#16;!h0]"},
-      {8, hydrogens(2), T::AtmNum | T::EqHBAcc | T::HCount, 361 * 289,
-       "[#7,#8,#16;!$([o,s,nX3,#7v5,#16v4,*+1]);h2]"},
-      {8, charged(1), T::AtmNum | T::EqHBAcc | T::FCharge, 947 * 4, "[#8+]"},
-      {53, asIs, T::AtmNum | T::EqHalo | T::EqHBAcc, 419, "[F,Cl,Br,I]"},
-  };
+  } cases[] = {{6, asIs, T::None, 1, "*"},
+               {6, asIs, T::AtmNum, 179, "[#6]"},
+               {7, asIs, T::AtmNum, 283, "[#7]"},
+               {8, asIs, T::AtmNum | T::Arom, 947, "O"},
+               {17, asIs, T::AtmNum | T::Arom, 661, "[Cl]"},
+               {1, asIs, T::AtmNum, 191, "[#1]"},
+               {34, aromatic, T::AtmNum | T::Arom, 389 * 11, "[se]"},
+               {118, asIs, T::AtmNum, 983, "[#118]"},
+               {6, aromatic, T::Arom, 11, "a"},
+               {6, asIs, T::Arom, 1, "A"},
+               {6, charged(-4), T::FCharge, 128, "[*-4]"},
+               {6, charged(-3), T::FCharge, 32, "[*-3]"},
+               {6, charged(-2), T::FCharge, 8, "[*-2]"},
+               {6, charged(-1), T::FCharge, 2, "[*-]"},
+               {6, charged(1), T::FCharge, 4, "[*+]"},
+               {6, charged(2), T::FCharge, 16, "[*+2]"},
+               {6, charged(3), T::FCharge, 64, "[*+3]"},
+               {6, charged(4), T::FCharge, 256, "[*+4]"},
+               {6, charged(5), T::FCharge, 512, "[*+5]"},
+               {6, charged(-5), T::FCharge, 512, "[*-5]"},
+               {6, hybrid(0), T::Hyb, 1, "*"},
+               {6, hybrid(3), T::Hyb, 125, "[*;^3]"},
+               {6, hybrid(6), T::Hyb, 15625, "*"},
+               {6, hybrid(9), T::Hyb, 15625, "*"},
+               {6, [](Atom& a) { a.inRing = true; }, T::InRing, 7, "[*;R]"},
+               {6, asIs, T::InRing, 1, "[*;R0]"},
+               {6, [](Atom& a) { a.chiral = true; }, T::Chiral, 13, "*"},
+               {6, hydrogens(0), T::HCount, 1, "[*;h0]"},
+               {6, hydrogens(3), T::HCount, 4913, "[*;h3]"},
+               {6, hydrogens(7), T::HCount, 83521, "*"},
+               {6, asIs, T::HvyDeg, 1, "[*;D0]"},
+               {35, asIs, T::AtmNum | T::EqHalo, 419, "[F,Cl,Br,I]"},
+               {85, asIs, T::AtmNum | T::EqHalo, 739, "[#85]"},
+               {7, aromatic, T::AtmNum | T::EqArom, 179, "[c,n,s]"},
+               {8, aromatic, T::AtmNum | T::EqArom, 179, "[#8]"},
+               {8, aromatic, T::AtmNum | T::EqArom | T::Arom, 179 * 11, "o"},
+               {9, asIs, T::EqHalo, 1, "*"},
+               {6, asIs, T::AtmNum | T::EqHBAcc | T::EqHBDon, 179, "[#6]"},
+               {8, hydrogens(2), T::AtmNum | T::EqHBAcc | T::EqHBDon | T::HCount, 19 * 289,
+                "[#7,#8,#16;!h0,!$([o,s,nX3,#7v5,#16v4,*+1])]"},
+               {8, hydrogens(2), T::AtmNum | T::EqHBDon, 6859, "[#7,#8,#16;!h0]"},
+               {8, hydrogens(2), T::AtmNum | T::EqHBAcc | T::HCount, 361 * 289,
+                "[#7,#8,#16;!$([o,s,nX3,#7v5,#16v4,*+1]);h2]"},
+               {8, charged(1), T::AtmNum | T::EqHBAcc | T::FCharge, 947 * 4, "[#8+]"},
+               {53, asIs, T::AtmNum | T::EqHalo | T::EqHBAcc, 419, "[F,Cl,Br,I]"}};
   for (const auto& c : cases) {
     MockMol mol;
     Atom& atom = mol.AddAtom(2, c.atomicNum);  // behind two holes
@@ -139,21 +137,19 @@ TEST(BondInvariant, MultipliesWhatTheFlagsAskFor) {
     bool aromatic, inRing, chiral;
     unsigned int btype, value;
     const char* text;
-  } cases[] = {
-      {1, false, false, false, T::None, 1, "~"},
-      {0, false, false, false, T::Order, 127, ""},
-      {1, false, false, false, T::Order, 131, "-"},
-      {2, false, true, true, T::Order, 137, "="},
-      {3, false, false, false, T::Order, 139, "#"},
-      {4, false, false, false, T::Order, 149, "$"},
-      {5, false, false, false, T::Order, 151, ""},
-      {9, false, false, false, T::Order, 173, ""},
-      {200, false, false, false, T::Order, 173, ""},
-      {1, true, false, false, T::Order, 151, ":"},
-      {2, true, true, false, T::Order | T::InRing, 151 * 73, ":@"},
-      {2, false, true, true, T::Chiral | T::InRing, 73 * 79, "~@"},
-      {1, false, false, false, T::InRing, 1, "~!@"},
-  };
+  } cases[] = {{1, false, false, false, T::None, 1, "~"},
+               {0, false, false, false, T::Order, 127, ""},
+               {1, false, false, false, T::Order, 131, "-"},
+               {2, false, true, true, T::Order, 137, "="},
+               {3, false, false, false, T::Order, 139, "#"},
+               {4, false, false, false, T::Order, 149, "$"},
+               {5, false, false, false, T::Order, 151, ""},
+               {9, false, false, false, T::Order, 173, ""},
+               {200, false, false, false, T::Order, 173, ""},
+               {1, true, false, false, T::Order, 151, ":"},
+               {2, true, true, false, T::Order | T::InRing, 151 * 73, ":@"},
+               {2, false, true, true, T::Chiral | T::InRing, 73 * 79, "~@"},
+               {1, false, false, false, T::InRing, 1, "~!@"}};
   for (const auto& c : cases) {
     MockMol mol;
     MockMol::Bond& bond = mol.AddBond(1, mol.AddAtom(0, 6), mol.AddAtom(1, 6), c.order);
@@ -171,32 +167,30 @@ TEST(AtomInvariant, HydrogenBondClasses) {
   const struct {
     const char* smiles;  // its first atom that isn't a carbon is asked
     char expected;
-  } cases[] = {
-      {"CO", B},
-      {"C[O-]", A},
-      {"C[OH2+]", D},
-      {"COC", A},
-      {"COCC=C", N},
-      {"OCC=C", D},
-      {"o1cccc1", N},
-      {"O=CC", A},
-      {"N", B},
-      {"NCC=C", D},
-      {"C[NH3+]", D},
-      {"CN(C)C", A},
-      {"C[NH-]", B},
-      {"n1ccccc1", A},
-      {"[nH]1cccc1", D},
-      {"[nH+]1ccccc1", D},
-      {"S=CC", A},
-      {"CSC", N},
-      {"CS", D},
-      {"s1cccc1", N},
-      {"S(=O)(C)C", N},
-      {"N(=O)(=O)C", N},
-      {"[N+](=O)([O-])CC", N},
-      {"CF", N},
-  };
+  } cases[] = {{"CO", B},
+               {"C[O-]", A},
+               {"C[OH2+]", D},
+               {"COC", A},
+               {"COCC=C", N},
+               {"OCC=C", D},
+               {"o1cccc1", N},
+               {"O=CC", A},
+               {"N", B},
+               {"NCC=C", D},
+               {"C[NH3+]", D},
+               {"CN(C)C", A},
+               {"C[NH-]", B},
+               {"n1ccccc1", A},
+               {"[nH]1cccc1", D},
+               {"[nH+]1ccccc1", D},
+               {"S=CC", A},
+               {"CSC", N},
+               {"CS", D},
+               {"s1cccc1", N},
+               {"S(=O)(C)C", N},
+               {"N(=O)(=O)C", N},
+               {"[N+](=O)([O-])CC", N},
+               {"CF", N}};
   for (const auto& c : cases) {
     ZQGraphMol mol;
     ASSERT_TRUE(ZQSmilesToMol(mol, c.smiles));
@@ -219,15 +213,13 @@ TEST(Preparation, LeavesHeavyAtomsWithHydrogenCounts) {
   const struct {
     const char* smiles;
     unsigned int atoms, bonds, hydrogens;
-  } cases[] = {
-      {"[2H]C([2H])([2H])[2H]", 1, 0, 4},
-      {"[H][H]", 0, 0, 0},
-      {"[H+]", 0, 0, 0},
-      {"*CC*", 2, 1, 4},
-      {"[H][B]1([H])[H][B]([H])([H])[H]1", 2, 0, 8},
-      {"[1H]Cl", 1, 0, 1},
-      {"C[C@H](F)[2H]", 3, 2, 5},
-  };
+  } cases[] = {{"[2H]C([2H])([2H])[2H]", 1, 0, 4},
+               {"[H][H]", 0, 0, 0},
+               {"[H+]", 0, 0, 0},
+               {"*CC*", 2, 1, 4},
+               {"[H][B]1([H])[H][B]([H])([H])[H]1", 2, 0, 8},
+               {"[1H]Cl", 1, 0, 1},
+               {"C[C@H](F)[2H]", 3, 2, 5}};
   for (const auto& c : cases) {
     ZQGraphMol mol;
     if (!ZQSmilesToMol(mol, c.smiles)) ADD_FAILURE() << c.smiles;
@@ -260,20 +252,18 @@ TEST(FlagNames, ReadAndWrite) {
     const char* name;
     bool atomValid, bondValid;
     unsigned int atom, bond;
-  } cases[] = {
-      {"None", true, true, 0, 0},
-      {"DefaultAtom", true, false, 191, 0},
-      {"DefaultCircularAtom", true, false, 4239, 0},
-      {"DefaultTreeAtom", true, false, 63, 0},
-      {"DefaultPathBond", false, true, 0, 3},
-      {"DefaultTreeBond", false, true, 0, 1},
-      {"InRing|Chiral", true, true, 68, 6},
-      {"EqHBDon|AtmNum", true, false, 1025, 0},
-      {"None|AtmNum", false, false, 0, 0},
-      {"DefaultAtom|Hyb", false, false, 0, 0},
-      {"atmnum", false, false, 0, 0},
-      {"", false, false, 0, 0},
-  };
+  } cases[] = {{"None", true, true, 0, 0},
+               {"DefaultAtom", true, false, 191, 0},
+               {"DefaultCircularAtom", true, false, 4239, 0},
+               {"DefaultTreeAtom", true, false, 63, 0},
+               {"DefaultPathBond", false, true, 0, 3},
+               {"DefaultTreeBond", false, true, 0, 1},
+               {"InRing|Chiral", true, true, 68, 6},
+               {"EqHBDon|AtmNum", true, false, 1025, 0},
+               {"None|AtmNum", false, false, 0, 0},
+               {"DefaultAtom|Hyb", false, false, 0, 0},
+               {"atmnum", false, false, 0, 0},
+               {"", false, false, 0, 0}};
   for (const auto& c : cases) {
     EXPECT_EQ(ZQIsValidFPAtomType(c.name), c.atomValid) << c.name;
     EXPECT_EQ(ZQIsValidFPBondType(c.name), c.bondValid) << c.name;
@@ -286,3 +276,5 @@ TEST(FlagNames, ReadAndWrite) {
   EXPECT_EQ(ZQGetFPBondType(7U), "Order|Chiral|InRing");
   EXPECT_EQ(ZQGetFPBondType(8U), "invalid");
 }
+
+}  // namespace ZQKorvex

@@ -70,14 +70,13 @@ TEST_F(ParamsTest, RefusesTypesThatItCannotConfigure) {
   ZQInterface bare;
   EXPECT_TRUE(ZQConfigureFingerPrintType(bare, ZQFPType::MACCS166, "-kind", ""));
   EXPECT_EQ(ZQSetupFingerPrint(bare), nullptr);
-  EXPECT_EQ(
-      reports.Take(),
-      (Texts{"ZQConfigureFingerPrint() invalid fingerprint type pointer!",
-             "ZQConfigureFingerPrint() invalid fingerprint type (only path, circular or tree is "
-             "allowed)",
-             "ZQConfigureFingerPrint() problem configuring fingerprint interface!",
-             "ZQInterface::Get, requesting value of non-existent parameter -fptype",
-             "ZQSetupFingerPrint Invalid fingerprint type"}));
+  const std::string caller = "ZQConfigureFingerPrint() ";
+  EXPECT_EQ(reports.Take(),
+            (Texts{caller + "invalid fingerprint type pointer!",
+                   caller + "invalid fingerprint type (only path, circular or tree is allowed)",
+                   caller + "problem configuring fingerprint interface!",
+                   "ZQInterface::Get, requesting value of non-existent parameter -fptype",
+                   "ZQSetupFingerPrint Invalid fingerprint type"}));
 }
 
 TEST_F(ParamsTest, SearchOptionsAreCopiedWhereTheyWereSet) {
@@ -126,10 +125,10 @@ TEST_F(ParamsTest, DetailsListTheNamespaceAndLinkTheMethod) {
   ASSERT_TRUE(ZQConfigureFingerPrint(itf, ZQGetFPType(ZQFPType::Path)));
   ASSERT_TRUE(ZQConfigureFPDatabaseOptions(itf, ZQFPDatabaseOptions()));
   const std::string& atoms = itf.FindParameter("-atomtype")->GetDetails();
-  EXPECT_NE(atoms.find("Primitive expressions :"), std::string::npos);
-  EXPECT_NE(atoms.find("EqHalo - halogen atoms are equal\n"), std::string::npos);
-  EXPECT_NE(atoms.find("AtmNum\n"), std::string::npos);
-  EXPECT_NE(atoms.find("\tCombined expressions :"), std::string::npos);
+  for (const char* part : {"Primitive expressions :", "EqHalo - halogen atoms are equal\n",
+                           "AtmNum\n", "\tCombined expressions :"}) {
+    EXPECT_NE(atoms.find(part), std::string::npos) << part;
+  }
   EXPECT_EQ(itf.FindParameter("-fptype")->GetDetails().find("Combined"), std::string::npos);
   EXPECT_EQ(itf.FindParameter("-limit")->GetDetails(),
             "\n\tIf set to zero, then all of the similarity scores are returned\n\tAPI : " +

@@ -12,10 +12,11 @@
 #include "korvex/path.h"
 #include "tests/mol_helpers.h"
 
-using namespace ZQKorvex;
-namespace fs = std::filesystem;
+namespace ZQKorvex {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 class CreateTest : public testing::Test {
  protected:
@@ -118,8 +119,7 @@ TEST_F(CreateTest, BadInputIsRefusedBeforeAFileComesIntoBeing) {
       {"out.fpbin", mols, ZQGetPathFPType(4000, 0, 5, 191, 3),
        in + "invalid fingerprint size (has to be multiple of 256)!"},
       {"no/such/folder.fpbin", mols, SmallType(),
-       in + ": unable to open fingerprint database file: " + Path("no/such/folder.fpbin")},
-  };
+       in + ": unable to open fingerprint database file: " + Path("no/such/folder.fpbin")}};
   CapturedReports reports;
   for (const auto& c : cases) {
     EXPECT_FALSE(Create(Path(c.out), c.mols, c.type, 1)) << c.report;
@@ -155,15 +155,13 @@ TEST_F(CreateTest, CompatibilityIsJudgedByNumberAndFirstRecord) {
   const std::string in = "ZQAreCompatibleDatabases() ";
   const struct {
     std::string mols, database, report;
-  } cases[] = {
-      {Path("a.smi"), "a.fpbin", ""},
-      {Path("bad.smi"), "bad.fpbin", ""},
-      {Path("a.smi"), "bad.fpbin", in + "fingerprint mismatch!"},
-      {Path("bad.smi"), "a.fpbin", in + "cannot access molecule data!"},
-      {Molecules("more.smi", 8), "a.fpbin", in + "different number of entries!"},
-      {Molecules("empty.smi", 0), "a.fpbin", in + "empty molecule database!"},
-      {Path("a.smi"), "none.fpbin", in + "invalid fingerprint database!"},
-  };
+  } cases[] = {{Path("a.smi"), "a.fpbin", ""},
+               {Path("bad.smi"), "bad.fpbin", ""},
+               {Path("a.smi"), "bad.fpbin", in + "fingerprint mismatch!"},
+               {Path("bad.smi"), "a.fpbin", in + "cannot access molecule data!"},
+               {Molecules("more.smi", 8), "a.fpbin", in + "different number of entries!"},
+               {Molecules("empty.smi", 0), "a.fpbin", in + "empty molecule database!"},
+               {Path("a.smi"), "none.fpbin", in + "invalid fingerprint database!"}};
   for (const auto& c : cases) {
     ZQMolDatabase molecules;
     molecules.Open(c.mols);
@@ -187,3 +185,5 @@ TEST_F(CreateTest, CompatibilityIsJudgedByNumberAndFirstRecord) {
   EXPECT_FALSE(ZQAreCompatibleDatabases(molecules, ZQFastFPDatabase(Path("b.fpbin"))));
   EXPECT_EQ(reports.Take(), Texts{in + "fingerprint mismatch!"});
 }
+
+}  // namespace ZQKorvex

@@ -48,13 +48,6 @@ TEST_F(InterfaceTest, ReadsACommandLine) {
   EXPECT_EQ(reports.Take(), Texts{});
 }
 
-TEST_F(InterfaceTest, DefaultsStandAndAreNotSet) {
-  ASSERT_TRUE(ZQParseCommandLine(itf, {"--", "-odd.smi"}));
-  EXPECT_EQ(itf.Get<std::string>("FILE"), "-odd.smi");
-  EXPECT_EQ(itf.Get<int>("-l"), 10);
-  EXPECT_FALSE(itf.IsSet("-limit"));
-}
-
 TEST_F(InterfaceTest, RefusesBadCommandLinesWithOneMessage) {
   const struct {
     Words words;
@@ -88,9 +81,13 @@ TEST_F(InterfaceTest, RefusesBadCommandLinesWithOneMessage) {
   }
 }
 
-TEST_F(InterfaceTest, ASwitchEndsTheLine) {
+TEST_F(InterfaceTest, TwoDashesEndTheNamesAndASwitchTheLine) {
+  EXPECT_TRUE(ZQParseCommandLine(itf, {"--", "-odd.smi"}));
+  EXPECT_EQ(itf.Get<std::string>("FILE"), "-odd.smi");
   EXPECT_TRUE(ZQParseCommandLine(itf, {"-h", "-unknown"}));
   EXPECT_TRUE(itf.IsSet("-help"));
+  EXPECT_EQ(itf.Get<int>("-l"), 10);
+  EXPECT_FALSE(itf.IsSet("-limit"));
   EXPECT_EQ(reports.Take(), Texts{});
 }
 
@@ -116,8 +113,7 @@ TEST_F(InterfaceTest, NamesAreUniqueInTheWholeTree) {
 }
 
 TEST_F(InterfaceTest, HelpIsReadableOn80Columns) {
-  ZQParameter* hidden = itf.AddParameter({"-secret", "", ZQParamType::Int, "Hidden"});
-  hidden->SetVisibility(1);
+  itf.AddParameter(ZQParameter("-secret", "", ZQParamType::Int, "").SetVisibility(1));
   itf.FindParameter("-colour")->AddDetail(
       "\n\tSee :ref:`Colour <pages/of/the/site/Colour.html#x>` namespace\n" +
       std::string(200, 'w'));

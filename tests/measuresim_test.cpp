@@ -8,7 +8,7 @@
 
 #include "tests/mol_helpers.h"
 
-using namespace ZQKorvex;
+namespace ZQKorvex {
 
 namespace {
 
@@ -37,21 +37,19 @@ TEST(MeasureSim, ScoresByTheFormulae) {
   const struct {
     std::vector<unsigned int> a, b;
     float tanimoto, cosine, dice, euclid, manhattan, tversky;  // Tversky with 0.75 and 0.25
-  } cases[] = {
-      {{}, {}, 1, 1, 1, 1, 0, 1},
-      {{1, 5}, {1, 5}, 1, 1, 1, 1, 0, 1},
-      {{1}, {2, 3}, 0, 0, 0, std::sqrt(13 / 16.0F), 3 / 16.0F, 0},
-      {{}, {2}, 0, 0, 0, std::sqrt(15 / 16.0F), 1 / 16.0F, 0},
-      {{0, 1, 2},
-       {2, 15},
-       0.25F,
-       1 / std::sqrt(6.0F),
-       0.4F,
-       std::sqrt(13 / 16.0F),
-       3 / 16.0F,
-       1 / 2.75F},
-      {{0, 1, 2, 3, 4, 5, 6, 7}, {8, 9, 10, 11, 12, 13, 14, 15}, 0, 0, 0, 0, 1, 0},
-  };
+  } cases[] = {{{}, {}, 1, 1, 1, 1, 0, 1},
+               {{1, 5}, {1, 5}, 1, 1, 1, 1, 0, 1},
+               {{1}, {2, 3}, 0, 0, 0, std::sqrt(13 / 16.0F), 3 / 16.0F, 0},
+               {{}, {2}, 0, 0, 0, std::sqrt(15 / 16.0F), 1 / 16.0F, 0},
+               {{0, 1, 2},
+                {2, 15},
+                0.25F,
+                1 / std::sqrt(6.0F),
+                0.4F,
+                std::sqrt(13 / 16.0F),
+                3 / 16.0F,
+                1 / 2.75F},
+               {{0, 1, 2, 3, 4, 5, 6, 7}, {8, 9, 10, 11, 12, 13, 14, 15}, 0, 0, 0, 0, 1, 0}};
   for (const auto& c : cases) {
     const ZQFingerPrint a = Bits(c.a);
     const ZQFingerPrint b = Bits(c.b);
@@ -113,14 +111,12 @@ TEST(MeasureSim, UnhashedTextsCompareAsMultisetsOfTokens) {
   const struct {
     std::string a, b;
     float score;
-  } cases[] = {
-      {"a b c", "c a b", 1},
-      {"a a b", "a b b", 0.5F},
-      {"C-C N", std::string("N\tC-O\n\0 C-C", 11), 1 / 3.0F},
-      {"", "", 0},
-      {" \t ", "a", 0},
-      {"\xC3 a", "a \xC3", 1},
-  };
+  } cases[] = {{"a b c", "c a b", 1},
+               {"a a b", "a b b", 0.5F},
+               {"C-C N", std::string("N\tC-O\n\0 C-C", 11), 1 / 3.0F},
+               {"", "", 0},
+               {" \t ", "a", 0},
+               {"\xC3 a", "a \xC3", 1}};
   for (const auto& c : cases) {
     EXPECT_EQ(ZQTanimoto(Text(c.a), Text(c.b)), c.score) << c.a;
     EXPECT_EQ(ZQTanimoto(Text(c.b), Text(c.a)), c.score) << c.a;
@@ -186,3 +182,5 @@ TEST(PopCount, RefusesWhatIsNoScan) {
   EXPECT_EQ(ZQPopCountARM(words, 4) + ZQPopCountMM(words, 4), 0U);
   EXPECT_EQ(reports.Take(), Texts(5, "Assertion"));
 }
+
+}  // namespace ZQKorvex

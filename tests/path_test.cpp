@@ -12,7 +12,7 @@
 #include "korvex/primes.h"
 #include "tests/mol_helpers.h"
 
-using namespace ZQKorvex;
+namespace ZQKorvex {
 
 namespace {
 
@@ -228,6 +228,9 @@ TEST(Path, BadParametersAreRepairedWithAWarningEach) {
   const std::string min = " for path fingerprint (default 0 is used)!";
   const std::string max = " for path fingerprint (default 5 is used)!";
   const std::string above = " for path fingerprint (minbonds = maxbonds is used)!";
+  const std::string types =
+      in + "to have both atom and bond types set to be None (default types are used)!";
+  const std::string above5 = in + "min bonds 6 > max bonds 5" + above;
   const struct {
     unsigned int numbits, min, max, atype, btype;
     Texts reports;
@@ -236,23 +239,10 @@ TEST(Path, BadParametersAreRepairedWithAWarningEach) {
       {15, 0, 5, 1, 1, {in + "bit vector size 15" + size}, {4096, 0, 5, 1, 1}},
       {65536, 0, 5, 1, 1, {in + "bit vector size 65536" + size}, {4096, 0, 5, 1, 1}},
       {64, 21, 25, 1, 1, {in + "min bonds 21" + min, in + "max bonds 25" + max}, {64, 0, 5, 1, 1}},
-      {64,
-       6,
-       25,
-       1,
-       1,
-       {in + "max bonds 25" + max, in + "min bonds 6 > max bonds 5" + above},
-       {64, 5, 5, 1, 1}},
+      {64, 6, 25, 1, 1, {in + "max bonds 25" + max, above5}, {64, 5, 5, 1, 1}},
       {64, 3, 2, 1, 1, {in + "min bonds 3 > max bonds 2" + above}, {64, 2, 2, 1, 1}},
-      {64,
-       0,
-       1,
-       0,
-       0,
-       {in + "to have both atom and bond types set to be None (default types are used)!"},
-       {64, 0, 1, 191, 3}},
-      {64, 0, 19, 1, 1, {}, {64, 0, 19, 1, 1}},
-  };
+      {64, 0, 1, 0, 0, {types}, {64, 0, 1, 191, 3}},
+      {64, 0, 19, 1, 1, {}, {64, 0, 19, 1, 1}}};
   CapturedReports reports;
   for (const auto& c : cases) {
     ZQFingerPrint fp;
@@ -315,3 +305,5 @@ TEST(Primes, NearestSmallerPrimeAgreesWithTheLinearScan) {
   EXPECT_EQ(ZQGetHashSize(1), 0U);
   EXPECT_EQ(reports.Take(), Texts{"Assertion"});
 }
+
+}  // namespace ZQKorvex

@@ -8,10 +8,10 @@
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
-#include "mol_helpers.h"
-#include "told_helpers.h"
+#include "tests/mol_helpers.h"
+#include "tests/told_helpers.h"
 
-using namespace Quarnel;
+namespace Quarnel {
 
 namespace {
 
@@ -193,8 +193,8 @@ TEST(SmilesReader, OneConfigurationHasManyNotations) {
       {"[F:1]/[CH:2]=[CH:3]/[F:4]", "[F:1]\\[CH:2]=[CH:3]\\[F:4]", "[CH:2](\\[F:1])=[CH:3]/[F:4]",
        "[CH:3](=[CH:2]\\[F:1])/[F:4]", "[F:4]/[CH:3]=[CH:2]/[F:1]",
        "[CH:2]\\1=[CH:3]/[F:4].[F:1]/1", "[CH:2]1=[CH:3]/[F:4].[F:1]/1"},
-      {"[F:1]/[C:2]([Cl:3])=[N:4]/[OH:5]", "[F:1][C:2](/[Cl:3])=[N:4]\\[OH:5]",
-       "[F:1]/[C:2](\\[Cl:3])=[N:4]/[OH:5]", "[Cl:3]\\[C:2]([F:1])=[N:4]/[OH:5]"},
+      {"[F:1]/[C:2]([Cl:3])=[N:4]/[OH:5]", "[F:1][C:2](/[Cl:3])=[N:4]/[OH:5]",
+       "[F:1]/[C:2](/[Cl:3])=[N:4]/[OH:5]", "[Cl:3]\\[C:2]([F:1])=[N:4]/[OH:5]"},
   };
   for (const auto& notations : same) {
     ZQMol first;
@@ -229,6 +229,7 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
     std::string smiles;
     const char* message;
   };
+  const std::string tenMegabytes(10'000'000, 'C');  // NOLINT(bugprone-string-constructor)
   const Case cases[] = {
       {"CQ",
        "SMILES column 2: found \"Q\", expected an atom (other than B C N O P S F Cl Br I b c "
@@ -274,7 +275,7 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
       {std::string("C\x1b\0~C", 5),
        "SMILES column 2: found \"\\x1b\\x00~C\", expected an atom, a "
        "bond, a branch, a ring closure or a dot"},
-      {"C!" + std::string(10000000, 'C'),
+      {"C!" + tenMegabytes,
        "SMILES column 2: found \"!CCCCCCCCCCCCCCC...\", expected "
        "an atom, a bond, a branch, a ring closure or a dot"},
   };
@@ -394,3 +395,5 @@ TEST(SmilesWriter, WritesNoMarkThatWouldTellAWrongConfiguration) {
   }();
   EXPECT_EQ(back.GetBondAt(3)->GetStereo(), ZQBondStereo::None);
 }
+
+}  // namespace Quarnel

@@ -43,7 +43,8 @@ template <class T>
 class ZQIter {
  public:
   ZQIter() = default;
-  ZQIter(ZQIterBase<T>* base) : base_(base) {}
+  /// Takes the iterator over; implicit, so that a query can return a bare new one.
+  ZQIter(ZQIterBase<T>* base) : base_(base) {}  // NOLINT(google-explicit-constructor)
   ZQIter(const ZQIter& other) : base_(other.base_ ? other.base_->Copy() : nullptr) {}
   ZQIter(ZQIter&&) noexcept = default;
   ZQIter& operator=(ZQIter other) noexcept {

@@ -22,7 +22,8 @@ ZQ_EXPORT const char* ZQGetAtomicSymbol(unsigned int atomicNum);
 ZQ_EXPORT unsigned int ZQGetAtomicNum(const std::string& symbol);
 
 /// Hydrogens that the usual valence model adds to an atom which doesn't tell its own: the lowest
-/// of the element's standard valences, moved by the charge, that holds `bondOrderSum`.
+/// of the element's standard valences, moved by the charge to those of the element with as many
+/// electrons, that holds `bondOrderSum`. 0 for metals and noble gases.
 ZQ_EXPORT unsigned int ZQDefaultHCount(unsigned int atomicNum, int charge,
                                        unsigned int bondOrderSum);
 

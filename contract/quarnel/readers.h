@@ -1,8 +1,10 @@
 #pragma once
 
 /// Reading and writing molecules as text. A text that can't be read leaves the molecule empty and
-/// not valid, and one warning that tells where, what was found and what was expected. Safe from
-/// many threads on distinct molecules.
+/// not valid, and one warning that tells where, what was found and what was expected: "record 12 of
+/// mols.smi: SMILES column 2: found "Q", expected an atom ...". Double bonds in rings of up to
+/// seven atoms keep no configuration, as they have no choice. Safe from many threads on distinct
+/// molecules; time is linear in the length of the text.
 
 #include <string>
 #include <string_view>
@@ -14,15 +16,21 @@ namespace Quarnel {
 /// Reads one SMILES, all of OpenSMILES (opensmiles.org): brackets, isotopes, classes, charges,
 /// aromatic symbols, ring closures with bond symbols and `%nn` or `%(nnn)`, dots, `/` `\`, `@`
 /// `@@`, `*`. Implicit hydrogens are counted, aromatic input is kekulized and stays flagged
-/// aromatic. `where` stands in front of the message, such as "record 12 of mols.smi".
+/// aromatic. White space ends the text. `where` stands in front of the message, such as "record
+/// 12 of mols.smi".
 ZQ_EXPORT bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles,
                              const std::string& where = std::string());
 
-/// Writes a SMILES in atom index order, stereo included. Not canonical.
+/// Writes a SMILES in atom index order, stereo included. Not canonical. A bond of order 0 has no
+/// symbol and is left out. Configurations of double bonds that no set of `/` and `\` can tell
+/// without telling a wrong one as well are left out, too.
 ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 
 /// Reads one molfile (V2000 or V3000) up to "M  END"; the title is its first line. Line feeds may
-/// have carriage returns before them.
+/// have carriage returns before them. Configurations come from coordinates and wedges, or from
+/// parities where all coordinates are 0; aromatic bonds are kekulized; any, coordination and
+/// hydrogen bonds (types 8 to 10) get order 0; atoms of queries and R groups are dummy atoms.
+/// Implicit hydrogens follow the valence field, else `ZQDefaultHCount` less the radical electrons.
 ZQ_EXPORT bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile,
                               const std::string& where = std::string());
 

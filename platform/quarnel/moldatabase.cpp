@@ -126,7 +126,7 @@ bool Unpack(std::string_view packed, std::string& text, std::string& cause) {
     ~Guard() { inflateEnd(stream); }
   } const guard{&stream};
   std::array<char, std::size_t{1} << 16> chunk;
-  int status = packed.empty() ? Z_STREAM_END : Z_OK;
+  int status = Z_OK;
   while (status == Z_OK || !packed.empty()) {
     if (status == Z_STREAM_END && inflateReset(&stream) != Z_OK) break;
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data()));

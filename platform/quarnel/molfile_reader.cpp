@@ -584,6 +584,7 @@ bool MolfileParser::SetIsotope(Atom& atom, int massNumber) {
   if (massNumber < 0 || massNumber > 65535) {
     return Fail(std::to_string(massNumber), "a mass number from 0 to 65535");
   }
+  if (massNumber == 0) return true;  // tells nothing, and a D stays one
   atom.isotope = massNumber;
   atom.isotopeFromDifference = false;
   return true;

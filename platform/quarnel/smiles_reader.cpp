@@ -37,7 +37,7 @@ constexpr std::uint8_t organicNum = 0x3f;
 constexpr std::array<std::uint8_t, 128> MakeOrganicTable() {
   std::array<std::uint8_t, 128> table{};
   struct Symbol {
-    char symbol;
+    unsigned char symbol;
     std::uint8_t atomicNum;
   };
   for (const Symbol& entry : {Symbol{'*', 0},
@@ -49,11 +49,10 @@ constexpr std::array<std::uint8_t, 128> MakeOrganicTable() {
                               {'P', 15},
                               {'S', 16},
                               {'I', 53}}) {
-    table[static_cast<std::size_t>(entry.symbol)] = organicKnown | entry.atomicNum;
+    table[entry.symbol] = organicKnown | entry.atomicNum;
   }
-  for (const char c : {'b', 'c', 'n', 'o', 'p', 's'}) {
-    table[static_cast<std::size_t>(c)] =
-        organicAromatic | table[static_cast<std::size_t>(c - 'a' + 'A')];
+  for (const Symbol& entry : {Symbol{'b', 5}, {'c', 6}, {'n', 7}, {'o', 8}, {'p', 15}, {'s', 16}}) {
+    table[entry.symbol] = organicKnown | organicAromatic | entry.atomicNum;
   }
   return table;
 }

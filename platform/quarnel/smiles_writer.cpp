@@ -298,7 +298,7 @@ void SmilesWriter::ChooseMark(std::uint32_t atom) {
     bestScore = score;
     best = &bonds_[edge.bond];
   }
-  best->mark = 1;  // its direction is found later
+  if (best) best->mark = 1;  // its direction is found later
 }
 
 void SmilesWriter::PlaceSystem(std::uint32_t start, std::uint32_t system) {

@@ -1,0 +1,89 @@
+#pragma once
+
+/// Fingerprints at random, as objects, as records and as `.fpbin` files, for tests that need no
+/// molecules.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "korvex/fpfast_local.h"
+
+inline const ZQKorvex::ZQFPTypeBase* PathTypeOf(unsigned int numbits) {
+  return ZQKorvex::ZQGetPathFPType(numbits, 0, 5, 1, 1);
+}
+
+/// One of few patterns with some bits more and fewer, so that scores spread from 0 to 1 and many
+/// are equal; every ninth has no bits.
+inline std::vector<ZQKorvex::ZQFingerPrint> RandomFingerPrints(std::size_t n, unsigned int numbits,
+                                                               unsigned int seed = 1) {
+  std::mt19937_64 random(seed);
+  std::vector<ZQKorvex::ZQFingerPrint> fps(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    fps[i].SetSize(numbits);
+    fps[i].SetFPTypeBase(PathTypeOf(numbits));
+    if (i % 9 == 8) continue;
+    std::mt19937_64 pattern(random() % 5);
+    const bool exact = random() % 3 == 0;
+    for (unsigned int w = 0; w < fps[i].NumWords(); ++w) {
+      const std::uint64_t word = pattern() & pattern();
+      fps[i].Words()[w] =
+          exact ? word : (word & (random() | random())) | (random() & random() & random());
+    }
+  }
+  return fps;
+}
+
+/// The records of a database, behind `offset` further words.
+inline std::vector<std::uint64_t> RecordsOf(const std::vector<ZQKorvex::ZQFingerPrint>& fps,
+                                            std::size_t offset = 0) {
+  std::vector<std::uint64_t> records(offset);
+  for (std::size_t i = 0; i < fps.size(); ++i) {
+    records.push_back(i);
+    records.push_back(fps[i].CountBits());
+    records.insert(records.end(), fps[i].Words(), fps[i].Words() + fps[i].NumWords());
+  }
+  return records;
+}
+
+/// A file name of this test's own; the file is deleted at the end.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& name)
+      : name_(::testing::TempDir() + "korvex_" + std::to_string(getpid()) + "_" + name) {}
+  ~TempFile() { std::filesystem::remove(name_); }
+  TempFile(const TempFile&) = delete;
+  TempFile& operator=(const TempFile&) = delete;
+
+  const std::string& Name() const { return name_; }
+  void Write(const std::string& content) const {
+    std::ofstream(name_, std::ios::binary) << content;
+  }
+  std::string Read() const {
+    std::ifstream in(name_, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+
+ private:
+  std::string name_;
+};
+
+/// The bytes of a `.fpbin` file.
+inline std::string DatabaseBytes(const std::vector<ZQKorvex::ZQFingerPrint>& fps,
+                                 const ZQKorvex::ZQFPTypeBase* type) {
+  ZQKorvex::ZQFastFPDatabaseParams params;
+  params.SetMoleculeFile("mols.smi");
+  params.SetFPTypeBase(type);
+  params.SetNumFingerPrints(fps.size());
+  std::string bytes = ZQKorvex::ZQWriteFastFPDatabaseHeaderBlob(params);
+  for (std::size_t i = 0; i < fps.size(); ++i) {
+    bytes += ZQKorvex::ZQWriteFastFingerPrintBlob(i, fps[i]);
+  }
+  return bytes;
+}

@@ -1,0 +1,326 @@
+#include "korvex/fpfast_database.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <thread>
+
+#include "fp_helpers.h"
+#include "korvex/fpfast_database_implbase_local.h"
+#include "mol_helpers.h"
+
+using namespace ZQKorvex;
+
+namespace {
+
+using Hits = std::vector<std::pair<std::uint64_t, double>>;
+
+Hits HitsOf(ZQIter<ZQSimScore> iter) {
+  Hits hits;
+  for (; iter; ++iter) hits.emplace_back(iter->GetIdx(), iter->GetScore());
+  return hits;
+}
+
+const std::string constructor = "ZQFastFPDatabase::ZQFastFPDatabase()";
+
+/// A file of 1200 fingerprints of 512 bits, opened by either back end.
+class BackEnd : public ::testing::TestWithParam<unsigned int> {
+ protected:
+  static constexpr std::size_t count = 1200;
+  BackEnd()
+      : fps_(RandomFingerPrints(count, 512)),
+        bytes_(DatabaseBytes(fps_, PathTypeOf(512))),
+        file_("backend.fpbin") {
+    file_.Write(bytes_);
+  }
+
+  std::vector<ZQFingerPrint> fps_;
+  std::string bytes_;
+  TempFile file_;
+};
+INSTANTIATE_TEST_SUITE_P(MemoryTypes, BackEnd,
+                         ::testing::Values(ZQFastFPDatabaseMemoryType::MemoryMapped,
+                                           ZQFastFPDatabaseMemoryType::InMemory));
+
+}  // namespace
+
+TEST_P(BackEnd, RecordsComeBack) {
+  const ZQFastFPDatabase database(file_.Name(), GetParam());
+  ASSERT_TRUE(database.IsValid());
+  EXPECT_EQ(database.NumFingerPrints(), count);
+  EXPECT_EQ(database.GetFPTypeBase(), PathTypeOf(512));
+  EXPECT_EQ(database.GetMemoryType(), GetParam());
+  EXPECT_EQ(database.GetMemoryTypeString(), GetParam() == 1 ? "memory-mapped" : "in-memory");
+  for (std::size_t i = 0; i < count; ++i) {
+    ZQFingerPrint fp;
+    ASSERT_TRUE(database.GetFingerPrint(fp, i));
+    ASSERT_EQ(fp, fps_[i]);
+    ASSERT_EQ(database.GetMoleculeIndex(i), static_cast<std::int64_t>(i));
+  }
+}
+
+TEST_P(BackEnd, QueriesAgreeWithOneAnother) {
+  const ZQFastFPDatabase database(file_.Name(), GetParam());
+  ZQFPDatabaseOptions options(25, ZQSimMeasure::Tanimoto);
+  const ZQFingerPrint& query = fps_[11];
+  Hits all;
+  std::vector<double> raw;
+  for (auto score = database.GetRawScores(query, options); score; ++score) {
+    // The float measures differ for two empty fingerprints only.
+    if (query.CountBits() + fps_[raw.size()].CountBits() > 0) {
+      ASSERT_FLOAT_EQ(static_cast<float>(*score), ZQTanimoto(query, fps_[raw.size()]));
+    }
+    all.emplace_back(raw.size(), *score);
+    raw.push_back(*score);
+  }
+  ASSERT_EQ(raw.size(), count);
+  EXPECT_EQ(HitsOf(database.GetScores(query, options)), all);
+  EXPECT_EQ(HitsOf(database.GetScores(11, options)), all);
+
+  std::sort(raw.begin(), raw.end(), std::greater<>());
+  const Hits sorted = HitsOf(database.GetSortedScores(query, options));
+  ASSERT_EQ(sorted.size(), 25U);
+  for (std::size_t i = 0; i < 25; ++i) {
+    EXPECT_EQ(sorted[i].second, raw[i]);
+    EXPECT_EQ(sorted[i].second, all[sorted[i].first].second);
+  }
+  EXPECT_EQ(HitsOf(database.GetSortedScores(11, options)), sorted);
+  const auto many = database.GetSortedScores({query, fps_[3]}, options);
+  EXPECT_EQ(HitsOf(many[0]), sorted);
+  EXPECT_EQ(HitsOf(many[1]), HitsOf(database.GetSortedScores(fps_[3], options)));
+
+  options.SetNumProcessors(2);
+  ZQSimSearchResult result(10);
+  EXPECT_EQ(database.GetImpl().SortedSearch(result, query, options), ZQSimSearchStatus::Finished);
+  Hits searched = HitsOf(result.GetSortedScores());
+  for (std::size_t i = 0; i < 25; ++i) EXPECT_EQ(searched[i].second, sorted[i].second);
+  EXPECT_EQ(result.GetHistogram().NumSamples(), count);
+
+  EXPECT_EQ(database.GetHistogram(options, 10).NumSamples(), count * (count - 1) / 2);
+  EXPECT_EQ(database.GetVariogram(std::vector<float>(count), options, 10).NumSamples(),
+            count * (count - 1) / 2);
+  auto nearest = database.GetSparseMatrix(options);
+  auto matrix = database.GetAllScores(options);
+  std::size_t pairs = 0;
+  std::vector<float> scores;
+  for (; matrix; ++matrix) scores.push_back(*matrix);
+  for (; nearest; ++nearest, ++pairs) {
+    EXPECT_EQ(nearest->GetIdx1(), pairs / 25);
+    EXPECT_EQ(nearest->GetScore(), scores[nearest->GetIdx1() * count + nearest->GetIdx2()]);
+  }
+  EXPECT_EQ(pairs, 25 * count);
+}
+
+TEST_P(BackEnd, QueriesFromManyThreads) {
+  const ZQFastFPDatabase database(file_.Name(), GetParam());
+  const Hits expected = HitsOf(database.GetSortedScores(5, {}));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      ZQFPDatabaseOptions options;
+      options.SetNumProcessors(2);
+      EXPECT_EQ(HitsOf(database.GetSortedScores(5, {})), expected);
+      EXPECT_EQ(HitsOf(database.GetSortedScores({fps_[5], fps_[6]}, options)[0]), expected);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
+  const ZQFastFPDatabase database(file_.Name(), GetParam());
+  const std::string name = "ZQFastFPDatabase::";
+  CapturedReports reports;
+  const auto expect = [&](const std::string& text) {
+    EXPECT_EQ(reports.Take(), Texts{name + text});
+  };
+  const ZQMol empty;
+  const ZQFingerPrint other = RandomFingerPrints(1, 256)[0];
+  const ZQFPDatabaseOptions options;
+  ZQFingerPrint fp;
+
+  EXPECT_FALSE(database.GetFingerPrint(fp, count));
+  expect("GetFingerPrint() : fingerprint index out of range!");
+  EXPECT_EQ(database.GetMoleculeIndex(count), -1);
+  expect("GetMolculeIndex() : fingerprint index out of range!");
+  EXPECT_FALSE(database.GetScores(ZQFingerPrint(), options));
+  expect("GetScores() : invalid fingerprint type!");
+  EXPECT_FALSE(database.GetRawScores(other, options));
+  expect("GetRawScores() : fingerprint type mismatch!");
+  EXPECT_FALSE(database.GetSortedScores(empty, options));
+  expect("GetSortedScores() : empty molecule!");
+  EXPECT_FALSE(database.GetSortedScores(count, options));
+  expect("GetSortedScores() : fingerprint index out of range!");
+  // Sorted scores don't ask for the type; a query of other words is an assertion failure.
+  ZQFingerPrint untyped = fps_[0];
+  untyped.SetFPTypeBase(nullptr);
+  EXPECT_TRUE(database.GetSortedScores(untyped, options));
+  EXPECT_FALSE(database.GetSortedScores(other, options));
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+  EXPECT_EQ(database.GetSortedScores({other, fps_[0]}, options).size(), 2U);
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+
+  ZQFPDatabaseOptions tversky(0, ZQSimMeasure::Tversky);
+  EXPECT_EQ(database.GetVariogram({}, tversky, 7).NumBins(), 7U);
+  expect("GetVariogram() : Tversky similarity is not supported!");
+  EXPECT_EQ(database.GetVariogram({1.0F}, options, 7).NumSamples(), 0U);
+  expect("GetVariogram() : 1 values for 1200 fingerprints!");
+  EXPECT_FALSE(database.GetSparseMatrix({count + 1, 1}));
+  expect(GetParam() == 1
+             ? "GetSparseMatrix() set to retrieve more nearest neighbors (1201) than there are "
+               "fingerprints (1200)!"
+             : "GetSparseMatrix() : set to retrieve more nearest neighbors (1201) than there are "
+               "fingerprints (1200).");
+  ZQFPDatabaseOptions all(0, ZQSimMeasure::Tanimoto);
+  EXPECT_TRUE(database.GetSparseMatrix(all));
+  EXPECT_EQ(
+      reports.Take(),
+      (Texts{name + "GetSparseMatrix() : set to retrieve all nxn scores!",
+             name + "GetSparseMatrix() : no cutoff specified, all results will be returned!"}));
+  ZQFPDatabaseOptions nothing;
+  nothing.SetCutoff(2.0F);
+  EXPECT_FALSE(database.GetScores(0, nothing));
+  EXPECT_FALSE(database.GetSortedScores(0, nothing));
+  // More bins than there is memory for.
+  EXPECT_EQ(database.GetHistogram(options, 1UL << 60).NumBins(), 0U);
+  reports.Take();
+
+  ZQSimSearchResult result;
+  EXPECT_EQ(database.GetImpl().SortedSearch(result, fps_[0], options), ZQSimSearchStatus::Finished);
+  database.GetImpl().SortedSearch(result, fps_[0], options);
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});  // it has run before
+  ZQMol invalid;
+  invalid.SetValid(false);
+  EXPECT_EQ(database.SortedSearch(result, invalid, options), ZQSimSearchStatus::Uninitialized);
+  expect("SortedSearch() cannot generate fingerprint!");
+}
+
+TEST_P(BackEnd, AFileCutAnywhereIsRefusedWithoutACrash) {
+  for (const std::size_t size : {0, 50, 100, 101, 400, 799, 800, 807, 820, 880, 4096, 5000}) {
+    file_.Write(bytes_.substr(0, size));
+    CapturedReports reports;
+    const ZQFastFPDatabase database(file_.Name(), GetParam());
+    if (!database.IsValid()) continue;
+    EXPECT_EQ(GetParam(), ZQFastFPDatabaseMemoryType::MemoryMapped) << size;
+    EXPECT_TRUE(reports.Take().empty());
+    ZQFingerPrint fp;
+    EXPECT_FALSE(database.GetFingerPrint(fp, count - 1));
+    EXPECT_FALSE(database.GetSortedScores(fps_[0], {}));
+    EXPECT_EQ(database.GetHistogram({}, 5).NumSamples(), 0U);
+    EXPECT_EQ(reports.Take().back(),
+              "ZQFastFPDatabase::GetHistogram() : fingerprint database file " + file_.Name() +
+                  " is shorter than its header says!");
+  }
+}
+
+TEST(InMemory, ChecksEachRecord) {
+  const auto fps = RandomFingerPrints(20, 256);
+  const std::string bytes = DatabaseBytes(fps, PathTypeOf(256));
+  const TempFile file("records.fpbin");
+  std::string damaged = bytes;
+  damaged.replace(800 + 7 * 48 + 8, 8, ZQConvert(std::uint64_t{257}));
+  std::string moved = bytes;
+  moved.replace(800 + 7 * 48, 8, ZQConvert(std::uint64_t{8}));
+  std::string endless = bytes;
+  endless.replace(endless.find("\n20\n"), 15, "\n1099511627776\n");
+  for (const std::size_t at : {784U, 792U}) {
+    endless.replace(at, 8, ZQConvert(std::uint64_t{1} << 40));
+  }
+
+  CapturedReports reports;
+  file.Write(bytes.substr(0, bytes.size() - 1));
+  EXPECT_TRUE(ZQFastFPDatabase(file.Name(), 1).IsValid());
+  EXPECT_FALSE(ZQFastFPDatabase(file.Name(), 2).IsValid());
+  EXPECT_EQ(reports.Take(), Texts{constructor + " : cannot read 19-th fingerprint"});
+  file.Write(damaged);
+  EXPECT_TRUE(ZQFastFPDatabase(file.Name(), 1).IsValid());
+  EXPECT_FALSE(ZQFastFPDatabase(file.Name(), 2).IsValid());
+  EXPECT_EQ(reports.Take(), Texts{constructor + " : invalid data in 7-th fingerprint"});
+  file.Write(moved);
+  ZQFingerPrint fp;
+  EXPECT_FALSE(ZQFastFPDatabase(file.Name(), 2).GetFingerPrint(fp, 7));
+  EXPECT_EQ(reports.Take(), Texts{"ZQFastFPDatabase::GetFingerPrint() : fingerprint and molecule "
+                                  "index inconsistency!"});
+  // A size beyond any memory.
+  file.Write(endless.substr(0, 800));
+  EXPECT_FALSE(ZQFastFPDatabase(file.Name(), 2).IsValid());
+  EXPECT_EQ(reports.Take().size(), 1U);
+  EXPECT_FALSE(ZQFastFPDatabase(file.Name(), 1).GetSortedScores(fps[0], {}));
+}
+
+TEST(FastDatabase, AMissingFileAnswersNothing) {
+  CapturedReports reports;
+  const ZQFastFPDatabase database("/no/such.fpbin", 1);
+  const Texts opening{
+      "ZQFastFPDatabaseParams() cannot open fingerprint database file /no/such.fpbin",
+      constructor + " : cannot initialize object!", constructor + " : no pop count support!"};
+  EXPECT_EQ(reports.Take(), opening);
+  EXPECT_EQ(database.NumFingerPrints(), 0U);
+  EXPECT_EQ(reports.Take(),
+            Texts{"ZQFastFPDatabase::NumFingerPrints() : invalid ZQFastFPDatabase object!"});
+  EXPECT_FALSE(database.GetSparseMatrix({}));
+  EXPECT_EQ(database.GetHistogram({}, 9).NumBins(), 9U);
+  EXPECT_EQ(database.GetMoleculeIndex(0), -1);
+  EXPECT_EQ(database.GetSortedScores(std::vector<ZQFingerPrint>(3), {}).size(), 3U);
+  EXPECT_EQ(reports.Take().size(), 4U);
+  Texts inMemory = opening;
+  inMemory.push_back(constructor + " cannot initialize object for in memory search!");
+  EXPECT_FALSE(ZQFastFPDatabase("/no/such.fpbin", 2).IsValid());
+  EXPECT_EQ(reports.Take(), inMemory);
+}
+
+TEST(FastDatabase, OtherMemoryTypesFallBack) {
+  const TempFile file("fallback.fpbin");
+  file.Write(DatabaseBytes(RandomFingerPrints(3, 256), PathTypeOf(256)));
+  const std::string noDevice =
+      constructor + " : no CUDA-enabled device available falling back to memory-mapped type!";
+  for (const unsigned int type : {0U, 3U, 7U}) {
+    CapturedReports reports;
+    const ZQFastFPDatabase database(file.Name(), type);
+    EXPECT_EQ(database.GetMemoryType(), ZQFastFPDatabaseMemoryType::MemoryMapped);
+    Texts expected{noDevice};
+    if (type != 3) {
+      expected.insert(
+          expected.begin(),
+          constructor + " : invalid memory type parameter initialized for memory-mapped!");
+    }
+    EXPECT_EQ(reports.Take(), expected);
+  }
+}
+
+TEST(FastDatabase, WithoutRecords) {
+  const TempFile file("empty.fpbin");
+  file.Write(DatabaseBytes({}, PathTypeOf(256)));
+  const ZQFingerPrint query = RandomFingerPrints(1, 256)[0];
+  for (const unsigned int type : {1U, 2U}) {
+    const ZQFastFPDatabase database(file.Name(), type);
+    EXPECT_TRUE(database.IsValid());
+    EXPECT_FALSE(database.GetSortedScores(query, {}));
+    EXPECT_FALSE(database.GetSortedScores({query, query}, {})[1]);
+    EXPECT_FALSE(database.GetAllScores({}));
+    ZQSimSearchResult result;
+    EXPECT_EQ(database.GetImpl().SortedSearch(result, query, {}), ZQSimSearchStatus::Finished);
+    EXPECT_FALSE(result.GetSortedScores());
+  }
+}
+
+TEST(FastDatabase, QueriesWithAMolecule) {
+  const ZQFPTypeBase* type = ZQGetFPType(ZQFPType::Path);
+  const std::vector<std::string> smiles{"CCO", "c1ccccc1", "CC(=O)Oc1ccccc1C(=O)O", "CCN"};
+  std::vector<ZQFingerPrint> fps(smiles.size());
+  for (std::size_t i = 0; i < smiles.size(); ++i) {
+    ZQMol mol;
+    ASSERT_TRUE(ZQSmilesToMol(mol, smiles[i]));
+    ASSERT_TRUE(ZQMakeFP(fps[i], mol, type));
+  }
+  const TempFile file("molecules.fpbin");
+  file.Write(DatabaseBytes(fps, type));
+  const ZQFastFPDatabase database(file.Name());
+  const ZQMol query = "OCC"_mol;
+  EXPECT_EQ(HitsOf(database.GetSortedScores(query, {}))[0], std::pair(std::uint64_t{0}, 1.0));
+  EXPECT_EQ(HitsOf(database.GetScores(query, {})), HitsOf(database.GetScores(0, {})));
+  EXPECT_EQ(*database.GetRawScores(query, {}), 1.0);
+  ZQSimSearchResult result;
+  EXPECT_EQ(database.SortedSearch(result, query, {}), ZQSimSearchStatus::Finished);
+  EXPECT_EQ(result.GetSortedScores()->GetIdx(), 0U);
+  EXPECT_EQ(database.SortedSearch(result, query, {}), ZQSimSearchStatus::Finished);  // once more
+}

@@ -1,0 +1,202 @@
+#include "contract/quarnel/moldatabase.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "contract/quarnel/graphmol.h"
+#include "contract/quarnel/readers.h"
+#include "tests/mol_helpers.h"
+
+namespace Quarnel {
+
+namespace {
+
+// "CCO ethanol\nC1CC " and "ring\nO\n", packed one by one.
+const std::string packedFirst(
+    "\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\x73\x76\xf6\x57\x48\x2d\xc9\x48\xcc\xcb\xcf\xe1"
+    "\x72\x36\x74\x76\x56\x00\x00\x14\xd9\xf5\xc6\x11\x00\x00\x00",
+    37);
+const std::string packedSecond(
+    "\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\x2b\xca\xcc\x4b\xe7\xf2\xe7\x02\x00\x7a\x79\x30"
+    "\xd3\x07\x00\x00\x00",
+    27);
+
+class MolDatabase : public ::testing::Test {
+ protected:
+  void SetUp() override { std::filesystem::create_directory(folder_); }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  std::string Path(const std::string& name) const { return folder_ + "/" + name; }
+  std::string Write(const std::string& name, const std::string& text) const {
+    std::ofstream(Path(name), std::ios::binary) << text;
+    return Path(name);
+  }
+  std::string folder_ = ::testing::TempDir() + "moldatabase_test." +
+                        ::testing::UnitTest::GetInstance()->current_test_info()->name();
+};
+
+std::string Molfile(const std::string& title, const std::string& symbol) {
+  return title + "\n\n\n  1  0  0  0  0  0  0  0  0  0  0 V2000\n    0.0000    0.0000    0.0000 " +
+         symbol + "\nM  END\n";
+}
+
+struct Record {
+  const char *title, *smiles;  // no SMILES: unreadable
+};
+
+void ExpectRecords(const std::string& file, const std::vector<Record>& records) {
+  CapturedReports reports;
+  ZQMolDatabase db;
+  ASSERT_TRUE(db.Open(file));
+  ASSERT_EQ(db.GetMaxMolIdx(), records.size()) << file;
+  for (unsigned int i = 0; i < records.size(); ++i) {
+    ZQMol mol;
+    const bool readable = records[i].smiles != nullptr;
+    EXPECT_EQ(db.GetMolecule(mol, i), readable);
+    EXPECT_EQ(reports.Take().size(), readable ? 0U : 1U);
+    EXPECT_EQ(mol.IsValid(), readable);
+    EXPECT_EQ(db.GetTitle(i), records[i].title);
+    EXPECT_EQ(db.GetSmiles(i), readable ? records[i].smiles : "");
+    if (readable) {
+      EXPECT_EQ(mol.GetTitle(), records[i].title);
+    }
+    reports.Take();
+  }
+}
+
+}  // namespace
+
+TEST_F(MolDatabase, SmilesLinesAreRecords) {
+  ExpectRecords(Write("a.smi",
+                      "CCO ethanol\n\n  \nC1CC open\r\n OCC\tethyl alcohol \tC2H6O\r\n\t\nC\n"
+                      "c1ccccc1 \t benzene"),
+                {{"ethanol", "CCO"},
+                 {"open", nullptr},
+                 {"ethyl alcohol", "OCC"},
+                 {"", "C"},
+                 {"benzene", "c1ccccc1"}});
+  ExpectRecords(Write("b.ISM", "C\n"), {{"", "C"}});
+  ExpectRecords(Write("empty.can", ""), {});
+  ExpectRecords(Write("blank.smiles", "\n \r\n\t"), {});
+  ExpectRecords(Write("packed.smi.gz", packedFirst + packedSecond),
+                {{"ethanol", "CCO"}, {"ring", nullptr}, {"", "O"}});
+}
+
+TEST_F(MolDatabase, SdfRecordsEndAtTheirDelimiter) {
+  const std::vector<Record> three{{"first", "C"}, {"second", nullptr}, {"", "N"}};
+  const std::string text = Molfile("first", "C") + "> <NOTE>\n a $$$$\n\n$$$$\n" +
+                           Molfile("second", "Xx") + "$$$$\n" + Molfile("", "N");
+  ExpectRecords(Write("a.sdf", text), three);
+  ExpectRecords(Write("b.sd", text + "$$$$"), three);
+  ExpectRecords(Write("c.sdf", text + "$$$$\n\n \n"), three);
+  std::string withReturns;
+  for (const char c : text) withReturns += c == '\n' ? "\r\n" : std::string(1, c);
+  ExpectRecords(Write("d.sdf", withReturns), three);
+  ExpectRecords(Write("e.mol", Molfile("one", "O")), {{"one", "O"}});
+  ExpectRecords(Write("empty.sdf", ""), {});
+}
+
+TEST_F(MolDatabase, ReportsTheRecordThatCannotBeRead) {
+  CapturedReports reports;
+  ZQMolDatabase db;
+  ZQMol mol;
+  const std::string smi = Write("a.smi", "C\nCQ bad\n");
+  ASSERT_TRUE(db.Open(smi));
+  EXPECT_FALSE(db.GetMolecule(mol, 1));
+  EXPECT_FALSE(db.GetMolecule(mol, 2));
+  const std::string sdf = Write("a.sdf", Molfile("a", "C") + "$$$$\n" + Molfile("b", "Xx"));
+  ASSERT_TRUE(db.Open(sdf));
+  EXPECT_FALSE(db.GetMolecule(mol, 1));
+  EXPECT_EQ(
+      reports.Take(),
+      (Texts{"record 2 of " + smi +
+                 ": SMILES column 2: found \"Q\", expected an atom (other than B C N O P S F "
+                 "Cl Br I b c n o p s in brackets)",
+             "There is no molecule of index 2 among 2",
+             "record 2 of " + sdf + ": molfile line 5: found \"Xx\", expected an element symbol"}));
+  EXPECT_EQ(db.GetTitle(2), "");
+}
+
+TEST_F(MolDatabase, RefusesWhatItCannotOpen) {
+  std::filesystem::create_directory(Path("folder.smi"));
+  ASSERT_EQ(mkfifo(Path("pipe.smi").c_str(), 0600), 0);
+  std::string damaged = packedFirst;
+  damaged[damaged.size() / 2] = static_cast<char>(~damaged[damaged.size() / 2]);
+  const struct {
+    std::string file;
+    const char* cause;
+  } cases[] = {
+      {Path("none.smi"), "No such file or directory"},
+      {Path("folder.smi"), "Is a directory"},
+      {Path("pipe.smi"), "Not a regular file"},
+      {Write("a.xyz", "C"),
+       "Not one of .smi .ism .can .smiles .sdf .sd .mol, each also with .gz "
+       "behind it"},
+      {Write("smi", "C"),
+       "Not one of .smi .ism .can .smiles .sdf .sd .mol, each also with .gz "
+       "behind it"},
+      {Write("plain.smi.gz", "CCO"), "The gzip data is damaged: incorrect header check"},
+      {Write("tail.smi.gz", packedFirst + "junk"),
+       "The gzip data is damaged: incorrect header check"},
+      {Write("damaged.smi.gz", damaged), nullptr},
+      {Write("empty.smi.gz", ""), "The gzip data is cut short"},
+  };
+  CapturedReports reports;
+  for (const auto& c : cases) {
+    ZQMolDatabase db;
+    ASSERT_TRUE(db.Open(Write("good.smi", "C")));
+    EXPECT_FALSE(db.Open(c.file));
+    EXPECT_EQ(db.GetMaxMolIdx(), 0U);
+    const Texts texts = reports.Take();
+    ASSERT_EQ(texts.size(), 1U);
+    const std::string start = "Can't read molecules from " + c.file + ": ";
+    EXPECT_EQ(texts[0].substr(0, start.size()), start);
+    if (c.cause) {
+      EXPECT_EQ(texts[0], start + c.cause);
+    }
+  }
+  for (std::size_t length = 1; length < packedFirst.size(); ++length) {
+    ZQMolDatabase db;
+    EXPECT_FALSE(db.Open(Write("cut.smi.gz", packedFirst.substr(0, length))));
+    EXPECT_EQ(reports.Take(), Texts{"Can't read molecules from " + Path("cut.smi.gz") +
+                                    ": The gzip data is cut short"});
+  }
+}
+
+TEST_F(MolDatabase, ManyThreadsReadOneDatabase) {
+  std::string text;
+  std::vector<std::string> expected;
+  for (unsigned int i = 0; i < 3000; ++i) {
+    const std::string& smiles = SampleSmiles()[i % SampleSmiles().size()];
+    text += smiles + " m" + std::to_string(i) + '\n';
+    ZQMol mol;
+    ASSERT_TRUE(ZQSmilesToMol(mol, smiles));
+    expected.push_back(ZQMolToSmiles(mol));
+  }
+  ZQMolDatabase db;
+  ASSERT_TRUE(db.Open(Write("a.smi", text)));
+  ASSERT_EQ(db.GetMaxMolIdx(), expected.size());
+  std::atomic<unsigned int> wrong{0};
+  std::vector<std::thread> threads;
+  threads.reserve(4);
+  for (unsigned int t = 0; t < 4; ++t) {
+    threads.emplace_back([&db, &expected, &wrong, t] {
+      ZQMol mol;
+      for (unsigned int i = t % 2; i < expected.size(); ++i) {
+        wrong += !db.GetMolecule(mol, i) || mol.GetTitle() != "m" + std::to_string(i) ||
+                 ZQMolToSmiles(mol) != expected[i];
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0U);
+}
+
+}  // namespace Quarnel
