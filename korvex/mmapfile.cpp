@@ -57,14 +57,14 @@ bool MMapOutputFile::Open(const std::string& filename, std::uint64_t length) {
     ZQThrow.Error("Error opening file for writing: %s", filename.c_str());
     return false;
   }
-  const auto size = static_cast<off_t>(length);
-  if (lseek(descriptor_, size - 1, SEEK_SET) < 0) {
+  if (lseek(descriptor_, static_cast<off_t>(length - 1), SEEK_SET) < 0) {
     ZQThrow.Error("Error calling lseek() to 'stretch' the file");
     CloseDescriptor();
     return false;
   }
   // A file system that can't reserve blocks says so, and is taken as it is.
-  const bool reserved = fallocate(descriptor_, 0, 0, size) == 0 || errno == EOPNOTSUPP;
+  const bool reserved =
+      fallocate(descriptor_, 0, 0, static_cast<off_t>(length)) == 0 || errno == EOPNOTSUPP;
   if (!reserved || write(descriptor_, "", 1) != 1) {
     ZQThrow.Error("Error writing last byte of the file");
     if (ftruncate(descriptor_, 0) != 0) ZQThrow.Error("Error calling ftruncate() on the file");

@@ -81,116 +81,68 @@ std::string Write(const std::vector<Atom>& atoms, const std::vector<Bond>& bonds
 }
 
 struct Case {
-  const char* what;
   const char* smiles;  // with the atoms' numbers as classes
   std::vector<Atom> atoms;
   std::vector<Bond> bonds;
 };
 
-// A centre at the origin with four neighbours at the corners of a square.
-const Atom square[4] = {{"F", 1, 1}, {"Cl", -1, 1}, {"Br", -1, -1}, {"I", 1, -1}};
+// A centre amid the corners of a square, and two double bonds with three neighbours up, one down.
+const std::vector<Atom> square{{"F", 1, 1}, {"Cl", -1, 1}, {"Br", -1, -1}, {"I", 1, -1}, {"C"}};
+const std::vector<Atom> chains{{"F", 0, 1}, {"C", 1, 0}, {"C", 2, 0}, {"Cl", 3, 1},
+                               {"F", 0, 1}, {"C", 1, 0}, {"N", 2, 0}, {"O", 3, -1}};
 
 }  // namespace
 
 TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
   const std::vector<Case> cases{
-      {"hydrogens, charges",
-       "[NH3+:1][CH2:2][C:3](=[O:4])[O-:5]",
+      {"[NH3+:1][CH2:2][C:3](=[O:4])[O-:5]",
        {{"N", 0, 0, 0, 1}, {"C", 1, 0}, {"C", 2, 0}, {"O", 3, 0}, {"O", 2, 1, 0, -1}},
        {{1, 2}, {2, 3}, {3, 4, 2}, {3, 5}}},
-      {"isotopes, radicals",
-       "[13CH3:1].[2H:2][CH:3].[3H:4][CH2:5].[CH4:6]",
-       {{"C", 0, 0, 0, 0, 2, 13},
-        {"D", 1},
-        {"C", 2, 0, 0, 0, 1},
-        {"T", 3},
-        {"C", 4, 0, 0, 0, 2},
-        {"C", 5}},
-       {{2, 3}, {4, 5}}},
-      {"valences, metals, dummies",
-       "[PH5:1].[S:2].[Fe:3].[*:4][*:5][*:6].[ClH:7]",
-       {{"P", 0, 0, 0, 0, 0, 0, 5},
-        {"S", 1, 0, 0, 0, 0, 0, -1},
-        {"Fe", 2},
-        {"R#", 3},
-        {"Q", 4},
-        {"*", 5},
-        {"CL", 6}},
-       {{4, 5}, {5, 6}}},
-      {"aromatic bonds",
-       "[cH:1]1[cH:2][n:3][cH:4][cH:5][cH:6]1",
+      {"[13CH3:1].[2H:2][CH:3].[CH2:4]",  // radicals: two, three and three electrons short
+       {{"C", 0, 0, 0, 0, 2, 13}, {"D", 1}, {"C", 2, 0, 0, 0, 1}, {"C", 3, 0, 0, 0, 3}},
+       {{2, 3}}},
+      {"[PH5:1].[S:2].[Fe:3].[*:4][*:5].[ClH:6]",
+       {{"P", 0, 0, 0, 0, 0, 0, 5}, {"S", 1, 0, 0, 0, 0, 0, -1}, {"Fe"}, {"R#"}, {"Q"}, {"CL"}},
+       {{4, 5}}},
+      {"[cH:1]1[cH:2][n:3][cH:4][cH:5][cH:6]1",
        {{"C", 0}, {"C", 1}, {"N", 2}, {"C", 3}, {"C", 4}, {"C", 5}},
        {{1, 2, 4}, {2, 3, 4}, {3, 4, 4}, {4, 5, 4}, {5, 6, 4}, {6, 1, 4}}},
-      {"four neighbours, one up",
-       "[F:1][C@:5]([Cl:2])([Br:3])[I:4]",
-       {square[0], square[1], square[2], square[3], {"C"}},
-       {{5, 1, 1, 1}, {5, 2}, {5, 3}, {5, 4}}},
-      {"one down",
-       "[F:1][C@@:5]([Cl:2])([Br:3])[I:4]",
-       {square[0], square[1], square[2], square[3], {"C"}},
-       {{5, 1, 1, 3}, {5, 2}, {5, 3}, {5, 4}}},
-      {"a neighbour up of the next down",
-       "[F:1][C@:5]([Cl:2])([Br:3])[I:4]",
-       {square[0], square[1], square[2], square[3], {"C"}},
-       {{5, 4}, {5, 2, 1, 3}, {5, 3, 1, 1}, {5, 1}}},
-      {"the wide end of a wedge says nothing",
-       "[F:1][C:5]([Cl:2])([Br:3])[I:4]",
-       {square[0], square[1], square[2], square[3], {"C"}},
-       {{1, 5, 1, 1}, {5, 2}, {5, 3}, {5, 4}}},
-      {"a wavy bond",
-       "[F:1][C:5]([Cl:2])([Br:3])[I:4]",
-       {square[0], square[1], square[2], square[3], {"C"}},
-       {{5, 1, 1, 1}, {5, 2, 1, 2}, {5, 3}, {5, 4}}},
-      {"a hydrogen count",
-       "[F:1][C@H:4]([Cl:2])[Br:3]",
+      // One bond up, one down, both; a wide end and a wavy bond say nothing.
+      {"[F:1][C@:5]([Cl:2])([Br:3])[I:4]", square, {{5, 1, 1, 1}, {5, 2}, {5, 3}, {5, 4}}},
+      {"[F:1][C@@:5]([Cl:2])([Br:3])[I:4]", square, {{5, 1, 1, 3}, {5, 2}, {5, 3}, {5, 4}}},
+      {"[F:1][C@:5]([Cl:2])([Br:3])[I:4]", square, {{5, 4}, {5, 2, 1, 3}, {5, 3, 1, 1}, {5, 1}}},
+      {"[F:1][C:5]([Cl:2])([Br:3])[I:4]", square, {{1, 5, 1, 1}, {5, 2}, {5, 3}, {5, 4}}},
+      {"[F:1][C:5]([Cl:2])([Br:3])[I:4]", square, {{5, 1, 1, 1}, {5, 2, 1, 2}, {5, 3}, {5, 4}}},
+      // A hydrogen count, a lone pair, three dimensions, a parity without coordinates, twins.
+      {"[F:1][C@H:4]([Cl:2])[Br:3]",
        {square[0], square[1], square[2], {"C"}},
        {{4, 1, 1, 1}, {4, 2}, {4, 3}}},
-      {"a lone pair",
-       "[CH3:1][S@@:4](=[O:2])[F:3]",
+      {"[CH3:1][S@@:4](=[O:2])[F:3]",
        {{"C", 0, 1}, {"O", -1, -1}, {"F", 1, -1}, {"S"}},
        {{4, 1, 1, 3}, {4, 2, 2}, {4, 3}}},
-      {"three dimensions",
-       "[F:1][C@@H:4]([Cl:2])[Br:3]",
+      {"[F:1][C@@H:4]([Cl:2])[Br:3]",
        {{"F", 1, 0, -.3}, {"Cl", -.5, .87, -.3}, {"Br", -.5, -.87, -.3}, {"C"}},
        {{1, 4}, {2, 4}, {3, 4}}},
-      {"a parity without coordinates",
-       "[F:1][C@@H:4]([Cl:2])[Br:3]",
+      {"[F:1][C@@H:4]([Cl:2])[Br:3]",
        {{"F"}, {"Cl"}, {"Br"}, {"C", 0, 0, 0, 0, 0, 0, 0, 1}},
        {{3, 4}, {1, 4}, {2, 4}}},
-      {"no centre for want of four kinds",
-       "[CH3:1][C:2]([CH3:3])([F:4])[Cl:5]",
+      {"[CH3:1][C:2]([CH3:3])([F:4])[Cl:5]",
        {{"C", 1, 1}, {"C"}, {"C", -1, 1}, {"F", -1, -1}, {"Cl", 1, -1}},
        {{2, 1, 1, 1}, {2, 3}, {2, 4}, {2, 5}}},
-      {"cis and trans",
-       "[F:1]/[CH:2]=[CH:3]\\[Cl:4].[F:5]/[CH:6]=[N:7]/[OH:8]",
-       {{"F", 0, 1},
-        {"C", 1, 0},
-        {"C", 2, 0},
-        {"Cl", 3, 1},
-        {"F", 0, 1},
-        {"C", 1, 0},
-        {"N", 2, 0},
-        {"O", 3, -1}},
+      // Drawn cis and trans; as either; without a choice.
+      {"[F:1]/[CH:2]=[CH:3]\\[Cl:4].[F:5]/[CH:6]=[N:7]/[OH:8]",
+       chains,
        {{1, 2}, {2, 3, 2}, {3, 4}, {5, 6}, {6, 7, 2}, {7, 8}}},
-      {"either",
-       "[F:1][CH:2]=[CH:3][Cl:4].[F:5][CH:6]=[N:7][OH:8]",
-       {{"F", 0, 1},
-        {"C", 1, 0},
-        {"C", 2, 0},
-        {"Cl", 3, 1},
-        {"F", 0, 1},
-        {"C", 1, 0},
-        {"N", 2, 0},
-        {"O", 3, -1}},
+      {"[F:1][CH:2]=[CH:3][Cl:4].[F:5][CH:6]=[N:7][OH:8]",
+       chains,
        {{1, 2}, {2, 3, 2, 2}, {3, 4}, {6, 5, 1, 2}, {6, 7, 2}, {7, 8}}},
-      {"no choice in a small ring",
-       "[CH:1]1=[CH:2][CH2:3][CH2:4]1",
+      {"[CH:1]1=[CH:2][CH2:3][CH2:4]1",
        {{"C", 0, 0}, {"C", 1, 0}, {"C", 1, 1}, {"C", 0, 1}},
        {{1, 2, 2}, {2, 3}, {3, 4}, {4, 1}}},
   };
   for (const Case& c : cases) {
     ZQMol expected;
-    ASSERT_TRUE(ZQSmilesToMol(expected, c.smiles)) << c.what;
+    ASSERT_TRUE(ZQSmilesToMol(expected, c.smiles)) << c.smiles;
     for (const bool v3000 : {false, true}) {
       const std::string text = Write(c.atoms, c.bonds, v3000);
       std::string withReturns;
@@ -198,8 +150,8 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
       for (const std::string& variant :
            {text, withReturns, text + "> <DATA>\nM  CHG  1   1   9\n"}) {
         ZQMol mol;
-        ASSERT_TRUE(ZQMolfileToMol(mol, variant)) << c.what << '\n' << text;
-        EXPECT_EQ(Told(mol), Told(expected)) << c.what << '\n' << text;
+        ASSERT_TRUE(ZQMolfileToMol(mol, variant)) << c.smiles << '\n' << text;
+        EXPECT_EQ(Told(mol), Told(expected)) << c.smiles << '\n' << text;
         EXPECT_EQ(mol.GetTitle(), "title");
       }
     }
@@ -249,6 +201,8 @@ TEST(MolfileReader, ReportsLineFindingAndExpectation) {
        "molfile line 7: found \"1  3\", expected two numbers of atoms of this molfile"},
       {with(good, "  1  2  1", "  2  2  1"),
        "molfile line 7: found \"2  2  1  0\", expected a bond between two atoms"},
+      {with(with(good, "  2  1", "  2  2"), "  1  2  1", "  1  2  2  0\n  2  1  1"),
+       "molfile line 8: found a second bond between two atoms, expected one"},
       {with(good, "  1  2  1", "  1  2  5"),
        "molfile line 7: found \"5\", expected a bond type of a molecule: 1 to 4, 8, 9 or 10"},
       {with(good, "  1  2  1", "  1  2  4"),

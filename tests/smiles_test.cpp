@@ -240,7 +240,6 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
       {"C()C", "SMILES column 3: found \")C\", expected an atom or a bond of the branch"},
       {"C)C", "SMILES column 2: found \")C\", expected an atom or a bond, as no branch is open"},
       {"CC(C(C)", "SMILES column 3: found a branch that isn't closed, expected its \")\""},
-      {"C..C", "SMILES column 3: found \".C\", expected an atom"},
       {"1CC1", "SMILES column 1: found \"1CC1\", expected an atom"},
       {"C1CC2C",
        "SMILES column 2: found ring closure 1 left open, expected the same number at a "
@@ -249,9 +248,6 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
        "SMILES column 3: found ring closure 1 from an atom to itself, expected another atom"},
       {"C1C1",
        "SMILES column 4: found a ring closure between atoms that are bonded already, "
-       "expected two other atoms"},
-      {"C12CCCC12",
-       "SMILES column 9: found a ring closure between atoms that are bonded already, "
        "expected two other atoms"},
       {"C=1CC#1",
        "SMILES column 7: found ring closure 1 with the bond \"#\", expected the bond "
@@ -265,12 +261,10 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
        "five digits"},
       {"C[]", "SMILES column 3: found \"]\", expected an element symbol"},
       {"[Xx]", "SMILES column 2: found \"Xx]\", expected an element symbol"},
-      {"[cl]", "SMILES column 2: found \"cl]\", expected an element symbol"},
       {"[CH12]", "SMILES column 5: found \"2]\", expected \"]\""},
       {"[C+16]", "SMILES column 3: found \"+16]\", expected a charge from -15 to +15"},
       {"[C@TB21]", "SMILES column 6: found \"21]\", expected the number of a chirality class"},
       {"[99999C]", "SMILES column 2: found \"99999C]\", expected an isotope up to 65535"},
-      {"[C:]", "SMILES column 4: found \"]\", expected the number of an atom class"},
       {"[C", "SMILES column 3: found the end, expected \"]\""},
       {std::string("C\x1b\0~C", 5),
        "SMILES column 2: found \"\\x1b\\x00~C\", expected an atom, a "

@@ -16,15 +16,15 @@
 namespace Quarnel {
 namespace {
 
-constexpr std::uint32_t kNone = MolView::kNone;
-constexpr unsigned int kMaxRing = 24;
+constexpr std::uint32_t none = MolView::none;
+constexpr unsigned int largestRing = 24;
 /// Bounds on the work for one ring system, in units that don't depend on the atoms' order.
-constexpr std::size_t kMaxRingsOfChain = 64;
-constexpr unsigned int kMaxReached = 256;
-constexpr std::size_t kMaxFused = 6;
-constexpr std::size_t kMaxCombinations = 1024;
+constexpr std::size_t maxRingsOfChain = 64;
+constexpr unsigned int maxReached = 256;
+constexpr std::size_t maxFused = 6;
+constexpr std::size_t maxCombinations = 1024;
 
-constexpr int kNoPart = -1;  // of an atom that can't take part
+constexpr int noPart = -1;  // of an atom that can't take part
 
 /// Whether a double bond to this element leaves carbon no electron: groups 15 to 17.
 bool StealsElectrons(unsigned int element) {
@@ -58,12 +58,12 @@ int PiElectrons(const MolView::Atom& atom, const Bonding& bonding) {
           StealsElectrons(bonding.partner)) {
         return 0;
       }
-      return kNoPart;
+      return noPart;
     case 14:
-      return inRing && charge == 0 && valence == 4 ? 1 : kNoPart;
+      return inRing && charge == 0 && valence == 4 ? 1 : noPart;
     case 5:
       if (inRing && valence == 3U - static_cast<unsigned int>(charge)) return 1;
-      return plain && charge == 0 && valence == 3 ? 0 : kNoPart;
+      return plain && charge == 0 && valence == 3 ? 0 : noPart;
     case 7:
     case 15:
     case 33:
@@ -77,18 +77,17 @@ int PiElectrons(const MolView::Atom& atom, const Bonding& bonding) {
           bonding.otherDoubles == 1 && bonding.partner == 8) {
         return 1;
       }
-      return kNoPart;
+      return noPart;
     case 8:
       if (inRing && charge == 1 && valence == 3) return 1;
-      return plain && charge == 0 && valence == 2 ? 2 : kNoPart;
+      return plain && charge == 0 && valence == 2 ? 2 : noPart;
     case 16:
     case 34:
     case 52:
       if (inRing && charge == 1 && valence == 3) return 1;
-      return plain && ((charge == 0 && valence == 2) || (charge == 1 && valence == 3)) ? 2
-                                                                                       : kNoPart;
+      return plain && ((charge == 0 && valence == 2) || (charge == 1 && valence == 3)) ? 2 : noPart;
     default:
-      return kNoPart;
+      return noPart;
   }
 }
 
@@ -107,7 +106,7 @@ class AromaticSystems {
     int inner;                // electrons of the inner atoms
     bool aromatic;
   };
-  using Combination = std::array<std::uint32_t, kMaxFused>;  // ascending rings, kNone at the end
+  using Combination = std::array<std::uint32_t, maxFused>;  // ascending rings, none at the end
 
   void FindParticipants();
   void RunSystem(std::uint32_t start);
@@ -152,7 +151,7 @@ class AromaticSystems {
   std::vector<std::uint32_t> numChainsAt_;   // by atom
   std::vector<std::uint32_t> ringChains_;
   std::vector<std::uint32_t> ringStart_;
-  // Of one search for shortest paths; `distance_` is by atom and all kNone between searches.
+  // Of one search for shortest paths; `distance_` is by atom and all none between searches.
   struct Reached {
     std::uint32_t distance;
     std::uint32_t atom;
@@ -186,7 +185,7 @@ void AromaticSystems::FindParticipants() {
   takesPart_.assign(view_->bonds.size(), 0);
   for (std::uint32_t a = 0; a < n; ++a) {
     const MolView::Atom& atom = view_->atoms[a];
-    electrons_[a] = kNoPart;
+    electrons_[a] = noPart;
     if (!atom.inRing) continue;
     Bonding bonding;
     bonding.valence = atom.implicitH;
@@ -208,8 +207,8 @@ void AromaticSystems::FindParticipants() {
   }
   for (std::uint32_t b = 0; b < view_->NumBonds(); ++b) {
     const MolView::Bond& bond = view_->bonds[b];
-    if (!bond.inRing || bond.order == 0 || electrons_[bond.bgn] == kNoPart ||
-        electrons_[bond.end] == kNoPart) {
+    if (!bond.inRing || bond.order == 0 || electrons_[bond.bgn] == noPart ||
+        electrons_[bond.end] == noPart) {
       continue;
     }
     takesPart_[b] = 1;
@@ -333,7 +332,7 @@ void AromaticSystems::FindChains() {
 void AromaticSystems::FindRings() {
   ringChains_.clear();
   ringStart_.assign(1, 0);
-  distance_.resize(std::max(distance_.size(), view_->atoms.size()), kNone);
+  distance_.resize(std::max(distance_.size(), view_->atoms.size()), none);
   for (std::uint32_t c = 0; c < chains_.size(); ++c) FindRingsOf(c);
   // A ring was found once for each chain of it that has no shorter ring.
   const auto numRings = static_cast<std::uint32_t>(ringStart_.size() - 1);
@@ -382,7 +381,7 @@ void AromaticSystems::FindRingsOf(std::uint32_t chain) {
     const Reached at = heap_.back();
     heap_.pop_back();
     if (at.distance > distance_[at.atom]) continue;
-    if (at.distance > radius && settled > kMaxReached) break;
+    if (at.distance > radius && settled > maxReached) break;
     closes = at.atom == closed.to;
     if (closes) break;
     radius = at.distance;
@@ -392,7 +391,7 @@ void AromaticSystems::FindRingsOf(std::uint32_t chain) {
       const std::uint32_t to = next.from == at.atom ? next.to : next.from;
       const std::uint32_t distance = at.distance + next.length;
       if (c == chain || distance > limit || distance >= distance_[to]) continue;
-      if (distance_[to] == kNone) touched_.push_back(to);
+      if (distance_[to] == none) touched_.push_back(to);
       if (to == closed.to) limit = distance;
       distance_[to] = distance;
       heap_.push_back({distance, to});
@@ -405,7 +404,7 @@ void AromaticSystems::FindRingsOf(std::uint32_t chain) {
     const std::size_t numChains = ringChains_.size();
     steps_.assign(1, {closed.to, 0});
     path_.assign(1, chain);
-    while (!steps_.empty() && ringStart_.size() - numRings <= kMaxRingsOfChain) {
+    while (!steps_.empty() && ringStart_.size() - numRings <= maxRingsOfChain) {
       Step& step = steps_.back();
       if (step.atom == closed.from) {
         const auto first = static_cast<std::ptrdiff_t>(ringChains_.size());
@@ -421,19 +420,19 @@ void AromaticSystems::FindRingsOf(std::uint32_t chain) {
       const std::uint32_t c = ChainsAt(step.atom)[step.next++];
       const Chain& back = chains_[c];
       const std::uint32_t to = back.from == step.atom ? back.to : back.from;
-      if (c == chain || distance_[to] == kNone ||
+      if (c == chain || distance_[to] == none ||
           distance_[to] + back.length != distance_[step.atom]) {
         continue;
       }
       steps_.push_back({to, 0});
       path_.push_back(c);
     }
-    if (ringStart_.size() - numRings > kMaxRingsOfChain) {
+    if (ringStart_.size() - numRings > maxRingsOfChain) {
       ringStart_.resize(numRings);
       ringChains_.resize(numChains);
     }
   }
-  for (const std::uint32_t a : touched_) distance_[a] = kNone;
+  for (const std::uint32_t a : touched_) distance_[a] = none;
 }
 
 bool AromaticSystems::IsAromatic(std::span<const std::uint32_t> cycle) const {
@@ -489,14 +488,14 @@ void AromaticSystems::CombineRings() {
   for (std::uint32_t ring = 0; ring < numRings; ++ring) {
     if (isCovered(ring)) continue;
     Combination& single = combinations_.emplace_back();
-    single.fill(kNone);
+    single.fill(none);
     single[0] = ring;
   }
   if (combinations_.empty() || numRings < 2) return;
 
   FindFusedRings();
   inCycle_.assign(chains_.size(), 0);
-  for (std::size_t size = 2; size <= kMaxFused; ++size) {
+  for (std::size_t size = 2; size <= maxFused; ++size) {
     grown_.clear();
     for (const Combination& rings : combinations_) {
       for (std::size_t i = 0; i + 1 < size; ++i) {
@@ -508,11 +507,11 @@ void AromaticSystems::CombineRings() {
           std::sort(grown.begin(), grown.begin() + static_cast<std::ptrdiff_t>(size));
         }
       }
-      if (grown_.size() > 64 * kMaxCombinations) return;
+      if (grown_.size() > 64 * maxCombinations) return;
     }
     std::ranges::sort(grown_);
     grown_.erase(std::unique(grown_.begin(), grown_.end()), grown_.end());
-    if (grown_.empty() || grown_.size() > kMaxCombinations) return;
+    if (grown_.empty() || grown_.size() > maxCombinations) return;
     marked_.assign(chains_.size(), 0);
     for (const Combination& rings : grown_) TestCombination(rings);
     for (std::size_t c = 0; c < chains_.size(); ++c) chains_[c].aromatic |= marked_[c] != 0;
@@ -528,7 +527,7 @@ void AromaticSystems::CombineRings() {
 void AromaticSystems::TestCombination(const Combination& rings) {
   const auto forEachChain = [&](const auto& visit) {
     for (const std::uint32_t ring : rings) {
-      if (ring == kNone) break;
+      if (ring == none) break;
       for (const std::uint32_t c : Ring(ring)) visit(c);
     }
   };
@@ -556,13 +555,13 @@ bool AromaticSystems::IsSingleCycle(std::uint32_t start, std::size_t size) const
   std::uint32_t c = start;
   std::uint32_t at = chains_[c].to;
   for (std::size_t walked = 1; walked <= size; ++walked) {
-    std::uint32_t next = kNone;
+    std::uint32_t next = none;
     for (const std::uint32_t other : ChainsAt(at)) {
       if (other == c || !inCycle_[other]) continue;
-      if (next != kNone) return false;
+      if (next != none) return false;
       next = other;
     }
-    if (next == kNone) return false;
+    if (next == none) return false;
     if (next == start) return walked == size;
     c = next;
     at = chains_[c].from == at ? chains_[c].to : chains_[c].from;
@@ -585,7 +584,7 @@ bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear, unsig
     for (MolView::Atom& atom : view.atoms) atom.aromatic = false;
     for (MolView::Bond& bond : view.bonds) bond.aromatic = false;
   }
-  systems.Run(view, maxRing == 0 ? kMaxRing : std::min(maxRing, kMaxRing));
+  systems.Run(view, maxRing == 0 ? largestRing : std::min(maxRing, largestRing));
   for (const MolView::Atom& atom : view.atoms) atom.atom->SetAromatic(atom.aromatic);
   for (const MolView::Bond& bond : view.bonds) bond.bond->SetAromatic(bond.aromatic);
   mol.SetData(ZQAromaticityModelTag, static_cast<int>(model));

@@ -89,7 +89,7 @@ void Chirality::Find(const MolView& view, const Partition& partition) {
   bonds.assign(view.bonds.size(), 0);
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
     atoms[a] =
-        IsTetrahedral(view, partition, a) && HaveDistinctCells(view, partition, a, MolView::kNone);
+        IsTetrahedral(view, partition, a) && HaveDistinctCells(view, partition, a, MolView::none);
   }
   for (std::uint32_t b = 0; b < view.NumBonds(); ++b) {
     const MolView::Bond& bond = view.bonds[b];

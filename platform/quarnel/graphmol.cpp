@@ -165,6 +165,18 @@ class ZQGraph {
     --numBonds;
   }
 
+  // Steps through the bonds of both, so that it costs no more than the atom with fewer has.
+  bool AreBonded(const ZQGraphAtom& a, const ZQGraphAtom& b) const {
+    const ZQBondBase* ofA = a.NextBond(nullptr);
+    const ZQBondBase* ofB = b.NextBond(nullptr);
+    while (ofA && ofB) {
+      if (ofA->GetNbr(&a) == &b || ofB->GetNbr(&b) == &a) return true;
+      ofA = a.NextBond(ofA);
+      ofB = b.NextBond(ofB);
+    }
+    return false;
+  }
+
   ZQGraphAtom* Own(ZQAtomBase* atom) {
     if (!atom || atom->GetIdx() >= atoms.size()) return nullptr;
     ZQGraphAtom* own = &atoms[atom->GetIdx()];
@@ -280,9 +292,7 @@ ZQBondBase* ZQStoredMol<Base>::NewBond(ZQAtomBase* bgn, ZQAtomBase* end, unsigne
   ZQGraphAtom* ownBgn = graph_->Own(bgn);
   ZQGraphAtom* ownEnd = graph_->Own(end);
   if (!ownBgn || !ownEnd || ownBgn == ownEnd) return nullptr;
-  for (const ZQBondBase* bond = bgn->NextBond(nullptr); bond; bond = bgn->NextBond(bond)) {
-    if (bond->GetNbr(bgn) == end) return nullptr;
-  }
+  if (graph_->AreBonded(*ownBgn, *ownEnd)) return nullptr;
   ZQGraphBond& bond = graph_->bonds.Grow();
   bond.idx = graph_->bonds.size() - 1;
   bond.ends = {ownBgn, ownEnd};

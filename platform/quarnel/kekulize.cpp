@@ -6,7 +6,7 @@
 namespace Quarnel {
 namespace {
 
-constexpr std::uint32_t kNone = MolView::kNone;
+constexpr std::uint32_t none = MolView::none;
 
 /// Whether an atom marked aromatic takes a double bond among its aromatic bonds.
 enum class Need : std::uint8_t { Never, Optional, Always };
@@ -26,7 +26,7 @@ class Matching {
  public:
   void Reset(std::uint32_t numAtoms) {
     need.assign(numAtoms, Need::Never);
-    mate.assign(numAtoms, kNone);
+    mate.assign(numAtoms, none);
   }
   void Start(const MolView& view, const std::vector<char>& candidate);
   bool Augment(const MolView& view, const std::vector<char>& candidate, std::uint32_t root);
@@ -35,7 +35,7 @@ class Matching {
   std::vector<std::uint32_t> mate;
 
  private:
-  bool IsOpen(std::uint32_t atom) const { return need[atom] != Need::Never && mate[atom] == kNone; }
+  bool IsOpen(std::uint32_t atom) const { return need[atom] != Need::Never && mate[atom] == none; }
   std::uint32_t CommonBase(std::uint32_t a, std::uint32_t b);
   void MarkPath(std::uint32_t atom, std::uint32_t base, std::uint32_t child);
   void Flip(std::uint32_t end);
@@ -77,7 +77,7 @@ void Matching::Start(const MolView& view, const std::vector<char>& candidate) {
       mate[edge.atom] = a;
       break;
     }
-    if (mate[a] == kNone) continue;
+    if (mate[a] == none) continue;
     for (const std::uint32_t taken : {a, mate[a]}) {
       for (const MolView::Edge& edge : view.Edges(taken)) {
         if (isChoice(edge) && --choices_[edge.atom] == 1) queue_.push_back(edge.atom);
@@ -90,7 +90,7 @@ bool Matching::Augment(const MolView& view, const std::vector<char>& candidate,
                        std::uint32_t root) {
   const std::uint32_t n = view.NumAtoms();
   outer_.assign(n, 0);
-  parent_.assign(n, kNone);
+  parent_.assign(n, none);
   base_.resize(n);
   for (std::uint32_t a = 0; a < n; ++a) base_[a] = a;
   queue_.assign(1, root);
@@ -99,7 +99,7 @@ bool Matching::Augment(const MolView& view, const std::vector<char>& candidate,
     const std::uint32_t from = queue_[head];
     if (need[from] == Need::Optional && from != root) {
       const std::uint32_t released = mate[from];
-      mate[from] = kNone;
+      mate[from] = none;
       Flip(released);
       return true;
     }
@@ -120,9 +120,9 @@ bool Matching::Augment(const MolView& view, const std::vector<char>& candidate,
             queue_.push_back(a);
           }
         }
-      } else if (parent_[to] == kNone) {
+      } else if (parent_[to] == none) {
         parent_[to] = from;
-        if (mate[to] == kNone) {
+        if (mate[to] == none) {
           Flip(to);
           return true;
         }
@@ -139,7 +139,7 @@ std::uint32_t Matching::CommonBase(std::uint32_t a, std::uint32_t b) {
   while (true) {
     a = base_[a];
     onPath_[a] = 1;
-    if (mate[a] == kNone) break;
+    if (mate[a] == none) break;
     a = parent_[mate[a]];
   }
   while (!onPath_[base_[b]]) b = parent_[mate[base_[b]]];
@@ -156,7 +156,7 @@ void Matching::MarkPath(std::uint32_t atom, std::uint32_t base, std::uint32_t ch
 }
 
 void Matching::Flip(std::uint32_t end) {
-  while (end != kNone) {
+  while (end != none) {
     const std::uint32_t from = parent_[end];
     const std::uint32_t next = mate[from];
     mate[end] = from;
@@ -199,7 +199,7 @@ bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit) {
   }
   matching.Start(view, candidate);
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
-    if (matching.need[a] != Need::Always || matching.mate[a] != kNone) continue;
+    if (matching.need[a] != Need::Always || matching.mate[a] != none) continue;
     if (!matching.Augment(view, candidate, a)) return fail(a);
   }
 

@@ -13,6 +13,7 @@
 
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
+#include "platform/quarnel/adjacency_local.h"
 #include "platform/quarnel/elements_local.h"
 #include "platform/quarnel/small_ring_local.h"
 
@@ -24,6 +25,7 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = ~0U;
+constexpr int maxMapIdx = 99999999;  // as for the atom classes of a SMILES
 
 struct Point {
   double x = 0;
@@ -129,10 +131,6 @@ class MolfileParser {
     bool crossed = false;  // a double bond drawn as either
     ZQBondStereo stereo = ZQBondStereo::None;
   };
-  struct Edge {
-    std::uint32_t atom;
-    std::uint32_t bond;
-  };
 
   bool NextLine();
   bool ReadText();
@@ -152,7 +150,6 @@ class MolfileParser {
   bool SetCharge(Atom& atom, int charge);
   bool SetIsotope(Atom& atom, int massNumber);
   bool AddBond(Bond bond);
-  void LinkBonds();
   void CountHydrogens();
   void SetStereo();
   bool HasTwins(std::uint32_t atom, std::uint32_t without) const;
@@ -165,9 +162,7 @@ class MolfileParser {
   std::string_view Field(std::size_t start, std::size_t length) const {
     return start < line_.size() ? line_.substr(start, length) : std::string_view();
   }
-  std::span<const Edge> Edges(std::uint32_t atom) const {
-    return {edges_.data() + atoms_[atom].firstEdge, atoms_[atom].degree};
-  }
+  std::span<const Edge> Edges(std::uint32_t atom) const { return EdgesOf(atoms_[atom], edges_); }
   bool FailAt(std::uint32_t line, std::string found, std::string expected) {
     error_->place = line;
     error_->found = std::move(found);
@@ -213,7 +208,7 @@ bool MolfileParser::Read(ZQMolBase& mol, std::string_view text, ReaderError& err
   rest_ = text;
   error_ = &error;
   if (!ReadText()) return false;
-  LinkBonds();
+  LinkBonds(atoms_, bonds_, edges_);
   CountHydrogens();
   SetStereo();
   return Fill(mol);
@@ -455,7 +450,7 @@ bool MolfileParser::ReadV3000Atom(std::string_view content) {
   if (!SetSymbol(atom, symbol)) return false;
   if (!ToReal(TakeWord(words), atom.at.x) || !ToReal(TakeWord(words), atom.at.y) ||
       !ToReal(TakeWord(words), atom.at.z) || Trimmed(words).empty() ||
-      !ToInt(TakeWord(words), atom.mapIdx) || atom.mapIdx < 0) {
+      !ToInt(TakeWord(words), atom.mapIdx) || atom.mapIdx < 0 || atom.mapIdx > maxMapIdx) {
     return Fail(content, "an atom: number, symbol, three coordinates and a map number");
   }
   while (!Trimmed(words).empty()) {
@@ -606,22 +601,6 @@ bool MolfileParser::AddBond(Bond bond) {
   return true;
 }
 
-void MolfileParser::LinkBonds() {
-  std::uint32_t total = 0;
-  for (Atom& atom : atoms_) {
-    atom.firstEdge = total;
-    total += atom.degree;
-    atom.degree = 0;
-  }
-  edges_.resize(total);
-  for (std::uint32_t b = 0; b < bonds_.size(); ++b) {
-    Atom& bgn = atoms_[bonds_[b].bgn];
-    Atom& end = atoms_[bonds_[b].end];
-    edges_[bgn.firstEdge + bgn.degree++] = {bonds_[b].end, b};
-    edges_[end.firstEdge + end.degree++] = {bonds_[b].bgn, b};
-  }
-}
-
 void MolfileParser::CountHydrogens() {
   for (Atom& atom : atoms_) {
     if (atom.valence != 0) {  // of which a bond of no order takes one as well
@@ -755,7 +734,7 @@ ZQBondStereo MolfileParser::GetBondStereo(std::uint32_t idx) const {
     for (const Edge& edge : Edges(near)) {
       const Bond& other = bonds_[edge.bond];
       if (other.wedge == Wedge::Either && other.bgn == near) return ZQBondStereo::None;
-      if (edge.atom != far && reference == none) reference = edge.atom;
+      if (edge.bond != idx && reference == none) reference = edge.atom;
     }
     const Point arm = Normalized(atoms_[reference].at - atom.at);
     const Point across = arm - axis * Dot(arm, axis);

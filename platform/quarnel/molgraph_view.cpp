@@ -40,20 +40,7 @@ MolView& MolView::Read(const ZQMolBase& mol, Depth depth) {
     entry.aromatic = bond->IsAromatic();
     entry.inRing = bond->IsInRing();
   }
-  std::uint32_t total = 0;
-  for (Atom& entry : view.atoms) {
-    entry.firstEdge = total;
-    total += entry.degree;
-    entry.degree = 0;
-  }
-  view.edges.resize(total);
-  for (std::uint32_t b = 0; b < view.NumBonds(); ++b) {
-    const Bond& entry = view.bonds[b];
-    Atom& bgn = view.atoms[entry.bgn];
-    Atom& end = view.atoms[entry.end];
-    view.edges[bgn.firstEdge + bgn.degree++] = {entry.end, b};
-    view.edges[end.firstEdge + end.degree++] = {entry.bgn, b};
-  }
+  LinkBonds(view.atoms, view.bonds, view.edges);
   return view;
 }
 
@@ -69,7 +56,7 @@ void MolView::FindRings() {
     if (order_[root] != 0) continue;
     order_[root] = low_[root] = ++visited;
     stack_.clear();
-    stack_.push_back({root, kNone, 0});
+    stack_.push_back({root, none, 0});
     while (!stack_.empty()) {
       Visit& visit = stack_.back();
       const std::uint32_t from = visit.atom;

@@ -9,11 +9,12 @@
 #include <vector>
 
 #include "contract/quarnel/mol.h"
+#include "platform/quarnel/adjacency_local.h"
 
 namespace Quarnel {
 
 struct MolView {
-  static constexpr std::uint32_t kNone = 0xFFFFFFFFU;
+  static constexpr std::uint32_t none = 0xFFFFFFFFU;
 
   struct Atom {
     ZQAtomBase* atom;
@@ -38,10 +39,7 @@ struct MolView {
 
     std::uint32_t Other(std::uint32_t atom) const { return atom == bgn ? end : bgn; }
   };
-  struct Edge {
-    std::uint32_t atom;  // the far end
-    std::uint32_t bond;
-  };
+  using Edge = Quarnel::Edge;
   enum Depth {
     Graph,      ///< atoms, bonds and edges, no properties
     Properties  ///< everything
@@ -52,9 +50,7 @@ struct MolView {
 
   std::uint32_t NumAtoms() const { return static_cast<std::uint32_t>(atoms.size()); }
   std::uint32_t NumBonds() const { return static_cast<std::uint32_t>(bonds.size()); }
-  std::span<const Edge> Edges(std::uint32_t atom) const {
-    return {edges.data() + atoms[atom].firstEdge, atoms[atom].degree};
-  }
+  std::span<const Edge> Edges(std::uint32_t atom) const { return EdgesOf(atoms[atom], edges); }
   /// Marks every bond that isn't a bridge, and its ends, as being in a ring.
   void FindRings();
 

@@ -30,16 +30,16 @@ std::uint64_t Append(std::uint64_t key, std::uint64_t value, unsigned int bits) 
 
 /// A random number for each bond colour, so that sums of them tell multisets apart (the finisher
 /// of splitmix64; Steele, Lea and Flood 2014).
-constexpr auto kSpread = [] {
-  std::array<std::uint64_t, 64> spread{};
+constexpr auto spread = [] {
+  std::array<std::uint64_t, 64> table{};
   std::uint64_t state = 0;
-  for (std::uint64_t& entry : spread) {
+  for (std::uint64_t& entry : table) {
     state += 0x9E3779B97F4A7C15U;
     std::uint64_t z = (state ^ (state >> 30)) * 0xBF58476D1CE4E5B9U;
     z = (z ^ (z >> 27)) * 0x94D049BB133111EBU;
     entry = z ^ (z >> 31);
   }
-  return spread;
+  return table;
 }();
 
 }  // namespace
@@ -56,7 +56,7 @@ void Partition::Fold(const MolView& view) {
   for (std::uint32_t a = 0; a < n; ++a) {
     if (view.atoms[a].element != 1 || !IsPlainHydrogen(view, a)) continue;
     const std::uint32_t parent = view.edges[view.atoms[a].firstEdge].atom;
-    cellOf_[a] = MolView::kNone;
+    cellOf_[a] = MolView::none;
     ++hydrogens_[parent];
     --degree_[parent];
   }
@@ -176,7 +176,7 @@ void Partition::Refine(const MolView& view) {
         const std::uint32_t neighbour = edge.atom;
         if (IsFolded(neighbour) || size_[cellOf_[neighbour]] == 1) continue;
         if (counts_[neighbour] == 0) keyed_.push_back({0, neighbour});
-        counts_[neighbour] += kSpread[colours_[edge.bond]];
+        counts_[neighbour] += spread[colours_[edge.bond]];
       }
     }
     for (Keyed& touched : keyed_) {

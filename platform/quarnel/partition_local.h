@@ -23,8 +23,8 @@ class Partition {
   /// Sets a kind of 0 to 3 by which bonds are told apart as well, and refines.
   void SplitBonds(const MolView& view, std::span<const std::uint8_t> kinds);
 
-  bool IsFolded(std::uint32_t atom) const { return cellOf_[atom] == MolView::kNone; }
-  /// The same number for atoms of one cell; `MolView::kNone` for folded hydrogens.
+  bool IsFolded(std::uint32_t atom) const { return cellOf_[atom] == MolView::none; }
+  /// The same number for atoms of one cell; `MolView::none` for folded hydrogens.
   std::uint32_t CellOf(std::uint32_t atom) const { return cellOf_[atom]; }
   /// Hydrogens of an atom, implicit or folded.
   std::uint32_t NumHydrogens(std::uint32_t atom) const { return hydrogens_[atom]; }

@@ -11,6 +11,7 @@
 
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
+#include "platform/quarnel/adjacency_local.h"
 #include "platform/quarnel/elements_local.h"
 #include "platform/quarnel/small_ring_local.h"
 
@@ -32,10 +33,6 @@ class SmilesWriter {
   std::string Write();
 
  private:
-  struct Edge {
-    std::uint32_t atom;  // the far end
-    std::uint32_t bond;
-  };
   struct Atom {
     const ZQAtomBase* atom;
     std::uint32_t firstEdge;
@@ -71,9 +68,7 @@ class SmilesWriter {
     std::uint32_t atom;
   };
 
-  std::span<const Edge> Edges(std::uint32_t atom) const {
-    return {edges_.data() + atoms_[atom].firstEdge, atoms_[atom].degree};
-  }
+  std::span<const Edge> Edges(std::uint32_t atom) const { return EdgesOf(atoms_[atom], edges_); }
   bool IsWrittenAromatic(const Bond& bond) const {
     return bond.bond->IsAromatic() && bond.bond->GetOrder() <= 2 && atoms_[bond.bgn].lower &&
            atoms_[bond.end].lower;
@@ -147,19 +142,7 @@ SmilesWriter::SmilesWriter(const ZQMolBase& mol, const std::vector<unsigned int>
     ++atoms_[bgn].degree;
     ++atoms_[end].degree;
   }
-  std::uint32_t total = 0;
-  for (Atom& atom : atoms_) {
-    atom.firstEdge = total;
-    total += atom.degree;
-    atom.degree = 0;
-  }
-  edges_.resize(total);
-  for (std::uint32_t b = 0; b < bonds_.size(); ++b) {
-    Atom& bgn = atoms_[bonds_[b].bgn];
-    Atom& end = atoms_[bonds_[b].end];
-    edges_[bgn.firstEdge + bgn.degree++] = {bonds_[b].end, b};
-    edges_[end.firstEdge + end.degree++] = {bonds_[b].bgn, b};
-  }
+  LinkBonds(atoms_, bonds_, edges_);
   for (const Atom& atom : atoms_) {
     std::sort(edges_.begin() + atom.firstEdge, edges_.begin() + atom.firstEdge + atom.degree,
               [](const Edge& a, const Edge& b) { return a.atom < b.atom; });

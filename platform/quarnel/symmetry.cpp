@@ -12,11 +12,11 @@
 namespace Quarnel {
 namespace {
 
-constexpr std::uint32_t kNone = MolView::kNone;
+constexpr std::uint32_t none = MolView::none;
 
 /// Edges that the search for automorphisms may look at, per atom and besides.
-constexpr std::uint64_t kBudgetPerAtom = 1000;
-constexpr std::uint64_t kBudget = 50000;
+constexpr std::uint64_t budgetPerAtom = 1000;
+constexpr std::uint64_t baseBudget = 50000;
 
 /// Joins atoms of one cell into orbits, each join by an automorphism that was found.
 ///
@@ -73,9 +73,9 @@ void Orbits::Find(const MolView& view, const Partition& partition) {
   const std::uint32_t n = view.NumAtoms();
   parent_.resize(n);
   std::iota(parent_.begin(), parent_.end(), 0);
-  image_.assign(n, kNone);
-  source_.assign(n, kNone);
-  budget_ = kBudget + kBudgetPerAtom * n;
+  image_.assign(n, none);
+  source_.assign(n, none);
+  budget_ = baseBudget + budgetPerAtom * n;
   const auto numAtoms = static_cast<std::uint32_t>(partition.Atoms().size());
   for (std::uint32_t cell = 0; cell < numAtoms;) {
     const std::span<const std::uint32_t> members = partition.Cell(cell);
@@ -104,7 +104,7 @@ bool Orbits::FindMapping(std::uint32_t from, std::uint32_t to) {
   bool found = true;
   while (found && head_ < queue_.size()) {
     const std::uint32_t a = queue_[head_++];
-    if (image_[a] == kNone) found = Place(a, 0) || Backtrack();
+    if (image_[a] == none) found = Place(a, 0) || Backtrack();
   }
   if (found) {
     for (const std::uint32_t a : trail_) Join(a, image_[a]);
@@ -141,11 +141,11 @@ void Orbits::Assign(std::uint32_t from, std::uint32_t to) {
   const bool moves = from != to;
   Spend(view_->atoms[from].degree);
   for (const MolView::Edge& edge : view_->Edges(from)) {
-    if (partition_->IsFolded(edge.atom) || image_[edge.atom] != kNone) continue;
-    if (moves || source_[edge.atom] != kNone) queue_.push_back(edge.atom);
+    if (partition_->IsFolded(edge.atom) || image_[edge.atom] != none) continue;
+    if (moves || source_[edge.atom] != none) queue_.push_back(edge.atom);
   }
-  if (!moves || image_[to] != kNone) return;
-  const auto hasImage = [this](const MolView::Edge& edge) { return image_[edge.atom] != kNone; };
+  if (!moves || image_[to] != none) return;
+  const auto hasImage = [this](const MolView::Edge& edge) { return image_[edge.atom] != none; };
   if (std::ranges::any_of(view_->Edges(to), hasImage)) queue_.push_back(to);
 }
 
@@ -153,8 +153,8 @@ void Orbits::UndoTo(std::size_t trail) {
   while (trail_.size() > trail) {
     const std::uint32_t from = trail_.back();
     trail_.pop_back();
-    source_[image_[from]] = kNone;
-    image_[from] = kNone;
+    source_[image_[from]] = none;
+    image_[from] = none;
   }
 }
 
@@ -162,7 +162,7 @@ void Orbits::UndoTo(std::size_t trail) {
 // the atom which took it.
 void Orbits::ListTargets(std::uint32_t atom) {
   targets_.clear();
-  const auto hasImage = [this](const MolView::Edge& edge) { return image_[edge.atom] != kNone; };
+  const auto hasImage = [this](const MolView::Edge& edge) { return image_[edge.atom] != none; };
   const auto anchor = std::ranges::find_if(view_->Edges(atom), hasImage);
   for (const MolView::Edge& edge : view_->Edges(image_[anchor->atom])) {
     if (Fits(atom, edge.atom)) targets_.push_back(edge.atom);
@@ -174,14 +174,14 @@ void Orbits::ListTargets(std::uint32_t atom) {
 }
 
 bool Orbits::Fits(std::uint32_t atom, std::uint32_t target) {
-  if (source_[target] != kNone || partition_->CellOf(target) != partition_->CellOf(atom)) {
+  if (source_[target] != none || partition_->CellOf(target) != partition_->CellOf(atom)) {
     return false;
   }
   const std::span<const MolView::Edge> ofTarget = view_->Edges(target);
   std::ptrdiff_t mapped = 0;
   for (const MolView::Edge& edge : view_->Edges(atom)) {
     const std::uint32_t image = image_[edge.atom];
-    if (image == kNone) continue;
+    if (image == none) continue;
     ++mapped;
     Spend(ofTarget.size());
     const auto matches = [&](const MolView::Edge& other) {
@@ -190,7 +190,7 @@ bool Orbits::Fits(std::uint32_t atom, std::uint32_t target) {
     };
     if (std::ranges::none_of(ofTarget, matches)) return false;
   }
-  const auto isImage = [this](const MolView::Edge& edge) { return source_[edge.atom] != kNone; };
+  const auto isImage = [this](const MolView::Edge& edge) { return source_[edge.atom] != none; };
   return std::ranges::count_if(ofTarget, isImage) == mapped;
 }
 
@@ -210,10 +210,10 @@ enum Configuration : std::uint8_t { NoStereo, Even, Odd, Untold };
 Configuration ConfigurationOf(const MolView& view, const Partition& partition, std::uint32_t a) {
   const ZQAtomStereo stereo = view.atoms[a].atom->GetStereo();
   if (stereo == ZQAtomStereo::None) return NoStereo;
-  // A hydrogen or lone pair counts as the cell kNone; where implicit it comes first.
+  // A hydrogen or lone pair counts as the cell none; where implicit it comes first.
   std::array<std::uint32_t, 4> cells{};
   std::size_t count = 0;
-  if (view.atoms[a].degree < 4) cells[count++] = kNone;
+  if (view.atoms[a].degree < 4) cells[count++] = none;
   for (const MolView::Edge& edge : view.Edges(a)) {
     if (count == 4) return Untold;
     cells[count++] = partition.CellOf(edge.atom);
@@ -234,7 +234,7 @@ Configuration ConfigurationOf(const MolView& view, const Partition& partition,
   if (stereo == ZQBondStereo::None) return NoStereo;
   bool odd = stereo == ZQBondStereo::Trans;
   for (const std::uint32_t end : {bond.bgn, bond.end}) {
-    std::uint32_t first = kNone;  // the cell of the reference atom, once it is known
+    std::uint32_t first = none;  // the cell of the reference atom, once it is known
     bool known = false;
     for (const MolView::Edge& edge : view.Edges(end)) {
       if (edge.atom == bond.Other(end)) continue;

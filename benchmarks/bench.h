@@ -1,0 +1,208 @@
+#pragma once
+
+/// What the benchmarks share: databases of synthetic fingerprints, the machine's limit, and
+/// timing. The ways to be compared run in turns, many rounds, and the best time of each counts:
+/// what else the machine does meets all of them alike, and a rate is printed with its ratio to
+/// another of the same run, and the ratio that we hold ourselves to.
+
+#include <immintrin.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "korvex/fpfast_database.h"
+#include "korvex/fpfast_local.h"
+
+namespace bench {
+
+using namespace ZQKorvex;
+
+/// xorshift64: fast enough to make gigabytes, the same on every machine.
+class Random {
+ public:
+  std::uint64_t operator()() {
+    state_ ^= state_ << 13;
+    state_ ^= state_ >> 7;
+    return state_ ^= state_ << 17;
+  }
+
+ private:
+  std::uint64_t state_ = 88172645463325252ULL;
+};
+
+/// Ends the program if an answer is wrong.
+inline void Check(bool right, const char* what) {
+  if (right) return;
+  std::printf("WRONG: %s\n", what);
+  std::exit(1);
+}
+
+inline const ZQFPTypeBase* TypeOf(unsigned int numbits) {
+  return ZQGetPathFPType(numbits, 0, 5, 1, 1);
+}
+
+/// A `.fpbin` file of path fingerprints at random, as dense as those of drug-like molecules (about
+/// one bit in six) and in 512 families, so that every query has near and far neighbours. It is
+/// deleted at the end.
+class Database {
+ public:
+  Database(std::size_t count, unsigned int numbits)
+      : name_(std::filesystem::temp_directory_path() / ("korvex_bench_" + std::to_string(getpid()) +
+                                                        "_" + std::to_string(numbits) + ".fpbin")) {
+    ZQFastFPDatabaseParams params;
+    params.SetFPTypeBase(TypeOf(numbits));
+    params.SetNumFingerPrints(count);
+    const std::size_t numWords = numbits / 64;
+    Random random;
+    std::vector<std::uint64_t> families(512 * numWords);
+    for (std::uint64_t& word : families) word = random() & random();
+    std::ofstream out(name_, std::ios::binary);
+    out << ZQWriteFastFPDatabaseHeaderBlob(params);
+    std::vector<std::uint64_t> record(2 + numWords);
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint64_t* family = &families[random() % 512 * numWords];
+      for (std::size_t w = 0; w < numWords; ++w) {
+        record[2 + w] = (family[w] & random()) | (random() & random() & random() & random());
+      }
+      record[0] = i;
+      record[1] = ZQPopCountPOPCNT(&record[2], numWords);
+      out.write(reinterpret_cast<const char*>(record.data()),
+                static_cast<std::streamsize>(8 * record.size()));
+    }
+    Check(static_cast<bool>(out.flush()), "no room for the database");
+  }
+  ~Database() { std::filesystem::remove(name_); }
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  const std::string& Name() const { return name_; }
+
+ private:
+  std::string name_;
+};
+
+/// Times several ways in turns.
+class Race {
+ public:
+  /// `units` of work are done by one call.
+  void Add(std::string name, double units, std::function<void()> call) {
+    runners_.push_back({std::move(name), units, std::move(call)});
+  }
+
+  void Run(unsigned int rounds) {
+    for (unsigned int round = 0; round < rounds; ++round) {
+      for (Runner& runner : runners_) {
+        const auto start = std::chrono::steady_clock::now();
+        runner.call();
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+        runner.best = std::min(runner.best, time.count());
+      }
+    }
+  }
+
+  double Rate(const std::string& name) const {
+    const auto found = std::find_if(runners_.begin(), runners_.end(),
+                                    [&](const Runner& runner) { return runner.name == name; });
+    return found->units / found->best;
+  }
+
+  /// Prints a rate in millions a second, its ratio to another's, and the least that it should be.
+  void Report(const std::string& name, const std::string& base, double target) const {
+    const double ratio = Rate(name) / Rate(base);
+    std::printf("  %-34s %8.1f M/s   %5.2f of %s (at least %.2f)%s\n", name.c_str(),
+                Rate(name) / 1e6, ratio, base.c_str(), target, ratio < target ? "  <-- below" : "");
+  }
+
+ private:
+  struct Runner {
+    std::string name;
+    double units;
+    std::function<void()> call;
+    double best = std::numeric_limits<double>::max();
+  };
+  std::vector<Runner> runners_;
+};
+
+/// The machine's limit: reads every word, ANDs it with the query and counts, and nothing else.
+__attribute__((target("avx512f,avx512vpopcntdq"))) inline std::uint64_t LimitAvx512(
+    const std::uint64_t* query, const std::uint64_t* words, std::size_t count) {
+  // Records aren't multiples of a vector; the same eight words serve all of them here.
+  const __m512i q = _mm512_loadu_si512(query);
+  __m512i a = _mm512_setzero_si512();
+  __m512i b = _mm512_setzero_si512();
+  for (std::size_t i = 0; i + 16 <= count; i += 16) {
+    const __m512i x = _mm512_and_si512(q, _mm512_loadu_si512(words + i));
+    const __m512i y = _mm512_and_si512(q, _mm512_loadu_si512(words + i + 8));
+    a = _mm512_add_epi64(a, _mm512_popcnt_epi64(x));
+    b = _mm512_add_epi64(b, _mm512_popcnt_epi64(y));
+  }
+  alignas(64) std::uint64_t sums[8];
+  _mm512_store_si512(sums, _mm512_add_epi64(a, b));
+  std::uint64_t sum = 0;
+  for (const std::uint64_t lane : sums) sum += lane;
+  return sum;
+}
+
+__attribute__((target("popcnt"))) inline std::uint64_t LimitPopcnt(const std::uint64_t* query,
+                                                                   const std::uint64_t* words,
+                                                                   std::size_t count) {
+  std::uint64_t sums[4] = {};
+  for (std::size_t i = 0; i + 4 <= count; i += 4) {
+    for (std::size_t k = 0; k < 4; ++k) {
+      sums[k] += static_cast<std::uint64_t>(_mm_popcnt_u64(query[k] & words[i + k]));
+    }
+  }
+  return sums[0] + sums[1] + sums[2] + sums[3];
+}
+
+/// Runs the limit over `words`, shared out over `numThreads` threads.
+inline void Limit(const std::vector<std::uint64_t>& words, unsigned int numThreads = 1) {
+  static const bool wide =
+      __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vpopcntdq");
+  static std::atomic<std::uint64_t> sink;  // keeps the counts from being optimised away
+  const auto scan = [&](unsigned int thread) {
+    const std::size_t begin = words.size() * thread / numThreads;
+    const std::size_t count = words.size() * (thread + 1) / numThreads - begin;
+    const std::uint64_t* query = words.data() + 2;
+    sink += (wide ? LimitAvx512 : LimitPopcnt)(query, words.data() + begin, count);
+  };
+  if (numThreads == 1) return scan(0);
+  std::vector<std::thread> threads;
+  for (unsigned int t = 0; t < numThreads; ++t) threads.emplace_back(scan, t);
+  for (std::thread& thread : threads) thread.join();
+}
+
+/// The records of a file, in memory.
+inline std::vector<std::uint64_t> LoadRecords(const std::string& name) {
+  std::ifstream in(name, std::ios::binary);
+  std::vector<std::uint64_t> records((std::filesystem::file_size(name) - zqHeaderBytes) / 8);
+  in.ignore(zqHeaderBytes);
+  in.read(reinterpret_cast<char*>(records.data()),
+          static_cast<std::streamsize>(8 * records.size()));
+  return records;
+}
+
+inline std::vector<std::pair<std::uint64_t, double>> HitsOf(ZQIter<ZQSimScore> iter) {
+  std::vector<std::pair<std::uint64_t, double>> hits;
+  for (; iter; ++iter) hits.emplace_back(iter->GetIdx(), iter->GetScore());
+  return hits;
+}
+
+/// The first command-line argument as a number.
+inline std::size_t Argument(int argc, char** argv, int index, std::size_t defaultValue) {
+  return argc > index ? std::strtoull(argv[index], nullptr, 10) : defaultValue;
+}
+
+}  // namespace bench
