@@ -10,7 +10,7 @@
 #include "apps/command.h"
 #include "contract/bostrel/strings.h"
 
-using namespace KorvexProgram;  // NOLINT(google-build-using-namespace)
+using namespace KorvexProgram;
 
 namespace {
 

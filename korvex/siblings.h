@@ -7,7 +7,7 @@
 #include "contract/vantrel/platform.h"
 
 namespace ZQKorvex {
-using namespace Bostrel;  // NOLINT(google-build-using-namespace): one namespace for callers
-using namespace Quarnel;  // NOLINT(google-build-using-namespace)
-using namespace Vantrel;  // NOLINT(google-build-using-namespace)
+using namespace Bostrel;
+using namespace Quarnel;
+using namespace Vantrel;
 }  // namespace ZQKorvex
