@@ -9,7 +9,7 @@
 
 namespace KorvexProgram {
 
-using namespace ZQKorvex;: the program is its caller
+using namespace ZQKorvex;
 
 enum ExitCode { Done = 0, BadInput = 1, BadUsage = 2 };
 
