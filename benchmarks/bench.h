@@ -167,16 +167,15 @@ __attribute__((target("popcnt"))) inline std::uint64_t LimitPopcnt(const std::ui
   return sums[0] + sums[1] + sums[2] + sums[3];
 }
 
-/// Runs the limit over `words`, shared out over `numThreads` threads.
-inline void Limit(const std::vector<std::uint64_t>& words, unsigned int numThreads = 1) {
+/// Runs the limit over `count` words, shared out over `numThreads` threads.
+inline void Limit(const std::uint64_t* words, std::size_t count, unsigned int numThreads) {
   static const bool wide =
       __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vpopcntdq");
   static std::atomic<std::uint64_t> sink;  // keeps the counts from being optimised away
   const auto scan = [&](unsigned int thread) {
-    const std::size_t begin = words.size() * thread / numThreads;
-    const std::size_t count = words.size() * (thread + 1) / numThreads - begin;
-    const std::uint64_t* query = words.data() + 2;
-    sink += (wide ? LimitAvx512 : LimitPopcnt)(query, words.data() + begin, count);
+    const std::size_t begin = count * thread / numThreads;
+    const std::size_t end = count * (thread + 1) / numThreads;
+    sink += (wide ? LimitAvx512 : LimitPopcnt)(words, words + begin, end - begin);
   };
   if (numThreads == 1) return scan(0);
   std::vector<std::thread> threads;
@@ -184,15 +183,17 @@ inline void Limit(const std::vector<std::uint64_t>& words, unsigned int numThrea
   for (std::thread& thread : threads) thread.join();
 }
 
-/// The records of a file, in memory.
-inline std::vector<std::uint64_t> LoadRecords(const std::string& name) {
-  std::ifstream in(name, std::ios::binary);
-  std::vector<std::uint64_t> records((std::filesystem::file_size(name) - zqHeaderBytes) / 8);
-  in.ignore(zqHeaderBytes);
-  in.read(reinterpret_cast<char*>(records.data()),
-          static_cast<std::streamsize>(8 * records.size()));
-  return records;
-}
+/// A back end that shows where its records lie, so that the limit reads the same memory.
+template <class BackEnd>
+class Open : public BackEnd {
+ public:
+  using BackEnd::BackEnd;
+  const std::uint64_t* Records() const {
+    const std::uint64_t* records = nullptr;
+    Check(BackEnd::GetRecords(records, "bench"), "records");
+    return records;
+  }
+};
 
 inline std::vector<std::pair<std::uint64_t, double>> HitsOf(ZQIter<ZQSimScore> iter) {
   std::vector<std::pair<std::uint64_t, double>> hits;

@@ -10,7 +10,7 @@
 
 namespace ZQKorvex {
 
-class ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
+class ZQ_EXPORT ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
  public:
   explicit ZQFastFPInMemoryDatabaseImpl(const std::string& filename);
 

@@ -11,7 +11,7 @@
 
 namespace ZQKorvex {
 
-class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl {
+class ZQ_EXPORT ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl {
  public:
   explicit ZQFastFPMemoryMapDatabaseImpl(const std::string& filename);
 

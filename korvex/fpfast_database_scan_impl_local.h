@@ -11,7 +11,7 @@
 
 namespace ZQKorvex {
 
-class ZQFastFPScanDatabaseImpl : public ZQFastFPDatabaseImplBase {
+class ZQ_EXPORT ZQFastFPScanDatabaseImpl : public ZQFastFPDatabaseImplBase {
  public:
   using ZQFastFPDatabaseImplBase::ZQFastFPDatabaseImplBase;
 

@@ -214,12 +214,15 @@ void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batc
   ZQScorer scorer(options, records, popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
-  for (;;) {
-    const unsigned long batchBegin = cursor.fetch_add(batch);
-    if (batchBegin >= numRecords) break;
+  // A batch is taken while the one before is scanned, so that memory can be asked for it in time,
+  // and never for records that are another worker's.
+  unsigned long nextBatch = cursor.fetch_add(batch);
+  while (nextBatch < numRecords) {
+    const unsigned long batchBegin = nextBatch;
     const unsigned long batchEnd = batchBegin + std::min(batch, numRecords - batchBegin);
+    nextBatch = cursor.fetch_add(batch);
     ForBlocks(batchBegin, batchEnd, [&](std::uint64_t begin, std::size_t n) {
-      scorer.Scan(converted.Row(), begin, n, scores.data());
+      scorer.Scan(converted.Row(), begin, n, nextBatch + (begin - batchBegin), scores.data());
       counter.Add(scores.data(), n);
       Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
     });

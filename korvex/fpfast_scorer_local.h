@@ -25,6 +25,10 @@ struct ZQRecords {
 
   std::uint64_t Stride() const { return numWords + 2; }
   const std::uint64_t* At(std::uint64_t index) const { return data + index * Stride(); }
+  /// Where a record would lie, also one beyond the end.
+  std::uintptr_t AddressOf(std::uint64_t index) const {
+    return reinterpret_cast<std::uintptr_t>(data) + 8 * index * Stride();
+  }
   std::uint64_t Id(std::uint64_t index) const { return At(index)[0]; }
   std::uint64_t Count(std::uint64_t index) const { return At(index)[1]; }
   const std::uint64_t* Words(std::uint64_t index) const { return At(index) + 2; }
@@ -40,8 +44,14 @@ class ZQScorer {
  public:
   ZQScorer(const ZQFPDatabaseOptions& options, const ZQRecords& records, ZQPopCountFunc popcount);
 
-  /// Scores the row against the `n` records from `begin` on, at most `zqBlockRecords`.
-  void Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, double* scores);
+  /// Scores the row against the `n` records from `begin` on, at most `zqBlockRecords`. The caller
+  /// goes on with the records from `next` on, which memory is asked for meanwhile.
+  void Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, std::uint64_t next,
+            double* scores);
+  /// The same where the records of a database are scanned in order.
+  void Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, double* scores) {
+    Scan(row, begin, n, begin + recordsAhead_, scores);
+  }
 
   /// Takes up `n` records, at most `zqBlockRecords`, for many rows to come.
   void SetColumns(std::uint64_t begin, std::size_t n);
@@ -64,6 +74,7 @@ class ZQScorer {
   const ZQPopCountFunc popcount_;
   const unsigned int measure_;
   const ZQScanVariant& variant_;
+  const std::uint64_t recordsAhead_;
   const bool fused_;  // the variant's loops run, not the popcount function
 
   std::vector<std::uint64_t> scratch_;

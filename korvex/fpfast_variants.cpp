@@ -16,6 +16,11 @@ namespace {
 #define ZQ_TARGET_AVX2 __attribute__((target("avx2")))
 #define ZQ_TARGET_POPCNT __attribute__((target("popcnt")))
 
+/// Asks for a line of memory, into the second cache.
+[[gnu::always_inline]] inline void Prefetch(std::uintptr_t address) {
+  __builtin_prefetch(reinterpret_cast<const void*>(address), 0, 2);
+}
+
 // Loops over doubles, which the compiler turns into vectors of the width of the function that
 // they are inlined into.
 
@@ -62,11 +67,12 @@ inline __m128i CountLanes(__m128i x) {
   return _mm_sad_epu8(x, _mm_setzero_si128());
 }
 
-void ScanSse2(const std::uint64_t* query, const std::uint64_t* words, std::size_t stride,
-              std::size_t n, std::size_t numWords, std::uint32_t* counts) {
-  for (std::size_t i = 0; i < n; ++i, words += stride) {
+void ScanSse2(const std::uint64_t* query, const std::uint64_t* words, std::uintptr_t ahead,
+              std::size_t stride, std::size_t n, std::size_t numWords, std::uint32_t* counts) {
+  for (std::size_t i = 0; i < n; ++i, words += stride, ahead += 8 * stride) {
     __m128i sum = _mm_setzero_si128();
     for (std::size_t w = 0; w < numWords; w += 2) {
+      if (w % 8 == 0) Prefetch(ahead + 8 * w);
       const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(query + w));
       const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(words + w));
       sum = _mm_add_epi64(sum, CountLanes(_mm_and_si128(a, b)));
@@ -112,11 +118,12 @@ std::uint64_t ReachingOwn(const double* scores, std::size_t n, const double* bar
 bool RunsPopcnt() { return __builtin_cpu_supports("popcnt"); }
 
 ZQ_TARGET_POPCNT void ScanPopcnt(const std::uint64_t* query, const std::uint64_t* words,
-                                 std::size_t stride, std::size_t n, std::size_t numWords,
-                                 std::uint32_t* counts) {
-  for (std::size_t i = 0; i < n; ++i, words += stride) {
+                                 std::uintptr_t ahead, std::size_t stride, std::size_t n,
+                                 std::size_t numWords, std::uint32_t* counts) {
+  for (std::size_t i = 0; i < n; ++i, words += stride, ahead += 8 * stride) {
     std::array<std::uint64_t, 4> sums{};  // so that additions don't wait on one another
     for (std::size_t w = 0; w < numWords; w += 4) {
+      if (w % 8 == 0) Prefetch(ahead + 8 * w);
       for (std::size_t k = 0; k < 4; ++k) {
         sums[k] += static_cast<std::uint64_t>(_mm_popcnt_u64(query[w + k] & words[w + k]));
       }
@@ -130,18 +137,19 @@ ZQ_TARGET_POPCNT void ScanPopcnt(const std::uint64_t* query, const std::uint64_t
 bool RunsAvx2() { return __builtin_cpu_supports("avx2"); }
 
 ZQ_TARGET_AVX2 void ScanAvx2(const std::uint64_t* query, const std::uint64_t* words,
-                             std::size_t stride, std::size_t n, std::size_t numWords,
-                             std::uint32_t* counts) {
+                             std::uintptr_t ahead, std::size_t stride, std::size_t n,
+                             std::size_t numWords, std::uint32_t* counts) {
   const __m256i table = _mm256_setr_epi8(0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4,  //
                                          0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4);
   const __m256i low = _mm256_set1_epi8(0x0F);
   constexpr std::size_t wordsPerByteSum = 4 * 31;  // 31 additions of at most 8 fit a byte
-  for (std::size_t i = 0; i < n; ++i, words += stride) {
+  for (std::size_t i = 0; i < n; ++i, words += stride, ahead += 8 * stride) {
     __m256i sum = _mm256_setzero_si256();
     for (std::size_t begin = 0; begin < numWords; begin += wordsPerByteSum) {
       const std::size_t end = std::min(numWords, begin + wordsPerByteSum);
       __m256i bytes = _mm256_setzero_si256();
       for (std::size_t w = begin; w < end; w += 4) {
+        if (w % 8 == 0) Prefetch(ahead + 8 * w);
         const __m256i common =
             _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(query + w)),
                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words + w)));
@@ -176,28 +184,28 @@ bool RunsAvx512() {
   return static_cast<__mmask8>(left < 8 ? (1U << left) - 1 : 0xFF);
 }
 
-/// The common bits of two fingerprints in eight partial sums.
+/// The common bits of two fingerprints in eight partial sums. A single load in a plain loop is
+/// what the processor's own prefetchers follow best.
 ZQ_TARGET_AVX512 [[gnu::always_inline]] inline __m512i CountAvx512(const std::uint64_t* query,
                                                                    const std::uint64_t* words,
+                                                                   std::uintptr_t ahead,
                                                                    std::size_t numWords) {
-  __m512i even = _mm512_setzero_si512();
-  __m512i odd = _mm512_setzero_si512();
+  __m512i sum = _mm512_setzero_si512();
   std::size_t w = 0;
-  for (; w + 16 <= numWords; w += 16) {
-    even =
-        _mm512_add_epi64(even, _mm512_popcnt_epi64(_mm512_and_si512(
-                                   _mm512_loadu_si512(query + w), _mm512_loadu_si512(words + w))));
-    odd = _mm512_add_epi64(
-        odd, _mm512_popcnt_epi64(_mm512_and_si512(_mm512_loadu_si512(query + w + 8),
-                                                  _mm512_loadu_si512(words + w + 8))));
+#pragma GCC unroll 1
+  for (; w + 8 <= numWords; w += 8) {
+    Prefetch(ahead + 8 * w);
+    const __m512i common =
+        _mm512_and_si512(_mm512_loadu_si512(query + w), _mm512_loadu_si512(words + w));
+    sum = _mm512_add_epi64(sum, _mm512_popcnt_epi64(common));
   }
-  for (; w < numWords; w += 8) {
+  if (w < numWords) {
     const __mmask8 left = LanesLeft(numWords - w);
-    even = _mm512_add_epi64(
-        even, _mm512_popcnt_epi64(_mm512_and_si512(_mm512_maskz_loadu_epi64(left, query + w),
-                                                   _mm512_maskz_loadu_epi64(left, words + w))));
+    const __m512i common = _mm512_and_si512(_mm512_maskz_loadu_epi64(left, query + w),
+                                            _mm512_maskz_loadu_epi64(left, words + w));
+    sum = _mm512_add_epi64(sum, _mm512_popcnt_epi64(common));
   }
-  return _mm512_add_epi64(even, odd);
+  return sum;
 }
 
 /// The 128-bit lanes of `a`, then of `b`, each added to its neighbour.
@@ -206,15 +214,15 @@ ZQ_TARGET_AVX512 [[gnu::always_inline]] inline __m512i FoldAvx512(__m512i a, __m
 }
 
 ZQ_TARGET_AVX512 void ScanAvx512(const std::uint64_t* query, const std::uint64_t* words,
-                                 std::size_t stride, std::size_t n, std::size_t numWords,
-                                 std::uint32_t* counts) {
+                                 std::uintptr_t ahead, std::size_t stride, std::size_t n,
+                                 std::size_t numWords, std::uint32_t* counts) {
   std::size_t i = 0;
   for (; i + 8 <= n; i += 8) {
     // Eight records at a time, so that their partial sums are added up in one tree.
     __m512i sums[8];
-#pragma GCC unroll 8
-    for (std::size_t k = 0; k < 8; ++k, words += stride) {
-      sums[k] = CountAvx512(query, words, numWords);
+#pragma GCC unroll 1
+    for (std::size_t k = 0; k < 8; ++k, words += stride, ahead += 8 * stride) {
+      sums[k] = CountAvx512(query, words, ahead, numWords);
     }
     __m512i pairs[4];
 #pragma GCC unroll 4
@@ -226,9 +234,9 @@ ZQ_TARGET_AVX512 void ScanAvx512(const std::uint64_t* query, const std::uint64_t
         FoldAvx512(FoldAvx512(pairs[0], pairs[1]), FoldAvx512(pairs[2], pairs[3]));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(counts + i), _mm512_cvtepi64_epi32(totals));
   }
-  for (; i < n; ++i, words += stride) {
-    counts[i] =
-        static_cast<std::uint32_t>(_mm512_reduce_add_epi64(CountAvx512(query, words, numWords)));
+  for (; i < n; ++i, words += stride, ahead += 8 * stride) {
+    counts[i] = static_cast<std::uint32_t>(
+        _mm512_reduce_add_epi64(CountAvx512(query, words, ahead, numWords)));
   }
 }
 

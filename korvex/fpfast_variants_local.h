@@ -30,9 +30,11 @@ struct ZQScanVariant {
   bool (*runs)();
 
   /// counts[i]: bits common to the query and record i, for `n` records that start at `words`,
-  /// the fingerprint words of the first, and lie `stride` words apart.
-  void (*scan)(const std::uint64_t* query, const std::uint64_t* words, std::size_t stride,
-               std::size_t n, std::size_t numWords, std::uint32_t* counts);
+  /// the fingerprint words of the first, and lie `stride` words apart. Asks memory for as many
+  /// records from `ahead` on, where the next ones to be scanned lie; it need not be a valid
+  /// address.
+  void (*scan)(const std::uint64_t* query, const std::uint64_t* words, std::uintptr_t ahead,
+               std::size_t stride, std::size_t n, std::size_t numWords, std::uint32_t* counts);
   /// Packs `n` records, at most `zqBlockRecords`: word w of record i goes to
   /// packed[w * zqBlockRecords + i], from an address that is a multiple of 64. Null where packing
   /// doesn't pay: `scan` then serves every row.

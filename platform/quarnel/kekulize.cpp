@@ -168,8 +168,12 @@ void Matching::Flip(std::uint32_t end) {
 }  // namespace
 
 bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit) {
-  thread_local Matching matching;
-  thread_local std::vector<char> candidate;  // by bond
+  struct Scratch {
+    Matching matching;
+    std::vector<char> candidate;  // by bond
+  };
+  thread_local Scratch scratch;
+  auto& [matching, candidate] = scratch;  // looked up once
   MolView& view = MolView::Read(mol, MolView::Properties);
   bool anyAromatic = false;
   for (const MolView::Atom& atom : view.atoms) anyAromatic |= atom.aromatic;

@@ -277,11 +277,15 @@ void SplitByStereo(const MolView& view, Partition& partition) {
 }  // namespace
 
 void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
-  thread_local Partition partition;
-  thread_local Chirality chirality;
-  thread_local Orbits orbits;
-  thread_local std::vector<std::uint8_t> hyb;
-  thread_local std::vector<std::uint32_t> classes;
+  struct Scratch {
+    Partition partition;
+    Chirality chirality;
+    Orbits orbits;
+    std::vector<std::uint8_t> hyb;
+    std::vector<std::uint32_t> classes;
+  };
+  thread_local Scratch scratch;
+  auto& [partition, chirality, orbits, hyb, classes] = scratch;  // looked up once
   const MolView& view = MolView::Read(mol, MolView::Properties);
   const std::uint32_t n = view.NumAtoms();
   FindHybridization(view, hyb);
