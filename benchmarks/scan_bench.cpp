@@ -45,7 +45,7 @@ void Run(const Database& file, unsigned int rounds, double target) {
 
   std::printf("%u bits, %lu records, %s: limit %.1f M/s (%.1f GB/s), of 2 threads %.1f M/s\n",
               query.GetSize(), count, database.GetMemoryTypeString().c_str(),
-              race.Rate("limit") / 1e6, race.Rate("limit") * (query.GetSize() / 8 + 16) / 1e9,
+              race.Rate("limit") / 1e6, race.Rate("limit") * (query.GetSize() / 8.0 + 16) / 1e9,
               race.Rate("limit of 2 threads") / 1e6);
   race.Report("limit 10", "limit", target);
   race.Report("limit 1000", "limit", target);

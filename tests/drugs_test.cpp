@@ -93,8 +93,7 @@ TEST(Drugs, FormulasAreTheOnesTold) {
   EXPECT_GE(library.size(), 300U);
   std::set<std::string> names;
   for (const Entry& entry : library) {
-    ZQMol mol;
-    ASSERT_TRUE(ZQSmilesToMol(mol, entry.smiles)) << entry.name;
+    const ZQMol mol = ReadSmiles(entry.smiles);
     EXPECT_EQ(Formula(mol), entry.formula) << entry.name;
     EXPECT_TRUE(names.insert(entry.name).second) << entry.name << " stands twice";
   }
@@ -111,12 +110,10 @@ TEST(Drugs, PathBitsDoNotDependOnHowTheMoleculeCame) {
       {5, 191, 3}, {6, 4223, 7}, {5, 1 | 256 | 512 | 1024 | 4096, 1}, {7, 0, 1}};
   unsigned int seed = 0;
   for (const Entry& entry : ReadLibrary()) {
-    ZQMol mol;
-    ASSERT_TRUE(ZQSmilesToMol(mol, entry.smiles)) << entry.name;
+    const ZQMol mol = ReadSmiles(entry.smiles);
     ZQMol fromMolfile;
     ASSERT_TRUE(ZQMolfileToMol(fromMolfile, ToMolfile(mol))) << entry.name;
-    ZQMol rewritten;
-    ASSERT_TRUE(ZQSmilesToMol(rewritten, ZQMolToSmiles(mol))) << entry.name;
+    const ZQMol rewritten = ReadSmiles(ZQMolToSmiles(mol));
     ZQMol symmetric(mol);
     ZQPerceiveSymmetry(symmetric, true, false);  // the filter also below its usual size
     const std::vector<std::pair<const char*, ZQMol>> guises{

@@ -36,14 +36,14 @@ TEST(TypeString, RoundTripsForEveryKind) {
        "Circular,ver=2.0.0,size=4096,radius=0-5,atype=AtmNum|Arom|Chiral|FCharge|HCount|EqHalo,"
        "btype=Order"},
       {105,
-       "Tree,ver=2.0.0,size=4096,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,"
-       "btype=Order"},
+       "Tree,ver=2.0.0,size=4096,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,btype="
+       "Order"},
       {9000,
-       "UHPath,ver=2.0.0,bonds=0-5,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb|EqHalo,"
-       "btype=Order|Chiral"},
+       "UHPath,ver=2.0.0,bonds=0-5,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb|EqHalo,btype=Order|"
+       "Chiral"},
       {9001,
-       "UHCircular,ver=2.0.0,radius=0-5,atype=AtmNum|Arom|Chiral|FCharge|HCount|EqHalo,"
-       "btype=Order"},
+       "UHCircular,ver=2.0.0,radius=0-5,atype=AtmNum|Arom|Chiral|FCharge|HCount|EqHalo,btype="
+       "Order"},
       {9002, "UHTree,ver=2.0.0,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,btype=Order"}};
   for (const auto& d : defaults) {
     EXPECT_EQ(ZQGetFPType(d.kind)->GetFPTypeString(), d.text);
@@ -111,8 +111,7 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
   const std::string huge = "Path,ver=2.0.0,size=70000,bonds=0-5," + types;
   const std::string reversed = "Path,ver=2.0.0,size=64,bonds=5-0," + types;
   const std::string moved =
-      "Path,btype=DefaultPathBond,bonds=1-2,size=9,size=64,"
-      "atype=DefaultPathAtom,ver=2.0.0";
+      "Path,btype=DefaultPathBond,bonds=1-2,size=9,size=64,atype=DefaultPathAtom,ver=2.0.0";
   const std::string noVersion = "Version number cannot be initialized for `Lingo` type!";
   const std::string badVersion = "Invalid version for `MACCS166` type!";
   const std::string badToken = "Invalid `Lingo` type string!";
@@ -159,10 +158,9 @@ TEST(TypeString, ParsersTakeThePrefixAnywhereAndLeaveOnesForWhatIsMissing) {
   CapturedReports reports;
   unsigned short version = 1;
   unsigned int numbits = 1, min = 1, max = 1, atype = 1, btype = 1;
-  EXPECT_TRUE(
-      ZQGetPathFPTypeParams("size=4096,Path,ver=2.0.0,bonds=0-5,atype=DefaultPathAtom,"
-                            "btype=DefaultPathBond",
-                            version, numbits, min, max, atype, btype));
+  EXPECT_TRUE(ZQGetPathFPTypeParams(
+      "size=4096,Path,ver=2.0.0,bonds=0-5,atype=DefaultPathAtom,btype=DefaultPathBond", version,
+      numbits, min, max, atype, btype));
   EXPECT_EQ((std::vector<unsigned int>{version, numbits, min, max, atype, btype}),
             (std::vector<unsigned int>{8192, 4096, 0, 5, 191, 3}));
   EXPECT_EQ(reports.Take(), Texts{});

@@ -1,29 +1,22 @@
 #include "korvex/fpfast_create.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "korvex/fpfast_database.h"
 #include "korvex/path.h"
 #include "tests/mol_helpers.h"
+#include "tests/program_helpers.h"
 
 namespace ZQKorvex {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 class CreateTest : public testing::Test {
  protected:
-  CreateTest() { fs::create_directories(folder_); }
-  ~CreateTest() override { fs::remove_all(folder_); }
-
-  std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+  std::string Path(const std::string& name) const { return folder_ / name; }
   // A file of `count` lines, those of `bad` with a text that is no SMILES.
   std::string Molecules(const std::string& name, unsigned int count,
                         const std::vector<unsigned int>& bad = {}) const {
@@ -38,12 +31,7 @@ class CreateTest : public testing::Test {
     return SampleSmiles()[i % SampleSmiles().size()];
   }
 
-  static std::string Bytes(const std::string& name) {
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-
-  fs::path folder_ = fs::temp_directory_path() / ("fpfast_create_" + std::to_string(getpid()));
+  WorkFolder folder_;
 };
 
 bool Create(const std::string& out, const std::string& in, const ZQFPTypeBase* type,
@@ -69,7 +57,7 @@ TEST_F(CreateTest, EveryRecordStandsAtItsIndexForAnyNumberOfThreads) {
     EXPECT_TRUE(std::any_of(reports.Reports().begin(), reports.Reports().end(),
                             [&](const auto& report) { return report.text == text; }));
   }
-  const std::string bytes = Bytes(Path("1.fpbin"));
+  const std::string bytes = ReadFile(Path("1.fpbin"));
   ASSERT_EQ(bytes.size(), 800 + count * 48U);
   for (unsigned int i = 0; i < count; ++i) {
     std::uint64_t record[6];
@@ -78,8 +66,7 @@ TEST_F(CreateTest, EveryRecordStandsAtItsIndexForAnyNumberOfThreads) {
     ZQFingerPrint fp;
     fp.SetSize(256);
     if (std::find(bad.begin(), bad.end(), i) == bad.end()) {
-      ZQMol mol;
-      ASSERT_TRUE(ZQSmilesToMol(mol, Smiles(i)));
+      const ZQMol mol = ReadSmiles(Smiles(i));
       ASSERT_TRUE(ZQMakeFP(fp, mol, SmallType()));
     }
     EXPECT_EQ(record[1], fp.CountBits());
@@ -87,28 +74,26 @@ TEST_F(CreateTest, EveryRecordStandsAtItsIndexForAnyNumberOfThreads) {
   }
   for (const unsigned int threads : {2U, 4U}) {
     ASSERT_TRUE(Create(Path("n.fpbin"), in, SmallType(), threads));
-    EXPECT_EQ(Bytes(Path("n.fpbin")), bytes) << threads;
+    EXPECT_EQ(ReadFile(Path("n.fpbin")), bytes) << threads;
   }
   // A second run starts over, also where the file was longer.
   ASSERT_TRUE(ZQCreateFastFPDatabaseFile(Path("1.fpbin"), Molecules("two.smi", 2), SmallType()));
-  EXPECT_EQ(Bytes(Path("1.fpbin")).size(), 896U);
+  EXPECT_EQ(ReadFile(Path("1.fpbin")).size(), 896U);
 }
 
 TEST_F(CreateTest, BadInputIsRefusedBeforeAFileComesIntoBeing) {
   const std::string mols = Molecules("mols.smi", 3);
   const std::string in = "ZQCreateFastFPDatabaseFile() ";
+  const std::string name = in + "fingerprint database file should have '.fpbin' file extension!";
   const std::string kinds = in + "invalid fingerprint type (only path, circular or tree allowed)!";
   const struct {
     std::string out, mols;
     const ZQFPTypeBase* type;
     std::string report;  // the last
   } cases[] = {
-      {"out.bin", mols, SmallType(),
-       in + "fingerprint database file should have '.fpbin' file extension!"},
-      {"out", mols, SmallType(),
-       in + "fingerprint database file should have '.fpbin' file extension!"},
-      {"out.FPBIN", mols, SmallType(),
-       in + "fingerprint database file should have '.fpbin' file extension!"},
+      {"out.bin", mols, SmallType(), name},
+      {"out", mols, SmallType(), name},
+      {"out.FPBIN", mols, SmallType(), name},
       {"out.fpbin", Path("none.smi"), SmallType(),
        in + "cannot open molecule file " + Path("none.smi") + "!"},
       {"out.fpbin", Molecules("empty.smi", 0), SmallType(), in + "empty molecule database!"},
@@ -126,7 +111,7 @@ TEST_F(CreateTest, BadInputIsRefusedBeforeAFileComesIntoBeing) {
     const Texts texts = reports.Take();
     ASSERT_FALSE(texts.empty()) << c.report;
     EXPECT_EQ(texts.back(), c.report);
-    EXPECT_FALSE(fs::exists(Path(c.out)));
+    EXPECT_FALSE(std::filesystem::exists(Path(c.out)));
   }
 }
 
@@ -177,8 +162,8 @@ TEST_F(CreateTest, CompatibilityIsJudgedByNumberAndFirstRecord) {
   // The same molecules under another type, which is swapped in behind the header.
   ASSERT_TRUE(Create(Path("b.fpbin"), Path("a.smi"), ZQGetPathFPType(256, 0, 4, 1, 1), 1));
   const std::string bytes =
-      Bytes(Path("a.fpbin")).substr(0, 800) + Bytes(Path("b.fpbin")).substr(800);
-  std::ofstream(Path("b.fpbin"), std::ios::binary) << bytes;
+      ReadFile(Path("a.fpbin")).substr(0, 800) + ReadFile(Path("b.fpbin")).substr(800);
+  WriteFile(Path("b.fpbin"), bytes);
   ZQMolDatabase molecules;
   ASSERT_TRUE(molecules.Open(Path("a.smi")));
   reports.Take();

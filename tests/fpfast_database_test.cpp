@@ -114,9 +114,9 @@ TEST_P(BackEnd, QueriesAgreeWithOneAnother) {
 TEST_P(BackEnd, QueriesFromManyThreads) {
   const ZQFastFPDatabase database(file_.Name(), GetParam());
   const Hits expected = HitsOf(database.GetSortedScores(5, {}));
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&] {
+  std::vector<std::thread> threads(4);
+  for (std::thread& thread : threads) {
+    thread = std::thread([&] {
       ZQFPDatabaseOptions options;
       options.SetNumProcessors(2);
       EXPECT_EQ(HitsOf(database.GetSortedScores(5, {})), expected);
@@ -308,8 +308,7 @@ TEST(FastDatabase, QueriesWithAMolecule) {
   const std::vector<std::string> smiles{"CCO", "c1ccccc1", "CC(=O)Oc1ccccc1C(=O)O", "CCN"};
   std::vector<ZQFingerPrint> fps(smiles.size());
   for (std::size_t i = 0; i < smiles.size(); ++i) {
-    ZQMol mol;
-    ASSERT_TRUE(ZQSmilesToMol(mol, smiles[i]));
+    const ZQMol mol = ReadSmiles(smiles[i]);
     ASSERT_TRUE(ZQMakeFP(fps[i], mol, type));
   }
   const TempFile file("molecules.fpbin");

@@ -365,6 +365,7 @@ void ExpectPlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& opt
   ZQFastFPSparseMatrix(out, options, records.data, records.count, records.numWords,
                        ZQPopCountPOPCNT, k);
   std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> got;
+  got.reserve(out.size());
   for (const ZQSimScorePair& pair : out) {
     got.emplace_back(pair.GetIdx1(), pair.GetIdx2(), pair.GetScore());
   }

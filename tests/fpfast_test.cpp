@@ -115,14 +115,14 @@ TEST(HeaderReader, WhatItRefuses) {
   const std::string type = std::string(typeText) + "\n";
   const std::string before = "ZQFastFPDatabaseParams() ";
   const std::string after = file.Name() + " header";
-  const std::string junk(700, 'x');
+  const std::string junk(1400, 'x');
   for (const auto& [content, text] : std::vector<std::pair<std::string, std::string>>{
            {"", "invalid fingerprint database file " + file.Name()},
            {Header("LE\nm\n" + type + "0\n", 4, 0, 100),
             "invalid fingerprint database file " + file.Name()},
            {std::string(900, 'x'), "cannot read molecule filename from " + after},
-           {"LE\n" + junk + junk, "cannot read molecule filename from " + after},
-           {"LE\nm\n" + junk + junk, "cannot read fingerprint type from " + after},
+           {"LE\n" + junk, "cannot read molecule filename from " + after},
+           {"LE\nm\n" + junk, "cannot read fingerprint type from " + after},
            {Header("LE\nm\nPath\n0\n", 4, 0), "invalid fingerprint type in " + after},
            {"LE\n" + std::string(100, 'm') + "\n" + type + "12",
             "cannot read number of fingerprints from " + after},
@@ -145,7 +145,8 @@ TEST(HeaderReader, WhatItRefuses) {
   CapturedReports reports;
   for (const std::string& name : {std::string("/no/such/file"), ::testing::TempDir()}) {
     EXPECT_FALSE(ZQFastFPDatabaseParams(name).IsValid());
-    EXPECT_EQ(reports.Take(), Texts{before + "cannot open fingerprint database file " + name});
+    EXPECT_EQ(reports.Take(),
+              Texts{"ZQFastFPDatabaseParams() cannot open fingerprint database file " + name});
   }
 }
 

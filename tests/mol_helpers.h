@@ -1,7 +1,7 @@
 #pragma once
 
-/// What several tests share: molecules as literals and in other guises, a molecule with values of
-/// the test's choice, and a sink that keeps reports.
+/// What several tests share: molecules as literals and in other guises, and a sink that keeps
+/// reports.
 
 #include <gtest/gtest.h>
 
@@ -18,10 +18,13 @@
 #include "contract/quarnel/readers.h"
 
 /// A molecule written as SMILES: "CC(=O)O"_mol.
-inline Quarnel::ZQMol operator""_mol(const char* smiles, std::size_t length) {
+inline Quarnel::ZQMol ReadSmiles(std::string_view smiles) {
   Quarnel::ZQMol mol;
-  EXPECT_TRUE(Quarnel::ZQSmilesToMol(mol, std::string_view(smiles, length))) << smiles;
+  EXPECT_TRUE(Quarnel::ZQSmilesToMol(mol, smiles)) << smiles;
   return mol;
+}
+inline Quarnel::ZQMol operator""_mol(const char* smiles, std::size_t length) {
+  return ReadSmiles({smiles, length});
 }
 
 /// Keeps all reports while it lives, and lets Fatal go on.
@@ -137,115 +140,3 @@ inline const std::vector<std::string>& SampleSmiles() {
   };
   return smiles;
 }
-
-/// A molecule of another toolkit: every value is what the test says, perception changes none, and
-/// slots left out are holes.
-class MockMol final : public Quarnel::ZQMolBase {
- public:
-  struct Bond;
-  struct Atom final : Quarnel::ZQAtomBase {
-    unsigned int idx = 0, atomicNum = 6, implicitH = 0, hyb = 0, symmetryClass = 0;
-    int charge = 0;
-    bool aromatic = false, inRing = false, chiral = false;
-    std::vector<Bond*> bonds;
-
-    unsigned int GetIdx() const override { return idx; }
-    unsigned int GetAtomicNum() const override { return atomicNum; }
-    int GetFormalCharge() const override { return charge; }
-    unsigned int GetIsotope() const override { return 0; }
-    unsigned int GetMapIdx() const override { return 0; }
-    unsigned int GetImplicitHCount() const override { return implicitH; }
-    Quarnel::ZQAtomStereo GetStereo() const override { return {}; }
-    unsigned int GetHyb() const override { return hyb; }
-    unsigned int GetSymmetryClass() const override { return symmetryClass; }
-    bool IsAromatic() const override { return aromatic; }
-    bool IsInRing() const override { return inRing; }
-    bool IsChiral() const override { return chiral; }
-    void SetFormalCharge(int) override {}
-    void SetIsotope(unsigned int) override {}
-    void SetMapIdx(unsigned int) override {}
-    void SetImplicitHCount(unsigned int) override {}
-    void SetStereo(Quarnel::ZQAtomStereo) override {}
-    void SetHyb(unsigned int) override {}
-    void SetSymmetryClass(unsigned int) override {}
-    void SetAromatic(bool) override {}
-    void SetInRing(bool) override {}
-    void SetChiral(bool) override {}
-    Quarnel::ZQBondBase* NextBond(const Quarnel::ZQBondBase* previous) const override {
-      auto at = bonds.begin();
-      if (previous) at = std::find(bonds.begin(), bonds.end(), previous) + 1;
-      return at == bonds.end() ? nullptr : *at;
-    }
-  };
-  struct Bond final : Quarnel::ZQBondBase {
-    unsigned int idx = 0, order = 1;
-    Atom *bgn = nullptr, *end = nullptr;
-    bool aromatic = false, inRing = false, chiral = false;
-
-    unsigned int GetIdx() const override { return idx; }
-    Quarnel::ZQAtomBase* GetBgn() const override { return bgn; }
-    Quarnel::ZQAtomBase* GetEnd() const override { return end; }
-    unsigned int GetOrder() const override { return order; }
-    Quarnel::ZQBondStereo GetStereo() const override { return {}; }
-    bool IsAromatic() const override { return aromatic; }
-    bool IsInRing() const override { return inRing; }
-    bool IsChiral() const override { return chiral; }
-    void SetOrder(unsigned int) override {}
-    void SetStereo(Quarnel::ZQBondStereo) override {}
-    void SetAromatic(bool) override {}
-    void SetInRing(bool) override {}
-    void SetChiral(bool) override {}
-  };
-
-  /// An atom or bond at an index of the test's choice.
-  Atom& AddAtom(unsigned int idx, unsigned int atomicNum) {
-    atoms_.resize(std::max<std::size_t>(atoms_.size(), idx + 1));
-    atoms_[idx] = std::make_unique<Atom>();
-    atoms_[idx]->idx = idx;
-    atoms_[idx]->atomicNum = atomicNum;
-    return *atoms_[idx];
-  }
-  Bond& AddBond(unsigned int idx, Atom& bgn, Atom& end, unsigned int order) {
-    bonds_.resize(std::max<std::size_t>(bonds_.size(), idx + 1));
-    bonds_[idx] = std::make_unique<Bond>();
-    Bond& bond = *bonds_[idx];
-    bond.idx = idx;
-    bond.order = order;
-    bond.bgn = &bgn;
-    bond.end = &end;
-    bgn.bonds.push_back(&bond);
-    end.bonds.push_back(&bond);
-    return bond;
-  }
-
-  bool IsValid() const override { return true; }
-  void SetValid(bool) override {}
-  const std::string& GetTitle() const override { return title_; }
-  void SetTitle(const std::string&) override {}
-  unsigned int NumAtoms() const override {
-    return static_cast<unsigned int>(
-        std::count_if(atoms_.begin(), atoms_.end(), [](const auto& a) { return a != nullptr; }));
-  }
-  unsigned int NumBonds() const override {
-    return static_cast<unsigned int>(
-        std::count_if(bonds_.begin(), bonds_.end(), [](const auto& b) { return b != nullptr; }));
-  }
-  unsigned int GetMaxAtomIdx() const override { return static_cast<unsigned int>(atoms_.size()); }
-  unsigned int GetMaxBondIdx() const override { return static_cast<unsigned int>(bonds_.size()); }
-  Quarnel::ZQAtomBase* GetAtomAt(unsigned int idx) const override { return atoms_[idx].get(); }
-  Quarnel::ZQBondBase* GetBondAt(unsigned int idx) const override { return bonds_[idx].get(); }
-  Quarnel::ZQAtomBase* NewAtom(unsigned int) override { return nullptr; }
-  Quarnel::ZQBondBase* NewBond(Quarnel::ZQAtomBase*, Quarnel::ZQAtomBase*, unsigned int) override {
-    return nullptr;
-  }
-  bool DeleteAtom(Quarnel::ZQAtomBase*) override { return false; }
-  bool DeleteBond(Quarnel::ZQBondBase*) override { return false; }
-  void Clear() override {}
-  bool IsPerceived(unsigned int) const override { return true; }
-  void SetPerceived(unsigned int, bool) override {}
-
- private:
-  std::vector<std::unique_ptr<Atom>> atoms_;
-  std::vector<std::unique_ptr<Bond>> bonds_;
-  std::string title_;
-};

@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -14,6 +12,7 @@
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/readers.h"
 #include "tests/mol_helpers.h"
+#include "tests/program_helpers.h"
 
 namespace Quarnel {
 
@@ -31,16 +30,12 @@ const std::string packedSecond(
 
 class MolDatabase : public ::testing::Test {
  protected:
-  void SetUp() override { std::filesystem::create_directory(folder_); }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
-  std::string Path(const std::string& name) const { return folder_ + "/" + name; }
+  std::string Path(const std::string& name) const { return folder_ / name; }
   std::string Write(const std::string& name, const std::string& text) const {
-    std::ofstream(Path(name), std::ios::binary) << text;
+    WriteFile(folder_ / name, text);
     return Path(name);
   }
-  std::string folder_ = ::testing::TempDir() + "moldatabase_test." +
-                        ::testing::UnitTest::GetInstance()->current_test_info()->name();
+  WorkFolder folder_;
 };
 
 std::string Molfile(const std::string& title, const std::string& symbol) {
@@ -162,8 +157,7 @@ TEST_F(MolDatabase, ManyThreadsReadOneDatabase) {
   for (unsigned int i = 0; i < 3000; ++i) {
     const std::string& smiles = SampleSmiles()[i % SampleSmiles().size()];
     text += smiles + " m" + std::to_string(i) + '\n';
-    ZQMol mol;
-    ASSERT_TRUE(ZQSmilesToMol(mol, smiles));
+    const ZQMol mol = ReadSmiles(smiles);
     expected.push_back(ZQMolToSmiles(mol));
   }
   ZQMolDatabase db;

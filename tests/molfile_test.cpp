@@ -141,8 +141,7 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
        {{1, 2, 2}, {2, 3}, {3, 4}, {4, 1}}},
   };
   for (const Case& c : cases) {
-    ZQMol expected;
-    ASSERT_TRUE(ZQSmilesToMol(expected, c.smiles)) << c.smiles;
+    const ZQMol expected = ReadSmiles(c.smiles);
     for (const bool v3000 : {false, true}) {
       const std::string text = Write(c.atoms, c.bonds, v3000);
       std::string withReturns;
@@ -182,56 +181,52 @@ TEST(MolfileReader, ReportsLineFindingAndExpectation) {
   const auto with = [](std::string text, const std::string& from, const std::string& to) {
     return text.replace(text.find(from), from.size(), to);
   };
-  const struct {
-    std::string text;
-    const char* message;
-  } cases[] = {
-      {"", "molfile line 4: found the end, expected the counts line, the fourth of a molfile"},
+  const std::pair<std::string, const char*> cases[] = {
+      {"", "4: found the end, expected the counts line, the fourth of a molfile"},
       {with(good, "  2  1", "  x  1"),
-       "molfile line 4: found \"x  1  0  0  0  0...\", expected the "
-       "numbers of atoms and bonds, three columns each"},
+       "4: found \"x  1  0  0  0  0...\", expected the numbers of atoms and bonds, three columns "
+       "each"},
       {with(good, "  2  1", "  4  1"),
-       "molfile line 7: found \"1  2  1  0\", expected an atom: three "
-       "coordinates of ten columns, a blank and a symbol"},
+       "7: found \"1  2  1  0\", expected an atom: three coordinates of ten columns, a blank and a "
+       "symbol"},
       {with(good, "  2  1", "  2  2"),
-       "molfile line 8: found \"A    1\", expected a bond: two atom "
-       "numbers, type and stereo, three columns each"},
-      {with(good, " O  ", " Qq "), "molfile line 6: found \"Qq\", expected an element symbol"},
+       "8: found \"A    1\", expected a bond: two atom numbers, type and stereo, three columns "
+       "each"},
+      {with(good, " O  ", " Qq "), "6: found \"Qq\", expected an element symbol"},
       {with(good, "  1  2  1", "  1  3  1"),
-       "molfile line 7: found \"1  3\", expected two numbers of atoms of this molfile"},
+       "7: found \"1  3\", expected two numbers of atoms of this molfile"},
       {with(good, "  1  2  1", "  2  2  1"),
-       "molfile line 7: found \"2  2  1  0\", expected a bond between two atoms"},
+       "7: found \"2  2  1  0\", expected a bond between two atoms"},
       {with(with(good, "  2  1", "  2  2"), "  1  2  1", "  1  2  2  0\n  2  1  1"),
-       "molfile line 8: found a second bond between two atoms, expected one"},
+       "8: found a second bond between two atoms, expected one"},
       {with(good, "  1  2  1", "  1  2  5"),
-       "molfile line 7: found \"5\", expected a bond type of a molecule: 1 to 4, 8, 9 or 10"},
+       "7: found \"5\", expected a bond type of a molecule: 1 to 4, 8, 9 or 10"},
       {with(good, "  1  2  1", "  1  2  4"),
-       "molfile line 5: found an aromatic atom in no such ring, expected rings of alternating "
-       "single and double bonds"},
+       "5: found an aromatic atom in no such ring, expected rings of alternating single and double "
+       "bonds"},
       {with(good, "A    1", "M  CHG  1   3   1"),
-       "molfile line 8: found \"3   1\", expected the number of an atom of this molfile"},
+       "8: found \"3   1\", expected the number of an atom of this molfile"},
       {with(good, "A    1", "M  CHG  1   1  99"),
-       "molfile line 8: found \"99\", expected a charge from -15 to 15"},
-      {with(good, "\nM  END\n", "\n$$$$\n"),
-       "molfile line 12: found \"$$$$\", expected \"M  END\""},
+       "8: found \"99\", expected a charge from -15 to 15"},
+      {with(good, "\nM  END\n", "\n$$$$\n"), "12: found \"$$$$\", expected \"M  END\""},
       {with(good3, "COUNTS 2 1", "COUNTS 3 1"),
-       "molfile line 23: found \"END CTAB\", expected the atoms and bonds that the counts promise"},
+       "23: found \"END CTAB\", expected the atoms and bonds that the counts promise"},
       {with(good3, "COUNTS 2 1", "COUNTS 1 1"),
-       "molfile line 11: found \"11 O 1 0 0 2 CHG...\", expected the end of the block, as the "
-       "counts "
-       "promise no more"},
+       "11: found \"11 O 1 0 0 2 CHG...\", expected the end of the block, as the counts promise no "
+       "more"},
       {with(good3, "M  V30 END BOND", "M  END"),
-       "molfile line 15: found \"M  END\", expected a line that begins with \"M  V30\""},
+       "15: found \"M  END\", expected a line that begins with \"M  V30\""},
       {with(good3, " 10 11 CFG", " 10 12 CFG"),
-       "molfile line 14: found \"1 1 10 12 CFG=0\", expected two numbers of atoms of this molfile"},
+       "14: found \"1 1 10 12 CFG=0\", expected two numbers of atoms of this molfile"},
       {with(good3, "CHG=0", "CHG=x"),
-       "molfile line 9: found \"CHG=x\", expected a whole number behind the \"=\""},
+       "9: found \"CHG=x\", expected a whole number behind the \"=\""},
   };
   CapturedReports reports;
-  for (const auto& c : cases) {
+  for (const auto& [text, message] : cases) {
     ZQMol mol("CC"_mol);
-    EXPECT_FALSE(ZQMolfileToMol(mol, c.text, "record 3 of x.sdf")) << c.text;
-    EXPECT_EQ(reports.Take(), Texts{std::string("record 3 of x.sdf: ") + c.message}) << c.text;
+    EXPECT_FALSE(ZQMolfileToMol(mol, text, "record 3 of x.sdf")) << text;
+    EXPECT_EQ(reports.Take(), Texts{"record 3 of x.sdf: molfile line " + std::string(message)})
+        << text;
     EXPECT_FALSE(mol.IsValid());
     EXPECT_EQ(mol.NumAtoms(), 0U);
   }

@@ -149,8 +149,7 @@ TEST(Path, VisitsExactlyTheWalksThatTheDefinitionNames) {
   std::mt19937 random(7);
   for (const std::string& smiles : SampleSmiles()) {
     SCOPED_TRACE(smiles);
-    ZQMol mol;
-    ASSERT_TRUE(ZQSmilesToMol(mol, smiles));
+    const ZQMol mol = ReadSmiles(smiles);
     const unsigned int atype = random() % 8192;
     const unsigned int btype = random() % 8;
     const unsigned int min = random() % 4;
@@ -162,18 +161,20 @@ TEST(Path, VisitsExactlyTheWalksThatTheDefinitionNames) {
 TEST(Path, BitsDontDependOnNumberingHydrogensOrSymmetryClasses) {
   for (const std::string& smiles : SampleSmiles()) {
     SCOPED_TRACE(smiles);
-    ZQMol mol;
-    ASSERT_TRUE(ZQSmilesToMol(mol, smiles));
+    const ZQMol mol = ReadSmiles(smiles);
+    // All flags at once, so that a perceived value or a class that merges too much shows. A
+    // shuffled molecule is matched from elsewhere: another Kekulé structure.
     ZQFingerPrint fp;
-    ASSERT_TRUE(ZQMakePathFP(fp, mol));
-    for (unsigned int seed = 0; seed < 4; ++seed) {
-      const ZQMol other = seed % 2 ? Shuffled(WithHydrogens(mol), seed) : Shuffled(mol, seed);
+    ASSERT_TRUE(ZQMakePathFP(fp, mol, 4096, 0, 5, 127 + 4096, 7));
+    for (unsigned int seed = 0; seed < 8; ++seed) {
+      ZQMol other = Shuffled(mol, seed);
+      ASSERT_TRUE(ZQKekulize(other));
+      if (seed % 2 != 0) other = Shuffled(WithHydrogens(other), seed);
       ZQFingerPrint again;
-      ASSERT_TRUE(ZQMakePathFP(again, other));
-      EXPECT_TRUE(again == fp);
+      ASSERT_TRUE(ZQMakePathFP(again, other, 4096, 0, 5, 127 + 4096, 7));
+      EXPECT_TRUE(again == fp) << seed;
     }
-    // All flags at once, so that a class that merges too much shows; every walk against one for
-    // each class.
+    // Every walk against those from one atom of each class.
     Prepared<unsigned int> every(mol, 127 + 4096, 7, false);
     Prepared<unsigned int> filtered(mol, 127 + 4096, 7, true);
     std::set<unsigned int> everyId;
