@@ -1,6 +1,6 @@
 # Read by run.sh and test.sh: what a fresh Debian 12 needs, and the release build.
 
-packages=(g++ cmake make zlib1g-dev rapidjson-dev libgtest-dev libbenchmark-dev)
+packages=(g++ cmake make zlib1g-dev rapidjson-dev libgtest-dev)
 
 # Installs the packages that are missing, as root or with sudo, and says so.
 install_packages() {
