@@ -218,8 +218,8 @@ ZQFastFPDatabaseParams::ZQFastFPDatabaseParams(const std::string& filename) {
 bool ZQFastFPDatabaseParams::IsConsistent() const {
   std::uint64_t recordBytes = 0;
   std::uint64_t bytes = 0;
-  return valid_ && IsStorable(type_->GetFPType()) &&
-         ZQGetFingerPrintSize(type_) % 64 == 0 && ZQGetFingerPrintSize(type_) / 64 == numWords_ &&
+  return valid_ && IsStorable(type_->GetFPType()) && ZQGetFingerPrintSize(type_) % 64 == 0 &&
+         ZQGetFingerPrintSize(type_) / 64 == numWords_ &&
          !__builtin_mul_overflow(numWords_ + zqRecordPrefixWords, 8, &recordBytes) &&
          !__builtin_mul_overflow(recordBytes, numFingerPrints_, &bytes) &&
          !__builtin_add_overflow(bytes, zqHeaderBytes, &bytes) && bytes == fileSize_;

@@ -294,8 +294,7 @@ ZQFPVariogram ZQFastFPDatabase::GetVariogram(const std::vector<float>& values,
 ZQIter<ZQSimScorePair> ZQFastFPDatabase::GetSparseMatrix(const ZQFPDatabaseOptions& options) const {
   const char* caller = "ZQFastFPDatabase::GetSparseMatrix()";
   if (!IsValidDatabase(caller)) return {};
-  return Guarded(caller, ZQIter<ZQSimScorePair>(),
-                 [&] { return impl_->GetSparseMatrix(options); });
+  return Guarded(caller, ZQIter<ZQSimScorePair>(), [&] { return impl_->GetSparseMatrix(options); });
 }
 
 bool ZQIsFastFPDatabaseReady() { return ZQGetPopCountMethod() != 0; }

@@ -51,7 +51,8 @@ class ZQ_EXPORT ZQFastFPDatabase {
   std::int64_t GetMoleculeIndex(std::uint64_t index) const;
 
   /// Scores no worse than the cutoff, in file order. Limit and order don't count.
-  ZQIter<ZQSimScore> GetScores(const ZQFingerPrint& query, const ZQFPDatabaseOptions& options) const;
+  ZQIter<ZQSimScore> GetScores(const ZQFingerPrint& query,
+                               const ZQFPDatabaseOptions& options) const;
   ZQIter<ZQSimScore> GetScores(const ZQMolBase& query, const ZQFPDatabaseOptions& options) const;
   ZQIter<ZQSimScore> GetScores(std::uint64_t index, const ZQFPDatabaseOptions& options) const;
 

@@ -46,8 +46,9 @@ const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetRecord(std::uint64_t inde
 }
 
 void ZQFastFPMemoryMapDatabaseImpl::WarnOfLimit(const char* caller, unsigned int limit) const {
-  ZQThrow.Warning("%s set to retrieve more nearest neighbors (%u) than there are fingerprints (%lu)!",
-                  caller, limit, NumFingerPrints());
+  ZQThrow.Warning(
+      "%s set to retrieve more nearest neighbors (%u) than there are fingerprints (%lu)!", caller,
+      limit, NumFingerPrints());
 }
 
 }  // namespace ZQKorvex

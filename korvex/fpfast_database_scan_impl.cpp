@@ -69,9 +69,8 @@ std::vector<ZQIter<ZQSimScore>> ZQFastFPScanDatabaseImpl::GetSortedScores(
 ZQIter<double> ZQFastFPScanDatabaseImpl::GetRawScores(const ZQFingerPrint& query,
                                                       const ZQFPDatabaseOptions& options) const {
   std::vector<double> scores;
-  if (!WithRecords("ZQFastFPDatabase::GetRawScores()", [&](auto... records) {
-        ZQFastFPRaw(scores, query, options, records...);
-      })) {
+  if (!WithRecords("ZQFastFPDatabase::GetRawScores()",
+                   [&](auto... records) { ZQFastFPRaw(scores, query, options, records...); })) {
     return {};
   }
   return MakeIter(std::move(scores));
@@ -162,8 +161,8 @@ unsigned int ZQFastFPScanDatabaseImpl::SortedSearch(ZQSimSearchResult& result,
 }
 
 bool ZQFastFPScanDatabaseImpl::GetFingerPrint(std::vector<std::uint64_t>& words,
-                                              std::uint64_t& moleculeIndex,
-                                              std::uint64_t& popcount, std::uint64_t index) const {
+                                              std::uint64_t& moleculeIndex, std::uint64_t& popcount,
+                                              std::uint64_t index) const {
   words.clear();
   if (!ZQ_ASSERT(IsValid())) return false;
   if (index >= params_.NumFingerPrints()) {

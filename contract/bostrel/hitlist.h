@@ -80,8 +80,8 @@ class ZQHitList {
   }
 
   void SortFinally() {
-    const auto end = items_.begin() + static_cast<std::ptrdiff_t>(
-                                          std::min<std::size_t>(limit_, items_.size()));
+    const auto end =
+        items_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(limit_, items_.size()));
     std::partial_sort(items_.begin(), end, items_.end(), better_);
     items_ = std::vector<T>(items_.begin(), end);
     if (worst_ >= 0) worst_ = static_cast<std::ptrdiff_t>(items_.size()) - 1;
