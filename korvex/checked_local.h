@@ -1,8 +1,10 @@
 #pragma once
 
-/// Conversions from integers to floating point that report a value beyond the range in which
-/// every integer is exact: 2^24 for float, 2^53 for double. The check inlines to one compare.
+/// Conversions between numbers that report a value which the target can't hold: integers to
+/// floating point beyond the range in which every integer is exact (2^24 for float, 2^53 for
+/// double), and narrowing ones. The check inlines to one compare.
 
+#include <cmath>
 #include <concepts>
 #include <cstdint>
 #include <limits>
@@ -24,12 +26,12 @@ inline constexpr const char* zqNumberName<float> = "float";
 template <>
 inline constexpr const char* zqNumberName<double> = "double";
 
-template <std::floating_point Real, std::unsigned_integral Integer>
-[[gnu::cold, gnu::noinline]] void ZQReportInexactConversion(Integer value, Integer limit) {
+template <class To, class From>
+[[gnu::cold, gnu::noinline]] void ZQReportConversion(From value, To limit) {
   std::string message;
-  message.append("(").append(zqNumberName<Integer>).append(")").append(std::to_string(value));
-  message.append(" is greater than the maximum allowed(").append(zqNumberName<Real>).append(")");
-  message.append(std::to_string(static_cast<Real>(limit)));
+  message.append("(").append(zqNumberName<From>).append(")").append(std::to_string(value));
+  message.append(" is greater than the maximum allowed(").append(zqNumberName<To>).append(")");
+  message.append(std::to_string(limit));
   message.append(" when performing conversions between integers and floating point types");
   ZQThrow.Fatal("%s\nAssertion failed at line %d of %s.\n", message.c_str(), 0, "(unknown)");
 }
@@ -39,11 +41,27 @@ template <std::floating_point Real, std::unsigned_integral Integer>
 inline Real ZQChecked(Integer value) {
   constexpr Integer limit = Integer{1} << std::numeric_limits<Real>::digits;
   if (value > limit) [[unlikely]]
-    ZQReportInexactConversion<Real>(value, limit);
+    ZQReportConversion(value, static_cast<Real>(limit));
   return static_cast<Real>(value);
 }
 
 inline float ZQCheckedFloat(unsigned int value) { return ZQChecked<float>(value); }
 inline double ZQCheckedDouble(std::uint64_t value) { return ZQChecked<double>(value); }
+
+// To a narrower number: the plain cast, after a Fatal report if the value is beyond its range.
+
+inline unsigned int ZQCheckedUnsigned(std::uint64_t value) {
+  constexpr unsigned int limit = std::numeric_limits<unsigned int>::max();
+  if (value > limit) [[unlikely]]
+    ZQReportConversion(value, limit);
+  return static_cast<unsigned int>(value);
+}
+
+inline float ZQCheckedFloat(double value) {
+  constexpr float limit = std::numeric_limits<float>::max();
+  if (std::abs(value) > limit) [[unlikely]]
+    ZQReportConversion(value, limit);
+  return static_cast<float>(value);
+}
 
 }  // namespace ZQKorvex

@@ -4,8 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "korvex/checked_local.h"
 #include "korvex/fpfast_kernels_local.h"
-#include "korvex/narrowing_local.h"
 
 namespace ZQKorvex {
 

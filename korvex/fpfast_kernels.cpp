@@ -11,9 +11,9 @@
 #include <thread>
 #include <utility>
 
+#include "korvex/checked_local.h"
 #include "korvex/fpfast_local.h"
 #include "korvex/fpfast_scorer_local.h"
-#include "korvex/narrowing_local.h"
 
 namespace ZQKorvex {
 

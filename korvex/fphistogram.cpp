@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "korvex/checked_local.h"
-#include "korvex/narrowing_local.h"
 
 namespace ZQKorvex {
 
@@ -58,7 +57,7 @@ unsigned long BinIdx(Real x, const ZQFPHistogram& histogram) {
   const Real position = std::floor((x - lower) / binSize);
   constexpr auto limit = static_cast<Real>(1UL << std::numeric_limits<Real>::digits);
   if (!(position <= limit)) [[unlikely]] {
-    ZQReportNarrowing(std::to_string(position), std::to_string(limit));
+    ZQReportConversion(position, static_cast<unsigned long>(limit));
     return last;
   }
   return std::min(static_cast<unsigned long>(position), last);

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "korvex/narrowing_local.h"
+#include "korvex/checked_local.h"
 #include "korvex/simsearch_result_impl_local.h"
 
 namespace ZQKorvex {

@@ -1,9 +1,11 @@
 #include "platform/quarnel/elements_local.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
 #include "contract/quarnel/perception.h"
+#include "platform/quarnel/valence_electrons_local.h"
 
 namespace Quarnel {
 
@@ -51,33 +53,11 @@ constexpr SymbolTable MakeSymbolTable() {
 
 constexpr SymbolTable symbolTable = MakeSymbolTable();
 
-// Valence electrons of the elements that take implicit hydrogens. A metal takes none.
-constexpr int NumValenceElectrons(unsigned int atomicNum) {
-  switch (atomicNum) {
-    case 5:
-      return 3;
-    case 6:
-    case 14:
-    case 32:
-      return 4;
-    case 7:
-    case 15:
-    case 33:
-      return 5;
-    case 8:
-    case 16:
-    case 34:
-    case 52:
-      return 6;
-    case 9:
-    case 17:
-    case 35:
-    case 53:
-    case 85:
-      return 7;
-    default:
-      return 0;
-  }
+// The elements that take implicit hydrogens. A metal takes none.
+constexpr bool TakesHydrogens(unsigned int atomicNum) {
+  constexpr std::array<unsigned int, 16> elements{5,  6,  14, 32, 7,  15, 33, 8,
+                                                  16, 34, 52, 9,  17, 35, 53, 85};
+  return std::ranges::find(elements, atomicNum) != elements.end();
 }
 
 }  // namespace
@@ -104,8 +84,9 @@ unsigned int GetReferenceMass(unsigned int atomicNum) noexcept {
 // nitro group is often drawn with two double bonds.
 unsigned int ZQDefaultHCount(unsigned int atomicNum, int charge, unsigned int bondOrderSum) {
   if (atomicNum == 1) return charge == 0 && bondOrderSum == 0 ? 1 : 0;
-  const int own = NumValenceElectrons(atomicNum);
-  if (own == 0 || charge <= own - 8 || charge >= own) return 0;
+  if (!TakesHydrogens(atomicNum)) return 0;
+  const auto own = static_cast<int>(GetValenceElectrons(atomicNum));
+  if (charge <= own - 8 || charge >= own) return 0;
   const int electrons = own - charge;
   const bool expands =
       (electrons == 5 || electrons == 6) && (atomicNum > 10 || (atomicNum == 7 && charge == 0));
