@@ -62,6 +62,14 @@ bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values, std::uin
 /// an assertion failure.
 ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id);
 
+/// The type of a kind under a version, without a test of either: what a stored record says.
+const ZQFPTypeBase* ZQInternFPType(const ZQFPKind& kind, unsigned short version, std::uint64_t id);
+/// The type of a kind by its parameters, under the current version or a given one; null after an
+/// assertion failure for each that is out of its range.
+const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, const ZQFPTypeValues& values = {});
+const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, unsigned short version,
+                                const ZQFPTypeValues& values = {});
+
 /// Appends the type string.
 void ZQAppendFPTypeString(std::string& text, const ZQFPKind& kind, unsigned short version,
                           std::uint64_t id);
@@ -98,44 +106,22 @@ class ZQFPLingoType final : public ZQFPConcreteType<ZQFPLingoType> {
   using ZQFPConcreteType::ZQFPConcreteType;
 };
 
-/// The hashed kinds with parameters.
-template <class T>
-class ZQFPHashedType : public ZQFPConcreteType<T> {
- public:
-  using ZQFPConcreteType<T>::ZQFPConcreteType;
-  static void SetParamsFromID(std::uint64_t id, unsigned int& numbits, unsigned int& min,
-                              unsigned int& max, unsigned int& atype, unsigned int& btype) {
-    const ZQFPTypeValues values = ZQUnpackFPTypeID(T::kind, id);
-    numbits = values.numbits;
-    min = values.minDistance;
-    max = values.maxDistance;
-    atype = values.atype;
-    btype = values.btype;
-  }
-  static std::uint64_t GetIDFromParams(unsigned int numbits, unsigned int min, unsigned int max,
-                                       unsigned int atype, unsigned int btype) {
-    std::uint64_t id = 0;
-    ZQPackFPTypeID(T::kind, {numbits, min, max, atype, btype}, id);
-    return id;
-  }
-};
-
-class ZQFPPathType final : public ZQFPHashedType<ZQFPPathType> {
+class ZQFPPathType final : public ZQFPConcreteType<ZQFPPathType> {
  public:
   static constexpr const ZQFPKind& kind = zqPathKind;
-  using ZQFPHashedType::ZQFPHashedType;
+  using ZQFPConcreteType::ZQFPConcreteType;
 };
 
-class ZQFPCircularType final : public ZQFPHashedType<ZQFPCircularType> {
+class ZQFPCircularType final : public ZQFPConcreteType<ZQFPCircularType> {
  public:
   static constexpr const ZQFPKind& kind = zqCircularKind;
-  using ZQFPHashedType::ZQFPHashedType;
+  using ZQFPConcreteType::ZQFPConcreteType;
 };
 
-class ZQFPTreeType final : public ZQFPHashedType<ZQFPTreeType> {
+class ZQFPTreeType final : public ZQFPConcreteType<ZQFPTreeType> {
  public:
   static constexpr const ZQFPKind& kind = zqTreeKind;
-  using ZQFPHashedType::ZQFPHashedType;
+  using ZQFPConcreteType::ZQFPConcreteType;
 };
 
 class ZQFPUnhashedPathType final : public ZQFPConcreteType<ZQFPUnhashedPathType> {

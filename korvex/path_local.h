@@ -10,8 +10,10 @@
 #include <type_traits>
 #include <vector>
 
+#include "korvex/connectiontable_local.h"
 #include "korvex/fpatombondset.h"
 #include "korvex/path.h"
+#include "korvex/symmetryfilter_local.h"
 
 namespace ZQKorvex {
 
@@ -22,44 +24,6 @@ inline constexpr std::array<unsigned int, 51> PATH_PRIMES{
     1381, 1429, 1453, 1487, 1523, 1559, 1597, 1619, 1663, 1699, 1741, 1783, 1823,
     1871, 1901, 1949, 1993, 2017, 2063, 2089, 2131, 2161, 2221, 2267, 2293, 2339,
     2371, 2399, 2441, 2477, 2543, 2591, 2633, 2671, 2693, 2719, 2749, 2791};
-
-/// The bonds of each atom as one flat table of far atoms and bond indices.
-class ZQConnectionTable {
- public:
-  struct Entry {
-    unsigned int atom;
-    unsigned int bond;
-  };
-
-  explicit ZQConnectionTable(const ZQMolBase& mol) : first_(mol.GetMaxAtomIdx() + 1) {
-    struct Bond {
-      unsigned int idx, bgn, end;
-    };
-    std::vector<Bond> bonds;
-    bonds.reserve(mol.GetMaxBondIdx());
-    for (unsigned int i = 0; i < mol.GetMaxBondIdx(); ++i) {
-      const ZQBondBase* bond = mol.GetBondAt(i);
-      if (!bond) continue;
-      bonds.push_back({i, bond->GetBgn()->GetIdx(), bond->GetEnd()->GetIdx()});
-      ++first_[bonds.back().bgn];
-      ++first_[bonds.back().end];
-    }
-    // Counts become ends; filling backwards moves each end down to its beginning.
-    for (unsigned int sum = 0; unsigned int& entry : first_) entry = sum += entry;
-    entries_.resize(2 * bonds.size());
-    for (auto bond = bonds.rbegin(); bond != bonds.rend(); ++bond) {
-      entries_[--first_[bond->bgn]] = {bond->end, bond->idx};
-      entries_[--first_[bond->end]] = {bond->bgn, bond->idx};
-    }
-  }
-
-  const Entry* Begin(unsigned int atom) const { return entries_.data() + first_[atom]; }
-  const Entry* End(unsigned int atom) const { return entries_.data() + first_[atom + 1]; }
-
- private:
-  std::vector<unsigned int> first_;
-  std::vector<Entry> entries_;
-};
 
 /// Enumerates walks; lives for one call. T is unsigned 32-bit or string.
 template <class T>
@@ -98,13 +62,13 @@ class PathGenerator {
       if (!ZQ_ASSERT(2 * std::size_t{maxAtoms_} <= PATH_PRIMES.size())) return;
     }
     const SentinelEntries sentinels(atomInvariants_, bondInvariants_);
-    const ZQConnectionTable connections(mol_);
+    const ZQConnectionTable connections(mol_, ZQConnectionTable::Hydrogens::Kept);
     visited_.assign(mol_.GetMaxAtomIdx(), 0);
     steps_.resize(maxAtoms_ + 1);
-    seenClasses_.clear();
+    ZQSymmetryFilter filter;
     for (unsigned int start = 0; start < mol_.GetMaxAtomIdx(); ++start) {
       const ZQAtomBase* atom = mol_.GetAtomAt(start);
-      if (atom && ZQIsHeavy()(*atom) && IsFirstOfClass(atom->GetSymmetryClass())) {
+      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(atom->GetSymmetryClass())) {
         WalkFrom(start, connections, sink);
       }
     }
@@ -160,8 +124,9 @@ class PathGenerator {
           if (patterns_) AddPattern(depth);
         }
         visited_[entry.atom] = 1;
-        step.next = connections.Begin(entry.atom);
-        step.end = depth < maxAtoms_ ? connections.End(entry.atom) : step.next;
+        const std::span<const Entry> entries = connections[entry.atom];
+        step.next = entries.data();
+        step.end = depth < maxAtoms_ ? step.next + entries.size() : step.next;
       }
       while (depth != 0 && steps_[depth].next == steps_[depth].end) {
         visited_[steps_[depth--].atom] = 0;
@@ -178,14 +143,6 @@ class PathGenerator {
     } else {
       id = prefix + bond * PATH_PRIMES[2 * position] + atom * PATH_PRIMES[2 * position + 1];
     }
-  }
-
-  bool IsFirstOfClass(unsigned int symmetryClass) {
-    if (symmetryClass == 0) return true;  // not perceived
-    const auto place = std::lower_bound(seenClasses_.begin(), seenClasses_.end(), symmetryClass);
-    if (place != seenClasses_.end() && *place == symmetryClass) return false;
-    seenClasses_.insert(place, symmetryClass);
-    return true;
   }
 
   void AddPattern(unsigned int depth) {
@@ -214,7 +171,6 @@ class PathGenerator {
 
   std::vector<unsigned char> visited_;  // by atom index: on the present walk
   std::vector<Step> steps_;
-  std::vector<unsigned int> seenClasses_;  // ascending
 };
 
 }  // namespace ZQKorvex

@@ -10,36 +10,11 @@
 #include "korvex/fpatomtyper.h"
 #include "korvex/path_local.h"
 #include "korvex/primes.h"
-#include "tests/mol_helpers.h"
+#include "tests/generator_helpers.h"
 
 namespace ZQKorvex {
 
 namespace {
-
-std::vector<unsigned int> BitsOf(const ZQFingerPrint& fp) {
-  std::vector<unsigned int> bits;
-  for (unsigned int i = 0; i < fp.GetSize(); ++i) {
-    if (fp.IsBitOn(i)) bits.push_back(i);
-  }
-  return bits;
-}
-
-// A prepared molecule with its invariants.
-template <class T>
-struct Prepared {
-  ZQGraphMol mol;
-  std::vector<T> atoms;
-  std::vector<T> bonds;
-
-  Prepared(const ZQMolBase& from, unsigned int atype, unsigned int btype, bool symmetry = false)
-      : mol(from) {
-    ZQPrepareForFingerprinting(mol, ZQFPType::Path);
-    ZQGetFingerprintAtomTypes(atoms, bonds, mol, atype, btype);
-    // The perception of chirality may leave classes behind.
-    for (auto atom = mol.GetAtoms(); atom; ++atom) atom->SetSymmetryClass(0);
-    if (symmetry) ZQPerceiveSymmetry(mol, true, false);
-  }
-};
 
 // Every walk by plain recursion, straight from the definition.
 template <class T>
@@ -158,25 +133,11 @@ TEST(Path, VisitsExactlyTheWalksThatTheDefinitionNames) {
   }
 }
 
-TEST(Path, BitsDontDependOnNumberingHydrogensOrSymmetryClasses) {
+TEST(Path, SymmetryClassesLeaveNoIdentifierOut) {
   for (const std::string& smiles : SampleSmiles()) {
     SCOPED_TRACE(smiles);
-    const ZQMol mol = ReadSmiles(smiles);
-    // All flags at once, so that a perceived value or a class that merges too much shows. A
-    // shuffled molecule is matched from elsewhere: another Kekulé structure.
-    ZQFingerPrint fp;
-    ASSERT_TRUE(ZQMakePathFP(fp, mol, 4096, 0, 5, 127 + 4096, 7));
-    for (unsigned int seed = 0; seed < 8; ++seed) {
-      ZQMol other = Shuffled(mol, seed);
-      ASSERT_TRUE(ZQKekulize(other));
-      if (seed % 2 != 0) other = Shuffled(WithHydrogens(other), seed);
-      ZQFingerPrint again;
-      ASSERT_TRUE(ZQMakePathFP(again, other, 4096, 0, 5, 127 + 4096, 7));
-      EXPECT_TRUE(again == fp) << seed;
-    }
-    // Every walk against those from one atom of each class.
-    Prepared<unsigned int> every(mol, 127 + 4096, 7, false);
-    Prepared<unsigned int> filtered(mol, 127 + 4096, 7, true);
+    Prepared<unsigned int> every(ReadSmiles(smiles), 127 + 4096, 7, false);
+    Prepared<unsigned int> filtered(ReadSmiles(smiles), 127 + 4096, 7, true);
     std::set<unsigned int> everyId;
     std::set<unsigned int> filteredId;
     ZQPathIdGenerator(everyId, every.mol, every.atoms, every.bonds, 0, 6);
@@ -190,18 +151,6 @@ TEST(Path, SymmetricStartAtomsAreWalkedFromOnce) {
   EXPECT_EQ(SortedIds(benzene, 5, 5).size(), 2U);  // one start, two ways round
   for (auto atom = benzene.mol.GetAtoms(); atom; ++atom) atom->SetSymmetryClass(0);
   EXPECT_EQ(SortedIds(benzene, 5, 5).size(), 12U);
-}
-
-TEST(Path, HolesInTheIndicesAreNoAtoms) {
-  ZQFingerPrint plain;
-  ZQFingerPrint holed;
-  ASSERT_TRUE(ZQMakePathFP(plain, "CC(N)C=O"_mol));
-  ZQMol mol = "*C(N([2H])[2H])(C)C=O"_mol;
-  mol.DeleteAtom(mol.GetAtomAt(0));
-  ASSERT_TRUE(mol.GetMaxAtomIdx() > mol.NumAtoms());
-  mol.GetAtomAt(1)->SetImplicitHCount(1);
-  ASSERT_TRUE(ZQMakePathFP(holed, mol));
-  EXPECT_TRUE(holed == plain);
 }
 
 TEST(Path, PatternsHoldTheAtomsAndBondsOfEachWalk) {
@@ -221,63 +170,6 @@ TEST(Path, PatternsHoldTheAtomsAndBondsOfEachWalk) {
     EXPECT_EQ(text, ids[i]);
     EXPECT_EQ(patterns[i].GetId(), ids[i]);
   }
-}
-
-TEST(Path, BadParametersAreRepairedWithAWarningEach) {
-  const std::string in = "ZQMakePathFP() : invalid ";
-  const std::string size = " for path fingerprint (default 4096 is used)!";
-  const std::string min = " for path fingerprint (default 0 is used)!";
-  const std::string max = " for path fingerprint (default 5 is used)!";
-  const std::string above = " for path fingerprint (minbonds = maxbonds is used)!";
-  const std::string types =
-      in + "to have both atom and bond types set to be None (default types are used)!";
-  const std::string above5 = in + "min bonds 6 > max bonds 5" + above;
-  const struct {
-    unsigned int numbits, min, max, atype, btype;
-    Texts reports;
-    std::vector<unsigned int> repaired;
-  } cases[] = {
-      {15, 0, 5, 1, 1, {in + "bit vector size 15" + size}, {4096, 0, 5, 1, 1}},
-      {65536, 0, 5, 1, 1, {in + "bit vector size 65536" + size}, {4096, 0, 5, 1, 1}},
-      {64, 21, 25, 1, 1, {in + "min bonds 21" + min, in + "max bonds 25" + max}, {64, 0, 5, 1, 1}},
-      {64, 6, 25, 1, 1, {in + "max bonds 25" + max, above5}, {64, 5, 5, 1, 1}},
-      {64, 3, 2, 1, 1, {in + "min bonds 3 > max bonds 2" + above}, {64, 2, 2, 1, 1}},
-      {64, 0, 1, 0, 0, {types}, {64, 0, 1, 191, 3}},
-      {64, 0, 19, 1, 1, {}, {64, 0, 19, 1, 1}}};
-  CapturedReports reports;
-  for (const auto& c : cases) {
-    ZQFingerPrint fp;
-    EXPECT_TRUE(ZQMakePathFP(fp, "CCO"_mol, c.numbits, c.min, c.max, c.atype, c.btype));
-    EXPECT_EQ(reports.Take(), c.reports);
-    const auto& r = c.repaired;
-    EXPECT_EQ(fp.GetFPTypeBase(), ZQGetPathFPType(r[0], r[1], r[2], r[3], r[4]));
-  }
-  ZQFingerPrint fp;
-  EXPECT_FALSE(ZQMakePathFP(fp, "CCO"_mol, 64, 0, 20, 1, 1));
-  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
-}
-
-TEST(Path, RefusesWhatItCannotFingerprint) {
-  CapturedReports reports;
-  ZQFingerPrint fp;
-  ASSERT_TRUE(ZQMakePathFP(fp, "CCO"_mol));
-  const auto before = BitsOf(fp);
-  ZQMol invalid;
-  invalid.SetValid(false);
-  EXPECT_FALSE(ZQMakePathFP(fp, invalid));
-  EXPECT_FALSE(fp);
-  EXPECT_EQ(BitsOf(fp), before);
-  EXPECT_EQ(reports.Take(), Texts{});
-  for (const ZQFPTypeBase* type : {ZQGetFPType(ZQFPType::Tree), ZQGetFPType(0U)}) {
-    reports.Take();
-    EXPECT_FALSE(ZQMakePathFP(fp, "CCO"_mol, type));
-    EXPECT_EQ(reports.Take(), Texts{"ZQMakePathFP : invalid path fingerprint type!"});
-  }
-  Prepared<unsigned int> from("CCO"_mol, 1, 1);
-  from.atoms.pop_back();
-  std::vector<unsigned int> ids;
-  EXPECT_EQ(ZQPathIdGeneratorStack(ids, from.mol, from.atoms, from.bonds, 0, 5), 0U);
-  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
 }
 
 TEST(Path, FoldingIsTheRemainder) {

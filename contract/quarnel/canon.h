@@ -1,0 +1,57 @@
+#pragma once
+
+/// Partition refinement under a comparison of the caller's: a list of atoms is sorted into
+/// partitions, which are split until the comparison tells no two atoms of one apart. Ties stay, so
+/// that ranks depend on the graph alone and not on the order of the list.
+
+#include <cstdint>
+#include <vector>
+
+#include "contract/quarnel/mol.h"
+
+namespace Quarnel {
+
+/// One refinement: the atoms and the partition of each. It keeps its scratch, so that one state
+/// serves many lists without an allocation each. Distinct states may be used by distinct threads.
+struct CanonState {
+  /// The rank of an atom that is in no partition.
+  static constexpr std::int32_t noRank = -9999;
+
+  struct AtomRecord {
+    std::int32_t rank = noRank;  ///< the number of atoms in the partitions before its own
+    std::int8_t degree = 0;      ///< within the list; for the caller, as the comparison reads it
+  };
+  /// Atoms of one rank, as places of the list.
+  struct Partition {
+    std::uint32_t begin;
+    std::uint32_t end;
+  };
+
+  std::vector<AtomRecord> atomRecords;   ///< by atom index, for every atom of the list
+  std::vector<const ZQAtomBase*> atoms;  ///< the list; after a refinement by ascending rank
+  void* userData = nullptr;              ///< for the comparison
+  std::uint32_t round = 0;               ///< moves on whenever ranks may have changed
+
+  std::vector<Partition> active;  ///< of two atoms and more, subject to the next refinement
+  std::vector<Partition> split;   ///< scratch
+  std::vector<Partition> moved;   ///< scratch
+};
+
+/// Negative if `a` comes first, 0 if nothing tells the two apart. It must order the atoms of a
+/// partition: no cycles, and equality is transitive.
+using ZQCanonComparison = int (*)(const CanonState& state, const ZQAtomBase& a,
+                                  const ZQAtomBase& b);
+
+/// Puts all atoms of the list into one partition, which is active.
+ZQ_EXPORT void ZQCanonSinglePartition(CanonState& state);
+/// Sorts and splits the active partitions by the comparison, which sees the ranks as they stood
+/// when a round began: a round's splits take effect together. Atoms of one partition keep their
+/// order in the list. With `untilStable` rounds go on until one splits nothing, else there is one.
+/// No partition is active afterwards. A round costs n log n comparisons for the n atoms that share
+/// their rank.
+ZQ_EXPORT void ZQCanonRefinePartitions(CanonState& state, bool untilStable,
+                                       ZQCanonComparison compare);
+/// Marks the partitions made so far, those of one atom left out, as subject to the next refinement.
+ZQ_EXPORT void ZQCanonActivatePartitions(CanonState& state);
+
+}  // namespace Quarnel

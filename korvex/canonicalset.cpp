@@ -1,0 +1,285 @@
+#include "korvex/canonicalset_local.h"
+
+#include <immintrin.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <utility>
+
+namespace ZQKorvex {
+
+namespace {
+
+constexpr unsigned int firstWeight = 947;
+constexpr unsigned int primesPerWeight = 5;
+
+std::vector<unsigned int> MakeWeights(std::size_t count) {
+  // The n-th prime is below n (ln n + ln ln n) (J. B. Rosser and L. Schoenfeld, Illinois J. Math.
+  // 6, 64-94, 1962); 160 primes lie before the first weight.
+  const double n = 161.0 + static_cast<double>(primesPerWeight * count);
+  const auto limit = static_cast<std::size_t>(n * (std::log(n) + std::log(std::log(n))));
+  std::vector<bool> composite(limit + 1);
+  std::vector<unsigned int> weights;
+  for (std::size_t number = 2, primes = 0; weights.size() < count; ++number) {
+    if (composite[number]) continue;
+    for (std::size_t multiple = number * number; multiple <= limit; multiple += number) {
+      composite[multiple] = true;
+    }
+    if (number >= firstWeight && primes++ % primesPerWeight == 0) {
+      weights.push_back(static_cast<unsigned int>(number));
+    }
+  }
+  return weights;
+}
+
+// The weights of an atom's terms, where it has up to four.
+constexpr std::array<unsigned int, 4> weightOfTerm{947, 983, 1019, 1049};
+
+// The last sum begins with this weight.
+constexpr std::size_t firstOfSum = 2;
+
+void Order(unsigned int& a, unsigned int& b) {
+  const unsigned int lesser = std::min(a, b);
+  b = std::max(a, b);
+  a = lesser;
+}
+
+}  // namespace
+
+std::span<const unsigned int> ZQCanonicalWeights(std::size_t count) {
+  // Molecules of everyday sizes share one small table. The largest is enough for a set that would
+  // take years to name.
+  static const std::vector<unsigned int> small = MakeWeights(256);
+  if (count <= small.size()) return small;
+  static const std::vector<unsigned int> medium = MakeWeights(1 << 14);
+  if (count <= medium.size()) return medium;
+  static const std::vector<unsigned int> large = MakeWeights(1 << 22);
+  return large;
+}
+
+bool ZQHashedCanonicalIdGenerator::GetCanonicalID(unsigned int& id, const ZQSubgraph& subgraph) {
+  static const bool hasWideRegisters = __builtin_cpu_supports("avx512f") != 0;
+  id = 0;
+  const std::size_t count = subgraph.NumAtoms();
+  if (!ZQ_ASSERT(count >= 2)) return false;
+  if (hasWideRegisters && FillSmallSet(subgraph)) {
+    id = NameSmallSet(count);
+    return true;
+  }
+  Group(subgraph);
+  for (std::size_t pass = count / 2; pass != 0; --pass) Pass();
+  id = Sum();
+  return true;
+}
+
+// False if the set has too many atoms, or an atom too many neighbours.
+bool ZQHashedCanonicalIdGenerator::FillSmallSet(const ZQSubgraph& subgraph) {
+  const std::span<const unsigned int> atoms = subgraph.Atoms();
+  if (atoms.size() > smallSize) return false;
+  std::fill(std::begin(small_.values), std::end(small_.values), 0);
+  std::fill(std::begin(small_.degrees), std::end(small_.degrees), 0);
+  for (std::size_t i = 0; i < atoms.size(); ++i) small_.values[i] = atomInvariants_[atoms[i]];
+  for (const ZQSubgraph::Bond& bond : subgraph.Bonds()) {
+    const std::uint32_t a = bond.place;
+    const std::uint32_t b = bond.earlierPlace;
+    const std::uint32_t termOfA = small_.degrees[a]++;
+    const std::uint32_t termOfB = small_.degrees[b]++;
+    if (termOfA >= smallDegree || termOfB >= smallDegree) return false;
+    const std::uint32_t invariant = bondInvariants_[bond.idx];
+    small_.neighbours[termOfA][a] = b;
+    small_.neighbours[termOfB][b] = a;
+    small_.bonds[termOfA][a] = invariant;
+    small_.bonds[termOfB][b] = invariant;
+  }
+  return true;
+}
+
+// GCC 12 takes the undefined operand of its own intrinsics for an uninitialised variable.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
+// All rounds and the last sum, 16 atoms at a time.
+__attribute__((target("avx512f,popcnt"))) unsigned int ZQHashedCanonicalIdGenerator::NameSmallSet(
+    std::size_t count) {
+  const __m512i nothing = _mm512_set1_epi32(-1);  // sorts behind every term
+  const std::size_t halves = count > 16 ? 2 : 1;
+  __m512i values[2] = {_mm512_load_si512(small_.values), _mm512_load_si512(small_.values + 16)};
+  __mmask16 has[2][smallDegree] = {};
+  std::size_t degree = 0;  // the largest
+  for (std::size_t h = 0; h < halves; ++h) {
+    const __m512i degrees = _mm512_load_si512(small_.degrees + 16 * h);
+    for (std::size_t k = 0; k < smallDegree; ++k) {
+      has[h][k] = _mm512_cmpgt_epu32_mask(degrees, _mm512_set1_epi32(static_cast<int>(k)));
+      if (has[h][k] != 0) degree = std::max(degree, k + 1);
+    }
+  }
+  const auto order = [](__m512i & a, __m512i & b) __attribute__((target("avx512f"))) {
+    const __m512i lesser = _mm512_min_epu32(a, b);
+    b = _mm512_max_epu32(a, b);
+    a = lesser;
+  };
+  for (std::size_t pass = count / 2; pass != 0; --pass) {
+    __m512i next[2] = {values[0], values[1]};
+    for (std::size_t h = 0; h < halves; ++h) {
+      __m512i terms[smallDegree];
+      for (std::size_t k = 0; k < smallDegree; ++k) {
+        if (k >= degree) {
+          terms[k] = nothing;
+          continue;
+        }
+        const __m512i columns = _mm512_load_si512(small_.neighbours[k] + 16 * h);
+        const __m512i bonds = _mm512_load_si512(small_.bonds[k] + 16 * h);
+        const __m512i neighbours = _mm512_permutex2var_epi32(values[0], columns, values[1]);
+        terms[k] = _mm512_mask_add_epi32(nothing, has[h][k], neighbours, bonds);
+      }
+      order(terms[0], terms[1]);
+      if (degree > 2) {
+        order(terms[2], terms[3]);
+        order(terms[0], terms[2]);
+        order(terms[1], terms[3]);
+        order(terms[1], terms[2]);
+      }
+      for (std::size_t k = 0; k < degree; ++k) {
+        const __m512i weight = _mm512_set1_epi32(static_cast<int>(weightOfTerm[k]));
+        next[h] = _mm512_mask_add_epi32(next[h], has[h][k], next[h],
+                                        _mm512_mullo_epi32(terms[k], weight));
+      }
+    }
+    values[0] = next[0];
+    values[1] = next[1];
+  }
+  // Empty columns are zeros among others, which the sum leaves out.
+  const std::span<const unsigned int> weights = ZQCanonicalWeights(smallSize + firstOfSum);
+  _mm512_store_si512(small_.values, values[0]);
+  _mm512_store_si512(small_.values + 16, values[1]);
+  const auto ranks = [&values](__m512i value, std::uint32_t before)
+      __attribute__((target("avx512f,popcnt"))) {
+    const std::uint32_t less =
+        static_cast<std::uint32_t>(_mm512_cmplt_epu32_mask(values[0], value)) |
+        static_cast<std::uint32_t>(_mm512_cmplt_epu32_mask(values[1], value)) << 16;
+    const std::uint32_t equal =
+        static_cast<std::uint32_t>(_mm512_cmpeq_epi32_mask(values[0], value)) |
+        static_cast<std::uint32_t>(_mm512_cmpeq_epi32_mask(values[1], value)) << 16;
+    return static_cast<unsigned int>(std::popcount(less | (equal & before)));
+  };
+  const unsigned int zeros = ranks(_mm512_set1_epi32(1), 0);
+  unsigned int sum = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint32_t value = small_.values[i];
+    if (value == 0) continue;
+    const std::uint32_t before = (std::uint32_t{1} << i) - 1;
+    const unsigned int rank = ranks(_mm512_set1_epi32(static_cast<int>(value)), before);
+    sum += value * weights[rank - zeros + firstOfSum];
+  }
+  return sum;
+}
+
+#pragma GCC diagnostic pop
+
+// Places the atoms by how many neighbours they have in the set, and lists their terms.
+void ZQHashedCanonicalIdGenerator::Group(const ZQSubgraph& subgraph) {
+  const std::span<const unsigned int> atoms = subgraph.Atoms();
+  const std::size_t count = atoms.size();
+  degrees_.assign(count, 0);
+  for (const ZQSubgraph::Bond& bond : subgraph.Bonds()) {
+    ++degrees_[bond.place];
+    ++degrees_[bond.earlierPlace];
+  }
+  std::size_t ends[unrolledDegrees + 1] = {};
+  const auto group = [](unsigned int degree) {
+    return std::min<std::size_t>(degree, unrolledDegrees);
+  };
+  for (const unsigned int degree : degrees_) ++ends[group(degree)];
+  for (std::size_t sum = 0; std::size_t & end : ends) sum += std::exchange(end, sum);
+  current_.resize(count);
+  next_.resize(count);
+  newPlaces_.resize(count);
+  firstTerms_.resize(count + 1);
+  firstTerms_[count] = 2 * subgraph.Bonds().size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t place = ends[group(degrees_[i])]++;
+    newPlaces_[i] = static_cast<unsigned int>(place);
+    current_[place] = atomInvariants_[atoms[i]];
+    firstTerms_[place] = degrees_[i];
+  }
+  std::copy_n(ends, unrolledDegrees, groupEnds_);
+  // Counts become ends; filling moves each end down to its beginning.
+  for (std::size_t place = 0, sum = 0; place < count; ++place) {
+    firstTerms_[place] = sum += firstTerms_[place];
+  }
+  terms_.resize(2 * subgraph.Bonds().size());
+  for (const ZQSubgraph::Bond& bond : subgraph.Bonds()) {
+    const unsigned int a = newPlaces_[bond.place];
+    const unsigned int b = newPlaces_[bond.earlierPlace];
+    terms_[--firstTerms_[a]] = {b, bondInvariants_[bond.idx]};
+    terms_[--firstTerms_[b]] = {a, bondInvariants_[bond.idx]};
+  }
+}
+
+// One round: each atom takes up the values of its neighbours, in ascending order.
+void ZQHashedCanonicalIdGenerator::Pass() {
+  const unsigned int* const current = current_.data();
+  unsigned int* const next = next_.data();
+  const Term* term = terms_.data();
+  const auto take = [&term, current] {
+    const unsigned int value = term->bondInvariant + current[term->place];
+    ++term;
+    return value;
+  };
+  const auto& weight = weightOfTerm;
+  std::size_t i = 0;
+  for (; i < groupEnds_[0]; ++i) next[i] = current[i];
+  for (; i < groupEnds_[1]; ++i) next[i] = current[i] + take() * weight[0];
+  for (; i < groupEnds_[2]; ++i) {
+    unsigned int a = take();
+    unsigned int b = take();
+    Order(a, b);
+    next[i] = current[i] + a * weight[0] + b * weight[1];
+  }
+  for (; i < groupEnds_[3]; ++i) {
+    unsigned int a = take();
+    unsigned int b = take();
+    unsigned int c = take();
+    Order(a, b);
+    Order(b, c);
+    Order(a, b);
+    next[i] = current[i] + a * weight[0] + b * weight[1] + c * weight[2];
+  }
+  for (; i < groupEnds_[4]; ++i) {
+    unsigned int a = take();
+    unsigned int b = take();
+    unsigned int c = take();
+    unsigned int d = take();
+    Order(a, b);
+    Order(c, d);
+    Order(a, c);
+    Order(b, d);
+    Order(b, c);
+    next[i] = current[i] + a * weight[0] + b * weight[1] + c * weight[2] + d * weight[3];
+  }
+  for (; i < current_.size(); ++i) {
+    scratch_.clear();
+    while (term != terms_.data() + firstTerms_[i + 1]) scratch_.push_back(take());
+    std::ranges::sort(scratch_);
+    const std::span<const unsigned int> weights = ZQCanonicalWeights(scratch_.size());
+    next[i] = current[i];
+    for (std::size_t k = 0; k < scratch_.size(); ++k) next[i] += scratch_[k] * weights[k];
+  }
+  current_.swap(next_);
+}
+
+// The values other than 0 in ascending order, each times its weight.
+unsigned int ZQHashedCanonicalIdGenerator::Sum() {
+  const std::span<const unsigned int> weights = ZQCanonicalWeights(current_.size() + firstOfSum);
+  std::ranges::sort(current_);
+  const auto nonZero = std::ranges::upper_bound(current_, 0U);
+  unsigned int sum = 0;
+  for (auto value = nonZero; value != current_.end(); ++value) {
+    sum += *value * weights[static_cast<std::size_t>(value - nonZero) + firstOfSum];
+  }
+  return sum;
+}
+
+}  // namespace ZQKorvex

@@ -1,0 +1,99 @@
+#pragma once
+
+/// What the circular and the tree generator share: fragments are connected sets of atoms, and only
+/// the order in which they are found differs.
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "korvex/canonicalset_local.h"
+#include "korvex/canonicalset_unhashed_local.h"
+#include "korvex/fpatombondset.h"
+#include "korvex/subgraph_local.h"
+
+namespace ZQKorvex {
+
+/// Names fragments; lives for one call. T is unsigned 32-bit or string.
+template <class T>
+class FragmentGenerator {
+ public:
+  /// `patterns`, if not null, receives the atoms and bonds of each fragment as well.
+  FragmentGenerator(const ZQMolBase& mol, const std::vector<T>& atomInvariants,
+                    const std::vector<T>& bondInvariants, std::vector<ZQFPAtomBondSet<T>>* patterns)
+      : mol_(mol),
+        atomInvariants_(atomInvariants),
+        bondInvariants_(bondInvariants),
+        connections_(mol, ZQConnectionTable::Hydrogens::LeftOut),
+        patterns_(patterns) {}
+
+ protected:
+  static constexpr bool isText = std::is_same_v<T, std::string>;
+
+  bool HasAllInvariants() const {
+    const bool atoms = ZQ_ASSERT(atomInvariants_.size() == mol_.GetMaxAtomIdx());
+    const bool bonds = ZQ_ASSERT(bondInvariants_.size() == mol_.GetMaxBondIdx());
+    return atoms && bonds;
+  }
+
+  /// Every atom, heavy or not, as a fragment of its own.
+  template <class Sink>
+  void ForEachAtom(Sink& sink) {
+    for (unsigned int idx = 0; idx < mol_.GetMaxAtomIdx(); ++idx) {
+      if (!mol_.GetAtomAt(idx)) continue;
+      fragment_.Add(idx);
+      Record(sink, atomInvariants_[idx]);
+      fragment_.Clear();
+    }
+  }
+
+  /// The identifier of the present fragment, two atoms or more.
+  bool GetCanonicalID(T& id) {
+    if constexpr (isText) {
+      if (!canonical_) canonical_.emplace(mol_, connections_, atomInvariants_, bondInvariants_);
+      return canonical_->GetCanonicalID(id, fragment_.Atoms());
+    } else {
+      if (!canonical_) canonical_.emplace(atomInvariants_, bondInvariants_);
+      return canonical_->GetCanonicalID(id, fragment_);
+    }
+  }
+
+  /// Hands the present fragment over.
+  template <class Sink>
+  void Record(Sink& sink, const T& id) {
+    sink(id);
+    if (patterns_) patterns_->push_back(MakePattern(id));
+  }
+
+  const ZQMolBase& mol_;
+  const std::vector<T>& atomInvariants_;
+  const std::vector<T>& bondInvariants_;
+  const ZQConnectionTable connections_;
+  ZQSubgraph fragment_{connections_};
+
+ private:
+  using CanonicalIdGenerator =
+      std::conditional_t<isText, ZQUnHashedCanonicalIdGenerator, ZQHashedCanonicalIdGenerator>;
+
+  // Each atom with its bond to the first atom before it that it has one to: a spanning tree.
+  ZQFPAtomBondSet<T> MakePattern(const T& id) const {
+    ZQFPAtomBondSet<T> pattern(&mol_, id);
+    for (std::size_t place = 0; place < fragment_.NumAtoms(); ++place) {
+      ZQAtomBase* atom = mol_.GetAtomAt(fragment_.Atoms()[place]);
+      if (ZQ_ASSERT(atom != nullptr)) pattern.AddAtom(atom);
+      const auto bonds = fragment_.BondsToEarlier(place);
+      const auto first = std::ranges::min_element(bonds, {}, &ZQSubgraph::Bond::earlierPlace);
+      if (first != bonds.end()) pattern.AddBond(mol_.GetBondAt(first->idx));
+    }
+    ZQ_ASSERT(pattern.NumAtoms() == pattern.NumBonds() + 1);
+    return pattern;
+  }
+
+  std::vector<ZQFPAtomBondSet<T>>* patterns_;
+  std::optional<CanonicalIdGenerator> canonical_;
+};
+
+}  // namespace ZQKorvex

@@ -1,0 +1,48 @@
+#pragma once
+
+/// What the tests of the generators share.
+
+#include <vector>
+
+#include "contract/quarnel/perception.h"
+#include "korvex/fingerprint.h"
+#include "korvex/fpatomtyper.h"
+#include "tests/mol_helpers.h"
+
+inline std::vector<unsigned int> BitsOf(const ZQKorvex::ZQFingerPrint& fp) {
+  std::vector<unsigned int> bits;
+  for (unsigned int i = 0; i < fp.GetSize(); ++i) {
+    if (fp.IsBitOn(i)) bits.push_back(i);
+  }
+  return bits;
+}
+
+/// A prepared molecule with its invariants.
+template <class T>
+struct Prepared {
+  Quarnel::ZQGraphMol mol;
+  std::vector<T> atoms;
+  std::vector<T> bonds;
+
+  Prepared(const Quarnel::ZQMolBase& from, unsigned int atype, unsigned int btype,
+           bool symmetry = false)
+      : mol(from) {
+    ZQKorvex::ZQPrepareForFingerprinting(mol, ZQKorvex::ZQFPType::Path);
+    ZQKorvex::ZQGetFingerprintAtomTypes(atoms, bonds, mol, atype, btype);
+    // The perception of chirality may leave classes behind.
+    for (auto atom = mol.GetAtoms(); atom; ++atom) atom->SetSymmetryClass(0);
+    if (symmetry) Quarnel::ZQPerceiveSymmetry(mol, true, false);
+  }
+};
+
+/// Molecules equal to this one: atoms and bonds in another order, another Kekulé structure, and
+/// every second one with hydrogens as atoms, whose preparation leaves holes in the indices.
+inline std::vector<Quarnel::ZQMol> OtherGuises(const Quarnel::ZQMolBase& mol, unsigned int count) {
+  std::vector<Quarnel::ZQMol> others;
+  for (unsigned int seed = 0; seed < count; ++seed) {
+    others.push_back(Shuffled(mol, seed));
+    EXPECT_TRUE(Quarnel::ZQKekulize(others.back()));
+    if (seed % 2 != 0) others.back() = Shuffled(WithHydrogens(others.back()), seed);
+  }
+  return others;
+}

@@ -1,0 +1,162 @@
+// What the three hashed kinds with parameters have in common.
+
+#include <gtest/gtest.h>
+
+#include "korvex/circular.h"
+#include "korvex/path.h"
+#include "korvex/tree.h"
+#include "tests/generator_helpers.h"
+
+namespace ZQKorvex {
+
+namespace {
+
+struct Kind {
+  const char* name;
+  const char* operation;
+  const char* distance;
+  const char* ending;
+  const char* ofMaxDistance;
+  unsigned int number, defaultMax, defaultAtom, defaultBond, largest;
+  bool (*make)(ZQFingerPrint&, const ZQMolBase&, unsigned int, unsigned int, unsigned int,
+               unsigned int, unsigned int);
+  bool (*makeDefault)(ZQFingerPrint&, const ZQMolBase&);
+  bool (*makeTyped)(ZQFingerPrint&, const ZQMolBase&, const ZQFPTypeBase*);
+  const ZQFPTypeBase* (*type)(unsigned int, unsigned int, unsigned int, unsigned int, unsigned int);
+  const char* wrongType;
+};
+
+const Kind kinds[] = {
+    {"path", "ZQMakePathFP()", "bonds", "!", "", ZQFPType::Path, 5, 191, 3, 20, ZQMakePathFP,
+     ZQMakePathFP, ZQMakePathFP, ZQGetPathFPType, "ZQMakePathFP : invalid path fingerprint type!"},
+    {"circular", "ZQMakeCircularFP()", "radius", "", " 5", ZQFPType::Circular, 5, 4239, 1, 10,
+     ZQMakeCircularFP, ZQMakeCircularFP, ZQMakeCircularFP, ZQGetCircularFPType,
+     "ZQMakeCircularFP : invalid circular fingerprint type"},
+    {"tree", "ZQMakeTreeFP()", "bonds", "", "", ZQFPType::Tree, 4, 63, 1, 20, ZQMakeTreeFP,
+     ZQMakeTreeFP, ZQMakeTreeFP, ZQGetTreeFPType, "ZQMakeTreeFP ;invalid tree fingerprint type"}};
+
+std::string Number(unsigned int number) { return std::to_string(number); }
+
+}  // namespace
+
+TEST(Hashed, BitsDontDependOnNumberingHydrogensOrKekuleStructure) {
+  for (const Kind& kind : kinds) {
+    for (const std::string& smiles : SampleSmiles()) {
+      SCOPED_TRACE(kind.name + (" of " + smiles));
+      const ZQMol mol = ReadSmiles(smiles);
+      // All flags at once, so that a perceived value or a class that merges too much shows.
+      ZQFingerPrint fp;
+      ASSERT_TRUE(kind.make(fp, mol, 4096, 0, 5, 127 + 4096, 7));
+      for (const ZQMol& other : OtherGuises(mol, 8)) {
+        ZQFingerPrint again;
+        ASSERT_TRUE(kind.make(again, other, 4096, 0, 5, 127 + 4096, 7));
+        EXPECT_TRUE(again == fp);
+      }
+    }
+  }
+}
+
+TEST(Hashed, HolesInTheIndicesAreNoAtoms) {
+  ZQMol mol = "*C(N([2H])[2H])(C)C=O"_mol;
+  mol.DeleteAtom(mol.GetAtomAt(0));
+  ASSERT_TRUE(mol.GetMaxAtomIdx() > mol.NumAtoms());
+  mol.GetAtomAt(1)->SetImplicitHCount(1);
+  for (const Kind& kind : kinds) {
+    ZQFingerPrint plain;
+    ZQFingerPrint holed;
+    ASSERT_TRUE(kind.makeDefault(plain, "CC(N)C=O"_mol));
+    ASSERT_TRUE(kind.makeDefault(holed, mol));
+    EXPECT_TRUE(holed == plain) << kind.name;
+    EXPECT_EQ(plain.GetFPTypeBase(), ZQGetFPType(kind.number));
+  }
+}
+
+TEST(Hashed, BadParametersAreRepairedWithAWarningEach) {
+  for (const Kind& k : kinds) {
+    SCOPED_TRACE(k.name);
+    const std::string in = std::string(k.operation) + " : invalid ";
+    const std::string distance = k.distance;
+    const std::string of = std::string(" for ") + k.name + " fingerprint";
+    const auto used = [&](unsigned int number) {
+      return " (default " + Number(number) + " is used)" + k.ending;
+    };
+    const auto size = [&](unsigned int number) {
+      return in + "bit vector size " + Number(number) + of + used(4096);
+    };
+    const auto min = [&](unsigned int number) {
+      return in + "min " + distance + " " + Number(number) + of + used(0);
+    };
+    const auto max = [&](unsigned int number) {
+      return in + "max " + distance + " " + Number(number) + of + k.ofMaxDistance +
+             used(k.defaultMax);
+    };
+    const auto above = [&](unsigned int least, unsigned int greatest) {
+      return in + "min " + distance + " " + Number(least) + " > max " + distance + " " +
+             Number(greatest) + of + " (min" + distance + " = max" + distance + " is used)" +
+             k.ending;
+    };
+    const std::string types =
+        in + "to have both atom and bond types set to be None (default types are used)!";
+    const unsigned int far = k.largest + 1;
+    const unsigned int d = k.defaultMax;
+    const struct {
+      unsigned int numbits, min, max, atype, btype;
+      Texts reports;
+      std::vector<unsigned int> repaired;
+    } cases[] = {{15, 0, 2, 1, 1, {size(15)}, {4096, 0, 2, 1, 1}},
+                 {65536, 0, 2, 1, 1, {size(65536)}, {4096, 0, 2, 1, 1}},
+                 {64, far, far + 9, 1, 1, {min(far), max(far + 9)}, {64, 0, d, 1, 1}},
+                 {64, far, 3, 1, 1, {min(far)}, {64, 0, 3, 1, 1}},
+                 {64, 7, far, 1, 1, {max(far), above(7, d)}, {64, d, d, 1, 1}},
+                 {64, 3, 2, 1, 1, {above(3, 2)}, {64, 2, 2, 1, 1}},
+                 {64, 0, 1, 0, 0, {types}, {64, 0, 1, k.defaultAtom, k.defaultBond}},
+                 {16, 0, 10, 1, 0, {}, {16, 0, 10, 1, 0}}};
+    CapturedReports reports;
+    for (const auto& c : cases) {
+      ZQFingerPrint fp;
+      EXPECT_TRUE(k.make(fp, "CCO"_mol, c.numbits, c.min, c.max, c.atype, c.btype));
+      EXPECT_EQ(reports.Take(), c.reports);
+      const auto& r = c.repaired;
+      EXPECT_EQ(fp.GetFPTypeBase(), k.type(r[0], r[1], r[2], r[3], r[4]));
+      EXPECT_EQ(fp.GetSize(), r[0]);
+    }
+    // 20 bonds aren't repaired, but there is no such type.
+    ZQFingerPrint fp;
+    EXPECT_EQ(k.make(fp, "CCO"_mol, 64, 0, k.largest, 1, 1), k.largest == 10);
+    EXPECT_EQ(reports.Take(), k.largest == 10 ? Texts{} : Texts{"Assertion"});
+  }
+}
+
+TEST(Hashed, RefusesWhatItCannotFingerprint) {
+  ZQMol invalid;
+  invalid.SetValid(false);
+  for (const Kind& kind : kinds) {
+    CapturedReports reports;
+    ZQFingerPrint fp;
+    ASSERT_TRUE(kind.makeDefault(fp, "CCO"_mol));
+    const auto before = BitsOf(fp);
+    EXPECT_FALSE(kind.makeDefault(fp, invalid));
+    EXPECT_FALSE(fp);
+    EXPECT_EQ(BitsOf(fp), before);
+    for (const char* empty : {"", "*", "[H][H]"}) {
+      ASSERT_TRUE(kind.makeDefault(fp, ReadSmiles(empty))) << empty;
+      EXPECT_EQ(fp.CountBits(), 0U);
+      EXPECT_EQ(fp.GetFPTypeBase(), ZQGetFPType(kind.number));
+    }
+    EXPECT_EQ(reports.Take(), Texts{});
+    for (const ZQFPTypeBase* type : {ZQGetFPType(ZQFPType::Lingo), ZQGetFPType(0U)}) {
+      reports.Take();
+      EXPECT_FALSE(kind.makeTyped(fp, "CCO"_mol, type));
+      EXPECT_EQ(reports.Take(), Texts{kind.wrongType});
+    }
+    // Under a type of an older version bits are made, but the type isn't theirs.
+    EXPECT_FALSE(kind.makeTyped(fp, "CCO"_mol,
+                                kind.number == ZQFPType::Path ? ZQGetPathFPType(0, 64, 0, 5, 1, 1)
+                                : kind.number == ZQFPType::Circular
+                                    ? ZQGetCircularFPType(0, 64, 0, 5, 1, 1)
+                                    : ZQGetTreeFPType(0, 64, 0, 5, 1, 1)));
+    EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+  }
+}
+
+}  // namespace ZQKorvex
