@@ -24,6 +24,7 @@ extern const Command createCommand;
 extern const Command searchCommand;
 extern const Command fingerprintCommand;
 extern const Command compareCommand;
+extern const Command substructureCommand;
 extern const Command infoCommand;
 extern const Command histogramCommand;
 extern const Command neighborsCommand;

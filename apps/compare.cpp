@@ -12,12 +12,12 @@ namespace {
 void Configure(ZQInterface& interface) {
   AddArgument(interface, "MOL1", "A SMILES, or a molecule file whose first record counts");
   AddArgument(interface, "MOL2", "The same");
-  AddTypeOptions(interface);
+  AddTypeOptions(interface, Kinds::All);
   AddTverskyCoeffs(interface);
 }
 
 int Run(const ZQInterface& interface) {
-  const ZQFPTypeBase* type = GetTypeOption(interface);
+  const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
   if (!type) return BadUsage;
   ZQFingerPrint fps[2];
   for (int i = 0; i < 2; ++i) {
@@ -31,6 +31,7 @@ int Run(const ZQInterface& interface) {
   }
   const auto& [a, b] = fps;
   std::printf("Tanimoto\t%.6f\n", ZQTanimoto(a, b));
+  if (type->GetFPType() >= ZQFPType::UnhashedPath) return Done;  // the other five count bits
   std::printf("Cosine\t%.6f\n", ZQCosine(a, b));
   std::printf("Dice\t%.6f\n", ZQDice(a, b));
   std::printf("Euclid\t%.6f\n", ZQEuclid(a, b));
@@ -42,7 +43,7 @@ int Run(const ZQInterface& interface) {
 
 }  // namespace
 
-const Command compareCommand{"compare", "Prints the six similarity measures of two molecules",
+const Command compareCommand{"compare", "Prints the similarity measures of two molecules",
                              Configure, Run};
 
 }  // namespace KorvexProgram

@@ -23,7 +23,7 @@ void Configure(ZQInterface& interface) {
   AddArgument(interface, "OUT.fpbin",
               "The database to write; an existing one is replaced at the end");
   AddThreads(interface);
-  AddTypeOptions(interface);
+  AddTypeOptions(interface, Kinds::OfDatabases);
 }
 
 // The file that is being written. It takes the name of the output only when it is complete, so
@@ -76,7 +76,7 @@ std::uint64_t CountEmptyRecords(const ZQFastFPDatabase& database) {
 int Run(const ZQInterface& interface) {
   const auto input = interface.Get<std::string>("MOLFILE");
   const auto output = interface.Get<std::string>("OUT.fpbin");
-  const ZQFPTypeBase* type = GetTypeOption(interface);
+  const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::OfDatabases);
   if (!type) return BadUsage;
   if (ZQFileExtension(output) != "fpbin") {
     ZQThrow.Error("'%s': the name of a database ends in .fpbin", output.c_str());

@@ -11,27 +11,27 @@ namespace {
 
 void Configure(ZQInterface& interface) {
   AddArgument(interface, "MOLFILE", "Molecules (.smi .ism .can .smiles .sdf .sd .mol, or .gz)");
-  AddTypeOptions(interface);
+  AddTypeOptions(interface, Kinds::All);
 }
 
 int Run(const ZQInterface& interface) {
-  const ZQFPTypeBase* type = GetTypeOption(interface);
+  const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
   if (!type) return BadUsage;
   const auto filename = interface.Get<std::string>("MOLFILE");
   ZQMolDatabase molecules;
   if (!OpenMolecules(molecules, filename)) return BadInput;
   ZQMol mol;
   ZQFingerPrint fp;
-  std::string hex;
+  std::string content;
   unsigned int made = 0;
   for (unsigned int i = 0; i < molecules.GetMaxMolIdx(); ++i) {
-    hex.clear();
+    content.clear();
     if (molecules.GetMolecule(mol, i) &&
         MakeFingerPrint(fp, mol, type, "record " + std::to_string(i + 1) + " of " + filename)) {
-      fp.ToHexString(hex);
+      content = FingerPrintField(fp);
       ++made;
     }
-    std::printf("%s\t%s\n", TsvField(molecules.GetTitle(i)).c_str(), hex.c_str());
+    std::printf("%s\t%s\n", TsvField(molecules.GetTitle(i)).c_str(), content.c_str());
   }
   return made != 0 ? Done : BadInput;
 }

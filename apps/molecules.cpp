@@ -53,7 +53,8 @@ bool MoleculeArgument::GetMolecule(ZQMol& mol, unsigned int idx) const {
 bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
                      const std::string& where) {
   if (mol && ZQMakeFP(fp, mol, type)) return true;
-  ZQThrow.Error("%s: a molecule without atoms has no fingerprint", where.c_str());
+  ZQThrow.Error("%s: %s", where.c_str(),
+                mol ? "no fingerprint" : "a molecule without atoms has no fingerprint");
   return false;
 }
 

@@ -30,11 +30,17 @@ class UntrustedText {
 void AddThreads(ZQInterface& interface);
 unsigned int GetThreads(const ZQInterface& interface);
 
-/// The fingerprint options, and "-type" in place of them.
-void AddTypeOptions(ZQInterface& interface);
-/// The type that they choose; null after a message for one that isn't legal or that this build
-/// can't make.
-const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface);
+/// Which kinds of fingerprint a command takes.
+enum class Kinds {
+  OfDatabases,  ///< those that a database file can hold: path, circular and tree
+  All
+};
+
+/// The fingerprint options, whose defaults are those of the kind that is chosen, and "-type" in
+/// place of them.
+void AddTypeOptions(ZQInterface& interface, Kinds kinds);
+/// The type that they choose; null after a message for one that isn't legal or not of these kinds.
+const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
 
 /// "-alpha" and "-beta" of Tversky, beside the other search options if there are any.
 void AddTverskyCoeffs(ZQInterface& interface);

@@ -17,6 +17,19 @@ std::string TsvField(std::string text) {
   return text;
 }
 
+std::string FingerPrintField(const ZQFingerPrint& fp) {
+  std::string text;
+  const unsigned int fptype = fp.GetFPTypeBase()->GetFPType();
+  if (fptype != ZQFPType::Lingo && fptype < ZQFPType::UnhashedPath) {
+    fp.ToHexString(text);
+    return text;
+  }
+  if (fp.GetSize() == 0) return text;
+  text = reinterpret_cast<const char*>(fp.Words());
+  text.erase(text.find_last_not_of(' ') + 1);  // the padding of the unhashed kinds
+  return text;
+}
+
 std::string ValidUtf8(const std::string& text) {
   std::string valid;
   for (std::size_t at = 0; at < text.size();) {

@@ -5,12 +5,17 @@
 #include <cstdint>
 #include <string>
 
-#include "korvex/fpdatabaseoptions.h"
+#include "apps/command.h"
+#include "korvex/fingerprint.h"
 
 namespace KorvexProgram {
 
 /// The text as one field of a line: tabs, line feeds and other control characters become blanks.
 std::string TsvField(std::string text);
+
+/// The bits in hexadecimal, byte 0 first; of a Lingo or unhashed fingerprint the text that it
+/// holds.
+std::string FingerPrintField(const ZQFingerPrint& fp);
 
 /// The text as UTF-8: each byte that isn't part of a valid sequence becomes U+FFFD.
 std::string ValidUtf8(const std::string& text);

@@ -1,9 +1,14 @@
 #include "korvex/fingerprint.h"
 
+#include "korvex/circular.h"
 #include "korvex/fpatomtyper.h"
 #include "korvex/fptypes_local.h"
 #include "korvex/fpversion.h"
+#include "korvex/lingo.h"
+#include "korvex/maccs.h"
 #include "korvex/path.h"
+#include "korvex/tree.h"
+#include "korvex/unhashed.h"
 
 namespace ZQKorvex {
 
@@ -21,20 +26,6 @@ ZQFPTypeFactory<ZQFPUnhashedTreeType> uhtreeTypeFactory;
 // Version 0 belongs to types read from older records, which the unhashed kinds don't have.
 bool IsUsableVersion(const ZQFPKind& kind, unsigned short version) {
   return version == ZQGetFingerPrintVersion(kind.number) || (version == 0 && kind.IsHashed());
-}
-
-template <class T>
-const ZQFPTypeBase* GetType(ZQFPTypeFactory<T>& factory, unsigned short version,
-                            const ZQFPTypeValues& values) {
-  if (!ZQ_ASSERT(IsUsableVersion(T::kind, version))) return nullptr;
-  std::uint64_t id = 0;
-  return ZQPackFPTypeID(T::kind, values, id) ? factory.GetFPType(version, id) : nullptr;
-}
-
-template <class T>
-const ZQFPTypeBase* GetType(ZQFPTypeFactoryNoParams<T>& factory, unsigned short version) {
-  if (!ZQ_ASSERT(IsUsableVersion(T::kind, version))) return nullptr;
-  return factory.GetFPType(version);
 }
 
 }  // namespace
@@ -69,6 +60,41 @@ ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id) {
   return values;
 }
 
+const ZQFPTypeBase* ZQInternFPType(const ZQFPKind& kind, unsigned short version, std::uint64_t id) {
+  switch (kind.number) {
+    case ZQFPType::MACCS166:
+      return maccs166TypeFactory.GetFPType(version);
+    case ZQFPType::Path:
+      return pathTypeFactory.GetFPType(version, id);
+    case ZQFPType::Lingo:
+      return lingoTypeFactory.GetFPType(version);
+    case ZQFPType::Circular:
+      return circularTypeFactory.GetFPType(version, id);
+    case ZQFPType::Tree:
+      return treeTypeFactory.GetFPType(version, id);
+    case ZQFPType::UnhashedPath:
+      return uhpathTypeFactory.GetFPType(version, id);
+    case ZQFPType::UnhashedCircular:
+      return uhcircularTypeFactory.GetFPType(version, id);
+    case ZQFPType::UnhashedTree:
+      return uhtreeTypeFactory.GetFPType(version, id);
+    default:
+      return nullptr;
+  }
+}
+
+const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, unsigned short version,
+                                const ZQFPTypeValues& values) {
+  if (!ZQ_ASSERT(IsUsableVersion(kind, version))) return nullptr;
+  std::uint64_t id = 0;
+  if (kind.HasParams() && !ZQPackFPTypeID(kind, values, id)) return nullptr;
+  return ZQInternFPType(kind, version, id);
+}
+
+const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, const ZQFPTypeValues& values) {
+  return ZQGetFPType(kind, ZQGetFingerPrintVersion(kind.number), values);
+}
+
 bool ZQFingerPrint::operator==(const ZQFingerPrint& other) const {
   if (!type_ || !other.type_) {
     ZQThrow.Warning("ZQFingerPrint::operator== : uninitialized fingerprint type!");
@@ -92,15 +118,22 @@ bool ZQIsSameFPType(const ZQFingerPrint& a, const ZQFingerPrint& b) {
 
 bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
   switch (type ? type->GetFPType() : 0) {
+    case ZQFPType::MACCS166:
+      return ZQMakeMACCS166FP(fp, mol);
     case ZQFPType::Path:
       return ZQMakePathFP(fp, mol, type);
-    case ZQFPType::MACCS166:
     case ZQFPType::Lingo:
+      return ZQMakeLingoFP(fp, mol);
     case ZQFPType::Circular:
+      return ZQMakeCircularFP(fp, mol, type);
     case ZQFPType::Tree:
+      return ZQMakeTreeFP(fp, mol, type);
     case ZQFPType::UnhashedPath:
+      return ZQMakeUnhashedPathFP(fp, mol, type);
     case ZQFPType::UnhashedCircular:
-    case ZQFPType::UnhashedTree:  // kinds that have types and no generator in this release
+      return ZQMakeUnhashedCircularFP(fp, mol, type);
+    case ZQFPType::UnhashedTree:
+      return ZQMakeUnhashedTreeFP(fp, mol, type);
     default:
       fp.SetFPTypeBase(nullptr);
       return false;
@@ -149,65 +182,62 @@ const ZQFPTypeBase* ZQGetFPType(unsigned int fptype, bool ignoreChargeAndHyb) {
 
 const ZQFPTypeBase* ZQGetPathFPType(unsigned int numbits, unsigned int minbonds,
                                     unsigned int maxbonds, unsigned int atype, unsigned int btype) {
-  return ZQGetPathFPType(ZQGetFingerPrintVersion(ZQFPType::Path), numbits, minbonds, maxbonds,
-                         atype, btype);
+  return ZQGetFPType(zqPathKind, {numbits, minbonds, maxbonds, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetPathFPType(unsigned short version, unsigned int numbits,
                                     unsigned int minbonds, unsigned int maxbonds,
                                     unsigned int atype, unsigned int btype) {
-  return GetType(pathTypeFactory, version, {numbits, minbonds, maxbonds, atype, btype});
+  return ZQGetFPType(zqPathKind, version, {numbits, minbonds, maxbonds, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetCircularFPType(unsigned int numbits, unsigned int minradius,
                                         unsigned int maxradius, unsigned int atype,
                                         unsigned int btype) {
-  return ZQGetCircularFPType(ZQGetFingerPrintVersion(ZQFPType::Circular), numbits, minradius,
-                             maxradius, atype, btype);
+  return ZQGetFPType(zqCircularKind, {numbits, minradius, maxradius, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetCircularFPType(unsigned short version, unsigned int numbits,
                                         unsigned int minradius, unsigned int maxradius,
                                         unsigned int atype, unsigned int btype) {
-  return GetType(circularTypeFactory, version, {numbits, minradius, maxradius, atype, btype});
+  return ZQGetFPType(zqCircularKind, version, {numbits, minradius, maxradius, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetTreeFPType(unsigned int numbits, unsigned int minbonds,
                                     unsigned int maxbonds, unsigned int atype, unsigned int btype) {
-  return ZQGetTreeFPType(ZQGetFingerPrintVersion(ZQFPType::Tree), numbits, minbonds, maxbonds,
-                         atype, btype);
+  return ZQGetFPType(zqTreeKind, {numbits, minbonds, maxbonds, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetTreeFPType(unsigned short version, unsigned int numbits,
                                     unsigned int minbonds, unsigned int maxbonds,
                                     unsigned int atype, unsigned int btype) {
-  return GetType(treeTypeFactory, version, {numbits, minbonds, maxbonds, atype, btype});
+  return ZQGetFPType(zqTreeKind, version, {numbits, minbonds, maxbonds, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetUnhashedPathFPType(unsigned short version, unsigned int minbonds,
                                             unsigned int maxbonds, unsigned int atype,
                                             unsigned int btype) {
-  return GetType(uhpathTypeFactory, version, {0, minbonds, maxbonds, atype, btype});
+  return ZQGetFPType(zqUnhashedPathKind, version, {0, minbonds, maxbonds, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetUnhashedCircularFPType(unsigned short version, unsigned int minradius,
                                                 unsigned int maxradius, unsigned int atype,
                                                 unsigned int btype) {
-  return GetType(uhcircularTypeFactory, version, {0, minradius, maxradius, atype, btype});
+  return ZQGetFPType(zqUnhashedCircularKind, version, {0, minradius, maxradius, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetUnhashedTreeFPType(unsigned short version, unsigned int minbonds,
                                             unsigned int maxbonds, unsigned int atype,
                                             unsigned int btype) {
-  return GetType(uhtreeTypeFactory, version, {0, minbonds, maxbonds, atype, btype});
+  return ZQGetFPType(zqUnhashedTreeKind, version, {0, minbonds, maxbonds, atype, btype});
 }
 
 const ZQFPTypeBase* ZQGetLingoFPType(unsigned short version) {
-  return GetType(lingoTypeFactory, version);
+  return ZQGetFPType(zqLingoKind, version);
 }
 
 const ZQFPTypeBase* ZQGetMACCS166FPType(unsigned short version) {
-  return GetType(maccs166TypeFactory, version);
+  return ZQGetFPType(zqMACCS166Kind, version);
 }
 
 }  // namespace ZQKorvex

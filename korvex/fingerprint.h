@@ -74,8 +74,8 @@ ZQ_EXPORT bool ZQIsFPType(const ZQFingerPrint& fp, unsigned int fptype);
 /// Whether both have the same type object. One without a type warns and answers false.
 ZQ_EXPORT bool ZQIsSameFPType(const ZQFingerPrint& a, const ZQFingerPrint& b);
 
-/// Makes the fingerprint of a molecule under a type. False for a null type, a kind that isn't
-/// built, or a molecule that isn't valid; `fp` then has no type.
+/// Makes the fingerprint of a molecule under a type. False for a null type or a molecule that isn't
+/// valid; `fp` then has no type.
 ZQ_EXPORT bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type);
 /// The same with the default type of a kind.
 ZQ_EXPORT bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int fptype,

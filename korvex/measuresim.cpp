@@ -2,14 +2,13 @@
 
 #include <cpuid.h>
 #include <emmintrin.h>
-#include <xmmintrin.h>
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 #include <vector>
 
-#include "korvex/checked_local.h"
+#include "korvex/lingo.h"
+#include "korvex/measure_formulae_local.h"
 
 namespace ZQKorvex {
 
@@ -42,32 +41,14 @@ float TokenTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b) {
   const std::vector<std::string_view> tokensA = SortedTokens(a);
   const std::vector<std::string_view> tokensB = SortedTokens(b);
   if (tokensA.empty() || tokensB.empty()) return 0.0F;
-  std::size_t common = 0;
-  for (auto i = tokensA.begin(), j = tokensB.begin(); i != tokensA.end() && j != tokensB.end();) {
-    if (*i == *j) {
-      ++common;
-      ++i;
-      ++j;
-    } else if (*i < *j) {
-      ++i;
-    } else {
-      ++j;
-    }
-  }
-  return static_cast<float>(common) / static_cast<float>(tokensA.size() + tokensB.size() - common);
+  return ZQMultisetTanimotoOf(tokensA, tokensB);
 }
 
-// The counts of two fingerprints; false where there are none to compare.
-struct BitCounts {
-  unsigned int onlyA = 0;
-  unsigned int onlyB = 0;
-  unsigned int both = 0;
-  unsigned int neither = 0;
-  bool valid = false;
-
-  BitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, bool withNeither)
-      : valid(ZQGetBitCounts(a, b, &onlyA, &onlyB, &both, withNeither ? &neither : nullptr)) {}
-};
+ZQCounts CountsOf(const ZQFingerPrint& a, const ZQFingerPrint& b, bool withNeither) {
+  ZQCounts n;
+  n.valid = ZQGetBitCounts(a, b, &n.onlyA, &n.onlyB, &n.both, withNeither ? &n.neither : nullptr);
+  return n;
+}
 constexpr bool withoutNeither = false;
 constexpr bool withNeither = true;
 
@@ -101,7 +82,7 @@ bool ZQGetBitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int
     return false;
   }
   const unsigned int kind = a.GetFPTypeBase()->GetFPType();
-  if (kind == ZQFPType::Lingo) return false;  // texts, which share no bits worth counting
+  if (kind == ZQFPType::Lingo) return ZQGetLingoSimTerms(a, b, onlyA, onlyB, both);
   if (!ZQ_ASSERT(kind != ZQFPType::UnhashedPath) ||
       !ZQ_ASSERT(kind != ZQFPType::UnhashedCircular)) {
     return false;
@@ -120,57 +101,27 @@ float ZQTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b) {
     return 0.0F;
   }
   if (IsUnhashed(a)) return TokenTanimoto(a, b);
-  const BitCounts n(a, b, withoutNeither);
-  if (!n.valid) return 0.0F;
-  if (n.onlyA + n.onlyB == 0) return 1.0F;
-  if (n.both == 0) return 0.0F;
-  return ZQCheckedFloat(n.both) / ZQCheckedFloat(n.onlyA + n.onlyB + n.both);
+  return ZQTanimotoOf(CountsOf(a, b, withoutNeither));
 }
 
 float ZQCosine(const ZQFingerPrint& a, const ZQFingerPrint& b) {
-  const BitCounts n(a, b, withoutNeither);
-  if (!n.valid) return 0.0F;
-  if (n.onlyA + n.onlyB == 0) return 1.0F;
-  if (n.both == 0) return 0.0F;
-  const float x = ZQCheckedFloat(n.onlyB + n.both) * ZQCheckedFloat(n.onlyA + n.both);
-  const float r = _mm_cvtss_f32(_mm_rsqrt_ss(_mm_set_ss(x)));
-  return ((((x * r) * r) + -3.0F) * (r * -0.5F)) * ZQCheckedFloat(n.both);
+  return ZQCosineOf(CountsOf(a, b, withoutNeither));
 }
 
 float ZQDice(const ZQFingerPrint& a, const ZQFingerPrint& b) {
-  const BitCounts n(a, b, withNeither);
-  if (!n.valid) return 0.0F;
-  if (n.onlyA + n.onlyB == 0) return 1.0F;
-  if (n.both == 0) return 0.0F;
-  const float both = ZQCheckedFloat(n.both);
-  const double sum = 2.0 * static_cast<double>(n.both) + static_cast<double>(n.onlyA + n.onlyB);
-  return (both + both) / static_cast<float>(sum);
+  return ZQDiceOf(CountsOf(a, b, withNeither));
 }
 
 float ZQEuclid(const ZQFingerPrint& a, const ZQFingerPrint& b) {
-  const BitCounts n(a, b, withNeither);
-  if (!n.valid) return 0.0F;
-  if (n.onlyA + n.onlyB == 0) return 1.0F;
-  const unsigned int equal = n.both + n.neither;
-  if (equal == 0) return 0.0F;
-  return std::sqrt(ZQCheckedFloat(equal) / ZQCheckedFloat(n.onlyA + n.onlyB + equal));
+  return ZQEuclidOf(CountsOf(a, b, withNeither));
 }
 
 float ZQTversky(const ZQFingerPrint& a, const ZQFingerPrint& b, float alpha, float beta) {
-  const BitCounts n(a, b, withoutNeither);
-  if (!n.valid) return 0.0F;
-  if (n.onlyA + n.onlyB == 0) return 1.0F;
-  if (n.both == 0) return 0.0F;
-  const float both = ZQCheckedFloat(n.both);
-  return both / ((alpha * ZQCheckedFloat(n.onlyA) + beta * ZQCheckedFloat(n.onlyB)) + both);
+  return ZQTverskyOf(CountsOf(a, b, withoutNeither), alpha, beta);
 }
 
 float ZQManhattan(const ZQFingerPrint& a, const ZQFingerPrint& b) {
-  const BitCounts n(a, b, withNeither);
-  if (!n.valid) return 0.0F;
-  const unsigned int unequal = n.onlyA + n.onlyB;
-  if (unequal == 0) return 0.0F;
-  return ZQCheckedFloat(unequal) / ZQCheckedFloat(unequal + n.both + n.neither);
+  return ZQManhattanOf(CountsOf(a, b, withNeither));
 }
 
 float ZQTanimotoSim::operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const {

@@ -11,7 +11,8 @@
 ///
 /// Unhashed fingerprints hold text. Tanimoto compares them as multisets of tokens, and two empty
 /// ones score 0.0; for the other measures the unhashed path and circular kinds are an assertion
-/// failure. Lingo fingerprints have no counts here and score 0.0.
+/// failure. Of Lingo fingerprints the substrings of four characters are counted as bits are, with
+/// neither 0 (lingo.h): where one text is shorter, two that differ score 0.0 by all measures.
 
 #include <cstdint>
 #include <string>
@@ -34,8 +35,9 @@ inline constexpr bool IsValid(unsigned int measure) { return measure - 1 < 6; }
 /// "Tanimoto" for 1 and so on; "unknown" for a number that names no measure.
 ZQ_EXPORT std::string ZQGetSimilarityMeasureName(unsigned int measure);
 
-/// Fills the four counts; `neither` may be null. False for a type mismatch and for kinds that have
-/// no counts, with the counts untouched.
+/// Fills the four counts; `neither` may be null, and stays untouched for Lingo. False for a type
+/// mismatch and for kinds that have no counts, with the counts untouched, and where
+/// `ZQGetLingoSimTerms` is.
 ZQ_EXPORT bool ZQGetBitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int* onlyA,
                               unsigned int* onlyB, unsigned int* both, unsigned int* neither);
 

@@ -179,6 +179,26 @@ TEST(Rings, AgreeWithCuttingEachBond) {
   }
 }
 
+TEST(Aromaticity, SystemsAreTheComponentsOfAromaticBonds) {
+  for (const std::string& smiles : SampleSmiles()) {
+    ZQMol mol = ReadSmiles(smiles);
+    ZQAssignAromaticFlags(mol, 2, true, 0, false);
+    std::vector<unsigned int> systems;
+    const unsigned int count = ZQDetermineAromaticRingSystems(mol, systems);
+    ZQMol cut(mol);
+    for (unsigned int i = 0; i < cut.GetMaxBondIdx(); ++i) {
+      if (!cut.GetBondAt(i)->IsAromatic()) cut.DeleteBond(cut.GetBondAt(i));
+    }
+    unsigned int alone = 0;
+    for (auto atom = cut.GetAtoms(); atom; ++atom) {
+      EXPECT_EQ(systems[atom->GetIdx()] == 0, !atom->GetBonds()) << smiles;
+      alone += !atom->GetBonds();
+    }
+    std::vector<unsigned int> parts;
+    EXPECT_EQ(count + alone, ZQDetermineComponents(cut, parts)) << smiles;
+  }
+}
+
 TEST(Aromaticity, Model2) {
   // Kekulé input; aromatic atoms by index. A double bond to carbon breaks a ring; azulene is
   // aromatic by its outline alone, of acenaphthylene naphthalene alone.

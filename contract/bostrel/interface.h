@@ -41,6 +41,10 @@ class ZQ_EXPORT ZQParameter {
   ZQParameter& SetDefault(ZQParamValue value);
   bool HasDefault() const { return default_.index() != 0; }
   const ZQParamValue& GetDefault() const { return default_; }
+  /// What the help tells of the default in place of its value, where that depends on another
+  /// parameter.
+  ZQParameter& SetDefaultText(const std::string& text);
+  std::string GetDefaultText() const;
 
   /// Legal values of an int or float parameter, both ends included.
   ZQParameter& SetLegalRange(ZQParamValue least, ZQParamValue greatest);
@@ -75,6 +79,7 @@ class ZQ_EXPORT ZQParameter {
   std::string brief_;
   std::string details_;
   ZQParamValue default_;
+  std::string defaultText_;
   ZQParamValue value_;
   ZQParamValue least_;
   ZQParamValue greatest_;

@@ -131,4 +131,9 @@ ZQ_EXPORT void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stere
 ZQ_EXPORT unsigned int ZQDetermineComponents(const ZQMolBase& mol,
                                              std::vector<unsigned int>& parts);
 
+/// Aromatic ring systems: atoms connected by aromatic bonds, so that biphenyl has two and
+/// naphthalene one. `systems[idx]` is 1 and up, 0 for an atom in none. Returns their number.
+ZQ_EXPORT unsigned int ZQDetermineAromaticRingSystems(const ZQMolBase& mol,
+                                                      std::vector<unsigned int>& systems);
+
 }  // namespace Quarnel

@@ -26,6 +26,12 @@ ZQ_EXPORT bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles,
 /// without telling a wrong one as well are left out, too.
 ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 
+/// Writes the canonical SMILES, stereo included: the same text whatever the order of atoms and
+/// bonds, the way hydrogens are held, and the choice among equivalent Kekulé structures. Works on
+/// a copy, whose hydrogens are suppressed (`ZQSuppressHydrogens`) and whose rings and aromaticity
+/// are perceived anew.
+ZQ_EXPORT std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol);
+
 /// Reads one molfile (V2000 or V3000) up to "M  END"; the title is its first line. Line feeds may
 /// have carriage returns before them. Configurations come from coordinates and wedges, or from
 /// parities where all coordinates are 0; aromatic bonds are kekulized; any, coordination and

@@ -61,6 +61,15 @@ ZQParameter& ZQParameter::SetDefault(ZQParamValue value) {
   return *this;
 }
 
+ZQParameter& ZQParameter::SetDefaultText(const std::string& text) {
+  defaultText_ = text;
+  return *this;
+}
+
+std::string ZQParameter::GetDefaultText() const {
+  return defaultText_.empty() ? ZQGetValueText(default_) : defaultText_;
+}
+
 ZQParameter& ZQParameter::SetLegalRange(ZQParamValue least, ZQParamValue greatest) {
   if (ZQ_ASSERT(TypeOf(least) == type_ && TypeOf(greatest) == type_)) {
     least_ = std::move(least);
@@ -351,7 +360,7 @@ void AppendParameter(std::string& out, const ZQParameter& parameter, bool detail
   std::string facts = parameter.GetLegalText();
   if (parameter.HasDefault()) {
     if (!facts.empty()) facts += "; ";
-    facts += "default " + ZQGetValueText(parameter.GetDefault());
+    facts += "default " + parameter.GetDefaultText();
   }
   AppendWrapped(out, parameter.GetBrief() + (facts.empty() ? facts : " (" + facts + ")"), 6);
   if (!details) return;

@@ -28,6 +28,22 @@ std::uint64_t Append(std::uint64_t key, std::uint64_t value, unsigned int bits) 
   return (key << bits) | std::min(value, highest);
 }
 
+/// The first key to sort atoms by. Ends of chains come first: a SMILES starts with them and keeps
+/// its branches short.
+std::uint64_t KeyOf(std::uint64_t part, const MolView::Atom& atom, unsigned int hydrogens,
+                    unsigned int degree, unsigned int valence) {
+  std::uint64_t key = Append(0, part, 18);
+  key = Append(key, degree, 6);
+  key = Append(key, atom.element, 8);
+  const auto charge = static_cast<unsigned int>(100 + std::clamp(atom.charge, -100, 100));
+  key = Append(key, charge, 8);
+  key = Append(key, atom.isotope, 10);
+  key = Append(key, hydrogens, 5);
+  key = Append(key, valence, 7);
+  key = Append(key, atom.aromatic, 1);
+  return Append(key, atom.inRing, 1);
+}
+
 /// A random number for each bond colour, so that sums of them tell multisets apart (the finisher
 /// of splitmix64; Steele, Lea and Flood 2014).
 constexpr auto spread = [] {
@@ -64,29 +80,42 @@ void Partition::Fold(const MolView& view) {
 
 void Partition::Build(const MolView& view) {
   Fold(view);
-  const std::uint32_t n = view.NumAtoms();
   colours_.resize(view.bonds.size());
   for (std::uint32_t b = 0; b < view.NumBonds(); ++b) colours_[b] = BaseColour(view.bonds[b]);
+  keyed_.clear();
+  for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
+    if (IsFolded(a)) continue;
+    unsigned int valence = view.atoms[a].implicitH;
+    for (const MolView::Edge& edge : view.Edges(a)) valence += view.bonds[edge.bond].order;
+    keyed_.push_back({KeyOf(0, view.atoms[a], hydrogens_[a], degree_[a], valence), a});
+  }
+  Start(view);
+}
+
+void Partition::BuildForSmiles(const MolView& view, std::span<const unsigned int> parts) {
+  cellOf_.assign(view.atoms.size(), 0);
+  colours_.resize(view.bonds.size());
+  for (std::uint32_t b = 0; b < view.NumBonds(); ++b) {
+    const MolView::Bond& bond = view.bonds[b];
+    const std::uint32_t written = bond.aromatic && bond.order <= 2 ? 0 : std::min(bond.order, 31U);
+    colours_[b] = written * 2 + (bond.inRing ? 1 : 0);
+  }
+  keyed_.clear();
+  for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
+    const MolView::Atom& atom = view.atoms[a];
+    keyed_.push_back({KeyOf(parts[atom.atom->GetIdx()], atom, atom.implicitH, atom.degree, 0), a});
+  }
+  Start(view);
+}
+
+// From the atoms in keyed_.
+void Partition::Start(const MolView& view) {
+  const std::uint32_t n = view.NumAtoms();
   atoms_.clear();
   place_.resize(n);
-  keyed_.clear();
-  for (std::uint32_t a = 0; a < n; ++a) {
-    if (IsFolded(a)) continue;
-    const MolView::Atom& atom = view.atoms[a];
-    unsigned int valence = atom.implicitH;
-    for (const MolView::Edge& edge : view.Edges(a)) valence += view.bonds[edge.bond].order;
-    std::uint64_t key = Append(0, atom.element, 8);
-    const auto charge = static_cast<unsigned int>(100 + std::clamp(atom.charge, -100, 100));
-    key = Append(key, charge, 8);
-    key = Append(key, atom.isotope, 10);
-    key = Append(key, hydrogens_[a], 5);
-    key = Append(key, degree_[a], 6);
-    key = Append(key, valence, 7);
-    key = Append(key, atom.aromatic, 1);
-    key = Append(key, atom.inRing, 1);
-    keyed_.push_back({key, a});
-    place_[a] = static_cast<std::uint32_t>(atoms_.size());
-    atoms_.push_back(a);
+  for (const Keyed& keyed : keyed_) {
+    place_[keyed.atom] = static_cast<std::uint32_t>(atoms_.size());
+    atoms_.push_back(keyed.atom);
   }
   size_.assign(atoms_.size(), 0);
   queued_.assign(atoms_.size(), 0);
@@ -111,6 +140,18 @@ void Partition::Split(const MolView& view, std::span<const std::uint32_t> proper
     SplitCell(cell, keyed_);
     cell += size;
   }
+  Refine(view);
+}
+
+void Partition::Split(const MolView& view, std::span<const Keyed> listed) {
+  keyed_.assign(listed.begin(), listed.end());
+  SplitKeyed();
+  Refine(view);
+}
+
+void Partition::SetApart(const MolView& view, std::uint32_t atom) {
+  const Keyed single{0, atom};
+  SplitCell(cellOf_[atom], {&single, 1});
   Refine(view);
 }
 
@@ -164,6 +205,23 @@ void Partition::SplitCell(std::uint32_t cell, std::span<const Keyed> byKey) {
   }
 }
 
+// Splits each cell that has atoms in keyed_.
+void Partition::SplitKeyed() {
+  std::ranges::sort(keyed_, [this](const Keyed& a, const Keyed& b) {
+    const std::uint32_t cellA = cellOf_[a.atom];
+    const std::uint32_t cellB = cellOf_[b.atom];
+    return cellA != cellB ? cellA < cellB : a.key < b.key;
+  });
+  const std::span<const Keyed> all = keyed_;
+  for (std::size_t i = 0; i < all.size();) {
+    const std::uint32_t touchedCell = cellOf_[all[i].atom];
+    std::size_t j = i + 1;
+    while (j < all.size() && cellOf_[all[j].atom] == touchedCell) ++j;
+    SplitCell(touchedCell, all.subspan(i, j - i));
+    i = j;
+  }
+}
+
 void Partition::Refine(const MolView& view) {
   for (std::size_t head = 0; head < queue_.size() && numCells_ < atoms_.size(); ++head) {
     const std::uint32_t cell = queue_[head];
@@ -183,19 +241,7 @@ void Partition::Refine(const MolView& view) {
       touched.key = counts_[touched.atom];
       counts_[touched.atom] = 0;
     }
-    std::ranges::sort(keyed_, [this](const Keyed& a, const Keyed& b) {
-      const std::uint32_t cellA = cellOf_[a.atom];
-      const std::uint32_t cellB = cellOf_[b.atom];
-      return cellA != cellB ? cellA < cellB : a.key < b.key;
-    });
-    const std::span<const Keyed> all = keyed_;
-    for (std::size_t i = 0; i < all.size();) {
-      const std::uint32_t touchedCell = cellOf_[all[i].atom];
-      std::size_t j = i + 1;
-      while (j < all.size() && cellOf_[all[j].atom] == touchedCell) ++j;
-      SplitCell(touchedCell, all.subspan(i, j - i));
-      i = j;
-    }
+    SplitKeyed();
   }
   for (const std::uint32_t cell : queue_) queued_[cell] = 0;
   queue_.clear();

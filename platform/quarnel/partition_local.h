@@ -13,13 +13,27 @@ namespace Quarnel {
 
 class Partition {
  public:
+  struct Keyed {
+    std::uint64_t key;
+    std::uint32_t atom;
+  };
+
   /// Groups by element, charge, isotope, hydrogens, degree, valence, aromaticity and ring
   /// membership. Plain explicit hydrogens (`IsFolded`) count as implicit ones and are in no cell,
   /// so that it makes no difference which way they are held. Large values are cut off at limits
   /// that lie beyond what any invariant tells apart.
   void Build(const MolView& view);
+  /// Groups by what a SMILES tells of an atom in brackets but its class, by degree, aromaticity and
+  /// ring membership, bonds by what is written of them. Every atom is in a cell. `parts` has a
+  /// number from 1 for each atom index; atoms of one number stand together, in the order of
+  /// numbers.
+  void BuildForSmiles(const MolView& view, std::span<const unsigned int> parts);
   /// Splits cells by a further property of each atom, and refines.
   void Split(const MolView& view, std::span<const std::uint32_t> property);
+  /// Splits by a property, not 0, of the atoms listed, and refines.
+  void Split(const MolView& view, std::span<const Keyed> listed);
+  /// Gives an atom a cell of its own, and refines.
+  void SetApart(const MolView& view, std::uint32_t atom);
   /// Sets a kind of 0 to 3 by which bonds are told apart as well, and refines.
   void SplitBonds(const MolView& view, std::span<const std::uint8_t> kinds);
 
@@ -39,13 +53,10 @@ class Partition {
   }
 
  private:
-  struct Keyed {
-    std::uint64_t key;
-    std::uint32_t atom;
-  };
-
   void Fold(const MolView& view);
+  void Start(const MolView& view);
   void SplitCell(std::uint32_t cell, std::span<const Keyed> byKey);
+  void SplitKeyed();
   void Push(std::uint32_t cell);
   void Refine(const MolView& view);
 

@@ -30,7 +30,8 @@ bool IsOrganic(unsigned int atomicNum) {
 class SmilesWriter {
  public:
   SmilesWriter(const ZQMolBase& mol, const std::vector<unsigned int>& rank);
-  std::string Write();
+  std::vector<std::string> Write();
+  std::vector<ZQBondBase*> FindLostBonds() const;
 
  private:
   struct Atom {
@@ -44,7 +45,7 @@ class SmilesWriter {
     bool isCoordinated;        // has bonds of no order, which aren't written
   };
   struct Bond {
-    const ZQBondBase* bond;
+    ZQBondBase* bond;
     std::uint32_t bgn;
     std::uint32_t end;
     std::uint32_t ring;    // number of an open ring closure
@@ -88,6 +89,7 @@ class SmilesWriter {
   void FindLowerCase();
   void FindTree(std::uint32_t start);
   void ChooseMarks();
+  void EraseSystemsAt(std::uint32_t atom);
   bool IsMarked(std::uint32_t atom) const;
   void ChooseMark(std::uint32_t atom);
   void PlaceSystem(std::uint32_t start, std::uint32_t system);
@@ -128,7 +130,7 @@ SmilesWriter::SmilesWriter(const ZQMolBase& mol, const std::vector<unsigned int>
     atoms_.push_back({mol.GetAtomAt(idx), 0, 0, 0, none, 0, false, false});
   }
   for (unsigned int i = 0; i < mol.GetMaxBondIdx(); ++i) {
-    const ZQBondBase* bond = mol.GetBondAt(i);
+    ZQBondBase* bond = mol.GetBondAt(i);
     if (!bond) continue;
     if (bond->GetOrder() == 0) {
       for (const ZQAtomBase* end : {bond->GetBgn(), bond->GetEnd()}) {
@@ -149,7 +151,8 @@ SmilesWriter::SmilesWriter(const ZQMolBase& mol, const std::vector<unsigned int>
   }
 }
 
-std::string SmilesWriter::Write() {
+// The texts of the parts.
+std::vector<std::string> SmilesWriter::Write() {
   FindLowerCase();
   for (const Bond& bond : bonds_) {
     if (!IsWrittenDouble(bond)) continue;
@@ -157,16 +160,28 @@ std::string SmilesWriter::Write() {
     ++atoms_[bond.end].doubles;
   }
   ChooseMarks();
+  std::vector<std::string> parts;
   for (std::uint32_t a = 0; a < atoms_.size(); ++a) {
     if (atoms_[a].visit != 0) continue;
-    if (!text_.empty()) text_ += '.';
     // At the start of a SMILES, readers disagree on the place of a lone pair: a part whose first
     // atom has one that matters starts with a neighbour of it.
     const std::uint32_t start = HasLonePairStereo(a) ? Edges(a).front().atom : a;
     FindTree(start);
     WritePart(start);
+    parts.push_back(std::exchange(text_, {}));
   }
-  return std::move(text_);
+  return parts;
+}
+
+// Double bonds whose configuration wasn't written.
+std::vector<ZQBondBase*> SmilesWriter::FindLostBonds() const {
+  std::vector<ZQBondBase*> lost;
+  for (std::uint32_t b = 0; b < bonds_.size(); ++b) {
+    const Bond& bond = bonds_[b];
+    if (bond.bond->GetStereo() == ZQBondStereo::None) continue;
+    if (ends_[bond.bgn].bond != b || !IsMarked(bond.bgn)) lost.push_back(bond.bond);
+  }
+  return lost;
 }
 
 // A dummy atom has no lower case, and reads as aromatic between aromatic neighbours.
@@ -246,15 +261,22 @@ void SmilesWriter::ChooseMarks() {
     PlaceSystem(a, system);
   }
   // Marks meant for its neighbours mustn't give a configuration to a bond that has none.
-  for (const Bond& bond : bonds_) {
-    if (!IsWrittenDouble(bond) || ends_[bond.bgn].bond != none || !IsMarked(bond.bgn) ||
-        !IsMarked(bond.end) || IsInSmallRing(*bond.bond)) {
-      continue;
+  for (std::uint32_t a = 0; a < atoms_.size(); ++a) {
+    if (ends_[a].bond != none) continue;
+    for (const Edge& edge : Edges(a)) {
+      const Bond& bond = bonds_[edge.bond];
+      if (edge.atom > a && IsWrittenDouble(bond) && IsMarked(a) && IsMarked(edge.atom) &&
+          !IsInSmallRing(*bond.bond)) {
+        EraseSystemsAt(a);
+      }
     }
-    for (const Edge& edge : Edges(bond.bgn)) {
-      const std::uint32_t system = bonds_[edge.bond].system;
-      if (system != none) systems_[system].erased = true;
-    }
+  }
+}
+
+void SmilesWriter::EraseSystemsAt(std::uint32_t atom) {
+  for (const Edge& edge : Edges(atom)) {
+    const std::uint32_t system = bonds_[edge.bond].system;
+    if (system != none) systems_[system].erased = true;
   }
 }
 
@@ -477,14 +499,28 @@ bool SmilesWriter::NeedsBracket(std::uint32_t idx) const {
 
 }  // namespace
 
-std::string WriteSmiles(const ZQMolBase& mol, const std::vector<unsigned int>& rank) {
-  return SmilesWriter(mol, rank).Write();
+std::vector<std::string> WriteSmilesParts(const ZQMolBase& mol,
+                                          const std::vector<unsigned int>& rank,
+                                          std::vector<ZQBondBase*>* lostBonds) {
+  SmilesWriter writer(mol, rank);
+  std::vector<std::string> parts = writer.Write();
+  if (lostBonds) *lostBonds = writer.FindLostBonds();
+  return parts;
+}
+
+std::string JoinSmilesParts(const std::vector<std::string>& parts) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (!text.empty()) text += '.';
+    text += part;
+  }
+  return text;
 }
 
 std::string ZQMolToSmiles(const ZQMolBase& mol) {
   std::vector<unsigned int> rank(mol.GetMaxAtomIdx());
   std::iota(rank.begin(), rank.end(), 0U);
-  return WriteSmiles(mol, rank);
+  return JoinSmilesParts(WriteSmilesParts(mol, rank, nullptr));
 }
 
 }  // namespace Quarnel

@@ -7,9 +7,16 @@
 
 namespace Quarnel {
 
-/// Writes a SMILES that starts from the atom of the lowest rank in each part and goes to the
-/// neighbour of the lowest rank first. `rank` is by atom index; equal ranks go by index. The text
-/// depends on the molecule and the order of the ranks alone.
-std::string WriteSmiles(const ZQMolBase& mol, const std::vector<unsigned int>& rank);
+/// Writes the connected parts of a molecule as SMILES. Each starts from its atom of the lowest
+/// rank, the parts come in the order of these, and a chain goes to the neighbour of the lowest rank
+/// first. `rank` is by atom index; equal ranks go by index. The texts depend on the molecule and
+/// the order of the ranks alone. `lostBonds`, if not null, gets the double bonds whose
+/// configuration no set of marks could tell.
+std::vector<std::string> WriteSmilesParts(const ZQMolBase& mol,
+                                          const std::vector<unsigned int>& rank,
+                                          std::vector<ZQBondBase*>* lostBonds);
+
+/// One SMILES of several parts.
+std::string JoinSmilesParts(const std::vector<std::string>& parts);
 
 }  // namespace Quarnel

@@ -1,0 +1,72 @@
+#pragma once
+
+/// LINGO: similarity of molecules by the substrings of their canonical SMILES (D. Vidal, M.
+/// Thormann and M. Pons, J. Chem. Inf. Model. 45, 386-393, 2005).
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "contract/quarnel/mol.h"
+
+namespace Quarnel {
+
+/// Makes Lingo texts. Stateless: any number of threads may use one object.
+class ZQ_EXPORT ZQLingoMap {
+ public:
+  /// The canonical SMILES of a molecule (`ZQMolToCanonicalSmiles`) with every ring closure number,
+  /// of one digit or more, written as 0 and every element symbol of two letters as one letter that
+  /// is no symbol: L for Cl, R for Br, and otherwise by the place in the periodic table:
+  ///
+  ///     A  Li Na Rb Cs Fr        J  Al Ga In Tl Nh     E  Se Te Po Lv
+  ///     Q  Be Mg Ca Sr Ba Ra     T  Si Ge Sn Pb Fl     X  At Ts
+  ///     M  the d block           D  As Sb Bi Mc        G  noble gases
+  ///     Z  the f block, La and Ac among them
+  ///
+  /// in lower case where the symbol is ("[se]" becomes "[e]"). Other digits stay as they are.
+  void CreateString(std::string& text, const ZQMolBase& mol) const;
+};
+
+/// A text made ready to be compared with many others. Any number of threads may compare with one
+/// object.
+class ZQ_EXPORT ZQLingoSim {
+ public:
+  /// Substrings of four characters, each counted as often as it occurs.
+  class ZQ_EXPORT Impl {
+   public:
+    Impl(const char* text, unsigned int step);
+    /// Substrings of the own text alone, of `other` alone, and of both, as multisets. A text of
+    /// fewer than four characters has none. Takes time in proportion to the length of `other`, and
+    /// no memory once a thread has compared with as long a text.
+    void Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
+                 unsigned int* both) const;
+
+   private:
+    struct Slot {
+      std::uint32_t lingo;  // 0: empty
+      std::uint32_t place;  // in counts_
+    };
+
+    std::size_t SlotOf(std::uint32_t lingo) const;
+
+    unsigned int step_;
+    unsigned int total_ = 0;
+    unsigned int shift_;       // from a hash to a slot
+    std::vector<Slot> slots_;  // open addressing, at most a quarter full
+    std::vector<unsigned int> counts_;
+  };
+
+  /// `step` is the distance between the starts of neighbouring substrings, of this text and of
+  /// those compared with it: 1 for all substrings.
+  ZQLingoSim(const char* text, unsigned int step);
+
+  /// False for a text of fewer than four characters and for a step of 0. `GetImpl` is null then.
+  bool IsValid() const { return impl_ != nullptr; }
+  const Impl* GetImpl() const { return impl_.get(); }
+
+ private:
+  std::unique_ptr<const Impl> impl_;
+};
+
+}  // namespace Quarnel

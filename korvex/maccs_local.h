@@ -1,0 +1,36 @@
+#pragma once
+
+/// The MACCS keys that are substructures, and the setting of all bits.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "contract/quarnel/subsearch.h"
+#include "korvex/fingerprint.h"
+
+namespace ZQKorvex {
+
+struct MACCSKey {
+  MACCSKey(const char* text, std::uint32_t key, std::uint32_t second)
+      : smarts(text), number(key), secondNumber(second), query(smarts, false) {}
+
+  std::string smarts;
+  std::uint32_t number;
+  std::uint32_t secondNumber;  ///< key that a second unique match sets; 0 for none
+  ZQSubSearch query;
+  std::uint32_t equalNumber = 0;  ///< an earlier key of the same text; 0 for none
+};
+
+/// The keys in ascending order.
+class MACCS166Keys : public std::vector<MACCSKey> {
+ public:
+  MACCS166Keys();
+  /// The one table of the process, made at the first call.
+  static const MACCS166Keys& Get();
+};
+
+/// Sets the bits of a prepared molecule in a fingerprint of 166 clear bits.
+void ZQMakeMACCS166SetBits(ZQFingerPrint& fp, const ZQMolBase& mol);
+
+}  // namespace ZQKorvex
