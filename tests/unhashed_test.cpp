@@ -7,9 +7,9 @@
 #include <set>
 #include <sstream>
 
-#include "korvex/fpatomtyper.h"
+#include "contract/quarnel/subsearch.h"
 #include "korvex/fptype_records.h"
-#include "tests/mol_helpers.h"
+#include "tests/generator_helpers.h"
 
 namespace ZQKorvex {
 
@@ -17,18 +17,10 @@ namespace {
 
 using Atoms = std::vector<const ZQAtomBase*>;
 
-struct Prepared {
-  ZQGraphMol mol;
-  Texts atoms;
-  Texts bonds;
-  Prepared(const ZQMolBase& from, unsigned int atype, unsigned int btype) : mol(from) {
-    ZQPrepareForFingerprinting(mol, ZQFPType::UnhashedCircular);
-    ZQGetFingerprintAtomTypes(atoms, bonds, mol, atype, btype);
-  }
-};
+using PreparedTexts = Prepared<std::string>;
 
 // The name of a set of atoms by whole keys in each round and plain recursion.
-std::string NameOf(const Prepared& from, const Atoms& set) {
+std::string NameOf(const PreparedTexts& from, const Atoms& set) {
   struct Key {
     std::string text;  // in the first round only
     std::size_t rank;
@@ -83,7 +75,7 @@ std::string NameOf(const Prepared& from, const Atoms& set) {
 }
 
 // The balls of radius 1 to 9 around each atom, up to the first that doesn't grow.
-std::set<std::string> NamesOfBalls(const Prepared& from) {
+std::set<std::string> NamesOfBalls(const PreparedTexts& from) {
   std::set<std::string> names;
   for (auto centre = from.mol.GetAtoms(); centre; ++centre) {
     Atoms ball{&*centre};
@@ -134,7 +126,7 @@ const struct Kind {
 TEST(Unhashed, BallsAreNamedAsByRecursion) {
   for (const std::string& smiles : SampleSmiles()) {
     for (const unsigned int atype : {ZQFPAtomType::DefaultTreeAtom, ZQFPAtomType::None}) {
-      const Prepared from(ReadSmiles(smiles), atype, ZQFPBondType::Order);
+      const PreparedTexts from(ReadSmiles(smiles), atype, ZQFPBondType::Order);
       std::string text;
       for (const std::string& name : NamesOfBalls(from)) text += name + " ";
       ZQFingerPrint fp;
@@ -170,17 +162,30 @@ TEST(Unhashed, WorkedTexts) {
   }
 }
 
-TEST(Unhashed, OrderOfAtomsMakesNoDifference) {
-  for (const std::string& smiles : SampleSmiles()) {
-    if (smiles == "C12C3C4C1C5C2C3C45") continue;  // its ties leave the text to the order
-    const ZQMol mol = ReadSmiles(smiles);
+TEST(Unhashed, TextsAreFoundInTheirMoleculeWhateverItsOrder) {
+  std::vector<std::string> all = SampleSmiles();
+  std::erase(all, "C12C3C4C1C5C2C3C45");  // its ties leave the text to the order
+  for (const std::string& smiles : all) {
+    ZQMol mol = ReadSmiles(smiles);
+    // A coordination bond, which no symbol tells of.
+    if (mol.GetAtomAt(0)->GetAtomicNum() == 26) {
+      mol.NewBond(mol.GetAtomAt(0), mol.GetAtomAt(1), 0);
+    }
+    const PreparedTexts prepared(mol, 0, 0);
+    const ZQSubSearchTarget target(prepared.mol);
     for (const Kind& kind : kinds) {
-      ZQFingerPrint fp;
-      ASSERT_TRUE(kind.makeOfType(fp, mol, ZQGetFPType(kind.number)));
-      for (unsigned int seed = 1; seed < 4; ++seed) {
-        ZQFingerPrint other;
-        ASSERT_TRUE(kind.makeOfType(other, Shuffled(mol, seed), ZQGetFPType(kind.number)));
-        EXPECT_EQ(other, fp) << smiles;
+      for (const unsigned int atype : {191, 4239, 1791, 6399}) {
+        ZQFingerPrint fp;
+        ASSERT_TRUE(kind.make(fp, mol, 0, 4, atype, 5));
+        for (const ZQMol& other : OtherGuises(mol, 2)) {
+          ZQFingerPrint again;
+          ASSERT_TRUE(kind.make(again, other, 0, 4, atype, 5));
+          EXPECT_EQ(again, fp) << smiles;
+        }
+        std::istringstream texts(BytesOf(fp).c_str());
+        for (std::string text; texts >> text;) {
+          EXPECT_TRUE(ZQSubSearch(text).SingleMatch(target)) << text << " in " << smiles;
+        }
       }
     }
   }

@@ -20,7 +20,8 @@ bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
 bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-constexpr std::uint32_t unwrittenBond = BondsOfOrder(1) | aromaticBonds;
+// Bonds of no order have no symbol of their own, in a SMILES as here.
+constexpr std::uint32_t unwrittenBond = BondsOfOrder(0) | BondsOfOrder(1) | aromaticBonds;
 
 // A bond expression as read; the direction is that from the atom before it.
 struct BondExpression {
