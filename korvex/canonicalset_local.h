@@ -52,9 +52,9 @@ class ZQ_EXPORT ZQHashedCanonicalIdGenerator {
   void Pass();
   unsigned int Sum();
 
+  SmallSet small_{};
   const std::vector<unsigned int>& atomInvariants_;
   const std::vector<unsigned int>& bondInvariants_;
-  SmallSet small_{};
   // By place; atoms are placed anew, in ascending order of their neighbours in the set.
   std::vector<unsigned int> current_;
   std::vector<unsigned int> next_;

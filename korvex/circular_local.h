@@ -4,7 +4,6 @@
 
 #include "korvex/circular.h"
 #include "korvex/fragments_local.h"
-#include "korvex/symmetryfilter_local.h"
 
 namespace ZQKorvex {
 
@@ -23,16 +22,9 @@ class CircularGenerator : FragmentGenerator<T> {
   /// Calls `sink` with the identifier of each ball, all radii of a centre behind one another.
   template <class Sink>
   void ForEachCircular(Sink sink) {
-    if (!this->HasAllInvariants() || !ZQ_ASSERT(minradius_ <= maxradius_)) return;
-    if (minradius_ == 0) this->ForEachAtom(sink);
-    if (maxradius_ == 0) return;
-    ZQSymmetryFilter filter;
-    for (unsigned int centre = 0; centre < mol_.GetMaxAtomIdx(); ++centre) {
-      const ZQAtomBase* atom = mol_.GetAtomAt(centre);
-      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(atom->GetSymmetryClass())) {
-        GrowFrom(centre, sink);
-      }
-    }
+    if (!ZQ_ASSERT(minradius_ <= maxradius_)) return;
+    this->ForEachFragment(minradius_, maxradius_, sink,
+                          [&](unsigned int centre) { GrowFrom(centre, sink); });
   }
 
  private:

@@ -14,6 +14,7 @@
 #include "korvex/canonicalset_unhashed_local.h"
 #include "korvex/fpatombondset.h"
 #include "korvex/subgraph_local.h"
+#include "korvex/symmetryfilter_local.h"
 
 namespace ZQKorvex {
 
@@ -33,20 +34,24 @@ class FragmentGenerator {
  protected:
   static constexpr bool isText = std::is_same_v<T, std::string>;
 
-  bool HasAllInvariants() const {
+  /// Hands over every atom, heavy or not, where sizes begin at 0, and lets `growFrom` find the
+  /// larger fragments, if there are any, around each heavy atom: of symmetric ones around the
+  /// first.
+  template <class Sink, class GrowFrom>
+  void ForEachFragment(unsigned int minSize, unsigned int maxSize, Sink& sink, GrowFrom growFrom) {
     const bool atoms = ZQ_ASSERT(atomInvariants_.size() == mol_.GetMaxAtomIdx());
     const bool bonds = ZQ_ASSERT(bondInvariants_.size() == mol_.GetMaxBondIdx());
-    return atoms && bonds;
-  }
-
-  /// Every atom, heavy or not, as a fragment of its own.
-  template <class Sink>
-  void ForEachAtom(Sink& sink) {
-    for (unsigned int idx = 0; idx < mol_.GetMaxAtomIdx(); ++idx) {
+    if (!atoms || !bonds) return;
+    for (unsigned int idx = 0; minSize == 0 && idx < mol_.GetMaxAtomIdx(); ++idx) {
       if (!mol_.GetAtomAt(idx)) continue;
       fragment_.Add(idx);
       Record(sink, atomInvariants_[idx]);
       fragment_.Clear();
+    }
+    ZQSymmetryFilter filter;
+    for (unsigned int idx = 0; maxSize != 0 && idx < mol_.GetMaxAtomIdx(); ++idx) {
+      const ZQAtomBase* atom = mol_.GetAtomAt(idx);
+      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(atom->GetSymmetryClass())) growFrom(idx);
     }
   }
 

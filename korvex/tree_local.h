@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "korvex/fragments_local.h"
-#include "korvex/symmetryfilter_local.h"
 #include "korvex/tree.h"
 
 namespace ZQKorvex {
@@ -27,16 +26,8 @@ class TreeGenerator : FragmentGenerator<T> {
   /// Calls `sink` with the identifier of each set, depth first from each centre.
   template <class Sink>
   void ForEachTree(Sink sink) {
-    if (!this->HasAllInvariants()) return;
-    if (minbonds_ == 0) this->ForEachAtom(sink);
-    if (maxbonds_ == 0) return;
-    ZQSymmetryFilter filter;
-    for (unsigned int centre = 0; centre < mol_.GetMaxAtomIdx(); ++centre) {
-      const ZQAtomBase* atom = mol_.GetAtomAt(centre);
-      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(atom->GetSymmetryClass())) {
-        GrowFrom(centre, sink);
-      }
-    }
+    this->ForEachFragment(minbonds_, maxbonds_, sink,
+                          [&](unsigned int centre) { GrowFrom(centre, sink); });
   }
 
  private:

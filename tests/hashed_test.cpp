@@ -37,12 +37,18 @@ const Kind kinds[] = {
 
 std::string Number(unsigned int number) { return std::to_string(number); }
 
+std::string Join(const Texts& parts) {
+  std::string text;
+  for (const std::string& part : parts) text += part;
+  return text;
+}
+
 }  // namespace
 
 TEST(Hashed, BitsDontDependOnNumberingHydrogensOrKekuleStructure) {
   for (const Kind& kind : kinds) {
     for (const std::string& smiles : SampleSmiles()) {
-      SCOPED_TRACE(kind.name + (" of " + smiles));
+      SCOPED_TRACE(Join({kind.name, " of ", smiles}));
       const ZQMol mol = ReadSmiles(smiles);
       // All flags at once, so that a perceived value or a class that merges too much shows.
       ZQFingerPrint fp;
@@ -74,29 +80,28 @@ TEST(Hashed, HolesInTheIndicesAreNoAtoms) {
 TEST(Hashed, BadParametersAreRepairedWithAWarningEach) {
   for (const Kind& k : kinds) {
     SCOPED_TRACE(k.name);
-    const std::string in = std::string(k.operation) + " : invalid ";
-    const std::string distance = k.distance;
-    const std::string of = std::string(" for ") + k.name + " fingerprint";
+    const std::string in = Join({k.operation, " : invalid "});
+    const std::string of = Join({" for ", k.name, " fingerprint"});
     const auto used = [&](unsigned int number) {
-      return " (default " + Number(number) + " is used)" + k.ending;
+      return Join({" (default ", Number(number), " is used)", k.ending});
     };
     const auto size = [&](unsigned int number) {
-      return in + "bit vector size " + Number(number) + of + used(4096);
+      return Join({in, "bit vector size ", Number(number), of, used(4096)});
     };
     const auto min = [&](unsigned int number) {
-      return in + "min " + distance + " " + Number(number) + of + used(0);
+      return Join({in, "min ", k.distance, " ", Number(number), of, used(0)});
     };
     const auto max = [&](unsigned int number) {
-      return in + "max " + distance + " " + Number(number) + of + k.ofMaxDistance +
-             used(k.defaultMax);
+      return Join(
+          {in, "max ", k.distance, " ", Number(number), of, k.ofMaxDistance, used(k.defaultMax)});
     };
     const auto above = [&](unsigned int least, unsigned int greatest) {
-      return in + "min " + distance + " " + Number(least) + " > max " + distance + " " +
-             Number(greatest) + of + " (min" + distance + " = max" + distance + " is used)" +
-             k.ending;
+      return Join({in, "min ", k.distance, " ", Number(least), " > max ", k.distance, " ",
+                   Number(greatest), of, " (min", k.distance, " = max", k.distance, " is used)",
+                   k.ending});
     };
     const std::string types =
-        in + "to have both atom and bond types set to be None (default types are used)!";
+        Join({in, "to have both atom and bond types set to be None (default types are used)!"});
     const unsigned int far = k.largest + 1;
     const unsigned int d = k.defaultMax;
     const struct {
