@@ -6,9 +6,11 @@
 #include <string_view>
 
 #include "contract/quarnel/graphmol.h"
+#include "contract/quarnel/perception.h"
 #include "korvex/checked_local.h"
 #include "korvex/fpatomtyper.h"
 #include "korvex/fptypes_local.h"
+#include "korvex/memory_local.h"
 
 namespace ZQKorvex {
 
@@ -36,37 +38,58 @@ class LingoText {
   std::string copy_;
 };
 
-}  // namespace
-
-bool ZQMakeLingoFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  static const ZQLingoMap map;
-  if (!mol.IsValid()) {
-    fp.SetFPTypeBase(nullptr);
-    return false;
-  }
-  fp.SetFPTypeBase(ZQGetFPType(zqLingoKind));
-  std::string text;
-  if (ZQIsPreparedForFingerprinting(mol, ZQFPType::Lingo)) {
-    map.CreateString(text, mol);
-  } else {
-    ZQGraphMol copy(mol);
-    ZQPrepareForFingerprinting(copy, ZQFPType::Lingo);
-    if (copy.NumAtoms() == 0) {
-      fp.SetSize(1);
-      fp.ClearBits();
-      return true;
+// Prepares the copy so that configurations are those of the atoms left: they are restated for
+// hydrogens that become counts, and dropped next to whatever else goes.
+void PrepareWithStereo(ZQMolBase& copy) {
+  ZQSuppressHydrogens(copy, true, true, true);
+  for (auto atom = copy.GetAtoms(); atom; ++atom) {
+    if (!atom->IsHydrogen() && atom->GetAtomicNum() != 0) continue;
+    for (auto neighbour = atom->GetAtoms(); neighbour; ++neighbour) {
+      neighbour->SetStereo(ZQAtomStereo::None);
+      for (auto bond = neighbour->GetBonds(); bond; ++bond) bond->SetStereo(ZQBondStereo::None);
     }
-    map.CreateString(text, copy);
   }
+  ZQPrepareForFingerprinting(copy, ZQFPType::Lingo);
+}
+
+void StoreText(ZQFingerPrint& fp, const ZQMolBase& mol) {
+  static const ZQLingoMap map;
+  std::string text;
+  map.CreateString(text, mol);
   const std::size_t bytes = text.size() + 1;
   if (bytes > INT_MAX / 8) {
     ZQThrow.Error("Max size for an ZQBitVector is INT_MAX");
-    return true;
+    return;
   }
   fp.SetSize(static_cast<unsigned int>(8 * bytes));
   fp.ClearBits();
   std::memcpy(fp.Words(), text.c_str(), bytes);
-  return true;
+}
+
+}  // namespace
+
+bool ZQMakeLingoFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
+  if (!mol.IsValid()) {
+    fp.SetFPTypeBase(nullptr);
+    return false;
+  }
+  const bool done = ZQGuardMemory("ZQMakeLingoFP()", [&] {
+    if (ZQIsPreparedForFingerprinting(mol, ZQFPType::Lingo)) {
+      StoreText(fp, mol);
+      return true;
+    }
+    ZQGraphMol copy(mol);
+    PrepareWithStereo(copy);
+    if (copy.NumAtoms() != 0) {
+      StoreText(fp, copy);
+    } else {
+      fp.SetSize(1);
+      fp.ClearBits();
+    }
+    return true;
+  });
+  fp.SetFPTypeBase(done ? ZQGetFPType(zqLingoKind) : nullptr);
+  return done;
 }
 
 bool ZQGetLingoSimTerms(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int* onlyA,

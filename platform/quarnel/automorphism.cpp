@@ -61,17 +61,48 @@ bool AutomorphismSearch::Find(std::uint32_t from, std::uint32_t to) {
 }
 
 // Once no atom waits, atoms that lost their place make up another component, which takes the first
-// one's place.
+// one's place. All others stay, unless a configuration asks for more moves: two other neighbours
+// may have to change places, too.
 bool AutomorphismSearch::Complete() {
   while (true) {
     while (head_ < queue_.size()) {
       const std::uint32_t a = queue_[head_++];
       if (image_[a] == none && !Place(a, 0) && !Backtrack()) return false;
     }
-    const auto isKept = [this](std::uint32_t a) { return KeepsConfigurations(a, true); };
-    if (watched_.empty() || std::ranges::all_of(trail_, isKept)) return true;
-    if (!Backtrack()) return false;
+    const std::uint32_t broken = watched_.empty() ? none : FindBroken();
+    if (broken == none) return true;
+    if (!AskAround(broken) && !Backtrack()) return false;
   }
+}
+
+// An atom whose configuration isn't kept, if all atoms without an image stay.
+std::uint32_t AutomorphismSearch::FindBroken() {
+  Spend(trail_.size());
+  for (const std::uint32_t a : trail_) {
+    if (!Keeps(a, true)) return a;
+    for (const MolView::Edge& edge : view_->Edges(a)) {
+      if (!Keeps(edge.atom, true)) return edge.atom;
+    }
+  }
+  return none;
+}
+
+// Asks for images of what the configuration is about; false if all have one.
+bool AutomorphismSearch::AskAround(std::uint32_t atom) {
+  const std::size_t before = queue_.size();
+  const auto ask = [this](std::uint32_t a) {
+    if (image_[a] == none) {
+      queue_.push_back(a);
+      return;
+    }
+    for (const MolView::Edge& edge : view_->Edges(a)) {
+      if (image_[edge.atom] == none) queue_.push_back(edge.atom);
+    }
+  };
+  ask(atom);
+  const std::uint32_t bond = watched_[atom].bond;
+  if (bond != none && image_[atom] != none) ask(view_->bonds[bond].Other(atom));
+  return queue_.size() != before;
 }
 
 // Gives the atom the target of this number, remembering if there are more.
@@ -82,7 +113,9 @@ bool AutomorphismSearch::Place(std::uint32_t atom, std::size_t choice) {
     choices_.push_back({atom, choice + 1, trail_.size(), queue_.size(), head_});
   }
   Assign(atom, targets_[choice]);
-  return watched_.empty() || KeepsConfigurations(atom, false);
+  if (watched_.empty()) return true;
+  const auto isKept = [this](const MolView::Edge& edge) { return Keeps(edge.atom, false); };
+  return Keeps(atom, false) && std::ranges::all_of(view_->Edges(atom), isKept);
 }
 
 bool AutomorphismSearch::Backtrack() {
@@ -103,11 +136,9 @@ void AutomorphismSearch::Assign(std::uint32_t from, std::uint32_t to) {
   trail_.push_back(from);
   const bool moves = from != to;
   Spend(view_->atoms[from].degree);
-  // A watched centre may need a second pair of neighbours to change places.
-  const bool asksAll = moves || IsWatched(from);
   for (const MolView::Edge& edge : view_->Edges(from)) {
     if (partition_->IsFolded(edge.atom) || image_[edge.atom] != none) continue;
-    if (asksAll || source_[edge.atom] != none) queue_.push_back(edge.atom);
+    if (moves || source_[edge.atom] != none) queue_.push_back(edge.atom);
   }
   if (!moves || image_[to] != none) return;
   const auto hasImage = [this](const MolView::Edge& edge) { return image_[edge.atom] != none; };
@@ -159,17 +190,11 @@ bool AutomorphismSearch::Fits(std::uint32_t atom, std::uint32_t target) {
   return std::ranges::count_if(ofTarget, isImage) == mapped;
 }
 
-// Of the atom and its neighbours. Before the `last` time, configurations that images are missing
-// for pass; then these atoms stay.
-bool AutomorphismSearch::KeepsConfigurations(std::uint32_t around, bool last) const {
-  const auto keeps = [&](std::uint32_t a) {
-    const Watched& watched = watched_[a];
-    return (!watched.centre || KeepsCentre(a, last)) &&
-           (watched.bond == none || KeepsBond(a, last));
-  };
-  return keeps(around) && std::ranges::all_of(view_->Edges(around), [&](const MolView::Edge& edge) {
-           return keeps(edge.atom);
-         });
+// Before the `last` time, configurations that images are missing for pass; then these atoms stay.
+bool AutomorphismSearch::Keeps(std::uint32_t atom, bool last) const {
+  const Watched& watched = watched_[atom];
+  return (!watched.centre || KeepsCentre(atom, last)) &&
+         (watched.bond == none || KeepsBond(atom, last));
 }
 
 bool AutomorphismSearch::KeepsCentre(std::uint32_t atom, bool last) const {

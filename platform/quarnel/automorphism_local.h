@@ -70,10 +70,9 @@ class AutomorphismSearch {
   void UndoTo(std::size_t trail);
   void ListTargets(std::uint32_t atom);
   bool Fits(std::uint32_t atom, std::uint32_t target);
-  bool IsWatched(std::uint32_t atom) const {
-    return !watched_.empty() && (watched_[atom].centre || watched_[atom].bond != MolView::none);
-  }
-  bool KeepsConfigurations(std::uint32_t around, bool last) const;
+  std::uint32_t FindBroken();
+  bool AskAround(std::uint32_t atom);
+  bool Keeps(std::uint32_t atom, bool last) const;
   bool KeepsCentre(std::uint32_t atom, bool last) const;
   bool KeepsBond(std::uint32_t atom, bool last) const;
   std::uint32_t ImageOf(std::uint32_t atom, bool last) const {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <utility>
 
 #include "platform/quarnel/small_ring_local.h"
@@ -13,12 +12,13 @@ namespace {
 
 constexpr std::uint32_t none = MolView::none;
 
+/// What the search may look at, and what its steps cost, in bonds.
 constexpr std::uint64_t budgetPerAtom = 10000;
 constexpr std::uint64_t baseBudget = std::uint64_t{1} << 24;
 constexpr std::uint64_t limitPerAtom = 1000;  // of one search for an automorphism
 constexpr std::uint64_t baseLimit = 50000;
 constexpr std::uint64_t costOfTrial = 8;  // per atom
-constexpr std::uint64_t costOfNode = 64;
+constexpr std::uint64_t costOfNode = 64;  // per atom
 
 /// Whether a nitrogen of three bonds keeps its configuration: all three in rings, or two in a ring
 /// of three. Others turn over.
@@ -249,7 +249,7 @@ bool CanonicalOrder::IsReal(const StereoCentre& centre) {
     canTurn = CanTurn(centre.atom, none);
   }
   node_ = before;
-  search_.Spend(costOfNode * view_->NumAtoms());
+  search_.Spend(costOfTrial * view_->NumAtoms());
   return !canTurn;
 }
 
@@ -354,8 +354,8 @@ void CanonicalOrder::Branch(std::uint32_t cell, std::uint32_t begin, std::uint32
   for (const std::uint32_t a : candidates) {
     if (search_.BudgetLeft() == 0 && !firsts.empty()) break;
     if (std::ranges::none_of(firsts, [&](std::uint32_t f) { return IsMapped(f, a, cell); })) {
+      if (!firsts.empty()) search_.Spend(costOfNode * view_->NumAtoms());
       firsts.push_back(a);
-      search_.Spend(costOfNode * view_->NumAtoms());
     }
   }
   known_.clear();
@@ -389,14 +389,22 @@ std::uint32_t CanonicalOrder::LeastMoved(std::uint32_t cell) {
   return *std::ranges::min_element(members, {}, [this](std::uint32_t a) { return numMoves_[a]; });
 }
 
+// The colour of a bond and its configuration as the cells tell it.
+std::uint64_t CanonicalOrder::Tell(std::uint32_t bond) const {
+  return std::uint64_t{node_.partition.ColourOf(bond)} << 2 |
+         ConfigurationOf(*view_, node_.partition, view_->bonds[bond]);
+}
+
 // In an equitable partition one atom tells of its whole cell.
 std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const {
   const Partition& partition = node_.partition;
   std::uint64_t hash = 0;
   for (std::uint32_t cell = begin; cell < end;) {
-    std::uint64_t sum = cell - begin;
-    for (const MolView::Edge& edge : view_->Edges(partition.Cell(cell).front())) {
-      sum += Mix(std::uint64_t{RankOf(edge.atom) - begin} << 32 | partition.ColourOf(edge.bond));
+    const std::uint32_t first = partition.Cell(cell).front();
+    std::uint64_t sum =
+        std::uint64_t{cell - begin} << 2 | ConfigurationOf(*view_, partition, first);
+    for (const MolView::Edge& edge : view_->Edges(first)) {
+      sum += Mix(std::uint64_t{RankOf(edge.atom) - begin} << 32 | Tell(edge.bond));
     }
     hash = Mix(hash ^ Mix(sum));
     cell += static_cast<std::uint32_t>(partition.Cell(cell).size());
@@ -414,9 +422,7 @@ std::vector<std::uint64_t> CanonicalOrder::Certificate(std::uint32_t begin,
     const auto firstBond = static_cast<std::ptrdiff_t>(certificate.size());
     for (const MolView::Edge& edge : view_->Edges(a)) {
       if (RankOf(edge.atom) > RankOf(a)) continue;
-      const std::uint64_t bond = std::uint64_t{partition.ColourOf(edge.bond)} << 2 |
-                                 ConfigurationOf(*view_, partition, view_->bonds[edge.bond]);
-      certificate.push_back(std::uint64_t{RankOf(edge.atom) + 1} << 32 | bond);
+      certificate.push_back(std::uint64_t{RankOf(edge.atom) + 1} << 32 | Tell(edge.bond));
     }
     std::sort(certificate.begin() + firstBond, certificate.end());
   }

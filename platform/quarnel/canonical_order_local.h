@@ -29,7 +29,8 @@ class CanonicalOrder {
  public:
   /// Orders the atoms of the view, which has no bonds of order 0 and stays for later calls. Its
   /// parts are numbered from 1 by atom index. False if there are configurations that aren't real;
-  /// nothing is ordered then.
+  /// ranks are of no use then. Such are, all at once, those that can't be for what stands at the
+  /// atom or bond; else one, the first by rank, since without it others may become real.
   bool Find(const MolView& view, std::span<const unsigned int> parts, unsigned int numParts);
   std::span<const StereoCentre> Unreal() const { return unreal_; }
   std::uint32_t RankOf(std::uint32_t atom) const { return node_.partition.CellOf(atom); }
@@ -63,6 +64,7 @@ class CanonicalOrder {
     while (parent_[atom] != atom) atom = parent_[atom] = parent_[parent_[atom]];
     return atom;
   }
+  std::uint64_t Tell(std::uint32_t bond) const;
   std::uint64_t Hash(std::uint32_t begin, std::uint32_t end) const;
   std::vector<std::uint64_t> Certificate(std::uint32_t begin, std::uint32_t end) const;
 

@@ -26,7 +26,7 @@ class Partition {
   /// Groups by what a SMILES tells of an atom in brackets but its class, by degree, aromaticity and
   /// ring membership, bonds by what is written of them. Every atom is in a cell. `parts` has a
   /// number from 1 for each atom index; atoms of one number stand together, in the order of
-  /// numbers.
+  /// numbers. `NumHydrogens` and `Degree` aren't for use after this.
   void BuildForSmiles(const MolView& view, std::span<const unsigned int> parts);
   /// Splits cells by a further property of each atom, and refines.
   void Split(const MolView& view, std::span<const std::uint32_t> property);
