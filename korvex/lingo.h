@@ -14,9 +14,10 @@ namespace ZQKorvex {
 /// Makes the fingerprint of a molecule, over a prepared copy (`ZQPrepareForFingerprinting`) unless
 /// the molecule is prepared itself; configurations are told of the atoms that are left. A molecule
 /// without atoms, none but hydrogens and dummies among these, gets the empty text, held as one bit.
-/// False for a molecule that isn't valid, whose bits are kept, and, after the error "ZQMakeLingoFP()
-/// : out of memory", where memory ends; `fp` then has no type. A text too long for a vector of bits reports the error "Max size for an ZQBitVector is INT_MAX", and `fp` gets
-/// the type alone.
+/// False for a molecule that isn't valid, whose bits are kept, and, after the error
+/// "ZQMakeLingoFP() : out of memory", where memory ends; `fp` then has no type. A text too long for
+/// a vector of bits reports the error "Max size for an ZQBitVector is INT_MAX", and `fp` gets the
+/// type alone.
 ZQ_EXPORT bool ZQMakeLingoFP(ZQFingerPrint& fp, const ZQMolBase& mol);
 
 /// Substrings in the text of `a` alone, of `b` alone, and in both. If one text has fewer than four

@@ -22,10 +22,11 @@
 /// scandium.
 ///
 /// Bonds are `-` (not aromatic) `=` `#` `$` `:` `~` `@` (in a ring) `/` `\` and `/?` `\?`; without
-/// a symbol a bond is single, aromatic or of no order. Operators are `!`, `&` or nothing, `,` and `;`, in
-/// falling strength, for atoms and bonds. Branches, ring closures (`1`, `%12`, `%(123)`, a bond
-/// symbol at either end) and dots are those of SMILES. Parentheses around whole parts hold them to
-/// one component, each pair to a component of its own: `(C.O).(N)`. White space ends the text.
+/// a symbol a bond is single, aromatic or of no order. Operators are `!`, `&` or nothing, `,` and
+/// `;`, in falling strength, for atoms and bonds. Branches, ring closures (`1`, `%12`, `%(123)`, a
+/// bond symbol at either end) and dots are those of SMILES. Parentheses around whole parts hold
+/// them to one component, each pair to a component of its own: `(C.O).(N)`. White space ends the
+/// text.
 ///
 /// A configuration is compared as seen along the mapped neighbours; in a pattern of three, the one
 /// left out stands where an implicit hydrogen would, and with fewer any configuration will do, but
