@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <random>
 #include <set>
-#include <string>
-#include <utility>
 
-#include "contract/bostrel/throw.h"
+#include "tests/mol_helpers.h"
 
 namespace Bostrel {
 namespace {
@@ -70,18 +67,13 @@ TEST(BitVector, HexTextStartsWithByteZero) {
 }
 
 TEST(BitVector, GrowthPastIntMaxIsRefused) {
-  std::string report;
-  ZQThrow.SetSink([&](ZQErrorLevel, const std::string& message) {
-    report = message;
-    return true;
-  });
+  CapturedReports reports;
   ZQBitVector bits(100);
   bits.SetBitOn(static_cast<unsigned int>(INT_MAX));
-  EXPECT_EQ(report, "Max size for an ZQBitVector is INT_MAX");
+  EXPECT_EQ(reports.Take(), Texts{"Max size for an ZQBitVector is INT_MAX"});
   EXPECT_EQ(bits.GetSize(), 100U);
   bits.SetBitOn(UINT_MAX);  // one more than this wraps to 0
   EXPECT_EQ(bits.GetSize(), 100U);
-  ZQThrow.SetSink(nullptr);
 }
 
 TEST(BitVector, CountsPadTheShorterVector) {
@@ -89,15 +81,9 @@ TEST(BitVector, CountsPadTheShorterVector) {
   ZQBitVector b(300);
   for (const unsigned int bit : {1U, 64U, 99U}) a.SetBitOn(bit);
   for (const unsigned int bit : {64U, 98U, 200U, 299U}) b.SetBitOn(bit);
-  unsigned int onlyA = 0;
-  unsigned int onlyB = 0;
-  unsigned int both = 0;
-  unsigned int neither = 0;
-  ZQGetBitCounts(a, b, &onlyA, &onlyB, &both, &neither);
-  EXPECT_EQ(onlyA, 2U);
-  EXPECT_EQ(onlyB, 3U);
-  EXPECT_EQ(both, 1U);
-  EXPECT_EQ(neither, 294U);
+  std::vector<unsigned int> counts(4);  // only a, only b, both, neither
+  ZQGetBitCounts(a, b, &counts[0], &counts[1], &counts[2], &counts[3]);
+  EXPECT_EQ(counts, (std::vector<unsigned int>{2, 3, 1, 294}));
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 
 #include <map>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "tests/program_helpers.h"
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <thread>
 
 #include "korvex/path.h"
 #include "tests/mol_helpers.h"
@@ -29,14 +28,9 @@ TEST(FingerPrintType, IsOneObjectForAllThreads) {
   constexpr unsigned int distinct = 50;
   const auto type = [](unsigned int i) { return ZQGetTreeFPType(64 + i, 0, 3, 1 + i, 1); };
   std::vector<std::vector<const ZQFPTypeBase*>> found(4);
-  std::vector<std::thread> threads;
-  threads.reserve(4);
-  for (auto& mine : found) {
-    threads.emplace_back([&] {
-      for (unsigned int i = 0; i < distinct; ++i) mine.push_back(type(i));
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  OnThreads(4, [&](unsigned int t) {
+    for (unsigned int i = 0; i < distinct; ++i) found[t].push_back(type(i));
+  });
   for (const auto& mine : found) EXPECT_EQ(mine, found[0]);
   EXPECT_EQ(std::set(found[0].begin(), found[0].end()).size(), distinct);
   EXPECT_EQ(ZQGetFPType(101, true), ZQGetFPType(101, false));
@@ -141,14 +135,9 @@ TEST(MakeFP, WorksOnManyThreadsAtOnce) {
   std::vector<ZQMol> mols(SampleSmiles().size());
   for (std::size_t i = 0; i < mols.size(); ++i) ZQSmilesToMol(mols[i], SampleSmiles()[i]);
   std::vector<std::vector<ZQFingerPrint>> made(4, std::vector<ZQFingerPrint>(mols.size()));
-  std::vector<std::thread> threads;
-  threads.reserve(4);
-  for (auto& mine : made) {
-    threads.emplace_back([&] {
-      for (std::size_t i = 0; i < mols.size(); ++i) ZQMakeFP(mine[i], mols[i], ZQFPType::Path);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  OnThreads(4, [&](unsigned int t) {
+    for (std::size_t i = 0; i < mols.size(); ++i) ZQMakeFP(made[t][i], mols[i], ZQFPType::Path);
+  });
   for (const auto& mine : made) {
     for (std::size_t i = 0; i < mols.size(); ++i) EXPECT_TRUE(mine[i] == made[0][i]);
   }

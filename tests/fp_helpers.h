@@ -3,17 +3,11 @@
 /// Fingerprints at random, as objects, as records and as `.fpbin` files, for tests that need no
 /// molecules.
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "korvex/fpfast_local.h"
+#include "tests/program_helpers.h"
 
 inline const ZQKorvex::ZQFPTypeBase* PathTypeOf(unsigned int numbits) {
   return ZQKorvex::ZQGetPathFPType(numbits, 0, 5, 1, 1);
@@ -52,25 +46,16 @@ inline std::vector<std::uint64_t> RecordsOf(const std::vector<ZQKorvex::ZQFinger
   return records;
 }
 
-/// A file name of this test's own; the file is deleted at the end.
+/// A file of this test's own; it is deleted at the end.
 class TempFile {
  public:
-  explicit TempFile(const std::string& name)
-      : name_(::testing::TempDir() + "korvex_" + std::to_string(getpid()) + "_" + name) {}
-  ~TempFile() { std::filesystem::remove(name_); }
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
-
+  explicit TempFile(const std::string& name) : name_(folder_ / name) {}
   const std::string& Name() const { return name_; }
-  void Write(const std::string& content) const {
-    std::ofstream(name_, std::ios::binary) << content;
-  }
-  std::string Read() const {
-    std::ifstream in(name_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
+  void Write(const std::string& content) const { WriteFile(name_, content); }
+  std::string Read() const { return ReadFile(name_); }
 
  private:
+  WorkFolder folder_;
   std::string name_;
 };
 

@@ -171,32 +171,13 @@ TEST(BondInvariant, MultipliesWhatTheFlagsAskFor) {
 
 TEST(AtomInvariant, HydrogenBondClasses) {
   // The first atom that isn't a carbon is an acceptor, a donor, both or neither.
-  const std::string cases[] = {"CO B",
-                               "C[O-] A",
-                               "C[OH2+] D",
-                               "COC A",
-                               "COCC=C -",
-                               "OCC=C D",
-                               "o1cccc1 -",
-                               "O=CC A",
-                               "N B",
-                               "NCC=C D",
-                               "C[NH3+] D",
-                               "CN(C)C A",
-                               "C[NH-] B",
-                               "n1ccccc1 A",
-                               "[nH]1cccc1 D",
-                               "[nH+]1ccccc1 D",
-                               "S=CC A",
-                               "CSC -",
-                               "CS D",
-                               "s1cccc1 -",
-                               "S(=O)(C)C -",
-                               "N(=O)(=O)C -",
-                               "[N+](=O)([O-])CC -",
-                               "CF -"};
-  for (const std::string& line : cases) {
-    const ZQMol mol = ReadSmiles(line.substr(0, line.find(' ')));
+  std::istringstream cases(R"t(
+      CO B   C[O-] A   C[OH2+] D   COC A   COCC=C -   OCC=C D   o1cccc1 -   O=CC A   N B   NCC=C D
+      C[NH3+] D   CN(C)C A   C[NH-] B   n1ccccc1 A   [nH]1cccc1 D   [nH+]1ccccc1 D   S=CC A
+      CSC -   CS D   s1cccc1 -   S(=O)(C)C -   N(=O)(=O)C -   [N+](=O)([O-])CC -   CF -)t");
+  char expected = '?';
+  for (std::string smiles; cases >> smiles >> expected;) {
+    const ZQMol mol = ReadSmiles(smiles);
     for (const bool explicitHydrogens : {false, true}) {
       ZQMol form = explicitHydrogens ? WithHydrogens(mol) : ZQMol(mol);
       auto atom = form.GetAtoms();
@@ -207,32 +188,28 @@ TEST(AtomInvariant, HydrogenBondClasses) {
       const bool donor =
           Invariants(form, ZQFPAtomType::AtmNum | ZQFPAtomType::EqHBDon, 0).atoms[atom->GetIdx()] ==
           zqDonorOnly;
-      EXPECT_EQ(acceptor ? (donor ? 'B' : 'A') : donor ? 'D' : '-', line.back()) << line;
+      EXPECT_EQ(acceptor ? (donor ? 'B' : 'A') : donor ? 'D' : '-', expected) << smiles;
     }
   }
+  EXPECT_TRUE(cases.eof());
 }
 
 TEST(Preparation, LeavesHeavyAtomsWithHydrogenCounts) {
-  const struct {
-    const char* smiles;
-    unsigned int atoms, bonds, hydrogens;
-  } cases[] = {{"[2H]C([2H])([2H])[2H]", 1, 0, 4},
-               {"[H][H]", 0, 0, 0},
-               {"[H+]", 0, 0, 0},
-               {"*CC*", 2, 1, 4},
-               {"[H][B]1([H])[H][B]([H])([H])[H]1", 2, 0, 8},
-               {"[1H]Cl", 1, 0, 1},
-               {"C[C@H](F)[2H]", 3, 2, 5}};
-  for (const auto& c : cases) {
-    ZQGraphMol mol;
-    if (!ZQSmilesToMol(mol, c.smiles)) ADD_FAILURE() << c.smiles;
+  // Each case: molecule, atoms, bonds and hydrogens that are left.
+  std::istringstream cases(R"t(
+      [2H]C([2H])([2H])[2H] 1 0 4   [H][H] 0 0 0   [H+] 0 0 0   *CC* 2 1 4
+      [H][B]1([H])[H][B]([H])([H])[H]1 2 0 8   [1H]Cl 1 0 1   C[C@H](F)[2H] 3 2 5)t");
+  unsigned int atoms = 0, bonds = 0, left = 0;
+  for (std::string smiles; cases >> smiles >> atoms >> bonds >> left;) {
+    ZQMol mol = ReadSmiles(smiles);
     ZQPrepareForFingerprinting(mol, ZQFPType::Path);
-    EXPECT_EQ(mol.NumAtoms(), c.atoms) << c.smiles;
-    EXPECT_EQ(mol.NumBonds(), c.bonds) << c.smiles;
+    EXPECT_EQ(mol.NumAtoms(), atoms) << smiles;
+    EXPECT_EQ(mol.NumBonds(), bonds) << smiles;
     unsigned int hydrogens = 0;
     for (auto atom = mol.GetAtoms(); atom; ++atom) hydrogens += atom->GetImplicitHCount();
-    EXPECT_EQ(hydrogens, c.hydrogens) << c.smiles;
+    EXPECT_EQ(hydrogens, left) << smiles;
   }
+  EXPECT_TRUE(cases.eof());
 }
 
 TEST(Preparation, IsAskedForOnlyByKindsThatTakeMoleculesAsTheyStand) {

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <thread>
-
 #include "fp_helpers.h"
 #include "korvex/fpfast_database_implbase_local.h"
 #include "mol_helpers.h"
@@ -114,23 +111,20 @@ TEST_P(BackEnd, QueriesAgreeWithOneAnother) {
 TEST_P(BackEnd, QueriesFromManyThreads) {
   const ZQFastFPDatabase database(file_.Name(), GetParam());
   const Hits expected = HitsOf(database.GetSortedScores(5, {}));
-  std::vector<std::thread> threads(4);
-  for (std::thread& thread : threads) {
-    thread = std::thread([&] {
-      ZQFPDatabaseOptions options;
-      options.SetNumProcessors(2);
-      EXPECT_EQ(HitsOf(database.GetSortedScores(5, {})), expected);
-      EXPECT_EQ(HitsOf(database.GetSortedScores({fps_[5], fps_[6]}, options)[0]), expected);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  OnThreads(4, [&](unsigned int) {
+    ZQFPDatabaseOptions options;
+    options.SetNumProcessors(2);
+    EXPECT_EQ(HitsOf(database.GetSortedScores(5, {})), expected);
+    EXPECT_EQ(HitsOf(database.GetSortedScores({fps_[5], fps_[6]}, options)[0]), expected);
+  });
 }
 
 TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
   const ZQFastFPDatabase database(file_.Name(), GetParam());
   const std::string name = "ZQFastFPDatabase::";
   CapturedReports reports;
-  const auto expect = [&](const std::string& text) {
+  const auto expect = [&](bool holds, const std::string& text) {
+    EXPECT_TRUE(holds) << text;
     EXPECT_EQ(reports.Take(), Texts{name + text});
   };
   const ZQMol empty;
@@ -138,18 +132,14 @@ TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
   const ZQFPDatabaseOptions options;
   ZQFingerPrint fp;
 
-  EXPECT_FALSE(database.GetFingerPrint(fp, count));
-  expect("GetFingerPrint() : fingerprint index out of range!");
-  EXPECT_EQ(database.GetMoleculeIndex(count), -1);
-  expect("GetMolculeIndex() : fingerprint index out of range!");
-  EXPECT_FALSE(database.GetScores(ZQFingerPrint(), options));
-  expect("GetScores() : invalid fingerprint type!");
-  EXPECT_FALSE(database.GetRawScores(other, options));
-  expect("GetRawScores() : fingerprint type mismatch!");
-  EXPECT_FALSE(database.GetSortedScores(empty, options));
-  expect("GetSortedScores() : empty molecule!");
-  EXPECT_FALSE(database.GetSortedScores(count, options));
-  expect("GetSortedScores() : fingerprint index out of range!");
+  expect(!database.GetFingerPrint(fp, count), "GetFingerPrint() : fingerprint index out of range!");
+  expect(database.GetMoleculeIndex(count) == -1,
+         "GetMolculeIndex() : fingerprint index out of range!");
+  expect(!database.GetScores(ZQFingerPrint(), options), "GetScores() : invalid fingerprint type!");
+  expect(!database.GetRawScores(other, options), "GetRawScores() : fingerprint type mismatch!");
+  expect(!database.GetSortedScores(empty, options), "GetSortedScores() : empty molecule!");
+  expect(!database.GetSortedScores(count, options),
+         "GetSortedScores() : fingerprint index out of range!");
   // Sorted scores don't ask for the type; a query of other words is an assertion failure.
   ZQFingerPrint untyped = fps_[0];
   untyped.SetFPTypeBase(nullptr);
@@ -160,12 +150,12 @@ TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
   EXPECT_EQ(reports.Take(), Texts{"Assertion"});
 
   ZQFPDatabaseOptions tversky(0, ZQSimMeasure::Tversky);
-  EXPECT_EQ(database.GetVariogram({}, tversky, 7).NumBins(), 7U);
-  expect("GetVariogram() : Tversky similarity is not supported!");
-  EXPECT_EQ(database.GetVariogram({1.0F}, options, 7).NumSamples(), 0U);
-  expect("GetVariogram() : 1 values for 1200 fingerprints!");
-  EXPECT_FALSE(database.GetSparseMatrix({count + 1, 1}));
-  expect(GetParam() == 1
+  expect(database.GetVariogram({}, tversky, 7).NumBins() == 7U,
+         "GetVariogram() : Tversky similarity is not supported!");
+  expect(database.GetVariogram({1.0F}, options, 7).NumSamples() == 0U,
+         "GetVariogram() : 1 values for 1200 fingerprints!");
+  expect(!database.GetSparseMatrix({count + 1, 1}),
+         GetParam() == 1
              ? "GetSparseMatrix() set to retrieve more nearest neighbors (1201) than there are "
                "fingerprints (1200)!"
              : "GetSparseMatrix() : set to retrieve more nearest neighbors (1201) than there are "
@@ -190,8 +180,8 @@ TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
   EXPECT_EQ(reports.Take(), Texts{"Assertion"});  // it has run before
   ZQMol invalid;
   invalid.SetValid(false);
-  EXPECT_EQ(database.SortedSearch(result, invalid, options), ZQSimSearchStatus::Uninitialized);
-  expect("SortedSearch() cannot generate fingerprint!");
+  expect(database.SortedSearch(result, invalid, options) == ZQSimSearchStatus::Uninitialized,
+         "SortedSearch() cannot generate fingerprint!");
 }
 
 TEST_P(BackEnd, AFileCutAnywhereIsRefusedWithoutACrash) {

@@ -57,6 +57,13 @@ struct Data {
     return PlainScore(options, At(i), At(j), numWords);
   }
 
+  std::vector<double> Raw(const ZQFPDatabaseOptions& options, std::size_t query,
+                          ZQPopCountFunc popCount = ZQPopCountPOPCNT) const {
+    std::vector<double> scores;
+    ZQFastFPRaw(scores, fps[query], options, data, count, numWords, popCount);
+    return scores;
+  }
+
   std::vector<ZQFingerPrint> fps;
   std::vector<std::uint64_t> words;
   const std::uint64_t* data;
@@ -107,10 +114,8 @@ TEST_P(EveryVariant, ScoresAreTheJudgesBitForBit) {
       for (unsigned int measure = 1; measure <= 6; ++measure) {
         ZQFPDatabaseOptions options(0, measure);
         options.SetTverskyCoeffs(0.7F, 0.2F);
-        std::vector<double> scores;
         const std::size_t query = count / 2;
-        ZQFastFPRaw(scores, records.fps[query], options, records.data, count, numWords,
-                    ZQPopCountPOPCNT);
+        const auto scores = records.Raw(options, query);
         EXPECT_EQ(ZQGetLatestScanVariant(), GetParam());
         ASSERT_EQ(scores.size(), count);
         for (std::size_t i = 0; i < count; ++i) {
@@ -128,8 +133,7 @@ TEST(ScanVariants, BestFirstAndAnyProcessorHasOne) {
   EXPECT_EQ(names.back(), "SSE2");
   EXPECT_FALSE(ZQForceScanVariant("none such"));
   const Data records(10, 256);
-  std::vector<double> scores;
-  ZQFastFPRaw(scores, records.fps[0], {}, records.data, 10, 4, ZQPopCountBitCount);
+  records.Raw({}, 0, ZQPopCountBitCount);
   EXPECT_EQ(ZQGetLatestScanVariant(), names.front());
 }
 
@@ -181,12 +185,9 @@ TEST(Scores, CutoffIsInclusiveInBothOrders) {
 TEST(Kernels, AForeignPopCountIsCalledOncePerPair) {
   const Data records(300, 512);
   calls = 0;
-  std::vector<double> foreign;
-  std::vector<double> fused;
-  ZQFastFPRaw(foreign, records.fps[5], {}, records.data, 300, 8, CountingPopCount);
+  const auto foreign = records.Raw({}, 5, CountingPopCount);
   EXPECT_EQ(calls, 301U);  // the query's own count is one more
-  ZQFastFPRaw(fused, records.fps[5], {}, records.data, 300, 8, ZQPopCountPOPCNT);
-  EXPECT_EQ(foreign, fused);
+  EXPECT_EQ(foreign, records.Raw({}, 5));
 }
 
 TEST_P(EveryVariant, HitListIsThatOfOneRecordAfterAnother) {
@@ -406,11 +407,9 @@ TEST(Kernels, ShortFormsReadTheHeader) {
   std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(image.data()));
   const Data records(100, 256);
   const ZQFPDatabaseOptions options;
-  std::vector<double> longForm;
   std::vector<double> shortForm;
-  ZQFastFPRaw(longForm, fps[2], options, records.data, 100, 4, ZQPopCountPOPCNT);
   ZQFastFPRaw(shortForm, fps[2], options, image.data(), ZQPopCountPOPCNT);
-  EXPECT_EQ(shortForm, longForm);
+  EXPECT_EQ(shortForm, records.Raw(options, 2));
   std::vector<ZQSimScorePair> pairs;
   ZQFastFPSparseMatrix(pairs, options, image.data(), ZQPopCountPOPCNT, 3);
   EXPECT_EQ(pairs.size(), 300U);
@@ -442,8 +441,7 @@ TEST_P(EveryVariant, CountsThatCantBeTrueGoThroughCheckedConversions) {
   Data records(70, 256);
   records.words[3 * 6 + 1] = std::uint64_t{1} << 60;
   CapturedReports reports;
-  std::vector<double> scores;
-  ZQFastFPRaw(scores, records.fps[0], {}, records.data, 70, 4, ZQPopCountPOPCNT);
+  const auto scores = records.Raw({}, 0);
   const Texts texts = reports.Take();
   ASSERT_EQ(texts.size(), 1U);
   EXPECT_TRUE(texts[0].starts_with("(unsigned long)")) << texts[0];

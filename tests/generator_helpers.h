@@ -17,6 +17,15 @@ inline std::vector<unsigned int> BitsOf(const ZQKorvex::ZQFingerPrint& fp) {
   return bits;
 }
 
+/// A fingerprint whose bits are the bytes of a text.
+inline ZQKorvex::ZQFingerPrint FingerPrintOfText(const std::string& text, unsigned int kind) {
+  ZQKorvex::ZQFingerPrint fp;
+  fp.SetSize(static_cast<unsigned int>(8 * text.size()));
+  std::copy(text.begin(), text.end(), reinterpret_cast<char*>(fp.Words()));
+  fp.SetFPTypeBase(ZQKorvex::ZQGetFPType(kind));
+  return fp;
+}
+
 /// A prepared molecule with its invariants.
 template <class T>
 struct Prepared {

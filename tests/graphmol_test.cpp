@@ -2,13 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include "contract/bostrel/throw.h"
+#include "tests/mol_helpers.h"
 
 namespace Quarnel {
 namespace {
@@ -106,17 +102,11 @@ TEST(GraphMol, DeletionLeavesHolesAndTrimsTheEnd) {
 }
 
 TEST(GraphMol, CopiesCarryEverything) {
-  ZQMol mol;
+  ZQMol mol = "[13CH3][O-]"_mol;
   mol.SetTitle("methanol");
   mol.SetData(58, 2);
-  ZQAtomBase* c = mol.NewAtom(6);
-  ZQAtomBase* o = mol.NewAtom(8);
-  ZQBondBase* bond = mol.NewBond(c, o, 1);
-  c->SetIsotope(13);
-  c->SetImplicitHCount(3);
-  o->SetFormalCharge(-1);
-  o->AddData(70, std::string("on the oxygen"));
-  bond->SetInRing(true);
+  mol.GetAtomAt(1)->AddData(70, std::string("on the oxygen"));
+  mol.GetBondAt(0)->SetInRing(true);
   mol.SetPerceived(ZQPerceived::Rings, true);
   const ZQGraphMol copy(mol);
   mol.Clear();

@@ -12,11 +12,7 @@ namespace ZQKorvex {
 namespace {
 
 struct Kind {
-  const char* name;
-  const char* operation;
-  const char* distance;
-  const char* ending;
-  const char* ofMaxDistance;
+  const char *name, *operation, *distance, *ending, *ofMaxDistance;
   unsigned int number, defaultMax, defaultAtom, defaultBond, largest;
   bool (*make)(ZQFingerPrint&, const ZQMolBase&, unsigned int, unsigned int, unsigned int,
                unsigned int, unsigned int);

@@ -2,11 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "contract/quarnel/moldatabase.h"
 #include "korvex/fpatomtyper.h"
 #include "tests/mol_helpers.h"
@@ -105,13 +100,9 @@ TEST(MACCSTest, HoldsOverManyMolecules) {
     EXPECT_FALSE(Has(fp, 44));
     for (const auto& [key, other] : implied) EXPECT_TRUE(!Has(fp, key) || Has(fp, other)) << i;
   }
-  std::vector<std::thread> threads;
-  for (unsigned int t = 0; t < 4; ++t) {
-    threads.emplace_back([&, t] {
-      for (std::size_t i = t; i < mols.size(); i += 2) EXPECT_EQ(Keys(mols[i]), fps[i]);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  OnThreads(4, [&](unsigned int t) {
+    for (std::size_t i = t; i < mols.size(); i += 2) EXPECT_EQ(Keys(mols[i]), fps[i]);
+  });
 }
 
 }  // namespace

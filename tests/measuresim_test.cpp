@@ -4,9 +4,8 @@
 
 #include <bit>
 #include <cmath>
-#include <cstring>
 
-#include "tests/mol_helpers.h"
+#include "tests/generator_helpers.h"
 
 namespace ZQKorvex {
 
@@ -21,11 +20,7 @@ ZQFingerPrint Bits(const std::vector<unsigned int>& bits, unsigned int size = 16
 }
 
 ZQFingerPrint Text(const std::string& text, unsigned int kind = ZQFPType::UnhashedPath) {
-  ZQFingerPrint fp;
-  fp.SetSize(static_cast<unsigned int>(8 * text.size()));
-  std::memcpy(fp.Words(), text.data(), text.size());
-  fp.SetFPTypeBase(ZQGetFPType(kind));
-  return fp;
+  return FingerPrintOfText(text, kind);
 }
 
 using Measure = float (*)(const ZQFingerPrint&, const ZQFingerPrint&);

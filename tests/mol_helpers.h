@@ -1,15 +1,17 @@
 #pragma once
 
-/// What several tests share: molecules as literals and in other guises, and a sink that keeps
-/// reports.
+/// What several tests share: molecules as literals and in other guises, a sink that keeps
+/// reports, and work on several threads.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -25,6 +27,29 @@ inline Quarnel::ZQMol ReadSmiles(std::string_view smiles) {
 }
 inline Quarnel::ZQMol operator""_mol(const char* smiles, std::size_t length) {
   return ReadSmiles({smiles, length});
+}
+
+inline std::string Repeated(std::string_view text, std::size_t times) {
+  std::string all;
+  for (; times > 0; --times) all += text;
+  return all;
+}
+
+/// What a parser says of a place: "3: found "X", expected a Y".
+inline std::string Finding(int place, std::string_view found, std::string_view expected) {
+  return std::to_string(place)
+      .append(": found ")
+      .append(found)
+      .append(", expected ")
+      .append(expected);
+}
+
+/// Does `work(t)` on a thread each for t = 0, 1 up to `count` - 1.
+template <class Work>
+void OnThreads(unsigned int count, Work work) {
+  std::vector<std::thread> threads;
+  for (unsigned int t = 0; t < count; ++t) threads.emplace_back(work, t);
+  for (std::thread& thread : threads) thread.join();
 }
 
 /// Keeps all reports while it lives, and lets Fatal go on.
@@ -114,29 +139,21 @@ inline Quarnel::ZQMol WithHydrogens(const Quarnel::ZQMolBase& mol) {
 
 /// Molecules of many sorts: drugs, charges, salts, cages, stereo, symmetry, odd elements.
 inline const std::vector<std::string>& SampleSmiles() {
-  static const std::vector<std::string> smiles{
-      "CC(=O)Oc1ccccc1C(=O)O",
-      "CN1C=NC2=C1C(=O)N(C(=O)N2C)C",
-      "CC(C)Cc1ccc(cc1)C(C)C(=O)O",
-      "CN1CC[C@]23[C@@H]4[C@H]1CC5=C2C(=C(C=C5)O)O[C@H]3[C@H](C=C4)O",
-      "CC1(C)S[C@@H]2[C@H](NC(=O)Cc3ccccc3)C(=O)N2[C@H]1C(=O)O",
-      "C[C@]12CC[C@H]3[C@@H](CCC4=CC(=O)CC[C@]34C)[C@@H]1CC[C@@H]2O",
-      "Clc1ccc2c(c1)C(=NCC(=O)N2C)c3ccccc3",
-      "CCCc1nn(C)c2c1nc([nH]c2=O)-c1cc(ccc1OCC)S(=O)(=O)N1CCN(C)CC1",
-      "C[N+](C)(C)CC(=O)[O-]",
-      "[Na+].[O-]S(=O)(=O)c1ccccc1",
-      "C12C3C4C1C5C2C3C45",
-      "C1CC2CCC1CC2",
-      "F/C=C/Cl",
-      "OP(=O)(O)OC[C@H]1O[C@H](C[C@@H]1O)N1C=CC(N)=NC1=O",
-      "FS(F)(F)(F)(F)F",
-      "c1ccc2c(c1)c1ccccc1[nH]2",
-      "O=[N+]([O-])c1cc[n+]([O-])cc1Br",
-      "[2H]C([2H])([2H])O[SiH3]",
-      "CC(C)(C)c1cc(cc(c1O)C(C)(C)C)CCC(=O)OCC(COC(=O)C)(COC(=O)C)COC(=O)C",
-      "c1ccc(cc1)-c1c2ccc(n2)c(-c2ccccc2)c2ccc([nH]2)c(-c2ccccc2)c2nc(cc2)c(-c2ccccc2)c2ccc1[nH]2",
-      "[Fe+2].c1cc[cH-]c1.c1cc[cH-]c1",
-      "C#CC=C=CN=[N+]=[N-]",
-  };
+  static const std::vector<std::string> smiles = [] {
+    std::istringstream text(R"t(
+        CC(=O)Oc1ccccc1C(=O)O   CN1C=NC2=C1C(=O)N(C(=O)N2C)C   CC(C)Cc1ccc(cc1)C(C)C(=O)O
+        CN1CC[C@]23[C@@H]4[C@H]1CC5=C2C(=C(C=C5)O)O[C@H]3[C@H](C=C4)O
+        CC1(C)S[C@@H]2[C@H](NC(=O)Cc3ccccc3)C(=O)N2[C@H]1C(=O)O
+        C[C@]12CC[C@H]3[C@@H](CCC4=CC(=O)CC[C@]34C)[C@@H]1CC[C@@H]2O
+        Clc1ccc2c(c1)C(=NCC(=O)N2C)c3ccccc3
+        CCCc1nn(C)c2c1nc([nH]c2=O)-c1cc(ccc1OCC)S(=O)(=O)N1CCN(C)CC1   C[N+](C)(C)CC(=O)[O-]
+        [Na+].[O-]S(=O)(=O)c1ccccc1   C12C3C4C1C5C2C3C45   C1CC2CCC1CC2   F/C=C/Cl
+        OP(=O)(O)OC[C@H]1O[C@H](C[C@@H]1O)N1C=CC(N)=NC1=O   FS(F)(F)(F)(F)F
+        c1ccc2c(c1)c1ccccc1[nH]2   O=[N+]([O-])c1cc[n+]([O-])cc1Br   [2H]C([2H])([2H])O[SiH3]
+        CC(C)(C)c1cc(cc(c1O)C(C)(C)C)CCC(=O)OCC(COC(=O)C)(COC(=O)C)COC(=O)C
+        c1ccc(cc1)-c1c2ccc(n2)c(-c2ccccc2)c2ccc([nH]2)c(-c2ccccc2)c2nc(cc2)c(-c2ccccc2)c2ccc1[nH]2
+        [Fe+2].c1cc[cH-]c1.c1cc[cH-]c1   C#CC=C=CN=[N+]=[N-])t");
+    return std::vector<std::string>(std::istream_iterator<std::string>(text), {});
+  }();
   return smiles;
 }

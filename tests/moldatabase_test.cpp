@@ -4,13 +4,7 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
-#include "contract/quarnel/graphmol.h"
-#include "contract/quarnel/readers.h"
 #include "tests/mol_helpers.h"
 #include "tests/program_helpers.h"
 
@@ -164,18 +158,13 @@ TEST_F(MolDatabase, ManyThreadsReadOneDatabase) {
   ASSERT_TRUE(db.Open(Write("a.smi", text)));
   ASSERT_EQ(db.GetMaxMolIdx(), expected.size());
   std::atomic<unsigned int> wrong{0};
-  std::vector<std::thread> threads;
-  threads.reserve(4);
-  for (unsigned int t = 0; t < 4; ++t) {
-    threads.emplace_back([&db, &expected, &wrong, t] {
-      ZQMol mol;
-      for (unsigned int i = t % 2; i < expected.size(); ++i) {
-        wrong += !db.GetMolecule(mol, i) || mol.GetTitle() != "m" + std::to_string(i) ||
-                 ZQMolToSmiles(mol) != expected[i];
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  OnThreads(4, [&](unsigned int t) {
+    ZQMol mol;
+    for (unsigned int i = t % 2; i < expected.size(); ++i) {
+      wrong += !db.GetMolecule(mol, i) || mol.GetTitle() != "m" + std::to_string(i) ||
+               ZQMolToSmiles(mol) != expected[i];
+    }
+  });
   EXPECT_EQ(wrong, 0U);
 }
 

@@ -2,14 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <map>
-#include <random>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "tests/mol_helpers.h"
 
 namespace Quarnel {
@@ -37,7 +29,7 @@ std::string Hybs(const ZQMolBase& mol) {
 }
 std::string Chiral(const ZQMolBase& mol) {
   std::string row = Row(mol, [](const ZQAtomBase& atom) { return atom.IsChiral() ? '*' : '-'; });
-  row += ' ';
+  row += ':';
   for (auto bond = mol.GetBonds(); bond; ++bond) {
     if (bond->IsChiral()) row += std::to_string(bond->GetIdx());
   }
@@ -49,48 +41,38 @@ std::string Classes(const ZQMolBase& mol) {
   });
 }
 
-/// All that is perceived of each atom, to compare molecules whose atoms are numbered otherwise.
-std::multiset<std::vector<unsigned int>> Portrait(const ZQMolBase& mol) {
-  std::map<unsigned int, unsigned int> classSizes;
-  for (auto atom = mol.GetAtoms(); atom; ++atom) ++classSizes[atom->GetSymmetryClass()];
-  std::multiset<std::vector<unsigned int>> portrait;
-  for (auto atom = mol.GetAtoms(); atom; ++atom) {
-    unsigned int chiralBonds = 0;
-    for (auto bond = atom->GetBonds(); bond; ++bond) chiralBonds += bond->IsChiral();
-    portrait.insert({atom->GetAtomicNum(), atom->GetTotalHCount(), atom->GetHvyDegree(),
-                     atom->GetValence(), atom->GetHyb(), atom->IsAromatic(), atom->IsInRing(),
-                     atom->IsChiral(), chiralBonds, classSizes[atom->GetSymmetryClass()]});
-  }
-  return portrait;
-}
-
-/// "SMILES ROW".
-using Rows = std::vector<std::string>;
-
-/// The row of each molecule after a step on it, rings and aromaticity perceived.
+/// The row of each molecule after a step on it, rings and aromaticity perceived. The table is of
+/// molecules and rows in turn.
 template <class Step>
-void ExpectRows(const Rows& table, Step step, std::string (*row)(const ZQMolBase&)) {
-  for (const std::string& line : table) {
-    const std::size_t gap = line.find(' ');
-    ZQMol mol = ReadSmiles(line.substr(0, gap));
+void ExpectRows(const char* table, Step step, std::string (*row)(const ZQMolBase&)) {
+  std::istringstream cases(table);
+  for (std::string smiles, expected; cases >> smiles;) {
+    ASSERT_TRUE(cases >> expected) << smiles;
+    ZQMol mol = ReadSmiles(smiles);
     ZQFindRingAtomsAndBonds(mol);
     EXPECT_TRUE(ZQAssignAromaticFlags(mol, 2, true, 0, false));
     step(mol);
-    EXPECT_EQ(row(mol), line.substr(gap + 1)) << line;
+    EXPECT_EQ(row(mol), expected) << smiles;
   }
 }
 
-TEST(Perception, DoesNotDependOnOrderHydrogensOrKekuleStructure) {
-  for (const std::string& smiles : SampleSmiles()) {
-    ZQMol mol = ReadSmiles(smiles);
+TEST(Symmetry, ClassesDoNotDependOnOrderHydrogensOrKekuleStructure) {
+  const auto classSizes = [](ZQMol mol) {
     Perceive(mol);
+    const std::string classes = Classes(mol);
+    std::vector<std::ptrdiff_t> sizes;
+    for (const char atom : classes) sizes.push_back(std::ranges::count(classes, atom));
+    std::ranges::sort(sizes);
+    return sizes;
+  };
+  for (const std::string& smiles : SampleSmiles()) {
+    const ZQMol mol = ReadSmiles(smiles);
     for (unsigned int seed = 0; seed < 8; ++seed) {
       // A shuffled molecule is matched from elsewhere: another Kekulé structure.
       ZQMol other = Shuffled(mol, seed);
       ASSERT_TRUE(ZQKekulize(other)) << smiles;
-      if (seed % 2 != 0) other = WithHydrogens(other);
-      Perceive(other);
-      EXPECT_EQ(Portrait(other), Portrait(mol)) << smiles << " seed " << seed;
+      EXPECT_EQ(classSizes(seed % 2 != 0 ? WithHydrogens(other) : other), classSizes(mol))
+          << smiles << " seed " << seed;
     }
   }
 }
@@ -202,42 +184,18 @@ TEST(Aromaticity, SystemsAreTheComponentsOfAromaticBonds) {
 TEST(Aromaticity, Model2) {
   // Kekulé input; aromatic atoms by index. A double bond to carbon breaks a ring; azulene is
   // aromatic by its outline alone, of acenaphthylene naphthalene alone.
-  const Rows table{"C1=CC=CC=C1 aaaaaa",
-                   "C1=CC=C1 ----",
-                   "C1=CC=CC=CC=C1 --------",
-                   "C1=CC=CN1 aaaaa",
-                   "C1=CCC=C1 -----",
-                   "[CH-]1C=CC=C1 aaaaa",
-                   "[CH+]1C=CC=C1 -----",
-                   "[CH+]1C=CC=CC=C1 aaaaaaa",
-                   "[CH+]1C=C1 aaa",
-                   "O1C=CC=C1 aaaaa",
-                   "[O+]1=CC=CC=C1 aaaaaa",
-                   "C1=CSC=CS1 ------",
-                   "O=S1C=CC=C1 ------",
-                   "O=C1C=CNC=C1 -aaaaaa",
-                   "O=C1C=CC(=O)C=C1 --------",
-                   "O=C1C=CC=CC=C1 -aaaaaaa",
-                   "C=C1C=CC(=C)C=C1 --------",
-                   "N=C1C=CC=CN1 -aaaaaa",
-                   "O=[N+]1[CH-]C=CC=N1 -aaaaaa",
-                   "[O-][N+]1=CC=CC=C1 -aaaaaa",
-                   "O=N1=CC=CC=C1 -aaaaaa",
-                   "B1NBNBN1 aaaaaa",
-                   "B1C=CC=C1 -----",
-                   "P1=CC=CC=C1 aaaaaa",
-                   "CP1(C)=CC=CC=C1 --------",
-                   "[AsH]1C=CC=C1 aaaaa",
-                   "[Se]1C=CC=C1 aaaaa",
-                   "[SiH]1=CC=CC=C1 aaaaaa",
-                   "C1#CC=CC=C1 aaaaaa",
-                   "*1C=CC=C1 -----",
-                   "C1=CC2=CC=CC2=CC=C1 aaaaaaaaaa",
-                   "C1=CC2=CC=CC2=C1 --------",
-                   "C1=CN2C=CC=C2C=C1 aaaaaaaaa",
-                   "C1=CC2=CC=CC3=CC=CC1=C23 --aaaaaaaaaa",
-                   "C1=CC=C(C=C1)C1=CC=CC=C1 aaaaaaaaaaaa",
-                   "C1=CC=CC=CC=CC=CC=CC=CC=CC=C1 aaaaaaaaaaaaaaaaaa"};
+  const char* const table = R"t(
+      C1=CC=CC=C1 aaaaaa   C1=CC=C1 ----   C1=CC=CC=CC=C1 --------   C1=CC=CN1 aaaaa
+      C1=CCC=C1 -----   [CH-]1C=CC=C1 aaaaa   [CH+]1C=CC=C1 -----   [CH+]1C=CC=CC=C1 aaaaaaa
+      [CH+]1C=C1 aaa   O1C=CC=C1 aaaaa   [O+]1=CC=CC=C1 aaaaaa   C1=CSC=CS1 ------
+      O=S1C=CC=C1 ------   O=C1C=CNC=C1 -aaaaaa   O=C1C=CC(=O)C=C1 --------
+      O=C1C=CC=CC=C1 -aaaaaaa   C=C1C=CC(=C)C=C1 --------   N=C1C=CC=CN1 -aaaaaa
+      O=[N+]1[CH-]C=CC=N1 -aaaaaa   [O-][N+]1=CC=CC=C1 -aaaaaa   O=N1=CC=CC=C1 -aaaaaa
+      B1NBNBN1 aaaaaa   B1C=CC=C1 -----   P1=CC=CC=C1 aaaaaa   CP1(C)=CC=CC=C1 --------
+      [AsH]1C=CC=C1 aaaaa   [Se]1C=CC=C1 aaaaa   [SiH]1=CC=CC=C1 aaaaaa   C1#CC=CC=C1 aaaaaa
+      *1C=CC=C1 -----   C1=CC2=CC=CC2=CC=C1 aaaaaaaaaa   C1=CC2=CC=CC2=C1 --------
+      C1=CN2C=CC=C2C=C1 aaaaaaaaa   C1=CC2=CC=CC3=CC=CC1=C23 --aaaaaaaaaa
+      C1=CC=C(C=C1)C1=CC=CC=C1 aaaaaaaaaaaa   C1=CC=CC=CC=CC=CC=CC=CC=CC=C1 aaaaaaaaaaaaaaaaaa)t";
   ExpectRows(
       table, [](ZQMol&) {}, Aromatic);
 }
@@ -270,112 +228,74 @@ TEST(Aromaticity, BondsArgumentsAndRecord) {
 }
 
 TEST(Hybridization, Table) {
-  const Rows table{"CC=CC#C 32211",
-                   "C=C=C 212",
-                   "CC(=O)NC 32223",
-                   "CN(C)C 3333",
-                   "Nc1ccccc1 2222222",
-                   "COC=C 3222",
-                   "CC(=O)OC 32223",
-                   "OCC 333",
-                   "c1ccsc1 22222",
-                   "CSC=C 3222",
-                   "CS(=O)(=O)NC 332233",
-                   "C[N+](=O)[O-] 3222",
-                   "CC#N 311",
-                   "FP(F)(F)(F)F 343333",
-                   "FS(F)(F)(F)(F)F 3533333",
-                   "CS(C)=O 3332",
-                   "[Na+].[Cl-] 03",
-                   "Cl[Pt](Cl)(Cl)Cl 33333",
-                   "C[N+](C)(C)C=C 333322",
-                   "[H][H] 00",
-                   "ClC=C 322",
-                   "CN=[N+]=[N-] 3212"};
+  const char* const table = R"t(
+      CC=CC#C 32211   C=C=C 212   CC(=O)NC 32223   CN(C)C 3333   Nc1ccccc1 2222222   COC=C 3222
+      CC(=O)OC 32223   OCC 333   c1ccsc1 22222   CSC=C 3222   CS(=O)(=O)NC 332233
+      C[N+](=O)[O-] 3222   CC#N 311   FP(F)(F)(F)F 343333   FS(F)(F)(F)(F)F 3533333   CS(C)=O 3332
+      [Na+].[Cl-] 03   Cl[Pt](Cl)(Cl)Cl 33333   C[N+](C)(C)C=C 333322   [H][H] 00   ClC=C 322
+      CN=[N+]=[N-] 3212)t";
   ExpectRows(
       table, [](ZQMol& mol) { ZQAssignHybridization(mol); }, Hybs);
 }
 
 TEST(Chirality, Table) {
   // Atoms by index, then the indices of bonds.
-  const Rows table{"CC(F)Cl -*-- ",
-                   "CC(C)Cl ---- ",
-                   "CC(N)C(=O)O -*---- ",
-                   "CS(=O)CC -*--- ",
-                   "CS(=O)(=O)CC ------ ",
-                   "CS(=O)(=N)CC -*---- ",
-                   "C[S+](CC)CCC -*----- ",
-                   "CN(CC)CCC ------- ",
-                   "C[NH+](CC)CCC ------- ",
-                   "C[N+](CC)(CCC)CCCC -*--------- ",
-                   "CP(CC)CCC -*----- ",
-                   "CP(=O)(O)CC -*---- ",
-                   "CC=CC ---- 1",
-                   "CC=C --- ",
-                   "CC=C(C)C ----- ",
-                   "CC=C=CC ----- ",
-                   "CC=NO ---- 1",
-                   "CC(C)=NO ----- ",
-                   "CN=NC ---- 1",
-                   "C1CCC=CCC1 ------- ",
-                   "C1CCC=CCCC1 -------- 3",
-                   "CC1CCC(C)CC1 -------- ",
-                   "CC1CCCC(C)C1 -*---*-- ",
-                   "C[Si](F)(Cl)Cl ----- ",
-                   "C[SiH](F)Cl -*-- ",
-                   "c1ccccc1C=Cc1ccccc1 -------------- 7",
-                   "FC(C([2H])([2H])[2H])C -*----- "};
+  const char* const table = R"t(
+      CC(F)Cl -*--:   CC(C)Cl ----:   CC(N)C(=O)O -*----:   CS(=O)CC -*---:   CS(=O)(=O)CC ------:
+      CS(=O)(=N)CC -*----:   C[S+](CC)CCC -*-----:   CN(CC)CCC -------:   C[NH+](CC)CCC -------:
+      C[N+](CC)(CCC)CCCC -*---------:   CP(CC)CCC -*-----:   CP(=O)(O)CC -*----:   CC=CC ----:1
+      CC=C ---:   CC=C(C)C -----:   CC=C=CC -----:   CC=NO ----:1   CC(C)=NO -----:   CN=NC ----:1
+      C1CCC=CCC1 -------:   C1CCC=CCCC1 --------:3   CC1CCC(C)CC1 --------:
+      CC1CCCC(C)C1 -*---*--:   C[Si](F)(Cl)Cl -----:   C[SiH](F)Cl -*--:
+      c1ccccc1C=Cc1ccccc1 --------------:7   FC(C([2H])([2H])[2H])C -*-----:)t";
   ExpectRows(
       table, [](ZQMol& mol) { ZQPerceiveChiral(mol, false); }, Chiral);
   ZQMol half = "C[C@H](F)CC(F)C=CC/C=C/C"_mol;
   ZQPerceiveChiral(half, true);
   EXPECT_FALSE(half.IsPerceived(ZQPerceived::Chirality));
-  EXPECT_EQ(Chiral(half), "-*---------- 9");
+  EXPECT_EQ(Chiral(half), "-*----------:9");
   ZQPerceiveChiral(half, false);
-  EXPECT_EQ(Chiral(half), "-*--*------- 69");
+  EXPECT_EQ(Chiral(half), "-*--*-------:69");
 }
 
 TEST(Symmetry, Table) {
-  const Rows table{"CC(C)Cc1ccccc1 abacdefgfe", "CCO.OCC.CCN abccbadef", "[H]C([H])[H].C abaac",
-                   "C12C3C4C1C5C2C3C45 aaaaaaaa", "N1CC(=O)NCC(=O)NCC1=O abcdabcdabcd"};
+  const char* const table = R"t(
+      CC(C)Cc1ccccc1 abacdefgfe   CCO.OCC.CCN abccbadef   [H]C([H])[H].C abaac
+      C12C3C4C1C5C2C3C45 aaaaaaaa   N1CC(=O)NCC(=O)NCC1=O abcdabcdabcd)t";
   const auto refine = [](ZQMol& mol) { ZQPerceiveSymmetry(mol, false, false); };
   const auto split = [](ZQMol& mol) { ZQPerceiveSymmetry(mol, true, false); };
   ExpectRows(table, refine, Classes);
   ExpectRows(table, split, Classes);
   // Alike in every neighbourhood; the last are a prism and a ring with all its long diagonals.
-  ExpectRows({"C1CC1.C1CCCCC1 aaaaaaaaa", "C12C3C1C1C2C31.C12C3C4C1C3C42 aaaaaaaaaaaa"}, refine,
+  ExpectRows("C1CC1.C1CCCCC1 aaaaaaaaa C12C3C1C1C2C31.C12C3C4C1C3C42 aaaaaaaaaaaa", refine,
              Classes);
-  ExpectRows({"C1CC1.C1CCCCC1 aaabbbbbb", "C12C3C1C1C2C31.C12C3C4C1C3C42 aaaaaabbbbbb"}, split,
-             Classes);
+  ExpectRows("C1CC1.C1CCCCC1 aaabbbbbb C12C3C1C1C2C31.C12C3C4C1C3C42 aaaaaabbbbbb", split, Classes);
 }
 
 TEST(Symmetry, OfDrawnStereo) {
-  const std::pair<const char*, const char*> table[]{
-      {"C[C@H](F)C[C@@H](F)C", "abcdbca"},  // both the same hand, read from either end
-      {"C[C@H](F)C[C@H](F)C", "abcdefg"},
-      {"F/C=C/CC/C=C/F", "abcddcba"},
-      {"F/C=C/CC/C=C\\F", "abcdefgh"}};
-  for (const auto& [smiles, expected] : table) {
+  // The first has both the same hand, read from either end.
+  std::istringstream cases(R"t(
+      C[C@H](F)C[C@@H](F)C abcdbca   C[C@H](F)C[C@H](F)C abcdefg
+      F/C=C/CC/C=C/F abcddcba   F/C=C/CC/C=C\F abcdefgh)t");
+  for (std::string smiles, expected; cases >> smiles >> expected;) {
     ZQMol mol = ReadSmiles(smiles);
     ZQPerceiveSymmetry(mol, true, true);
     EXPECT_EQ(Classes(mol), expected) << smiles;
     ZQPerceiveSymmetry(mol, true, false);
     EXPECT_EQ(Classes(mol).find('f'), std::string::npos) << smiles;
   }
+  EXPECT_TRUE(cases.eof());
 }
 
 TEST(Hydrogens, WhichAreKept) {
-  // The molecule, atoms left by default, atoms left with every flag set.
-  struct Case {
-    const char* smiles;
-    unsigned int left;
-    unsigned int leftWithFlags;
-  };
-  for (const Case& c : {Case{"[H]C([H])([H])O[H]", 2, 2}, Case{"[2H]C[H]", 2, 1},
-                        Case{"[H:3]C", 2, 1}, Case{"[H][H]", 2, 2}, Case{"[H+].[Cl-]", 2, 2},
-                        Case{"[H]/N=C/F", 4, 3}, Case{"[H]/C(C)=C/F", 4, 4}, Case{"[H]N=CF", 3, 3},
-                        Case{"B1[H]B[H]1", 4, 4}, Case{"[H][Na]", 1, 1}}) {
-    ZQMol mol = ReadSmiles(c.smiles);
+  // Each case: molecule, atoms left by default, atoms left with every flag set.
+  std::istringstream cases(R"t(
+      [H]C([H])([H])O[H] 2 2   [2H]C[H] 2 1   [H:3]C 2 1   [H][H] 2 2   [H+].[Cl-] 2 2
+      [H]/N=C/F 4 3   [H]/C(C)=C/F 4 4   [H]N=CF 3 3   B1[H]B[H]1 4 4   [H][Na] 1 1)t");
+  unsigned int left = 0;
+  unsigned int leftWithFlags = 0;
+  for (std::string smiles; cases >> smiles >> left >> leftWithFlags;) {
+    ZQMol mol = ReadSmiles(smiles);
     const auto totalH = [](const ZQMol& m) {
       unsigned int count = 0;
       for (auto atom = m.GetAtoms(); atom; ++atom) {
@@ -385,49 +305,24 @@ TEST(Hydrogens, WhichAreKept) {
     };
     const unsigned int before = totalH(mol);
     ZQSuppressHydrogens(mol);
-    EXPECT_EQ(mol.NumAtoms(), c.left) << c.smiles;
+    EXPECT_EQ(mol.NumAtoms(), left) << smiles;
     ZQSuppressHydrogens(mol, true, true, true);
-    EXPECT_EQ(mol.NumAtoms(), c.leftWithFlags) << c.smiles;
-    EXPECT_EQ(totalH(mol), before) << c.smiles;
+    EXPECT_EQ(mol.NumAtoms(), leftWithFlags) << smiles;
+    EXPECT_EQ(totalH(mol), before) << smiles;
     for (auto bond = mol.GetBonds(); bond; ++bond) {
-      EXPECT_TRUE(bond->GetStereo() == ZQBondStereo::None || c.left == c.leftWithFlags) << c.smiles;
+      EXPECT_TRUE(bond->GetStereo() == ZQBondStereo::None || left == leftWithFlags) << smiles;
     }
   }
-}
-
-TEST(Hydrogens, ConfigurationsStayRight) {
-  // The same molecule with the hydrogen written out and not.
-  const std::pair<const char*, const char*> table[]{
-      {"[H][C@](F)(Cl)Br", "[C@H](F)(Cl)Br"}, {"F[C@]([H])(Cl)Br", "F[C@H](Cl)Br"},
-      {"F[C@](Cl)([H])Br", "F[C@@H](Cl)Br"},  {"F[C@](Cl)(Br)[H]", "F[C@H](Cl)Br"},
-      {"[H]/C(F)=C/Cl", "F/C=C\\Cl"},         {"F/C([H])=C/Cl", "F/C=C/Cl"},
-      {"[H]/C(F)=C(Cl)/[H]", "F/C=C/Cl"}};
-  for (const auto& [full, brief] : table) {
-    ZQMol mol = ReadSmiles(full);
-    const ZQMol expected = ReadSmiles(brief);
-    ZQSuppressHydrogens(mol);
-    const auto stereo = [](const ZQMol& m) {
-      std::string text;
-      for (auto atom = m.GetAtoms(); atom; ++atom) text += std::to_string(int(atom->GetStereo()));
-      for (auto bond = m.GetBonds(); bond; ++bond) text += std::to_string(int(bond->GetStereo()));
-      return text;
-    };
-    EXPECT_EQ(stereo(mol), stereo(expected)) << full;
-  }
+  EXPECT_TRUE(cases.eof());
 }
 
 TEST(Perception, LargeMoleculesTakeNoRecursion) {
   // A chain and a strip of fused rings, far longer than any stack would hold.
-  ZQMol chain;
   ZQMol strip;
-  ZQAtomBase* last = nullptr;
   ZQAtomBase* sides[2] = {nullptr, nullptr};
   constexpr unsigned int length = 30000;
+  ZQMol chain = ReadSmiles(Repeated("C", length));
   for (unsigned int i = 0; i < length; ++i) {
-    ZQAtomBase* next = chain.NewAtom(6);
-    next->SetImplicitHCount(i == 0 || i == length - 1 ? 3 : 2);
-    if (last) chain.NewBond(last, next, 1);
-    last = next;
     ZQAtomBase* rung[2] = {strip.NewAtom(6), strip.NewAtom(6)};
     for (int side = 0; side < 2; ++side) {
       if (sides[side]) strip.NewBond(sides[side], rung[side], 1)->SetAromatic(true);

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "korvex/simsearch_result_impl_local.h"
 #include "mol_helpers.h"
 
@@ -24,6 +22,8 @@ TEST(SearchResult, BeforeAnySearch) {
   CapturedReports reports;
   EXPECT_FALSE(result.IsValid());
   EXPECT_EQ(result.GetSearchStatus(), ZQSimSearchStatus::Uninitialized);
+  EXPECT_EQ(ZQSimSearchStatusToName(result.GetSearchStatus()), "Uninitialized");
+  EXPECT_EQ(ZQSimSearchStatusToName(3), "Invalid");
   EXPECT_FALSE(result.GetSortedScores());
   EXPECT_EQ(reports.Take(), Texts{"Assertion"});
   EXPECT_EQ(result.GetHistogram().NumBins(), 200U);
@@ -39,13 +39,6 @@ TEST(SearchResult, BeforeAnySearch) {
   result.GetImpl().SetSearchStatus(ZQSimSearchStatus::InProgress);
   EXPECT_EQ(result.GetHistogram().NumBins(), 1U);  // none asked for makes one
   EXPECT_EQ(result.GetHistogram().NumSamples(), 1U);
-}
-
-TEST(SearchResult, StatusNames) {
-  EXPECT_EQ(ZQSimSearchStatusToName(0), "Uninitialized");
-  EXPECT_EQ(ZQSimSearchStatusToName(1), "InProgress");
-  EXPECT_EQ(ZQSimSearchStatusToName(2), "Finished");
-  EXPECT_EQ(ZQSimSearchStatusToName(3), "Invalid");
 }
 
 TEST(SearchResult, SnapshotsWhileRunningAndTheBestAtTheEnd) {
@@ -89,25 +82,24 @@ TEST(SearchResult, IsReadWhileThreadsMerge) {
   const ZQFPDatabaseOptions options(20, ZQSimMeasure::Tanimoto);
   impl.Init(threads * perThread, options);
   impl.SetSearchStatus(ZQSimSearchStatus::InProgress);
-  std::vector<std::thread> workers;
-  for (unsigned int t = 0; t < threads; ++t) {
-    workers.emplace_back([&, t] {
-      const auto list = ZQInitFPDatabaseHitList(threads * perThread, options);
-      ZQFPHistogram histogram = impl.MakeEmptyHistogram();
-      for (unsigned int i = 0; i < perThread; ++i) {
-        const double score = (i * threads + t + 1) / double{threads * perThread};
-        histogram.AddSample(score);
-        list->UpdateScores(ZQSimScore(i, score));
-        impl.RecordProgress(1);
+  OnThreads(threads + 1, [&](unsigned int t) {
+    if (t == threads) {
+      while (result.NumSearched() < result.NumTargets()) {
+        EXPECT_LE(SortedScores(result).size(), 40U);
+        EXPECT_LE(result.GetHistogram().NumSamples(), threads * perThread);
       }
-      impl.UpdateScores(histogram, *list);
-    });
-  }
-  while (result.NumSearched() < result.NumTargets()) {
-    EXPECT_LE(SortedScores(result).size(), 40U);
-    EXPECT_LE(result.GetHistogram().NumSamples(), threads * perThread);
-  }
-  for (std::thread& worker : workers) worker.join();
+      return;
+    }
+    const auto list = ZQInitFPDatabaseHitList(threads * perThread, options);
+    ZQFPHistogram histogram = impl.MakeEmptyHistogram();
+    for (unsigned int i = 0; i < perThread; ++i) {
+      const double score = (i * threads + t + 1) / double{threads * perThread};
+      histogram.AddSample(score);
+      list->UpdateScores(ZQSimScore(i, score));
+      impl.RecordProgress(1);
+    }
+    impl.UpdateScores(histogram, *list);
+  });
   impl.SetSearchStatus(ZQSimSearchStatus::Finished);
   std::vector<double> best;
   for (unsigned int i = 0; i < 20; ++i) best.push_back((2000 - i) / 2000.0);

@@ -1,14 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
-#include <string>
-#include <vector>
-
-#include "contract/quarnel/graphmol.h"
-#include "contract/quarnel/perception.h"
-#include "contract/quarnel/readers.h"
-#include "tests/mol_helpers.h"
 #include "tests/told_helpers.h"
 
 namespace Quarnel {
@@ -35,42 +26,6 @@ std::string Summary(const ZQMolBase& mol) {
             std::to_string(bond->GetEnd()->GetIdx());
   }
   return text;
-}
-
-/// The same molecule, atoms and bonds numbered at random, configurations carried over.
-ZQMol Renumbered(const ZQMolBase& mol, unsigned int seed) {
-  ZQMol copy = Shuffled(mol, seed);
-  const auto byMap = [&copy](unsigned int mapIdx) {
-    for (auto atom = copy.GetAtoms(); atom; ++atom) {
-      if (atom->GetMapIdx() == mapIdx) return &*atom;
-    }
-    return static_cast<ZQAtomBase*>(nullptr);
-  };
-  for (auto atom = mol.GetAtoms(); atom; ++atom) {
-    ZQAtomBase* other = byMap(atom->GetMapIdx());
-    other->SetStereo(atom->GetStereo());
-    if (GetTurn(*other) != GetTurn(*atom)) {
-      other->SetStereo(atom->GetStereo() == ZQAtomStereo::Clockwise ? ZQAtomStereo::CounterClockwise
-                                                                    : ZQAtomStereo::Clockwise);
-    }
-  }
-  for (auto bond = mol.GetBonds(); bond; ++bond) {
-    const ZQAtomBase* bgn = byMap(bond->GetBgn()->GetMapIdx());
-    const ZQAtomBase* end = byMap(bond->GetEnd()->GetMapIdx());
-    for (auto other = copy.GetBonds(); other; ++other) {
-      if (other->GetNbr(bgn) != end) continue;
-      other->SetStereo(bond->GetStereo());
-      if (GetSides(*other) != GetSides(*bond)) {
-        other->SetStereo(bond->GetStereo() == ZQBondStereo::Cis ? ZQBondStereo::Trans
-                                                                : ZQBondStereo::Cis);
-      }
-    }
-  }
-  return copy;
-}
-
-void NumberAtoms(ZQMolBase& mol) {
-  for (auto atom = mol.GetAtoms(); atom; ++atom) atom->SetMapIdx(atom->GetIdx() + 1);
 }
 
 }  // namespace
@@ -144,42 +99,26 @@ TEST(SmilesReader, ReadsWhatTheLanguageHas) {
 }
 
 TEST(SmilesReader, AromaticRingsGetTheirDoubleBonds) {
-  const char* const fullerene =
+  const std::string fullerene =
       "c12c3c4c5c1c6c7c8c2c9c1c3c2c3c4c4c%10c5c5c6c6c7c7c%11c8c9c8c9c1c2c1c2c3c4c3c4c%10c5c5c6c6c7"
       "c7c%11c8c8c9c1c1c2c3c2c4c5c6c3c7c8c1c23";
-  const std::vector<std::pair<std::string, unsigned int>> doubles{{"c1ccccc1", 3},
-                                                                  {"c1cc[nH]c1", 2},
-                                                                  {"c1ccoc1", 2},
-                                                                  {"Cn1cccc1", 2},
-                                                                  {"c1ccc2ccccc2c1", 5},
-                                                                  {"c1ccc[n+](C)c1", 3},
-                                                                  {"O=c1cc[nH]cc1", 3},
-                                                                  {"O=n1ccccc1", 4},
-                                                                  {"[O-][n+]1ccccc1", 3},
-                                                                  {"c1cc[cH-]c1", 2},
-                                                                  {"[cH+]1cccccc1", 3},
-                                                                  {"c1ccc2c(c1)-c1ccccc1-2", 6},
-                                                                  {"c1cc*cc1", 3},
-                                                                  {"[se]1cccc1", 2},
-                                                                  {"c1c[te]cc1.c1c[as]ccc1", 5},
-                                                                  {"b1ccccc1", 3},
-                                                                  {"C=c1ccc(=C)cc1", 4},
-                                                                  {"c1cc[o+]cc1", 3},
-                                                                  {"p1ccccc1", 3},
-                                                                  {"CS1(=O)cccc1", 3},
-                                                                  {"C[s]1ccccc1", 3},
-                                                                  {"[c]1ccccc1", 3},
-                                                                  {"[c]1[nH]cc[nH]1", 1},
-                                                                  {"*1cccc1", 2},
-                                                                  {"c1ccc(cc1)c1ccccc1", 6},
-                                                                  {"c1cc2ccc3cccc4ccc(c1)c2c34", 8},
-                                                                  {fullerene, 30}};
-  for (const auto& [smiles, expected] : doubles) {
+  // Each case: molecule, number of its double bonds.
+  std::istringstream cases(R"t(
+      c1ccccc1 3   c1cc[nH]c1 2   c1ccoc1 2   Cn1cccc1 2   c1ccc2ccccc2c1 5   c1ccc[n+](C)c1 3
+      O=c1cc[nH]cc1 3   O=n1ccccc1 4   [O-][n+]1ccccc1 3   c1cc[cH-]c1 2   [cH+]1cccccc1 3
+      c1ccc2c(c1)-c1ccccc1-2 6   c1cc*cc1 3   [se]1cccc1 2   c1c[te]cc1.c1c[as]ccc1 5
+      b1ccccc1 3   C=c1ccc(=C)cc1 4   c1cc[o+]cc1 3   p1ccccc1 3   CS1(=O)cccc1 3
+      C[s]1ccccc1 3   [c]1ccccc1 3   [c]1[nH]cc[nH]1 1   *1cccc1 2   c1ccc(cc1)c1ccccc1 6
+      c1cc2ccc3cccc4ccc(c1)c2c34 8
+      )t" + fullerene + " 30");
+  unsigned int expected = 0;
+  for (std::string smiles; cases >> smiles >> expected;) {
     const ZQMol mol = ReadSmiles(smiles);
     unsigned int count = 0;
     for (auto bond = mol.GetBonds(); bond; ++bond) count += bond->GetOrder() == 2;
     EXPECT_EQ(count, expected) << smiles;
   }
+  EXPECT_TRUE(cases.eof());
 }
 
 // Each line is one molecule, in notations that its author could have chosen.
@@ -224,53 +163,47 @@ TEST(SmilesReader, KeepsNoConfigurationThatIsNone) {
 }
 
 TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
-  struct Case {
-    std::string smiles;
-    const char* message;
-  };
   const std::string tenMegabytes(10'000'000, 'C');  // NOLINT(bugprone-string-constructor)
-  const Case cases[] = {
-      {"CQ",
-       "2: found \"Q\", expected an atom (other than B C N O P S F Cl Br I b c n o p s in "
-       "brackets)"},
-      {"#CC", "1: found \"#CC\", expected an atom"},
-      {"CC=", "4: found the end, expected an atom or a ring closure"},
-      {"C(", "3: found the end, expected an atom or a bond of the branch"},
-      {"C()C", "3: found \")C\", expected an atom or a bond of the branch"},
-      {"C)C", "2: found \")C\", expected an atom or a bond, as no branch is open"},
-      {"CC(C(C)", "3: found a branch that isn't closed, expected its \")\""},
-      {"1CC1", "1: found \"1CC1\", expected an atom"},
-      {"C1CC2C", "2: found ring closure 1 left open, expected the same number at a second atom"},
-      {"C11", "3: found ring closure 1 from an atom to itself, expected another atom"},
-      {"C1C1",
-       "4: found a ring closure between atoms that are bonded already, expected two other atoms"},
-      {"C=1CC#1",
-       "7: found ring closure 1 with the bond \"#\", expected the bond \"=\" to match its opening "
-       "at column 3"},
-      {"F/C=C/1CCCCCCC/1",
-       "16: found ring closure 1 with the bond \"/\", expected the bond \"\\\" to match its "
-       "opening at column 7"},
-      {"C%1C", "3: found \"1C\", expected two digits or \"(\" behind \"%\""},
-      {"C%(123456)", "4: found \"123456)\", expected a ring closure number of up to five digits"},
-      {"C[]", "3: found \"]\", expected an element symbol"},
-      {"[Xx]", "2: found \"Xx]\", expected an element symbol"},
-      {"[CH12]", "5: found \"2]\", expected \"]\""},
-      {"[C+16]", "3: found \"+16]\", expected a charge from -15 to +15"},
-      {"[C@TB21]", "6: found \"21]\", expected the number of a chirality class"},
-      {"[99999C]", "2: found \"99999C]\", expected an isotope up to 65535"},
-      {"[C", "3: found the end, expected \"]\""},
-      {std::string("C\x1b\0~C", 5),
-       "2: found \"\\x1b\\x00~C\", expected an atom, a bond, a branch, a ring closure or a dot"},
-      {"C!" + tenMegabytes,
-       "2: found \"!CCCCCCCCCCCCCCC...\", expected an atom, a bond, a branch, a ring closure or a "
-       "dot"},
+  const struct {
+    std::string smiles;
+    int column;
+    const char *found, *expected;
+  } cases[] = {
+      {"CQ", 2, "\"Q\"", "an atom (other than B C N O P S F Cl Br I b c n o p s in brackets)"},
+      {"#CC", 1, "\"#CC\"", "an atom"},
+      {"CC=", 4, "the end", "an atom or a ring closure"},
+      {"C(", 3, "the end", "an atom or a bond of the branch"},
+      {"C()C", 3, "\")C\"", "an atom or a bond of the branch"},
+      {"C)C", 2, "\")C\"", "an atom or a bond, as no branch is open"},
+      {"CC(C(C)", 3, "a branch that isn't closed", "its \")\""},
+      {"1CC1", 1, "\"1CC1\"", "an atom"},
+      {"C1CC2C", 2, "ring closure 1 left open", "the same number at a second atom"},
+      {"C11", 3, "ring closure 1 from an atom to itself", "another atom"},
+      {"C1C1", 4, "a ring closure between atoms that are bonded already", "two other atoms"},
+      {"C=1CC#1", 7, "ring closure 1 with the bond \"#\"",
+       "the bond \"=\" to match its opening at column 3"},
+      {"F/C=C/1CCCCCCC/1", 16, "ring closure 1 with the bond \"/\"",
+       "the bond \"\\\" to match its opening at column 7"},
+      {"C%1C", 3, "\"1C\"", "two digits or \"(\" behind \"%\""},
+      {"C%(123456)", 4, "\"123456)\"", "a ring closure number of up to five digits"},
+      {"C[]", 3, "\"]\"", "an element symbol"},
+      {"[Xx]", 2, "\"Xx]\"", "an element symbol"},
+      {"[CH12]", 5, "\"2]\"", "\"]\""},
+      {"[C+16]", 3, "\"+16]\"", "a charge from -15 to +15"},
+      {"[C@TB21]", 6, "\"21]\"", "the number of a chirality class"},
+      {"[99999C]", 2, "\"99999C]\"", "an isotope up to 65535"},
+      {"[C", 3, "the end", "\"]\""},
+      {std::string("C\x1b\0~C", 5), 2, "\"\\x1b\\x00~C\"",
+       "an atom, a bond, a branch, a ring closure or a dot"},
+      {"C!" + tenMegabytes, 2, "\"!CCCCCCCCCCCCCCC...\"",
+       "an atom, a bond, a branch, a ring closure or a dot"},
   };
   CapturedReports reports;
   ZQMol mol;
-  for (const Case& c : cases) {
+  for (const auto& [smiles, column, found, expected] : cases) {
     ASSERT_TRUE(ZQSmilesToMol(mol, "C1CC1"));
-    EXPECT_FALSE(ZQSmilesToMol(mol, c.smiles, "line 7"));
-    EXPECT_EQ(reports.Take(), Texts{"line 7: SMILES column " + std::string(c.message)});
+    EXPECT_FALSE(ZQSmilesToMol(mol, smiles, "line 7"));
+    EXPECT_EQ(reports.Take(), Texts{"line 7: SMILES column " + Finding(column, found, expected)});
     EXPECT_FALSE(mol.IsValid());
     EXPECT_EQ(mol.NumAtoms() + mol.NumBonds(), 0U);
   }
@@ -285,18 +218,13 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
 }
 
 TEST(SmilesReader, TakesAnyDepthAndLength) {
-  const auto repeated = [](const std::string& text, std::size_t count) {
-    std::string all;
-    while (count-- > 0) all += text;
-    return all;
-  };
   for (const std::size_t depth : {1000, 100000}) {
     ZQMol mol;
-    ASSERT_TRUE(ZQSmilesToMol(mol, repeated("C(", depth) + "O" + std::string(depth, ')')));
+    ASSERT_TRUE(ZQSmilesToMol(mol, Repeated("C(", depth) + "O" + std::string(depth, ')')));
     EXPECT_EQ(mol.NumBonds(), depth);
     EXPECT_EQ(ZQMolToSmiles(mol), std::string(depth, 'C') + "O");
   }
-  const ZQMol mol = ReadSmiles(repeated("c1ccccc1-", 100000) + "C");
+  const ZQMol mol = ReadSmiles(Repeated("c1ccccc1-", 100000) + "C");
   EXPECT_EQ(mol.NumAtoms(), 600001U);
 }
 
@@ -319,7 +247,7 @@ TEST(SmilesWriter, WritesWhatReadsBackInAnyOrder) {
     EXPECT_EQ(ZQMolToSmiles(ReadSmiles(ZQMolToSmiles(mol))), ZQMolToSmiles(mol)) << smiles;
     NumberAtoms(mol);
     for (unsigned int seed = 0; seed < 20; ++seed) {
-      const std::string written = ZQMolToSmiles(Renumbered(mol, seed));
+      const std::string written = ZQMolToSmiles(ShuffledWithStereo(mol, seed));
       EXPECT_EQ(Told(ReadSmiles(written)), Told(mol)) << smiles << " as " << written;
     }
   }

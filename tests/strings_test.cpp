@@ -2,24 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "contract/bostrel/base.h"
 #include "contract/bostrel/iter.h"
 #include "contract/bostrel/nspace.h"
-#include "contract/bostrel/throw.h"
+#include "tests/mol_helpers.h"
 
 namespace Bostrel {
 namespace {
 
-using Tokens = std::vector<std::string>;
-
 TEST(Strings, Tokenize) {
-  EXPECT_EQ(ZQStringTokenize("a,b,c", ','), (Tokens{"a", "b", "c"}));
-  EXPECT_EQ(ZQStringTokenize(",a,,b,", ','), (Tokens{"a", "b"}));
-  EXPECT_EQ(ZQStringTokenize("", ','), Tokens{});
+  EXPECT_EQ(ZQStringTokenize("a,b,c", ','), (Texts{"a", "b", "c"}));
+  EXPECT_EQ(ZQStringTokenize(",a,,b,", ','), (Texts{"a", "b"}));
+  EXPECT_EQ(ZQStringTokenize("", ','), Texts{});
 }
 
 TEST(Strings, NumbersAreReadWholeOrNotAtAll) {
@@ -49,13 +43,6 @@ TEST(Strings, FileExtension) {
   EXPECT_EQ(ZQFileExtension("c.", "none"), "");
 }
 
-TEST(Strings, NearestName) {
-  const Tokens names{"-limit", "-cutoff", "-simfunc"};
-  EXPECT_EQ(ZQNearestName("-limt", names), "-limit");
-  EXPECT_EQ(ZQNearestName("-cuttoff", names), "-cutoff");
-  EXPECT_EQ(ZQNearestName("-xyzzyplugh", names), "");
-}
-
 TEST(Namespace, CombinesInAnyOrderAndWritesInTableOrder) {
   const ZQNamespaceInterface flags("Flags", ZQNamespaceMode::Combining,
                                    {{"A", 1, ""}, {"B", 4, ""}, {"C", 2, ""}});
@@ -74,11 +61,7 @@ TEST(Namespace, CombinesInAnyOrderAndWritesInTableOrder) {
 }
 
 TEST(Base, GenericDataByTagAndType) {
-  std::vector<std::string> reports;
-  ZQThrow.SetSink([&](ZQErrorLevel, const std::string& message) {
-    reports.push_back(message);
-    return true;
-  });
+  CapturedReports reports;
   ZQBase base;
   base.AddData(ZQGetTag("note"), std::string("first"));
   base.AddData(ZQGetTag("note"), std::string("second"));
@@ -94,12 +77,11 @@ TEST(Base, GenericDataByTagAndType) {
   for (auto it = copy.GetDataIter(); it; ++it) ++data;
   EXPECT_EQ(data, 3);
   EXPECT_FALSE(copy.GetData(59, number));
-  EXPECT_TRUE(reports.empty());
+  EXPECT_TRUE(reports.Take().empty());
   EXPECT_FALSE(copy.GetData(58, text));
-  EXPECT_EQ(reports.size(), 1U);
+  EXPECT_EQ(reports.Take().size(), 1U);
   EXPECT_TRUE(base.DeleteData(58));
   EXPECT_FALSE(base.DeleteData(58));
-  ZQThrow.SetSink(nullptr);
 }
 
 TEST(Iter, OwnsCopiesAndStepsSafely) {

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <thread>
-#include <vector>
+#include "tests/mol_helpers.h"
 
 namespace Bostrel {
 namespace {
@@ -57,13 +55,9 @@ TEST_F(ThrowTest, FatalEndsTheProgramUnlessTheSinkSaysOtherwise) {
 TEST_F(ThrowTest, ManyThreadsReportOneAtATime) {
   constexpr int threads = 4;
   constexpr int each = 500;
-  std::vector<std::thread> running;
-  for (int t = 0; t < threads; ++t) {
-    running.emplace_back([] {
-      for (int i = 0; i < each; ++i) ZQThrow.Info("report %d", i);
-    });
-  }
-  for (std::thread& thread : running) thread.join();
+  OnThreads(threads, [](unsigned int) {
+    for (int i = 0; i < each; ++i) ZQThrow.Info("report %d", i);
+  });
   EXPECT_EQ(reports.size(), static_cast<std::size_t>(threads * each));
 }
 

@@ -4,12 +4,9 @@
 /// told alike exactly if they are the same, configurations included, however their atoms and
 /// bonds are numbered.
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/perception.h"
+#include "tests/mol_helpers.h"
 
 /// The map numbers of an atom's neighbours in the order that its configuration is told of, with 0
 /// for the hydrogen or lone pair.
@@ -72,4 +69,38 @@ inline std::vector<std::string> Told(const Quarnel::ZQMolBase& mol) {
   }
   std::sort(lines.begin(), lines.end());
   return lines;
+}
+
+inline void NumberAtoms(Quarnel::ZQMolBase& mol) {
+  for (auto atom = mol.GetAtoms(); atom; ++atom) atom->SetMapIdx(atom->GetIdx() + 1);
+}
+
+/// `Shuffled`, with all configurations restated for the new order.
+inline Quarnel::ZQMol ShuffledWithStereo(const Quarnel::ZQMolBase& mol, unsigned int seed) {
+  using namespace Quarnel;
+  ZQMol tagged(mol);
+  NumberAtoms(tagged);
+  ZQMol shuffled = Shuffled(tagged, seed);
+  std::vector<ZQAtomBase*> copies(mol.GetMaxAtomIdx());
+  for (auto atom = shuffled.GetAtoms(); atom; ++atom) copies[atom->GetMapIdx() - 1] = &*atom;
+  for (auto atom = tagged.GetAtoms(); atom; ++atom) {
+    ZQAtomBase* copy = copies[atom->GetIdx()];
+    copy->SetStereo(atom->GetStereo());
+    if (GetTurn(*copy) == GetTurn(*atom)) continue;
+    copy->SetStereo(atom->GetStereo() == ZQAtomStereo::Clockwise ? ZQAtomStereo::CounterClockwise
+                                                                 : ZQAtomStereo::Clockwise);
+  }
+  for (auto bond = tagged.GetBonds(); bond; ++bond) {
+    const ZQAtomBase* bgn = copies[bond->GetBgn()->GetIdx()];
+    auto copy = bgn->GetBonds();
+    while (copy->GetNbr(bgn) != copies[bond->GetEnd()->GetIdx()]) ++copy;
+    copy->SetStereo(bond->GetStereo());
+    if (GetSides(*copy) == GetSides(*bond)) continue;
+    copy->SetStereo(bond->GetStereo() == ZQBondStereo::Cis ? ZQBondStereo::Trans
+                                                           : ZQBondStereo::Cis);
+  }
+  for (auto atom = mol.GetAtoms(); atom; ++atom) {
+    copies[atom->GetIdx()]->SetMapIdx(atom->GetMapIdx());
+  }
+  return shuffled;
 }

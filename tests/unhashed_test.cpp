@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <set>
-#include <sstream>
 
 #include "contract/quarnel/subsearch.h"
 #include "korvex/fptype_records.h"
@@ -107,19 +106,13 @@ const struct Kind {
   bool (*makeOfType)(ZQFingerPrint&, const ZQMolBase&, const ZQFPTypeBase*);
   bool (*make)(ZQFingerPrint&, const ZQMolBase&, unsigned, unsigned, unsigned, unsigned);
   unsigned int limit;
-  Texts wrongType;
+  const char* wrongType;
 } kinds[] = {
-    {9000, ZQMakeUnhashedPathFP, ZQMakeUnhashedPathFP, 255, {"Invalid path fingerprint type"}},
-    {9001,
-     ZQMakeUnhashedCircularFP,
-     ZQMakeUnhashedCircularFP,
-     9,
-     {"Invalid circular fingerprint type"}},
-    {9002,
-     ZQMakeUnhashedTreeFP,
-     ZQMakeUnhashedTreeFP,
-     19,
-     {"Invalid unhashed tree fingerprint type"}}};
+    {9000, ZQMakeUnhashedPathFP, ZQMakeUnhashedPathFP, 255, "Invalid path fingerprint type"},
+    {9001, ZQMakeUnhashedCircularFP, ZQMakeUnhashedCircularFP, 9,
+     "Invalid circular fingerprint type"},
+    {9002, ZQMakeUnhashedTreeFP, ZQMakeUnhashedTreeFP, 19,
+     "Invalid unhashed tree fingerprint type"}};
 
 }  // namespace
 
@@ -200,7 +193,7 @@ TEST(Unhashed, BadInput) {
   for (const Kind& kind : kinds) {
     for (const ZQFPTypeBase* type : {ZQGetFPType(kind.limit == 9 ? 9000 : 9001), {}}) {
       EXPECT_FALSE(kind.makeOfType(fp, mol, type));
-      EXPECT_EQ(reports.Take(), kind.wrongType);
+      EXPECT_EQ(reports.Take(), Texts{kind.wrongType});
     }
     EXPECT_TRUE(kind.make(fp, mol, 1, kind.limit, 8191, 255));
     EXPECT_EQ(reports.Take(), Texts{});
