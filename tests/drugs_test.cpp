@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 
 #include "contract/bostrel/strings.h"
@@ -38,9 +38,12 @@ using Counts = std::map<std::string, unsigned long>;
 
 Counts ReadFormula(const std::string& formula) {
   Counts counts;
-  const std::regex element("([A-Z][a-z]?)([0-9]*)");
-  for (std::sregex_iterator at(formula.begin(), formula.end(), element), end; at != end; ++at) {
-    counts[(*at)[1]] = (*at)[2].length() == 0 ? 1 : std::stoul((*at)[2]);
+  for (std::size_t at = 0, digits = 0; at < formula.size(); at = digits) {
+    const std::size_t end = formula.find_first_not_of("abcdefghijklmnopqrstuvwxyz", at + 1);
+    const std::string symbol = formula.substr(at, end - at);
+    digits = std::min(formula.find_first_not_of("0123456789", at + symbol.size()), formula.size());
+    const std::string count = formula.substr(at + symbol.size(), digits - at - symbol.size());
+    counts[symbol] = count.empty() ? 1 : std::stoul(count);
   }
   return counts;
 }
