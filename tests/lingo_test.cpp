@@ -95,7 +95,7 @@ TEST(LingoFP, HoldsTheTextOfThePreparedMolecule) {
   std::istringstream cases(R"t(
       OCC CCO   *CCO [CH2]CO   [2H]C([2H])Cl CL   CCCl.[Na+] CCL.[A+]   C[C@]([2H])(O)F C[C@H](O)F
       [2H][C@](C)(O)F C[C@@H](O)F   [2H]/C(F)=C/Cl F/C=C\L   F/C([2H])=C/Cl F/C=C/L
-      */C(F)=C/Cl F[C]=CL   CCCCCCC CCCCCCC   CCCCCCCC CCCCCCCC)t");
+      */C(F)=C/Cl F[C]=CL   *[P@](C)(N)=O C[P](N)=O   CCCCCCC CCCCCCC   CCCCCCCC CCCCCCCC)t");
   for (std::string smiles, expected; cases >> smiles >> expected;) {
     ZQFingerPrint fp;
     fp.SetBitOn(700);

@@ -67,7 +67,9 @@ constexpr const char* matchCases =
     [C@AL1](N)C N[C@@H](C)C(=O)O 0 0   [C@,N] N[C@@H](C)C(=O)O 2 2
     [C!@](N)(C)C(=O)O N[C@H](C)C(=O)O 1 1   [C@]1(F)OCC1 [C@]1(F)OCC1 1 1
     Br[C@]1(F)OCC1 C1CO[C@@]1(F)Br 1 1   Br[C@]1(F)OCC1 C1CO[C@]1(F)Br 0 0
+    F[C@](Cl)Br F[C@](Cl)(I)Br 0 0   F[C@@](Cl)Br F[C@](Cl)(I)Br 1 1
     [$([C@H](N)(C)O)] [C@H](N)(C)O 1 1   F/C=C/F F/C=C/F 1 2   F/C=C/F F/C=C\F 0 0
+    Cl/C=C/F F/C(Cl)=C/F 0 0   Cl/C=C\F F/C(Cl)=C/F 1 1   Cl/C=C\Br F/C(Cl)=C(F)/Br 1 1
     F\C=C\F F/C=C/F 1 2   C(/F)=C/F F/C=C\F 1 2   F/C=C/F FC=CF 0 0   F/?C=C/F FC=CF 1 2
     F/?C=C/F F/C=C\F 0 0   F/C(Cl)=C/[*] F/C(Cl)=C(/Br)I 1 1   F/C(Cl)=C/I F/C(Cl)=C(/Br)I 0 0
     F/C=C FC=C 1 1 )t";
