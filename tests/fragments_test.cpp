@@ -318,8 +318,18 @@ TEST(Fragments, InvariantsMustFitTheMolecule) {
   EXPECT_TRUE(Sorted(circular, from, 0, 5).empty());
   EXPECT_TRUE(Sorted(tree, from, 0, 5).empty());
   EXPECT_EQ(reports.Take(), Texts(4, "Assertion"));
+}
+
+TEST(AddressHash, WorkedValues) {
+  const auto at = [](std::uintptr_t address) {
+    return std::bit_cast<const ZQAtomBase*>(address);  // never read
+  };
+  EXPECT_EQ(ZQGetAtomAddressHash(at(0x1000)), 0xd8baafe1U);
+  EXPECT_EQ(ZQGetAtomAddressHash(at(0x7f1234567890)), 0xa90742b5U);
+  CapturedReports reports;
   ZQGetAtomAddressHash(nullptr);
-  EXPECT_EQ(reports.Take(), Texts{"Assertion"});
+  ZQGetBondAddressHash(nullptr);
+  EXPECT_EQ(reports.Take(), Texts(2, "Assertion"));
 }
 
 }  // namespace ZQKorvex
