@@ -20,6 +20,7 @@ template <class T>
 unsigned int GenerateIds(std::vector<T>& ids, const ZQMolBase& mol,
                          const std::vector<T>& atomInvariants, const std::vector<T>& bondInvariants,
                          unsigned int minradius, unsigned int maxradius) {
+  ids.clear();
   return ZQCollectIds("ZQCircularIdGenerator()", ids, [&] {
     CircularGenerator<T>(mol, atomInvariants, bondInvariants, minradius, maxradius)
         .ForEachCircular([&ids](const T& id) { ids.push_back(id); });

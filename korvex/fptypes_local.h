@@ -84,80 +84,28 @@ bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
 bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
                          unsigned short& version);
 
-/// The operations that all concrete types share, over the description `T::kind`.
-template <class T>
-class ZQFPConcreteType : public ZQFPTypeBase {
+/// The type class of a kind.
+template <const ZQFPKind& kind>
+class ZQFPConcreteType final : public ZQFPTypeBase {
  public:
   explicit ZQFPConcreteType(unsigned short version, std::uint64_t id = 0)
       : ZQFPTypeBase(version, id) {}
-  unsigned int GetFPType() const override { return T::kind.number; }
-  std::string GetFPTypeString() const override;
+  unsigned int GetFPType() const override { return kind.number; }
+  std::string GetFPTypeString() const override {
+    std::string text;
+    ZQAppendFPTypeString(text, kind, GetVersion(), GetID());
+    return text;
+  }
 };
 
-class ZQFPMACCS166Type final : public ZQFPConcreteType<ZQFPMACCS166Type> {
- public:
-  static constexpr const ZQFPKind& kind = zqMACCS166Kind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-class ZQFPLingoType final : public ZQFPConcreteType<ZQFPLingoType> {
- public:
-  static constexpr const ZQFPKind& kind = zqLingoKind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-class ZQFPPathType final : public ZQFPConcreteType<ZQFPPathType> {
- public:
-  static constexpr const ZQFPKind& kind = zqPathKind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-class ZQFPCircularType final : public ZQFPConcreteType<ZQFPCircularType> {
- public:
-  static constexpr const ZQFPKind& kind = zqCircularKind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-class ZQFPTreeType final : public ZQFPConcreteType<ZQFPTreeType> {
- public:
-  static constexpr const ZQFPKind& kind = zqTreeKind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-class ZQFPUnhashedPathType final : public ZQFPConcreteType<ZQFPUnhashedPathType> {
- public:
-  static constexpr const ZQFPKind& kind = zqUnhashedPathKind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-class ZQFPUnhashedCircularType final : public ZQFPConcreteType<ZQFPUnhashedCircularType> {
- public:
-  static constexpr const ZQFPKind& kind = zqUnhashedCircularKind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-class ZQFPUnhashedTreeType final : public ZQFPConcreteType<ZQFPUnhashedTreeType> {
- public:
-  static constexpr const ZQFPKind& kind = zqUnhashedTreeKind;
-  using ZQFPConcreteType::ZQFPConcreteType;
-};
-
-/// Appends the string of type class T.
-template <class T>
-void ZQGetFPTypeStringFromID(std::string& text, unsigned short version, std::uint64_t id) {
-  ZQAppendFPTypeString(text, T::kind, version, id);
-}
-template <class T>
-void ZQGetFPTypeStringFromID(std::string& text, unsigned short version) {
-  ZQAppendFPTypeString(text, T::kind, version, 0);
-}
-
-template <class T>
-std::string ZQFPConcreteType<T>::GetFPTypeString() const {
-  std::string text;
-  ZQGetFPTypeStringFromID<T>(text, GetVersion(), GetID());
-  return text;
-}
+using ZQFPMACCS166Type = ZQFPConcreteType<zqMACCS166Kind>;
+using ZQFPLingoType = ZQFPConcreteType<zqLingoKind>;
+using ZQFPPathType = ZQFPConcreteType<zqPathKind>;
+using ZQFPCircularType = ZQFPConcreteType<zqCircularKind>;
+using ZQFPTreeType = ZQFPConcreteType<zqTreeKind>;
+using ZQFPUnhashedPathType = ZQFPConcreteType<zqUnhashedPathKind>;
+using ZQFPUnhashedCircularType = ZQFPConcreteType<zqUnhashedCircularKind>;
+using ZQFPUnhashedTreeType = ZQFPConcreteType<zqUnhashedTreeKind>;
 
 /// Hands out the one T of each key, made on first use and deleted at process exit. Any thread may
 /// ask; the pointers need no lock.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <new>
-#include <vector>
 
 #include "korvex/checked_local.h"
 
@@ -19,15 +18,14 @@ bool ZQGuardMemory(const char* name, Make make) {
   }
 }
 
-/// Lets `generate` fill the vector; returns the number of identifiers, none where memory ends.
-template <class T, class Generate>
-unsigned int ZQCollectIds(const char* name, std::vector<T>& ids, Generate generate) {
-  ids.clear();
+/// Lets `generate` add to the container; returns its size. It is left empty where memory ends.
+template <class Ids, class Generate>
+unsigned int ZQCollectIds(const char* name, Ids& ids, Generate generate) {
   const bool done = ZQGuardMemory(name, [&] {
     generate();
     return true;
   });
-  if (!done) std::vector<T>().swap(ids);
+  if (!done) Ids().swap(ids);
   return ZQCheckedUnsigned(ids.size());
 }
 

@@ -13,6 +13,17 @@ constexpr ZQHashedKind pathKind{
     20,         "!",
     ""};
 
+// Into a set or, behind one another, into a vector.
+template <class Ids, class T>
+unsigned int GenerateIds(const char* name, Ids& ids, const ZQMolBase& mol,
+                         std::vector<T>& atomInvariants, std::vector<T>& bondInvariants,
+                         unsigned int minbonds, unsigned int maxbonds) {
+  return ZQCollectIds(name, ids, [&] {
+    PathGenerator<T>(mol, atomInvariants, bondInvariants, minbonds, maxbonds)
+        .ForEachPath([&ids](const T& id) { ids.insert(ids.end(), id); });
+  });
+}
+
 }  // namespace
 
 bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int numbits,
@@ -47,32 +58,32 @@ unsigned int ZQPathIdGenerator(std::set<unsigned int>& ids, const ZQMolBase& mol
                                std::vector<unsigned int>& atomInvariants,
                                std::vector<unsigned int>& bondInvariants, unsigned int minbonds,
                                unsigned int maxbonds) {
-  return PathGenerator<unsigned int>(mol, atomInvariants, bondInvariants, minbonds, maxbonds)
-      .GeneratePathIds(ids);
+  return GenerateIds("ZQPathIdGenerator()", ids, mol, atomInvariants, bondInvariants, minbonds,
+                     maxbonds);
 }
 
 unsigned int ZQPathIdGenerator(std::set<std::string>& ids, const ZQMolBase& mol,
                                std::vector<std::string>& atomInvariants,
                                std::vector<std::string>& bondInvariants, unsigned int minbonds,
                                unsigned int maxbonds) {
-  return PathGenerator<std::string>(mol, atomInvariants, bondInvariants, minbonds, maxbonds)
-      .GeneratePathIds(ids);
+  return GenerateIds("ZQPathIdGenerator()", ids, mol, atomInvariants, bondInvariants, minbonds,
+                     maxbonds);
 }
 
 unsigned int ZQPathIdGeneratorStack(std::vector<unsigned int>& ids, const ZQMolBase& mol,
                                     std::vector<unsigned int>& atomInvariants,
                                     std::vector<unsigned int>& bondInvariants,
                                     unsigned int minbonds, unsigned int maxbonds) {
-  return PathGenerator<unsigned int>(mol, atomInvariants, bondInvariants, minbonds, maxbonds)
-      .GeneratePathIdsStack(ids);
+  return GenerateIds("ZQPathIdGeneratorStack()", ids, mol, atomInvariants, bondInvariants, minbonds,
+                     maxbonds);
 }
 
 unsigned int ZQPathIdGeneratorStack(std::vector<std::string>& ids, const ZQMolBase& mol,
                                     std::vector<std::string>& atomInvariants,
                                     std::vector<std::string>& bondInvariants, unsigned int minbonds,
                                     unsigned int maxbonds) {
-  return PathGenerator<std::string>(mol, atomInvariants, bondInvariants, minbonds, maxbonds)
-      .GeneratePathIdsStack(ids);
+  return GenerateIds("ZQPathIdGeneratorStack()", ids, mol, atomInvariants, bondInvariants, minbonds,
+                     maxbonds);
 }
 
 }  // namespace ZQKorvex

@@ -38,7 +38,8 @@ ZQ_EXPORT bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPT
 // families visit the same walks. Start atoms are all heavy atoms, of those with an equal symmetry
 // class other than 0 only the first.
 
-/// Adds the distinct identifiers to the set; returns the set's size.
+/// Adds the distinct identifiers to the set; returns the set's size. The error "ZQPathIdGenerator()
+/// : out of memory" empties it.
 ZQ_EXPORT unsigned int ZQPathIdGenerator(std::set<unsigned int>& ids, const ZQMolBase& mol,
                                          std::vector<unsigned int>& atomInvariants,
                                          std::vector<unsigned int>& bondInvariants,

@@ -4,8 +4,7 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
-#include <set>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -40,16 +39,6 @@ class PathGenerator {
         minAtoms_(std::min(minbonds, mol.GetMaxAtomIdx()) + 1),
         maxAtoms_(std::min(maxbonds, mol.GetMaxAtomIdx()) + 1),
         patterns_(patterns) {}
-
-  /// Identifiers into a set, or behind one another into a vector; returns the container's size.
-  unsigned int GeneratePathIds(std::set<T>& ids) {
-    ForEachPath([&ids](const T& id) { ids.insert(id); });
-    return Count(ids.size());
-  }
-  unsigned int GeneratePathIdsStack(std::vector<T>& ids) {
-    ForEachPath([&ids](const T& id) { ids.push_back(id); });
-    return Count(ids.size());
-  }
 
   /// Calls `sink` with the identifier of each walk, depth first from each start atom.
   template <class Sink>
@@ -155,11 +144,6 @@ class PathGenerator {
       if (ZQ_ASSERT(bond != nullptr)) pattern.AddBond(bond);
     }
     patterns_->push_back(std::move(pattern));
-  }
-
-  static unsigned int Count(std::size_t size) {
-    ZQ_ASSERT(size <= std::numeric_limits<unsigned int>::max());
-    return static_cast<unsigned int>(size);
   }
 
   const ZQMolBase& mol_;

@@ -17,6 +17,7 @@ template <class T>
 unsigned int GenerateIds(std::vector<T>& ids, const ZQMolBase& mol,
                          const std::vector<T>& atomInvariants, const std::vector<T>& bondInvariants,
                          unsigned int minbonds, unsigned int maxbonds) {
+  ids.clear();
   return ZQCollectIds("ZQTreeIdGenerator()", ids, [&] {
     TreeGenerator<T>(mol, atomInvariants, bondInvariants, minbonds, maxbonds)
         .ForEachTree([&ids](const T& id) { ids.push_back(id); });

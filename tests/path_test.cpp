@@ -142,7 +142,7 @@ TEST(Path, PatternsHoldTheAtomsAndBondsOfEachWalk) {
   std::vector<ZQFPAtomBondSet<std::string>> patterns;
   std::vector<std::string> ids;
   PathGenerator<std::string>(from.mol, from.atoms, from.bonds, 1, 3, &patterns)
-      .GeneratePathIdsStack(ids);
+      .ForEachPath([&ids](const std::string& id) { ids.push_back(id); });
   ASSERT_EQ(patterns.size(), ids.size());
   for (std::size_t i = 0; i < ids.size(); ++i) {
     std::string text = from.atoms[patterns[i].GetAtoms()[0]->GetIdx()];

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "platform/quarnel/mix_local.h"
 #include "platform/quarnel/small_ring_local.h"
 
 namespace Quarnel {
@@ -75,12 +76,6 @@ bool IsStereoEnd(const MolView& view, std::uint32_t a, std::uint32_t other) {
 bool CanHold(const MolView& view, const MolView::Bond& bond) {
   return bond.order == 2 && !bond.aromatic && IsStereoEnd(view, bond.bgn, bond.end) &&
          IsStereoEnd(view, bond.end, bond.bgn) && !(bond.inRing && IsInSmallRing(*bond.bond));
-}
-
-std::uint64_t Mix(std::uint64_t x) {
-  x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9U;
-  x = (x ^ (x >> 27)) * 0x94D049BB133111EBU;
-  return x ^ (x >> 31);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/quarnel/mix_local.h"
+
 namespace Quarnel {
 namespace {
 
@@ -44,16 +46,13 @@ std::uint64_t KeyOf(std::uint64_t part, const MolView::Atom& atom, unsigned int 
   return Append(key, atom.inRing, 1);
 }
 
-/// A random number for each bond colour, so that sums of them tell multisets apart (the finisher
-/// of splitmix64; Steele, Lea and Flood 2014).
+/// A random number for each bond colour.
 constexpr auto spread = [] {
   std::array<std::uint64_t, 64> table{};
   std::uint64_t state = 0;
   for (std::uint64_t& entry : table) {
     state += 0x9E3779B97F4A7C15U;
-    std::uint64_t z = (state ^ (state >> 30)) * 0xBF58476D1CE4E5B9U;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBU;
-    entry = z ^ (z >> 31);
+    entry = Mix(state);
   }
   return table;
 }();

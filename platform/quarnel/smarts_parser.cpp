@@ -43,7 +43,6 @@ class SmartsParser {
   }
 
  private:
-  enum class After : std::uint8_t { Start, Atom, Bond, Opening, Closing, Dot, GroupEnd };
   struct Branch {
     std::uint32_t atom;
     std::size_t column;
@@ -114,23 +113,9 @@ class SmartsParser {
 };
 
 bool SmartsParser::FailExpectingMore(const State& state) {
-  switch (state.after) {
-    case After::Start:
-    case After::Dot:
-      return FailHere("an atom");
-    case After::Bond:
-      return FailHere("an atom or a ring closure");
-    case After::Opening:
-      return FailHere("an atom or a bond of the branch");
-    case After::GroupEnd:
-      return FailHere("a dot or the end behind a component group");
-    default:
-      return FailHere(
-          IsUpper(Peek()) || IsLower(Peek())
-              ? "an atom (elements other than B C N O P S F Cl Br I K V W Y U and b c n "
-                "o p s in brackets)"
-              : "an atom, a bond, a branch, a ring closure or a dot");
-  }
+  return FailHere(ExpectedNext(
+      state.after, Peek(),
+      "an atom (elements other than B C N O P S F Cl Br I K V W Y U and b c n o p s in brackets)"));
 }
 
 // The number at the cursor, at least one digit.

@@ -115,7 +115,6 @@ class SmilesParser {
     std::int8_t reference;  // 1: the reference neighbour lies above, -1: below, 0: not said
     bool conflict;
   };
-  enum class After : std::uint8_t { Start, Atom, Bond, Opening, Closing, Dot };
 
   bool ReadText();
   bool ReadOrganic();
@@ -176,19 +175,8 @@ bool SmilesParser::Fail(std::size_t column, std::string found, std::string expec
 }
 
 bool SmilesParser::FailExpectingMore() {
-  switch (after_) {
-    case After::Start:
-    case After::Dot:
-      return FailHere("an atom");
-    case After::Bond:
-      return FailHere("an atom or a ring closure");
-    case After::Opening:
-      return FailHere("an atom or a bond of the branch");
-    default:
-      return FailHere(IsUpper(Peek()) || IsLower(Peek())
-                          ? "an atom (other than B C N O P S F Cl Br I b c n o p s in brackets)"
-                          : "an atom, a bond, a branch, a ring closure or a dot");
-  }
+  return FailHere(ExpectedNext(
+      after_, Peek(), "an atom (other than B C N O P S F Cl Br I b c n o p s in brackets)"));
 }
 
 bool SmilesParser::ReadUnsigned(std::uint32_t limit, std::uint32_t& value) {

@@ -4,6 +4,7 @@
 #include <bit>
 #include <utility>
 
+#include "contract/quarnel/perception.h"
 #include "platform/quarnel/hybridization_local.h"
 #include "platform/quarnel/molgraph_view_local.h"
 #include "platform/quarnel/subsearch_local.h"
@@ -267,22 +268,9 @@ const std::uint64_t* ZQSubSearchTarget::Impl::Neighbours(std::uint32_t mask) {
 
 const std::vector<std::uint32_t>& ZQSubSearchTarget::Impl::Components() {
   if (!components_.empty()) return components_;
-  components_.assign(NumAtoms(), NumAtoms());
-  std::vector<std::uint32_t> stack;
-  for (std::uint32_t root = 0; root < NumAtoms(); ++root) {
-    if (components_[root] != NumAtoms()) continue;
-    components_[root] = root;
-    stack.push_back(root);
-    while (!stack.empty()) {
-      const Atom& atom = atoms[stack.back()];
-      stack.pop_back();
-      for (std::uint32_t e = atom.firstEdge; e < atom.firstEdge + atom.degree; ++e) {
-        if (components_[edges[e].atom] != NumAtoms()) continue;
-        components_[edges[e].atom] = root;
-        stack.push_back(edges[e].atom);
-      }
-    }
-  }
+  std::vector<unsigned int> parts;
+  ZQDetermineComponents(mol_, parts);
+  for (const Atom& atom : atoms) components_.push_back(parts[atom.atom->GetIdx()]);
   return components_;
 }
 
