@@ -3,39 +3,40 @@
 #include <immintrin.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <utility>
+
+#include "korvex/primes_local.h"
 
 namespace ZQKorvex {
 
 namespace {
 
-constexpr unsigned int firstWeight = 947;
-constexpr unsigned int primesPerWeight = 5;
+// Behind the printed table every fifth prime goes on.
+constexpr std::size_t primesPerWeight = 5;
 
 std::vector<unsigned int> MakeWeights(std::size_t count) {
+  std::vector<unsigned int> weights(PATH_PRIMES.begin() + 1, PATH_PRIMES.end());
   // The n-th prime is below n (ln n + ln ln n) (J. B. Rosser and L. Schoenfeld, Illinois J. Math.
-  // 6, 64-94, 1962); 160 primes lie before the first weight.
-  const double n = 161.0 + static_cast<double>(primesPerWeight * count);
+  // 6, 64-94, 1962). The table ends with the 406th.
+  const double n = 406.0 + static_cast<double>(primesPerWeight * count);
   const auto limit = static_cast<std::size_t>(n * (std::log(n) + std::log(std::log(n))));
   std::vector<bool> composite(limit + 1);
-  std::vector<unsigned int> weights;
   for (std::size_t number = 2, primes = 0; weights.size() < count; ++number) {
     if (composite[number]) continue;
     for (std::size_t multiple = number * number; multiple <= limit; multiple += number) {
       composite[multiple] = true;
     }
-    if (number >= firstWeight && primes++ % primesPerWeight == 0) {
+    if (number > PATH_PRIMES.back() && ++primes % primesPerWeight == 0) {
       weights.push_back(static_cast<unsigned int>(number));
     }
   }
   return weights;
 }
 
-// The weights of an atom's terms, where it has up to four.
-constexpr std::array<unsigned int, 4> weightOfTerm{947, 983, 1019, 1049};
+// The weights of an atom's terms.
+constexpr const unsigned int* weightOfTerm = &PATH_PRIMES[1];
 
 // The last sum begins with this weight.
 constexpr std::size_t firstOfSum = 2;
@@ -228,7 +229,7 @@ void ZQHashedCanonicalIdGenerator::Pass() {
     ++term;
     return value;
   };
-  const auto& weight = weightOfTerm;
+  const unsigned int* const weight = weightOfTerm;
   std::size_t i = 0;
   for (; i < groupEnds_[0]; ++i) next[i] = current[i];
   for (; i < groupEnds_[1]; ++i) next[i] = current[i] + take() * weight[0];

@@ -8,10 +8,10 @@
 ///
 ///     A'[i] = A[i] + the sum of (B[bond] + A[neighbour]) P(j) over the neighbours in the ball,
 ///
-/// whose terms go in ascending order with the multipliers P = 947, 983, 1019, ... (every fifth
-/// prime), and at last by the sum of the final values other than 0, in ascending order with the
-/// multipliers from 1019 on; all modulo 2^32. A single atom's identifier is its invariant. The bit
-/// is the identifier modulo `ZQGetHashSize(numbits)`.
+/// whose terms go in ascending order with the multipliers P = 947, 983, 1019, ..., 2791 (50 fixed
+/// primes, then every fifth prime from 2833 on), and at last by the sum of the final values other
+/// than 0, in ascending order with the multipliers from 1019 on; all modulo 2^32. A single atom's
+/// identifier is its invariant. The bit is the identifier modulo `ZQGetHashSize(numbits)`.
 ///
 /// Any number of threads may make fingerprints at once, given distinct objects.
 

@@ -12,17 +12,10 @@
 #include "korvex/connectiontable_local.h"
 #include "korvex/fpatombondset.h"
 #include "korvex/path.h"
+#include "korvex/primes_local.h"
 #include "korvex/symmetryfilter_local.h"
 
 namespace ZQKorvex {
-
-/// Multipliers by position in the walk: entry 2 i for the i-th bond, 2 i + 1 for the i-th atom.
-/// The walk's start has no bond, so that entry 0 is 0.
-inline constexpr std::array<unsigned int, 51> PATH_PRIMES{
-    0,    947,  983,  1019, 1049, 1087, 1109, 1153, 1193, 1229, 1277, 1297, 1321,
-    1381, 1429, 1453, 1487, 1523, 1559, 1597, 1619, 1663, 1699, 1741, 1783, 1823,
-    1871, 1901, 1949, 1993, 2017, 2063, 2089, 2131, 2161, 2221, 2267, 2293, 2339,
-    2371, 2399, 2441, 2477, 2543, 2591, 2633, 2671, 2693, 2719, 2749, 2791};
 
 /// Enumerates walks; lives for one call. T is unsigned 32-bit or string.
 template <class T>

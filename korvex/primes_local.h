@@ -1,6 +1,7 @@
 #pragma once
 
-/// Tables of primes, computed when the library is compiled.
+/// Tables of primes: all up to 65537, computed when the library is compiled, and the multipliers of
+/// identifiers.
 
 #include <array>
 #include <cstddef>
@@ -36,5 +37,15 @@ constexpr auto MakePrimes() {
 /// All primes from 2 to 65537, ascending, closed by a 0.
 inline constexpr auto PRIMES = primes_local::MakePrimes();
 static_assert(PRIMES[zqNumPrimes - 1] == zqLargestPrime && PRIMES[zqNumPrimes] == 0);
+
+/// The multipliers of path, circular and tree identifiers, behind a 0. They are hash input and
+/// follow no rule: most are five primes apart, nine aren't. A walk reads entry 2 i for its i-th
+/// bond and 2 i + 1 for its i-th atom; its start has no bond, hence the 0. Identifiers of atom sets
+/// read from entry 1 on (`ZQCanonicalWeights`).
+inline constexpr std::array<unsigned int, 51> PATH_PRIMES{
+    0,    947,  983,  1019, 1049, 1087, 1109, 1153, 1193, 1229, 1277, 1297, 1321,
+    1381, 1429, 1453, 1487, 1523, 1559, 1597, 1619, 1663, 1699, 1741, 1783, 1823,
+    1871, 1901, 1949, 1993, 2017, 2063, 2089, 2131, 2161, 2221, 2267, 2293, 2339,
+    2371, 2399, 2441, 2477, 2543, 2591, 2633, 2671, 2693, 2719, 2749, 2791};
 
 }  // namespace ZQKorvex

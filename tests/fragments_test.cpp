@@ -32,24 +32,6 @@ namespace {
 
 using Ids = std::vector<unsigned int>;
 
-bool IsPrime(unsigned int n) {
-  for (unsigned int d = 2; d * d <= n; ++d) {
-    if (n % d == 0) return false;
-  }
-  return true;
-}
-
-// Every fifth prime from 947.
-unsigned int Weight(std::size_t index) {
-  static std::vector<unsigned int> primes{947};
-  while (primes.size() <= 5 * index) {
-    unsigned int next = primes.back() + 1;
-    while (!IsPrime(next)) ++next;
-    primes.push_back(next);
-  }
-  return primes[5 * index];
-}
-
 // A molecule as sets of numbers, and identifiers straight from the definition.
 class Definition {
  public:
@@ -72,7 +54,7 @@ class Definition {
           if (atoms.count(b) != 0) terms.push_back(bond + before.at(b));
         }
         std::sort(terms.begin(), terms.end());
-        for (std::size_t k = 0; k < terms.size(); ++k) value += terms[k] * Weight(k);
+        for (std::size_t k = 0; k < terms.size(); ++k) value += terms[k] * PublishedMultiplier(k);
       }
     }
     Ids sorted;
@@ -81,7 +63,7 @@ class Definition {
     unsigned int id = 0;
     std::size_t k = 1;
     for (const unsigned int value : sorted) {
-      if (value != 0) id += value * Weight(++k);
+      if (value != 0) id += value * PublishedMultiplier(++k);
     }
     return id;
   }
@@ -200,8 +182,6 @@ TEST(Fragments, WorkedIdentifiers) {
   // A value of 0 in the end uses up no weight.
   pair.atoms[1] = 0U - 3 * 947U;
   EXPECT_EQ(Sorted(circular, pair, 1, 1), Ids(2, (2 + (1 - 3 * 947U) * 947U) * 1019));
-  EXPECT_EQ(Weight(49), 2791U);
-  EXPECT_EQ(Weight(50), 2833U);
 }
 
 TEST(Fragments, CircularIdentifiersFollowTheDefinition) {

@@ -26,6 +26,27 @@ inline ZQKorvex::ZQFingerPrint FingerPrintOfText(const std::string& text, unsign
   return fp;
 }
 
+/// The multipliers of identifiers, figure by figure as published, and the next two; behind them
+/// every fifth prime.
+inline unsigned int PublishedMultiplier(std::size_t index) {
+  static std::vector<unsigned int> multipliers{
+      947,  983,  1019, 1049, 1087, 1109, 1153, 1193, 1229, 1277, 1297, 1321, 1381,
+      1429, 1453, 1487, 1523, 1559, 1597, 1619, 1663, 1699, 1741, 1783, 1823, 1871,
+      1901, 1949, 1993, 2017, 2063, 2089, 2131, 2161, 2221, 2267, 2293, 2339, 2371,
+      2399, 2441, 2477, 2543, 2591, 2633, 2671, 2693, 2719, 2749, 2791, 2833, 2861};
+  const auto isPrime = [](unsigned int n) {
+    unsigned int divisor = 2;
+    while (n % divisor != 0) ++divisor;
+    return divisor == n;
+  };
+  while (multipliers.size() <= index) {
+    unsigned int next = multipliers.back();
+    for (int primes = 0; primes < 5; primes += isPrime(next)) ++next;
+    multipliers.push_back(next);
+  }
+  return multipliers[index];
+}
+
 /// A prepared molecule with its invariants.
 template <class T>
 struct Prepared {

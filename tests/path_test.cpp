@@ -26,7 +26,7 @@ class AllWalks {
 
  private:
   static void Add(unsigned int& id, unsigned int invariant, std::size_t position) {
-    id += invariant * PATH_PRIMES[position];
+    id += invariant * PublishedMultiplier(position - 1);
   }
   static void Add(std::string& id, const std::string& invariant, std::size_t) { id += invariant; }
 
@@ -128,6 +128,9 @@ TEST(Path, VisitsExactlyTheWalksThatTheDefinitionNames) {
     ExpectAllWalks<unsigned int>(mol, atype, btype, min, min + random() % 5);
     ExpectAllWalks<std::string>(mol, atype, btype, min, min + random() % 4);
   }
+  // The longest walks that a fingerprint can ask for, and longer ones than the molecule has.
+  ExpectAllWalks<unsigned int>("CCCNCCCCOCCCCCC(C)CCCCCSCCCF"_mol, 191, 3, 0, 20);
+  ExpectAllWalks<std::string>("CCCNCCCCOC"_mol, 191, 3, 0, 20);
 }
 
 TEST(Path, SymmetricStartAtomsAreWalkedFromOnce) {
