@@ -1,6 +1,11 @@
 #include "korvex/fingerprint.h"
 
+#include <array>
+#include <limits>
+#include <string>
+
 #include "korvex/circular.h"
+#include "korvex/fingerprint_params.h"
 #include "korvex/fpatomtyper.h"
 #include "korvex/fptypes_local.h"
 #include "korvex/fpversion.h"
@@ -12,8 +17,6 @@
 
 namespace ZQKorvex {
 
-namespace {
-
 ZQFPTypeFactoryNoParams<ZQFPMACCS166Type> maccs166TypeFactory;
 ZQFPTypeFactoryNoParams<ZQFPLingoType> lingoTypeFactory;
 ZQFPTypeFactory<ZQFPPathType> pathTypeFactory;
@@ -23,21 +26,51 @@ ZQFPTypeFactory<ZQFPUnhashedPathType> uhpathTypeFactory;
 ZQFPTypeFactory<ZQFPUnhashedCircularType> uhcircularTypeFactory;
 ZQFPTypeFactory<ZQFPUnhashedTreeType> uhtreeTypeFactory;
 
+namespace {
+
 // Version 0 belongs to types read from older records, which the unhashed kinds don't have.
 bool IsUsableVersion(const ZQFPKind& kind, unsigned short version) {
   return version == ZQGetFingerPrintVersion(kind.number) || (version == 0 && kind.IsHashed());
 }
 
+struct Limit {
+  const char* of;
+  const char* name;
+  unsigned int value;
+  unsigned int least;
+  unsigned int most;
+
+  bool IsKept() const { return value >= least && value <= most; }
+};
+
+// The limits of a kind with parameters, in the order in which they are checked.
+std::array<Limit, 6> LimitsOf(const ZQFPKind& kind, const ZQFPTypeValues& values) {
+  constexpr unsigned int any = std::numeric_limits<unsigned int>::max();
+  const char* const distance = kind.distanceKey;
+  const bool isHashed = kind.IsHashed();
+  return {{{"", kind.sizeKey, values.numbits, isHashed ? 16 : 0U, isHashed ? 65535 : any},
+           {"", "atype", values.atype, 0, 8191},
+           {"", "btype", values.btype, 0, 255},
+           {"minimum ", distance, values.minDistance, 0, isHashed ? values.maxDistance : any},
+           {"minimum ", distance, values.minDistance, 0, kind.distanceLimit},
+           {"maximum ", distance, values.maxDistance, 0, kind.distanceLimit}}};
+}
+
 }  // namespace
+
+std::string ZQFindFPTypeFault(const ZQFPKind& kind, const ZQFPTypeValues& values) {
+  if (!kind.HasParams()) return {};
+  for (const Limit& limit : LimitsOf(kind, values)) {
+    if (limit.IsKept()) continue;
+    return std::string(limit.of) + limit.name + " " + std::to_string(limit.value) + " is outside " +
+           std::to_string(limit.least) + " to " + std::to_string(limit.most);
+  }
+  return {};
+}
 
 bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values, std::uint64_t& id) {
   bool legal = true;
-  if (kind.IsHashed()) legal &= ZQ_ASSERT(values.numbits >= 16 && values.numbits <= 65535);
-  legal &= ZQ_ASSERT(values.atype < 8192);
-  legal &= ZQ_ASSERT(values.btype < 256);
-  if (kind.IsHashed()) legal &= ZQ_ASSERT(values.minDistance <= values.maxDistance);
-  legal &= ZQ_ASSERT(values.minDistance <= kind.distanceLimit);
-  legal &= ZQ_ASSERT(values.maxDistance <= kind.distanceLimit);
+  for (const Limit& limit : LimitsOf(kind, values)) legal &= ZQ_ASSERT(limit.IsKept());
   if (!legal) return false;
   const std::uint64_t numbits = kind.IsHashed() ? values.numbits : 0;
   id = numbits << 44 | std::uint64_t{values.atype} << 24 | std::uint64_t{values.btype} << 16 |
@@ -45,20 +78,83 @@ bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values, std::uin
   return true;
 }
 
+ZQFPTypeValues ZQDecodeFPTypeID(std::uint64_t id) {
+  return {.numbits = static_cast<unsigned int>(id >> 44),
+          .minDistance = static_cast<unsigned int>(id >> 8 & 255),
+          .maxDistance = static_cast<unsigned int>(id & 255),
+          .atype = static_cast<unsigned int>(id >> 24 & 65535),
+          .btype = static_cast<unsigned int>(id >> 16 & 255)};
+}
+
 ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id) {
   const std::uint64_t strayBits = kind.IsHashed() ? 0xf0000f0000000000 : 0xffffff0000000000;
   if (id & strayBits) ZQThrow.Warning("%s", kind.strayBitsReport);
-  ZQFPTypeValues values;
+  ZQFPTypeValues values = ZQDecodeFPTypeID(id);
   if (kind.IsHashed()) {
-    values.numbits = static_cast<unsigned int>(id >> 44);
     ZQ_ASSERT(values.numbits >= 16);
+  } else {
+    values.numbits = 0;
   }
-  values.minDistance = (id >> 8) & 255;
-  values.maxDistance = id & 255;
-  values.atype = (id >> 24) & 65535;
-  values.btype = (id >> 16) & 255;
   return values;
 }
+
+template <unsigned int fptype>
+std::string ZQFPTypeOfKind<fptype>::GetFPTypeString() const {
+  std::string text;
+  ZQGetFPTypeStringFromID<ZQFPTypeOfKind>(text, GetVersion(), GetID());
+  return text;
+}
+
+template <unsigned int fptype>
+std::uint64_t ZQFPTypeOfKind<fptype>::GetIDFromParams(unsigned int numbits, unsigned int min,
+                                                      unsigned int max, unsigned int atype,
+                                                      unsigned int btype) requires isHashed {
+  std::uint64_t id = 0;
+  ZQPackFPTypeID(*ZQFindFPKind(fptype), {numbits, min, max, atype, btype}, id);
+  return id;
+}
+
+template <unsigned int fptype>
+std::uint64_t ZQFPTypeOfKind<fptype>::GetIDFromParams(unsigned int min, unsigned int max,
+                                                      unsigned int atype,
+                                                      unsigned int btype) requires isUnhashed {
+  std::uint64_t id = 0;
+  ZQPackFPTypeID(*ZQFindFPKind(fptype), {0, min, max, atype, btype}, id);
+  return id;
+}
+
+template <unsigned int fptype>
+void ZQFPTypeOfKind<fptype>::SetParamsFromID(std::uint64_t id, unsigned int& numbits,
+                                             unsigned int& min, unsigned int& max,
+                                             unsigned int& atype,
+                                             unsigned int& btype) requires isHashed {
+  const ZQFPTypeValues values = ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id);
+  numbits = values.numbits;
+  min = values.minDistance;
+  max = values.maxDistance;
+  atype = values.atype;
+  btype = values.btype;
+}
+
+template <unsigned int fptype>
+void ZQFPTypeOfKind<fptype>::SetParamsFromID(std::uint64_t id, unsigned int& min, unsigned int& max,
+                                             unsigned int& atype,
+                                             unsigned int& btype) requires isUnhashed {
+  const ZQFPTypeValues values = ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id);
+  min = values.minDistance;
+  max = values.maxDistance;
+  atype = values.atype;
+  btype = values.btype;
+}
+
+template class ZQFPTypeOfKind<ZQFPType::MACCS166>;
+template class ZQFPTypeOfKind<ZQFPType::Lingo>;
+template class ZQFPTypeOfKind<ZQFPType::Path>;
+template class ZQFPTypeOfKind<ZQFPType::Circular>;
+template class ZQFPTypeOfKind<ZQFPType::Tree>;
+template class ZQFPTypeOfKind<ZQFPType::UnhashedPath>;
+template class ZQFPTypeOfKind<ZQFPType::UnhashedCircular>;
+template class ZQFPTypeOfKind<ZQFPType::UnhashedTree>;
 
 const ZQFPTypeBase* ZQInternFPType(const ZQFPKind& kind, unsigned short version, std::uint64_t id) {
   switch (kind.number) {
@@ -114,6 +210,23 @@ bool ZQIsSameFPType(const ZQFingerPrint& a, const ZQFingerPrint& b) {
     return false;
   }
   return a.GetFPTypeBase() == b.GetFPTypeBase();
+}
+
+bool ZQCanMakeFP(const ZQFPTypeBase* type, std::string* fault) {
+  std::string why = "null is no fingerprint type";
+  if (const ZQFPKind* kind = type ? ZQFindFPKind(type->GetFPType()) : nullptr) {
+    const ZQFPTypeValues values = ZQDecodeFPTypeID(type->GetID());
+    why = ZQFindFPTypeFault(*kind, values);
+    if (type->GetVersion() != ZQGetFingerPrintVersion(kind->number)) {
+      why = "version " + ZQGetFingerPrintVersionString(type->GetVersion()) + " is an old one";
+    } else if (why.empty() && values.maxDistance > kind->largestMade) {
+      why = std::string("maximum ") + kind->distanceKey + " " + std::to_string(values.maxDistance) +
+            " is above " + std::to_string(kind->largestMade) +
+            ", the largest that fingerprints are made of";
+    }
+  }
+  if (fault) *fault = why;
+  return why.empty();
 }
 
 bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {

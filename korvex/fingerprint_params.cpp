@@ -29,7 +29,7 @@ bool Refuse(const char* what, const ZQFPKind& kind) {
   return false;
 }
 
-bool ParseVersion(const std::string& text, const ZQFPKind& kind, unsigned short& version) {
+bool ParseVersionToken(const std::string& text, const ZQFPKind& kind, unsigned short& version) {
   if (!ZQIsValidFingerPrintVersion(text)) return Refuse("Invalid version", kind);
   version = ZQGetFingerPrintVersion(text);
   return true;
@@ -49,7 +49,7 @@ bool ParseDistances(const std::string& text, const ZQFPKind& kind, ZQFPTypeValue
 
 bool ParseParam(const std::string& key, const std::string& value, const ZQFPKind& kind,
                 unsigned short& version, ZQFPTypeValues& values) {
-  if (key == "ver") return ParseVersion(value, kind, version);
+  if (key == "ver") return ParseVersionToken(value, kind, version);
   if (key == kind.sizeKey) {
     return ZQStringToNumber(value, values.numbits) || Refuse("Invalid fingerprint size", kind);
   }
@@ -66,82 +66,8 @@ bool ParseParam(const std::string& key, const std::string& value, const ZQFPKind
   return false;
 }
 
-// The public parsers of one family each. They differ in what they hold the parser to.
-bool GetHashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
-                     ZQFPTypeValues& values) {
-  const bool valid = ZQParseFPTypeString(kind, typeString, version, values);
-  if (valid) {
-    ZQ_ASSERT(values.numbits != 0);
-    ZQ_ASSERT(version != 0);
-  }
-  return valid;
-}
-
-bool GetUnhashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
-                       ZQFPTypeValues& values) {
-  const bool valid = ZQParseFPTypeString(kind, typeString, version, values);
-  ZQ_ASSERT(values.numbits == 0);
-  ZQ_ASSERT(version != 0);
-  return valid;
-}
-
-bool GetParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
-               ZQFPTypeValues& values) {
-  if (!kind.HasParams()) return ZQParseFPTypeString(kind, typeString, version);
-  return kind.IsHashed() ? GetHashedParams(kind, typeString, version, values)
-                         : GetUnhashedParams(kind, typeString, version, values);
-}
-
-bool GetHashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
-                     unsigned int& numbits, unsigned int& min, unsigned int& max,
-                     unsigned int& atype, unsigned int& btype) {
-  ZQFPTypeValues values;
-  const bool valid = GetHashedParams(kind, typeString, version, values);
-  numbits = values.numbits;
-  min = values.minDistance;
-  max = values.maxDistance;
-  atype = values.atype;
-  btype = values.btype;
-  return valid;
-}
-
-bool GetUnhashedParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
-                       unsigned int& min, unsigned int& max, unsigned int& atype,
-                       unsigned int& btype) {
-  ZQFPTypeValues values;
-  const bool valid = GetUnhashedParams(kind, typeString, version, values);
-  min = values.minDistance;
-  max = values.maxDistance;
-  atype = values.atype;
-  btype = values.btype;
-  return valid;
-}
-
-}  // namespace
-
-const ZQFPKind* ZQFindFPKind(const std::string& typeString) {
-  const auto found =
-      std::find_if(allKinds.begin(), allKinds.end(), [&typeString](const ZQFPKind* kind) {
-        return std::string_view(typeString).starts_with(kind->prefix);
-      });
-  return found == allKinds.end() ? nullptr : *found;
-}
-
-void ZQAppendFPTypeString(std::string& text, const ZQFPKind& kind, unsigned short version,
-                          std::uint64_t id) {
-  text += kind.prefix;
-  text += ",ver=" + ZQGetFingerPrintVersionString(version);
-  if (!kind.HasParams()) return;
-  const ZQFPTypeValues values = ZQUnpackFPTypeID(kind, id);
-  if (kind.IsHashed()) text += ",size=" + std::to_string(values.numbits);
-  text += std::string(",") + kind.distanceKey + "=" + std::to_string(values.minDistance) + "-" +
-          std::to_string(values.maxDistance);
-  text += ",atype=" + ZQGetFPAtomType(values.atype);
-  text += ",btype=" + ZQGetFPBondType(values.btype);
-}
-
-bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
-                         unsigned short& version, ZQFPTypeValues& values) {
+bool ParseParams(const ZQFPKind& kind, const std::string& typeString, unsigned short& version,
+                 ZQFPTypeValues& values) {
   version = 0;
   values = {kind.IsHashed() ? unset : 0, unset, unset, unset, unset};
   bool typeSeen = false;
@@ -176,8 +102,7 @@ bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
   return true;
 }
 
-bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
-                         unsigned short& version) {
+bool ParseVersion(const ZQFPKind& kind, const std::string& typeString, unsigned short& version) {
   version = 0;
   if (typeString == kind.prefix) return true;  // the form of older kinds, which have no version
   const std::vector<std::string> tokens = ZQStringTokenize(typeString, ',');
@@ -196,59 +121,128 @@ bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
       ZQThrow.Warning("Invalid `%s` type string!", kind.prefix);
       return false;
     }
-    if (parts[0] == "ver" && !ParseVersion(parts[1], kind, version)) return false;
+    if (parts[0] == "ver" && !ParseVersionToken(parts[1], kind, version)) return false;
   }
   if (!typeSeen) return false;
   return version != 0 || Refuse("Version number cannot be initialized", kind);
 }
 
-const ZQFPTypeBase* ZQGetFPType(const std::string& typeString) {
-  const ZQFPKind* kind = ZQFindFPKind(typeString);
-  if (!kind) return nullptr;
+// What a string says, of any kind.
+struct Parsed {
+  const ZQFPKind* kind = nullptr;
   unsigned short version = 0;
   ZQFPTypeValues values;
-  if (!GetParams(*kind, typeString, version, values)) {
-    if (kind->HasParams()) ZQThrow.Warning("ZQGetFPType() invalid fingerprint type string");
-    return nullptr;
-  }
-  if (version != ZQGetFingerPrintVersion(kind->number)) {
-    constexpr const char* message = "ZQGetFPType() fingerprint type with old version number";
-    if (kind->HasParams()) {
-      ZQThrow.Warning("%s", message);
-    } else {
-      ZQThrow.Error("%s", message);
+};
+
+bool Parse(const std::string& typeString, Parsed& parsed) {
+  parsed.kind = ZQFindFPKind(typeString);
+  if (!parsed.kind) return false;
+  return parsed.kind->HasParams()
+             ? ParseParams(*parsed.kind, typeString, parsed.version, parsed.values)
+             : ParseVersion(*parsed.kind, typeString, parsed.version);
+}
+
+bool HasUnknownNumBits(const Parsed& parsed) {
+  return !parsed.kind->IsHashed() && parsed.values.numbits != 0;
+}
+
+// Whether a type can be made of a string; warns otherwise.
+bool ParseUsable(const std::string& typeString, Parsed& parsed) {
+  if (!Parse(typeString, parsed)) {
+    if (parsed.kind && parsed.kind->HasParams()) {
+      ZQThrow.Warning("ZQGetFPType() invalid fingerprint type string");
     }
-    return nullptr;
+    return false;
   }
-  const auto& [numbits, min, max, atype, btype] = values;
-  switch (kind->number) {
-    case ZQFPType::MACCS166:
-      return ZQGetMACCS166FPType(version);
-    case ZQFPType::Path:
-      return ZQGetPathFPType(version, numbits, min, max, atype, btype);
-    case ZQFPType::Lingo:
-      return ZQGetLingoFPType(version);
-    case ZQFPType::Circular:
-      return ZQGetCircularFPType(version, numbits, min, max, atype, btype);
-    case ZQFPType::Tree:
-      return ZQGetTreeFPType(version, numbits, min, max, atype, btype);
-    case ZQFPType::UnhashedPath:
-      return ZQGetUnhashedPathFPType(version, min, max, atype, btype);
-    case ZQFPType::UnhashedCircular:
-      return ZQGetUnhashedCircularFPType(version, min, max, atype, btype);
-    case ZQFPType::UnhashedTree:
-      return ZQGetUnhashedTreeFPType(version, min, max, atype, btype);
-    default:
-      return nullptr;
+  if (parsed.version == ZQGetFingerPrintVersion(parsed.kind->number)) return true;
+  constexpr const char* message = "ZQGetFPType() fingerprint type with old version number";
+  if (parsed.kind->HasParams()) {
+    ZQThrow.Warning("%s", message);
+  } else {
+    ZQThrow.Error("%s", message);
   }
+  return false;
+}
+
+}  // namespace
+
+const ZQFPKind* ZQFindFPKind(const std::string& typeString) {
+  const auto found =
+      std::find_if(allKinds.begin(), allKinds.end(), [&typeString](const ZQFPKind* kind) {
+        return std::string_view(typeString).starts_with(kind->prefix);
+      });
+  return found == allKinds.end() ? nullptr : *found;
+}
+
+const ZQFPKind* ZQFindFPKind(unsigned int number) {
+  const auto found = std::ranges::find(allKinds, number, &ZQFPKind::number);
+  return found == allKinds.end() ? nullptr : *found;
+}
+
+void ZQGetFPTypeStringFromID(unsigned int fptype, std::string& text, unsigned short version,
+                             std::uint64_t id) {
+  const ZQFPKind* found = ZQFindFPKind(fptype);
+  if (!ZQ_ASSERT(found != nullptr)) return;
+  const ZQFPKind& kind = *found;
+  text += kind.prefix;
+  text += ",ver=" + ZQGetFingerPrintVersionString(version);
+  if (!kind.HasParams()) return;
+  const ZQFPTypeValues values = ZQUnpackFPTypeID(kind, id);
+  if (kind.IsHashed()) text += ",size=" + std::to_string(values.numbits);
+  text += std::string(",") + kind.distanceKey + "=" + std::to_string(values.minDistance) + "-" +
+          std::to_string(values.maxDistance);
+  text += ",atype=" + ZQGetFPAtomType(values.atype);
+  text += ",btype=" + ZQGetFPBondType(values.btype);
+}
+
+const ZQFPTypeBase* ZQGetFPType(const std::string& typeString) {
+  Parsed parsed;
+  if (!ParseUsable(typeString, parsed)) return nullptr;
+  ZQ_ASSERT(!HasUnknownNumBits(parsed));
+  return ZQGetFPType(*parsed.kind, parsed.version, parsed.values);
+}
+
+const ZQFPTypeBase* ZQReadFPType(const std::string& typeString, std::string* fault) {
+  Parsed parsed;
+  std::string why;
+  const bool usable = ParseUsable(typeString, parsed);
+  if (usable) {
+    why = HasUnknownNumBits(parsed)
+              ? "numbits " + std::to_string(parsed.values.numbits) + " is outside 0 to 0"
+              : ZQFindFPTypeFault(*parsed.kind, parsed.values);
+  }
+  if (fault) *fault = why;
+  if (!usable || !why.empty()) return nullptr;
+  return ZQGetFPType(*parsed.kind, parsed.version, parsed.values);
+}
+
+bool ZQGetFPTypeParamsFromString(unsigned int fptype, const std::string& typeString,
+                                 unsigned short& version, unsigned int& numbits, unsigned int& min,
+                                 unsigned int& max, unsigned int& atype, unsigned int& btype) {
+  const ZQFPKind* kind = ZQFindFPKind(fptype);
+  if (!ZQ_ASSERT(kind && kind->HasParams())) return false;
+  ZQFPTypeValues values;
+  const bool valid = ParseParams(*kind, typeString, version, values);
+  numbits = values.numbits;
+  min = values.minDistance;
+  max = values.maxDistance;
+  atype = values.atype;
+  btype = values.btype;
+  return valid;
+}
+
+bool ZQGetFPTypeParamsFromString(unsigned int fptype, const std::string& typeString,
+                                 unsigned short& version) {
+  const ZQFPKind* kind = ZQFindFPKind(fptype);
+  if (!ZQ_ASSERT(kind && !kind->HasParams())) return false;
+  return ParseVersion(*kind, typeString, version);
 }
 
 bool ZQIsValidFPTypeString(const std::string& typeString) {
-  const ZQFPKind* kind = ZQFindFPKind(typeString);
-  unsigned short version = 0;
-  ZQFPTypeValues values;
-  if (!kind || !GetParams(*kind, typeString, version, values)) return false;
-  if (version != ZQGetFingerPrintVersion(kind->number)) {
+  Parsed parsed;
+  if (!Parse(typeString, parsed)) return false;
+  ZQ_ASSERT(!HasUnknownNumBits(parsed));
+  if (parsed.version != ZQGetFingerPrintVersion(parsed.kind->number)) {
     ZQThrow.Warning("ZQIsValidFPTypeString() fingerprint type with old version number");
   }
   return true;
@@ -256,10 +250,8 @@ bool ZQIsValidFPTypeString(const std::string& typeString) {
 
 unsigned short ZQGetFPTypeVersion(const std::string& typeString) {
   const ZQFPKind* kind = ZQFindFPKind(typeString);
-  if (!kind || !kind->IsHashed()) return 0;
-  unsigned short version = 0;
-  ZQFPTypeValues values;
-  return GetParams(*kind, typeString, version, values) ? version : 0;
+  Parsed parsed;
+  return kind && kind->IsHashed() && Parse(typeString, parsed) ? parsed.version : 0;
 }
 
 unsigned int GetFPTypeFromTypeStringPrefix(const std::string& typeString) {
@@ -276,64 +268,78 @@ std::string ZQGetUnhashedPathFPStringPrefix() { return zqUnhashedPathKind.prefix
 std::string ZQGetUnhashedCircularFPStringPrefix() { return zqUnhashedCircularKind.prefix; }
 std::string ZQGetUnhashedTreeFPStringPrefix() { return zqUnhashedTreeKind.prefix; }
 
+namespace {
+
+template <class T>
+bool GetUnhashedParams(const std::string& typeString, unsigned short& version, unsigned int& min,
+                       unsigned int& max, unsigned int& atype, unsigned int& btype) {
+  unsigned int numbits = 0;
+  const bool valid =
+      ZQGetFPTypeParamsFromString<T>(typeString, version, numbits, min, max, atype, btype);
+  if (valid) ZQ_ASSERT(numbits == 0);
+  return valid;
+}
+
+}  // namespace
+
 bool ZQGetPathFPTypeParams(const std::string& typeString, unsigned short& version,
                            unsigned int& numbits, unsigned int& minbonds, unsigned int& maxbonds,
                            unsigned int& atype, unsigned int& btype) {
-  return GetHashedParams(zqPathKind, typeString, version, numbits, minbonds, maxbonds, atype,
-                         btype);
+  return ZQGetFPTypeParamsFromString<ZQFPPathType>(typeString, version, numbits, minbonds, maxbonds,
+                                                   atype, btype);
 }
 
 bool ZQGetCircularFPTypeParams(const std::string& typeString, unsigned short& version,
                                unsigned int& numbits, unsigned int& minradius,
                                unsigned int& maxradius, unsigned int& atype, unsigned int& btype) {
-  return GetHashedParams(zqCircularKind, typeString, version, numbits, minradius, maxradius, atype,
-                         btype);
+  return ZQGetFPTypeParamsFromString<ZQFPCircularType>(typeString, version, numbits, minradius,
+                                                       maxradius, atype, btype);
 }
 
 bool ZQGetTreeFPTypeParams(const std::string& typeString, unsigned short& version,
                            unsigned int& numbits, unsigned int& minbonds, unsigned int& maxbonds,
                            unsigned int& atype, unsigned int& btype) {
-  return GetHashedParams(zqTreeKind, typeString, version, numbits, minbonds, maxbonds, atype,
-                         btype);
+  return ZQGetFPTypeParamsFromString<ZQFPTreeType>(typeString, version, numbits, minbonds, maxbonds,
+                                                   atype, btype);
 }
 
 bool ZQGetUnhashedPathFPTypeParams(const std::string& typeString, unsigned short& version,
                                    unsigned int& minbonds, unsigned int& maxbonds,
                                    unsigned int& atype, unsigned int& btype) {
-  return GetUnhashedParams(zqUnhashedPathKind, typeString, version, minbonds, maxbonds, atype,
-                           btype);
+  return GetUnhashedParams<ZQFPUnhashedPathType>(typeString, version, minbonds, maxbonds, atype,
+                                                 btype);
 }
 
 bool ZQGetUnhashedCircularFPTypeParams(const std::string& typeString, unsigned short& version,
                                        unsigned int& minradius, unsigned int& maxradius,
                                        unsigned int& atype, unsigned int& btype) {
-  return GetUnhashedParams(zqUnhashedCircularKind, typeString, version, minradius, maxradius, atype,
-                           btype);
+  return GetUnhashedParams<ZQFPUnhashedCircularType>(typeString, version, minradius, maxradius,
+                                                     atype, btype);
 }
 
 bool ZQGetUnhashedTreeFPTypeParams(const std::string& typeString, unsigned short& version,
                                    unsigned int& minbonds, unsigned int& maxbonds,
                                    unsigned int& atype, unsigned int& btype) {
-  return GetUnhashedParams(zqUnhashedTreeKind, typeString, version, minbonds, maxbonds, atype,
-                           btype);
+  return GetUnhashedParams<ZQFPUnhashedTreeType>(typeString, version, minbonds, maxbonds, atype,
+                                                 btype);
 }
 
 bool ZQGetLingoFPTypeParams(const std::string& typeString, unsigned short& version) {
-  return ZQParseFPTypeString(zqLingoKind, typeString, version);
+  return ZQGetFPTypeParamsFromString<ZQFPLingoType>(typeString, version);
 }
 
 bool ZQGetMACCS166FPTypeParams(const std::string& typeString, unsigned short& version) {
-  return ZQParseFPTypeString(zqMACCS166Kind, typeString, version);
+  return ZQGetFPTypeParamsFromString<ZQFPMACCS166Type>(typeString, version);
 }
 
 ZQFPTypeParams::ZQFPTypeParams(const std::string& typeString) {
   const ZQFPKind* kind = ZQFindFPKind(typeString);
   if (!kind) return;
   fptype_ = kind->number;
-  unsigned short version = 0;
-  ZQFPTypeValues values;
-  if (!kind->IsHashed() || !GetParams(*kind, typeString, version, values)) return;
-  version_ = version;
+  Parsed parsed;
+  if (!kind->IsHashed() || !Parse(typeString, parsed)) return;
+  version_ = parsed.version;
+  const ZQFPTypeValues& values = parsed.values;
   constexpr unsigned int maccs166Bits = 166;
   numbits_ = kind == &zqMACCS166Kind ? maccs166Bits : values.numbits;
   minDistance_ = values.minDistance;

@@ -5,6 +5,7 @@
 /// any order behind the prefix that decides the kind. Bad text is reported by a warning and a
 /// false or null answer; nothing is repaired.
 
+#include <cstdint>
 #include <string>
 
 #include "korvex/fingerprint.h"
@@ -13,6 +14,11 @@ namespace ZQKorvex {
 
 /// The type that a string names; null if it names none or carries an old version.
 ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(const std::string& typeString);
+/// The same for a text from outside, such as a file's header or a command line. A parameter out of
+/// its legal range, which is an assertion failure above, is null here without a report; `*fault`,
+/// if `fault` isn't null, then reads like "size 8 is outside 16 to 65535", and is empty otherwise.
+ZQ_EXPORT const ZQFPTypeBase* ZQReadFPType(const std::string& typeString,
+                                           std::string* fault = nullptr);
 /// Whether the string is valid in form; an old version warns and is valid.
 ZQ_EXPORT bool ZQIsValidFPTypeString(const std::string& typeString);
 /// The packed version of a valid string of the kinds 101 to 105, else 0.
@@ -29,11 +35,45 @@ ZQ_EXPORT std::string ZQGetUnhashedPathFPStringPrefix();
 ZQ_EXPORT std::string ZQGetUnhashedCircularFPStringPrefix();
 ZQ_EXPORT std::string ZQGetUnhashedTreeFPStringPrefix();
 
-// The parsers, which take the prefix anywhere in the list. False after a warning, but for the name
-// of a typing that isn't valid, which is refused in silence; limits of the parameters aren't
-// checked here. Of a repeated key the last value stands. An output that no token named is all
-// ones, a version 0. The unhashed parsers hold the string to a version, and to a "numbits" of 0 if
-// it has that token: otherwise an assertion failure.
+/// Appends the type string of a kind, by its number, under a version and packed parameters, which
+/// MACCS-166 and Lingo don't have. Bits of the id outside of its fields warn as fptypes.h says, and
+/// numbits below 16 is an assertion failure. A number of no kind is an assertion failure and
+/// appends nothing.
+ZQ_EXPORT void ZQGetFPTypeStringFromID(unsigned int fptype, std::string& text,
+                                       unsigned short version, std::uint64_t id = 0);
+/// The same by the type class (fptypes.h).
+template <class T>
+void ZQGetFPTypeStringFromID(std::string& text, unsigned short version, std::uint64_t id = 0) {
+  ZQGetFPTypeStringFromID(T::number, text, version, id);
+}
+
+// The parsers, by the kind's number, which take the prefix anywhere in the list. False after a
+// warning, but for the name of a typing that isn't valid, which is refused in silence; limits of
+// the parameters aren't checked here. Of a repeated key the last value stands. An output that no
+// token named is all ones, a version 0, numbits of an unhashed kind 0. The first form is for the
+// kinds with parameters, the second for MACCS-166 and Lingo; another kind's number is an assertion
+// failure, and false.
+ZQ_EXPORT bool ZQGetFPTypeParamsFromString(unsigned int fptype, const std::string& typeString,
+                                           unsigned short& version, unsigned int& numbits,
+                                           unsigned int& min, unsigned int& max,
+                                           unsigned int& atype, unsigned int& btype);
+ZQ_EXPORT bool ZQGetFPTypeParamsFromString(unsigned int fptype, const std::string& typeString,
+                                           unsigned short& version);
+/// The same by the type class.
+template <class T>
+bool ZQGetFPTypeParamsFromString(const std::string& typeString, unsigned short& version,
+                                 unsigned int& numbits, unsigned int& min, unsigned int& max,
+                                 unsigned int& atype, unsigned int& btype) {
+  return ZQGetFPTypeParamsFromString(T::number, typeString, version, numbits, min, max, atype,
+                                     btype);
+}
+template <class T>
+bool ZQGetFPTypeParamsFromString(const std::string& typeString, unsigned short& version) {
+  return ZQGetFPTypeParamsFromString(T::number, typeString, version);
+}
+
+// The parsers of one kind each. The unhashed ones hold a valid string to a "numbits" of 0, if it
+// has that token: otherwise an assertion failure.
 ZQ_EXPORT bool ZQGetPathFPTypeParams(const std::string& typeString, unsigned short& version,
                                      unsigned int& numbits, unsigned int& minbonds,
                                      unsigned int& maxbonds, unsigned int& atype,

@@ -183,7 +183,7 @@ ZQFastFPDatabaseParams::ZQFastFPDatabaseParams(const std::string& filename) {
     ZQThrow.Warning("%s cannot read fingerprint type from %s header", caller, name);
     return;
   }
-  type_ = ZQGetFPType(line);
+  type_ = ZQReadFPType(line);
   if (!type_) {
     ZQThrow.Warning("%s invalid fingerprint type in %s header", caller, name);
     return;

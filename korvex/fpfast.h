@@ -63,6 +63,12 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
   std::uint64_t numWords_ = 0;
 };
 
+/// Whether fingerprints of the type may be stored in a `.fpbin` file: path, circular or tree, of a
+/// multiple of 256 bits. Otherwise warns, behind the caller's name: "... invalid fingerprint
+/// pointer!", "... invalid fingerprint type!", "... invalid fingerprint type (only path, circular or
+/// tree allowed)!" or "... invalid fingerprint size (has to be multiple of %d)!".
+ZQ_EXPORT bool CheckFingerPrintType(const ZQFPTypeBase* type, const char* caller);
+
 /// Bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8. A null type, or one
 /// whose size isn't a multiple of 64 bits, is an assertion failure.
 ZQ_EXPORT std::uint64_t ZQGetFPDatabaseFileSize(std::uint64_t count, const ZQFPTypeBase* type);

@@ -54,6 +54,7 @@ void ZQFPGenerator::ThreadWork() {
   ZQMol mol;
   ZQFingerPrint fp;
   std::vector<std::uint64_t> words;
+  std::uint64_t numEmpty = 0;
   const std::uint64_t count = molecules_.GetMaxMolIdx();
   for (std::uint64_t start = next_.fetch_add(chunkSize); start < count;
        start = next_.fetch_add(chunkSize)) {
@@ -61,9 +62,11 @@ void ZQFPGenerator::ThreadWork() {
     for (std::uint64_t index = start; index < end; ++index) {
       MakeFingerPrint(fp, mol, static_cast<unsigned int>(index), numbits);
       const std::uint64_t bits = ZQConvertFP(words, fp, popcount_);
+      numEmpty += bits == 0;
       if (ZQ_ASSERT(words.size() == numbits / 64)) WriteRecord(index, bits, words);
     }
   }
+  numEmpty_ += numEmpty;
 }
 
 void ZQFPGenerator::MakeFingerPrint(ZQFingerPrint& fp, ZQMCMolBase& mol, unsigned int index,
@@ -90,7 +93,8 @@ void ZQFPGenerator::WriteRecord(std::uint64_t index, std::uint64_t count,
 }
 
 bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile, const std::string& moleculeFile,
-                                const ZQCreateFastFPDatabaseOptions& options) {
+                                const ZQCreateFastFPDatabaseOptions& options,
+                                ZQFPCreationCounts* counts) {
   if (!ZQIsFastFPDatabaseReady()) {
     ZQThrow.Warning("%s fast fingerprint methods are not supported!", createName);
     return false;
@@ -138,11 +142,13 @@ bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile, const std::string&
   const unsigned int numThreads = options.GetNumProcessors();
   if (!ZQ_ASSERT(numThreads != 0)) return false;
   std::optional<ZQDots> tracer = options.GetTracer();
-  ZQFPGenerator(molecules, type, popcount, static_cast<std::uint64_t*>(output.GetBase()),
-                numThreads, tracer ? &*tracer : nullptr)
-      .Run();
+  if (tracer && tracer->GetTotal() == 0) tracer->SetTotal(count);
+  ZQFPGenerator generator(molecules, type, popcount, static_cast<std::uint64_t*>(output.GetBase()),
+                          numThreads, tracer ? &*tracer : nullptr);
+  generator.Run();
   if (tracer) tracer->Total();
   output.Close();
+  if (counts) *counts = {count, generator.NumEmpty()};
   return true;
 }
 
@@ -181,15 +187,16 @@ bool ZQAreCompatibleDatabases(const ZQMolDatabase& molecules,
     ZQThrow.Warning("%s cannot access fingerprint data!", compareName);
     return false;
   }
-  if (!ZQ_ASSERT(moleculeIndex <= std::numeric_limits<unsigned int>::max())) return false;
   ZQGraphMol mol;
-  if (!molecules.GetMolecule(mol, static_cast<unsigned int>(moleculeIndex))) {
+  const bool isRead = moleculeIndex < molecules.GetMaxMolIdx() &&
+                      molecules.GetMolecule(mol, static_cast<unsigned int>(moleculeIndex));
+  if (!isRead) {
     if (count == 0 && AreZero(words)) return true;
     ZQThrow.Warning("%s cannot access molecule data!", compareName);
     return false;
   }
   ZQFingerPrint fp;
-  if (!ZQMakeFP(fp, mol, type)) {
+  if (!ZQCanMakeFP(type) || !ZQMakeFP(fp, mol, type)) {
     ZQThrow.Warning("%s cannot generate fingerprint!", compareName);
     return false;
   }

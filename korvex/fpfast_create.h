@@ -3,6 +3,7 @@
 /// Making a `.fpbin` file (fpfast.h) from a file of molecules, and checking that the two belong
 /// together.
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -26,6 +27,7 @@ class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
   /// What was asked for, at most twice the machine's processors.
   unsigned int GetNumProcessors() const;
   /// Reports progress through a copy of the tracer, made here; the caller's object stays as it is.
+  /// A tracer of unknown total gets the number of records as its total.
   void SetTracer(const ZQDots& tracer) { tracer_ = tracer; }
   const std::optional<ZQDots>& GetTracer() const { return tracer_; }
 
@@ -33,6 +35,12 @@ class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
   const ZQFPTypeBase* type_;
   unsigned int numProcessors_ = 0;
   std::optional<ZQDots> tracer_;
+};
+
+/// What was written into a database.
+struct ZQFPCreationCounts {
+  std::uint64_t records = 0;
+  std::uint64_t empty = 0;  ///< of these without a bit: unreadable molecules, or without atoms
 };
 
 /// Makes the database `fpbinFile` (extension "fpbin") of the molecules in `moleculeFile`: one
@@ -43,10 +51,12 @@ class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
 /// opened or is empty, an illegal type, or an output that can't be written; no output file is
 /// touched before the input has been judged. The disk space is reserved before the work begins. A
 /// run that is cut short leaves a file with zeros in place of the missing records. Lack of memory
-/// or of threads is thrown as the standard library's exception.
+/// or of threads is thrown as the standard library's exception. `counts`, if not null, is filled
+/// where the answer is true.
 ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
                                           const std::string& moleculeFile,
-                                          const ZQCreateFastFPDatabaseOptions& options);
+                                          const ZQCreateFastFPDatabaseOptions& options,
+                                          ZQFPCreationCounts* counts = nullptr);
 ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
                                           const std::string& moleculeFile,
                                           const ZQFPTypeBase* type);

@@ -32,6 +32,8 @@ class ZQFPGenerator {
   void Run();
   /// The body of each thread: makes records until none are left.
   void ThreadWork();
+  /// Records without a bit, once all threads have ended.
+  std::uint64_t NumEmpty() const { return numEmpty_; }
 
  private:
   // The fingerprint of a molecule index; without one, all bits off after a warning.
@@ -43,6 +45,7 @@ class ZQFPGenerator {
   static constexpr unsigned int chunkSize = 5;  // molecule indices taken at a time
 
   std::atomic<std::uint64_t> next_{0};
+  std::atomic<std::uint64_t> numEmpty_{0};
   const ZQMolDatabase& molecules_;
   const ZQFPTypeBase* type_;
   ZQPopCountFunc popcount_;

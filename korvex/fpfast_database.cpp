@@ -112,6 +112,8 @@ std::string ZQFastFPDatabase::GetMemoryTypeString() const {
   return impl_->GetMemoryTypeString();
 }
 
+const ZQFastFPDatabaseParams& ZQFastFPDatabase::GetHeader() const { return impl_->GetHeader(); }
+
 bool ZQFastFPDatabase::GetFingerPrint(ZQFingerPrint& fp, std::uint64_t index) const {
   const char* caller = "ZQFastFPDatabase::GetFingerPrint()";
   if (!IsValidDatabase(caller) || !IsValidFPIndex(index, caller)) return false;

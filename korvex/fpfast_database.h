@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "korvex/fpdatabaseoptions.h"
+#include "korvex/fpfast.h"
 #include "korvex/fphistogram.h"
 #include "korvex/simsearch_result.h"
 
@@ -44,6 +45,9 @@ class ZQ_EXPORT ZQFastFPDatabase {
   /// A constant of `ZQFastFPDatabaseMemoryType`, and "memory-mapped", "in-memory" or "cuda".
   unsigned int GetMemoryType() const;
   std::string GetMemoryTypeString() const;
+
+  /// The file's header, also that of a database which isn't valid, as far as it could be read.
+  const ZQFastFPDatabaseParams& GetHeader() const;
 
   /// A stored fingerprint.
   bool GetFingerPrint(ZQFingerPrint& fp, std::uint64_t index) const;

@@ -47,6 +47,7 @@ class ZQ_EXPORT ZQFastFPDatabaseImplBase {
   /// Both need a valid object.
   const ZQFPTypeBase* GetFPTypeBase() const;
   std::uint64_t NumFingerPrints() const;
+  const ZQFastFPDatabaseParams& GetHeader() const { return params_; }
 
   bool GetFingerPrint(ZQFingerPrint& fp, std::uint64_t index) const;
   ZQIter<ZQSimScore> GetScores(const ZQMolBase& query, const ZQFPDatabaseOptions& options) const;

@@ -53,10 +53,6 @@ ZQ_EXPORT bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const st
 ZQ_EXPORT bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const unsigned char* bytes,
                            std::size_t count);
 
-/// Whether fingerprints of the type may be stored in a `.fpbin` file. Warns with the caller's
-/// name otherwise.
-ZQ_EXPORT bool CheckFingerPrintType(const ZQFPTypeBase* type, const char* caller);
-
 /// The 800 bytes of a header, from molecule file name, type and count. A null type is an
 /// assertion failure and gives an empty text. A name too long leaves a header that can't be read.
 ZQ_EXPORT std::string ZQWriteFastFPDatabaseHeaderBlob(const ZQFastFPDatabaseParams& params);

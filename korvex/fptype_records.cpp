@@ -12,12 +12,12 @@ namespace {
 using IdBytes = std::array<unsigned char, 8>;
 
 bool WriteType(zqostream& out, const ZQFingerPrint& fp, const ZQFPKind& kind) {
+  if (!kind.HasParams()) return true;
   const ZQFPTypeBase* type = fp.GetFPTypeBase();
   if (!ZQ_ASSERT(type && type->GetFPType() == kind.number &&
                  type->GetVersion() == ZQGetFingerPrintVersion(kind.number))) {
     return false;
   }
-  if (!kind.HasParams()) return true;
   IdBytes bytes;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     bytes[i] = static_cast<unsigned char>(type->GetID() >> (8 * i));

@@ -8,8 +8,10 @@
 
 namespace ZQKorvex {
 
-// The writers: a fingerprint whose type isn't of the kind and the current version is an assertion
-// failure, and writes nothing. False for that and for a failed write.
+// The writers. Of path, circular and tree a fingerprint whose type isn't of the kind and the
+// current version is an assertion failure, and writes nothing. False for that and for a failed
+// write. Those of Lingo and MACCS-166 write nothing and return true, whatever the fingerprint
+// holds.
 
 ZQ_EXPORT bool ZQWritePathFingerPrintType(zqostream& out, const ZQFingerPrint& fp);
 ZQ_EXPORT bool ZQWriteCircularFingerPrintType(zqostream& out, const ZQFingerPrint& fp);

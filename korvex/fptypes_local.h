@@ -1,16 +1,12 @@
 #pragma once
 
-/// The concrete fingerprint types: a description of each kind, the packing of its parameters into
-/// 64 bits, and the factories that intern the type objects.
+/// What the types of fingerprints are made from: a description of each kind, the packing of its
+/// parameters into 64 bits, and their limits.
 
 #include <cstdint>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <tuple>
 
-#include "korvex/fingerprint.h"
+#include "korvex/fptypes.h"
 
 namespace ZQKorvex {
 
@@ -30,6 +26,7 @@ struct ZQFPKind {
   const char* sizeKey;          ///< key of the number of bits; null for a kind without parameters
   const char* distanceKey;      ///< "bonds" or "radius"
   unsigned int distanceLimit;   ///< largest legal distance
+  unsigned int largestMade;     ///< largest distance of which fingerprints are made
   const char* strayBitsReport;  ///< what an id with bits outside its fields is reported as
 
   bool HasParams() const { return sizeKey != nullptr; }
@@ -38,27 +35,40 @@ struct ZQFPKind {
 };
 
 inline constexpr ZQFPKind zqMACCS166Kind{
-    ZQFPType::MACCS166, "MACCS166", nullptr, nullptr, 0, nullptr};
-inline constexpr ZQFPKind zqLingoKind{ZQFPType::Lingo, "Lingo", nullptr, nullptr, 0, nullptr};
-inline constexpr ZQFPKind zqPathKind{ZQFPType::Path, "Path", "size",
-                                     "bonds",        19,     "Unrecognised data in ZQFPPathType!"};
-inline constexpr ZQFPKind zqCircularKind{
-    ZQFPType::Circular, "Circular", "size",
-    "radius",           255,        "Unrecognised data in ZQFPCircularType!"};
-inline constexpr ZQFPKind zqTreeKind{ZQFPType::Tree, "Tree", "size",
-                                     "bonds",        19,     "Unrecognised data in ZQFPTreeType!"};
+    ZQFPType::MACCS166, "MACCS166", nullptr, nullptr, 0, 0, nullptr};
+inline constexpr ZQFPKind zqLingoKind{ZQFPType::Lingo, "Lingo", nullptr, nullptr, 0, 0, nullptr};
+inline constexpr ZQFPKind zqPathKind{
+    ZQFPType::Path, "Path", "size", "bonds", 19, 19, "Unrecognised data in ZQFPPathType!"};
+inline constexpr ZQFPKind zqCircularKind{ZQFPType::Circular,
+                                         "Circular",
+                                         "size",
+                                         "radius",
+                                         255,
+                                         10,
+                                         "Unrecognised data in ZQFPCircularType!"};
+inline constexpr ZQFPKind zqTreeKind{
+    ZQFPType::Tree, "Tree", "size", "bonds", 19, 19, "Unrecognised data in ZQFPTreeType!"};
 inline constexpr ZQFPKind zqUnhashedPathKind{
-    ZQFPType::UnhashedPath, "UHPath", "numbits", "bonds", 255, "Unrecognised data!"};
+    ZQFPType::UnhashedPath, "UHPath", "numbits", "bonds", 255, 255, "Unrecognised data!"};
 inline constexpr ZQFPKind zqUnhashedCircularKind{
-    ZQFPType::UnhashedCircular, "UHCircular", "numbits", "radius", 9, "Unrecognised data!"};
+    ZQFPType::UnhashedCircular, "UHCircular", "numbits", "radius", 9, 9, "Unrecognised data!"};
 inline constexpr ZQFPKind zqUnhashedTreeKind{
-    ZQFPType::UnhashedTree, "UHTree", "numbits", "bonds", 19, "Unrecognised data!"};
+    ZQFPType::UnhashedTree, "UHTree", "numbits", "bonds", 19, 19, "Unrecognised data!"};
+
+/// The kind of a number; null for none.
+const ZQFPKind* ZQFindFPKind(unsigned int number);
+
+/// The first parameter out of its legal range and that range, such as "size 8 is outside 16 to
+/// 65535"; empty if there is none.
+std::string ZQFindFPTypeFault(const ZQFPKind& kind, const ZQFPTypeValues& values);
 
 /// Packs parameters: max in bits 0 to 7, min in 8 to 15, btype in 16 to 23, atype in 24 to 39,
 /// numbits (hashed kinds) in 44 to 59. False after an assertion failure for each that is out of
 /// its range.
 bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values, std::uint64_t& id);
-/// The reverse. Warns of bits outside the fields and goes on; a hashed kind's numbits below 16 is
+/// The reverse, of the fields alone. Kinds without a number of bits have 0 there.
+ZQFPTypeValues ZQDecodeFPTypeID(std::uint64_t id);
+/// The same for a type that is to be used. Warns of bits outside the fields and goes on; a hashed kind's numbits below 16 is
 /// an assertion failure.
 ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id);
 
@@ -70,65 +80,7 @@ const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, const ZQFPTypeValues& valu
 const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, unsigned short version,
                                 const ZQFPTypeValues& values = {});
 
-/// Appends the type string.
-void ZQAppendFPTypeString(std::string& text, const ZQFPKind& kind, unsigned short version,
-                          std::uint64_t id);
-
 /// The kind by how the string begins; null for none.
 const ZQFPKind* ZQFindFPKind(const std::string& typeString);
-/// The parser of the kinds with parameters: what no token names is all ones, an unhashed kind's
-/// numbits 0. False after a warning.
-bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
-                         unsigned short& version, ZQFPTypeValues& values);
-/// The parser of the kinds without.
-bool ZQParseFPTypeString(const ZQFPKind& kind, const std::string& typeString,
-                         unsigned short& version);
-
-/// The type class of a kind.
-template <const ZQFPKind& kind>
-class ZQFPConcreteType final : public ZQFPTypeBase {
- public:
-  explicit ZQFPConcreteType(unsigned short version, std::uint64_t id = 0)
-      : ZQFPTypeBase(version, id) {}
-  unsigned int GetFPType() const override { return kind.number; }
-  std::string GetFPTypeString() const override {
-    std::string text;
-    ZQAppendFPTypeString(text, kind, GetVersion(), GetID());
-    return text;
-  }
-};
-
-using ZQFPMACCS166Type = ZQFPConcreteType<zqMACCS166Kind>;
-using ZQFPLingoType = ZQFPConcreteType<zqLingoKind>;
-using ZQFPPathType = ZQFPConcreteType<zqPathKind>;
-using ZQFPCircularType = ZQFPConcreteType<zqCircularKind>;
-using ZQFPTreeType = ZQFPConcreteType<zqTreeKind>;
-using ZQFPUnhashedPathType = ZQFPConcreteType<zqUnhashedPathKind>;
-using ZQFPUnhashedCircularType = ZQFPConcreteType<zqUnhashedCircularKind>;
-using ZQFPUnhashedTreeType = ZQFPConcreteType<zqUnhashedTreeKind>;
-
-/// Hands out the one T of each key, made on first use and deleted at process exit. Any thread may
-/// ask; the pointers need no lock.
-template <class T, class... Key>
-class ZQFPTypeInterner {
- public:
-  const T* GetFPType(Key... key) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    std::unique_ptr<T>& type = types_[{key...}];
-    if (!type) type = std::make_unique<T>(key...);
-    return type.get();
-  }
-
- private:
-  std::mutex mutex_;
-  std::map<std::tuple<Key...>, std::unique_ptr<T>> types_;
-};
-
-/// Keyed by version and id.
-template <class T>
-using ZQFPTypeFactory = ZQFPTypeInterner<T, unsigned short, std::uint64_t>;
-/// Keyed by version alone.
-template <class T>
-using ZQFPTypeFactoryNoParams = ZQFPTypeInterner<T, unsigned short>;
 
 }  // namespace ZQKorvex

@@ -22,6 +22,7 @@
 #include "korvex/fpfast_database.h"
 #include "korvex/fphistogram.h"
 #include "korvex/fptype_records.h"
+#include "korvex/fptypes.h"
 #include "korvex/fpversion.h"
 #include "korvex/korvex_namespace.h"
 #include "korvex/lingo.h"

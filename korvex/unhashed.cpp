@@ -1,6 +1,7 @@
 #include "korvex/unhashed.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -25,22 +26,30 @@ struct UnhashedKind {
   bool perceivesSymmetry;
   unsigned int extraBytes;  ///< behind the text
   bool isReadBack;          ///< the bits are checked to hold the identifiers
+  bool hasBalls;            ///< which hold all neighbours of an atom
 };
 
-constexpr UnhashedKind pathKind{
-    zqUnhashedPathKind, "ZQMakeUnhashedPathFP()", "Invalid path fingerprint type", true, 1, false};
+constexpr UnhashedKind pathKind{zqUnhashedPathKind,
+                                "ZQMakeUnhashedPathFP()",
+                                "Invalid path fingerprint type",
+                                true,
+                                1,
+                                false,
+                                false};
 constexpr UnhashedKind circularKind{zqUnhashedCircularKind,
                                     "ZQMakeUnhashedCircularFP()",
                                     "Invalid circular fingerprint type",
                                     false,
                                     0,
+                                    true,
                                     true};
 constexpr UnhashedKind treeKind{zqUnhashedTreeKind,
                                 "ZQMakeUnhashedTreeFP()",
                                 "Invalid unhashed tree fingerprint type",
                                 true,
                                 0,
-                                true};
+                                true,
+                                false};
 
 using Ids = std::vector<std::string_view>;
 
@@ -75,6 +84,19 @@ bool HoldsIds(const ZQFingerPrint& fp, const Ids& ids) {
   return rest.find_first_not_of(' ') == std::string_view::npos;
 }
 
+// Whether an atom has more neighbours than the text of a ball can order. False after an error.
+bool HasNameableBalls(const ZQMolBase& mol, const char* makeName) {
+  constexpr unsigned int most = std::numeric_limits<std::int8_t>::max();
+  for (auto atom = mol.GetAtoms(); atom; ++atom) {
+    const unsigned int neighbours = atom->GetHvyDegree();
+    if (neighbours <= most) continue;
+    ZQThrow.Error("%s : an atom with %u neighbours (at most %u can be told apart in a text)",
+                  makeName, neighbours, most);
+    return false;
+  }
+  return true;
+}
+
 /// Makes the fingerprint. `generate` gets the working copy, its strings, and a function to call
 /// with each identifier.
 template <class Generate>
@@ -90,6 +112,9 @@ bool MakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const UnhashedKind& kind,
     ZQPrepareForFingerprinting(copy, kind.kind.number);
     if (kind.perceivesSymmetry && ZQIsSymmetryWorthwhile(mol, values.maxDistance)) {
       ZQPerceiveSymmetry(copy, true, false);
+    }
+    if (kind.hasBalls && values.maxDistance != 0 && !HasNameableBalls(copy, kind.makeName)) {
+      return false;
     }
     std::vector<std::string> atomIds;
     std::vector<std::string> bondIds;
@@ -137,6 +162,7 @@ bool ZQMakeUnhashedCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned 
   return MakeFP(fp, mol, circularKind, {0, minradius, maxradius, atype, btype},
                 [=](const ZQMolBase& copy, const std::vector<std::string>& atomIds,
                     const std::vector<std::string>& bondIds, auto sink) {
+                  if (minradius > maxradius) return;  // no ball has such a radius
                   CircularGenerator<std::string>(copy, atomIds, bondIds, minradius, maxradius)
                       .ForEachCircular(sink);
                 });

@@ -14,7 +14,10 @@
 /// the order of the molecule's atoms and bonds decides.
 ///
 /// Nothing is repaired here: a parameter out of range is an assertion failure at the end of the
-/// run, and the fingerprint then has no type. False, likewise without a type, for a molecule that
+/// run, and the fingerprint then has no type. A minimum above the maximum is legal, and no fragment
+/// fits it. An atom with more than 127 heavy neighbours has no balls as text: the error
+/// "ZQMakeUnhashedCircularFP() : an atom with %u neighbours (at most %u can be told apart in a
+/// text)", and no type. False, likewise without a type, for a molecule that
 /// isn't valid, whose fingerprint keeps its bits, and, after the error "... : out of memory" with
 /// the operation's name, where memory ends. A text beyond the largest vector reports "Max size for
 /// an ZQBitVector is INT_MAX". Costs time like the hashed kinds, and memory in proportion to the

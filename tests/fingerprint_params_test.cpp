@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "korvex/fptypes.h"
 #include "korvex/fpversion.h"
 #include "tests/mol_helpers.h"
 
@@ -90,6 +91,7 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
       "Path,btype=DefaultPathBond,bonds=1-2,size=9,size=64,atype=DefaultPathAtom,ver=2.0.0";
   const std::string uhTree = "UHTree,ver=2.0.0,bonds=3-1,atype=Hyb,btype=None,numbits=";
   const std::string noVersion = "Version number cannot be initialized for `Lingo` type!";
+  const std::string badTree = "Invalid version for `UHTree` type!";
   const std::string badVersion = "Invalid version for `MACCS166` type!";
   const std::string badToken = "Invalid `Lingo` type string!";
   const std::string missing = "Missing fingerprint version!";
@@ -115,7 +117,8 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
                   {"", false, false, {}, {}},
                   {uhTree + "0", true, true, {}, {}},
                   {uhTree + "7", true, true, {"Assertion"}, {"Assertion"}},
-                  {"UHPath", false, false, {missing, "Assertion"}, {missing, "Assertion", bad}}};
+                  {"UHPath", false, false, {missing}, {missing, bad}},
+                  {"UHTree,ver=x,numbits=9", false, false, {badTree}, {badTree, bad}}};
   for (const auto& r : readings) {
     EXPECT_EQ(ZQIsValidFPTypeString(r.text), r.valid) << r.text;
     EXPECT_EQ(reports.Take(), r.validSays) << r.text;
@@ -147,6 +150,98 @@ TEST(TypeString, ParsersTakeThePrefixAnywhereAndLeaveOnesForWhatIsMissing) {
             (std::vector<unsigned int>{8192, 64, ~0U, ~0U, ~0U, ~0U}));
   EXPECT_FALSE(ZQGetLingoFPTypeParams(",", version));
   EXPECT_EQ(reports.Take(), Texts{"Invalid fingerprint type string!"});
+}
+
+// Of any text: no assertion, and the same type as for a caller's own string, where that one asserts
+// nothing.
+TEST(TypeString, TextFromOutsideIsHeldToTheLimitsWithoutAssertions) {
+  const std::pair<const char*, const char*> faults[] = {
+      {"Path,ver=2.0.0,size=0008,bonds=0-5,atype=Arom,btype=Order",
+       "size 8 is outside 16 to 65535"},
+      {"Tree,ver=2.0.0,size=64,bonds=0-20,atype=Arom,btype=Order",
+       "maximum bonds 20 is outside 0 to 19"},
+      {"Tree,ver=2.0.0,size=64,bonds=6-5,atype=Arom,btype=Order",
+       "minimum bonds 6 is outside 0 to 5"},
+      {"UHCircular,ver=2.0.0,radius=10-5,atype=Arom,btype=Order",
+       "minimum radius 10 is outside 0 to 9"},
+      {"UHPath,ver=2.0.0,bonds=6-5,atype=Arom,btype=Order,numbits=1",
+       "numbits 1 is outside 0 to 0"},
+      {"UHPath,ver=2.0.0,bonds=6-5,atype=Arom,btype=Order", ""},
+      {"Circular,ver=2.0.0,size=64,radius=0-255,atype=Arom,btype=Order", ""}};
+  CapturedReports reports;
+  for (const auto& [text, fault] : faults) {
+    std::string why = "what was before";
+    EXPECT_EQ(ZQReadFPType(text, &why) != nullptr, *fault == '\0') << text;
+    EXPECT_EQ(why, fault);
+    EXPECT_EQ(reports.Take(), Texts{}) << text;
+  }
+  std::string why;
+  EXPECT_TRUE(ZQCanMakeFP(ZQGetFPType(ZQFPType::UnhashedTree), &why));
+  EXPECT_FALSE(ZQCanMakeFP(ZQReadFPType(faults[6].first), &why));
+  EXPECT_EQ(why, "maximum radius 255 is above 10, the largest that fingerprints are made of");
+  EXPECT_FALSE(ZQCanMakeFP(ZQGetPathFPType(0, 64, 0, 5, 1, 1)) || ZQCanMakeFP(nullptr));
+
+  std::mt19937 random(11);
+  const std::string pieces[] = {"Path",      "UHTree",    "Lingo",      "ver=2.0.0",  "ver=x",
+                                "size=64",   "size=9",    "bonds=0-5",  "bonds=9-30", "radius=1-2",
+                                "numbits=0", "numbits=3", "atype=None", "atype=Hyb",  "btype=Order",
+                                "",          "="};
+  int usable = 0;
+  for (int i = 0; i < 20000; ++i) {
+    std::string text =
+        ZQGetFPType(std::vector{101U, 102U, 103U, 104U, 105U, 9000U, 9001U, 9002U}[random() % 8])
+            ->GetFPTypeString();
+    for (unsigned int n = random() % 3; n != 0; --n) {
+      if (random() % 2 != 0) {
+        text.append(",").append(pieces[random() % std::size(pieces)]);
+      } else {
+        text[random() % text.size()] = "0123456789,=-x"[random() % 14];
+      }
+    }
+    const ZQFPTypeBase* read = ZQReadFPType(text);
+    EXPECT_EQ(reports.Count(ZQErrorLevel::Fatal), 0U) << text;
+    reports.Take();
+    const ZQFPTypeBase* made = ZQGetFPType(text);
+    EXPECT_EQ(read, reports.Count(ZQErrorLevel::Fatal) == 0 ? made : nullptr) << text;
+    reports.Take();
+    usable += read != nullptr;
+  }
+  EXPECT_GT(usable, 1000);
+  EXPECT_LT(usable, 19000);
+}
+
+TEST(TypeString, IsMadeAndParsedByTheTypeClass) {
+  std::string text = "of ";
+  ZQGetFPTypeStringFromID<ZQFPTreeType>(text, 8192, ZQFPTreeType::GetIDFromParams(64, 1, 3, 1, 1));
+  EXPECT_EQ(text, "of Tree,ver=2.0.0,size=64,bonds=1-3,atype=AtmNum,btype=Order");
+  text.clear();
+  ZQGetFPTypeStringFromID<ZQFPLingoType>(text, 0);
+  EXPECT_EQ(text, "Lingo,ver=0.0.0");
+  unsigned short version = 1;
+  unsigned int numbits = 1, min = 1, max = 1, atype = 1, btype = 1;
+  EXPECT_TRUE(ZQGetFPTypeParamsFromString<ZQFPUnhashedPathType>(
+      "UHPath,ver=2.0.0,numbits=7,bonds=9-2,atype=Hyb,btype=None", version, numbits, min, max,
+      atype, btype));
+  EXPECT_EQ((std::vector<unsigned int>{version, numbits, min, max, atype, btype}),
+            (std::vector<unsigned int>{8192, 7, 9, 2, 32, 0}));
+  EXPECT_TRUE(ZQGetFPTypeParamsFromString<ZQFPMACCS166Type>("MACCS166", version));
+  EXPECT_EQ(version, 0);
+  ZQFPCircularType::SetParamsFromID(ZQFPCircularType::GetIDFromParams(65535, 2, 255, 8191, 255),
+                                    numbits, min, max, atype, btype);
+  EXPECT_EQ((std::vector<unsigned int>{numbits, min, max, atype, btype}),
+            (std::vector<unsigned int>{65535, 2, 255, 8191, 255}));
+  ZQFPUnhashedCircularType::SetParamsFromID(ZQFPUnhashedCircularType::GetIDFromParams(9, 2, 1, 3),
+                                            min, max, atype, btype);
+  EXPECT_EQ((std::vector<unsigned int>{min, max, atype, btype}),
+            (std::vector<unsigned int>{9, 2, 1, 3}));
+  EXPECT_EQ(treeTypeFactory.GetFPType(8192, ZQFPTreeType::GetIDFromParams(64, 1, 3, 1, 1)),
+            ZQGetTreeFPType(64, 1, 3, 1, 1));
+  EXPECT_EQ(maccs166TypeFactory.GetFPType(8224), ZQGetFPType(ZQFPType::MACCS166));
+  CapturedReports reports;
+  EXPECT_EQ(ZQFPPathType::GetIDFromParams(15, 0, 5, 8192, 1), 0U);
+  ZQFPPathType::SetParamsFromID(15ULL << 44 | 1ULL << 42, numbits, min, max, atype, btype);
+  EXPECT_EQ(reports.Take(),
+            (Texts{"Assertion", "Assertion", "Unrecognised data in ZQFPPathType!", "Assertion"}));
 }
 
 TEST(TypeParams, ViewTheKindsThatHaveThem) {

@@ -138,11 +138,21 @@ TEST(HeaderReader, WhatItRefuses) {
     file.Write(content);
     CapturedReports reports;
     EXPECT_FALSE(ZQFastFPDatabaseParams(file.Name()).IsValid());
+    EXPECT_EQ(reports.Count(ZQErrorLevel::Fatal), 0U) << content.substr(0, 80);
     const Texts texts = reports.Take();
     ASSERT_FALSE(texts.empty()) << text;
     EXPECT_EQ(texts.back(), before + text);
   }
   CapturedReports reports;
+  for (const char* illegal :
+       {"Path,ver=2.0.0,size=0008,bonds=0-5", "Tree,ver=2.0.0,size=256,bonds=0-20",
+        "Path,ver=2.0.0,size=65536,bonds=0-5", "UHPath,ver=2.0.0,bonds=0-256",
+        "Circular,ver=2.0.0,size=256,radius=3-2", "UHTree,ver=2.0.0,numbits=256,bonds=0-5"}) {
+    const std::string illegalType = std::string(illegal) + ",atype=AtmNum,btype=Order\n";
+    file.Write(Header("LE\nm\n" + illegalType + "2\n", 4, 2));
+    EXPECT_FALSE(ZQFastFPDatabaseParams(file.Name()).IsValid());
+    EXPECT_EQ(reports.Take(), Texts{before + "invalid fingerprint type in " + after}) << illegal;
+  }
   for (const std::string& name : {std::string("/no/such/file"), ::testing::TempDir()}) {
     EXPECT_FALSE(ZQFastFPDatabaseParams(name).IsValid());
     EXPECT_EQ(reports.Take(),

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "contract/quarnel/subsearch.h"
+#include "korvex/circular.h"
 #include "korvex/fptype_records.h"
 #include "tests/generator_helpers.h"
 
@@ -208,7 +209,15 @@ TEST(Unhashed, BadInput) {
   for (int i = 0; i < 127; ++i) star.NewBond(centre, star.NewAtom(8), 1);
   EXPECT_TRUE(ZQMakeUnhashedCircularFP(fp, star, 2, 2, 1, 1) && fp.GetSize() != 0);
   star.NewBond(centre, star.NewAtom(8), 1);
-  EXPECT_TRUE(ZQMakeUnhashedCircularFP(fp, star, 2, 2, 1, 1) && fp.GetSize() == 0);
+  EXPECT_FALSE(ZQMakeUnhashedCircularFP(fp, star, 2, 2, 1, 1) || fp);
+  EXPECT_EQ(reports.Take(),
+            Texts{"ZQMakeUnhashedCircularFP() : an atom with 128 neighbours (at most "
+                  "127 can be told apart in a text)"});
+  EXPECT_TRUE(ZQMakeUnhashedCircularFP(fp, star, 0, 0, 1, 1));
+  EXPECT_TRUE(ZQMakeUnhashedTreeFP(fp, star, 0, 1, 1, 1));
+  const Prepared<std::string> from(star, 1, 1);
+  Texts ids;
+  EXPECT_EQ(ZQCircularIdGenerator(ids, from.mol, from.atoms, from.bonds, 2, 2, 1, 1), 0U);
   EXPECT_EQ(reports.Take(), Texts(129, "128 is greater than the maximum 127\nAssertion"));
 }
 
@@ -239,8 +248,11 @@ TEST(FPTypeRecords, RoundTrip) {
     EXPECT_EQ(old.GetFPTypeBase()->GetVersion(), 0);
     EXPECT_EQ(old.GetFPTypeBase()->GetID(), type->GetID());
     CapturedReports reports;
-    EXPECT_FALSE(write(out, old) || write(out, cut) || read(in, 0, old));
-    EXPECT_EQ(reports.Take(), Texts(3, "Assertion"));
+    // Where nothing is written, any fingerprint can be.
+    EXPECT_EQ(write(out, old), bytes.empty());
+    EXPECT_EQ(write(out, cut), bytes.empty());
+    EXPECT_FALSE(read(in, 0, old));
+    EXPECT_EQ(reports.Take(), Texts(bytes.empty() ? 1 : 3, "Assertion"));
     EXPECT_EQ(out.str(), bytes);
     EXPECT_EQ(read(in, 8192, cut), bytes.empty());
   }

@@ -15,6 +15,9 @@ class ZQ_EXPORT ZQDots {
   /// `total` is the expected count, 0 if unknown; `what` names the things counted, in the
   /// plural ("molecules"). Draws to standard error.
   explicit ZQDots(unsigned int total = 0, std::string what = "items");
+  /// The expected count, for who didn't know it at the start.
+  void SetTotal(unsigned int total) { total_ = total; }
+  unsigned int GetTotal() const { return total_; }
   /// Counts `n` more.
   void Update(unsigned int n);
   /// Ends the bar and writes one line: count, time and rate.
