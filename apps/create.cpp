@@ -5,8 +5,6 @@
 
 #include <unistd.h>
 
-#include "apps/database.h"
-#include "apps/molecules.h"
 #include "apps/options.h"
 #include "contract/bostrel/dots.h"
 #include "contract/bostrel/strings.h"
@@ -63,16 +61,6 @@ class PartialFile {
   std::string name_;
 };
 
-// Records that are the mark of a molecule without a fingerprint.
-std::uint64_t CountEmptyRecords(const ZQFastFPDatabase& database) {
-  std::uint64_t empty = 0;
-  ZQFingerPrint fp;
-  for (std::uint64_t i = 0; i < database.NumFingerPrints(); ++i) {
-    empty += database.GetFingerPrint(fp, i) && fp.CountBits() == 0;
-  }
-  return empty;
-}
-
 int Run(const ZQInterface& interface) {
   const auto input = interface.Get<std::string>("MOLFILE");
   const auto output = interface.Get<std::string>("OUT.fpbin");
@@ -87,27 +75,20 @@ int Run(const ZQInterface& interface) {
     ZQThrow.Error("%s can't be written: it is a directory or write-protected", output.c_str());
     return BadInput;
   }
-  unsigned int total = 0;
-  {
-    ZQMolDatabase molecules;
-    if (!OpenMolecules(molecules, input)) return BadInput;
-    total = molecules.GetMaxMolIdx();
-  }
   ZQCreateFastFPDatabaseOptions options(type);
   options.SetNumProcessors(GetThreads(interface));
-  options.SetTracer(ZQDots(total, "molecules"));
+  options.SetTracer(ZQDots(0, "molecules"));
   const PartialFile partial(output);
-  if (!ZQCreateFastFPDatabaseFile(partial.GetName(), input, options)) {
-    ZQThrow.Error("%s wasn't made", output.c_str());
+  ZQFPCreationCounts counts;
+  if (!ZQCreateFastFPDatabaseFile(partial.GetName(), input, options, &counts)) {
+    ZQThrow.Error("%s wasn't made from %s", output.c_str(), input.c_str());
     return BadInput;
   }
-  const auto database = OpenDatabase(partial.GetName());
-  if (!database) return BadInput;
-  const std::uint64_t records = database->NumFingerPrints();
-  const std::uint64_t empty = CountEmptyRecords(*database);
   if (!partial.Rename()) return BadInput;
-  std::printf("%s: %lu records", output.c_str(), records);
-  if (empty != 0) std::printf(", %lu of them without a bit (unreadable or without atoms)", empty);
+  std::printf("%s: %lu records", output.c_str(), counts.records);
+  if (counts.empty != 0) {
+    std::printf(", %lu of them without a bit (unreadable or without atoms)", counts.empty);
+  }
   std::printf("\n");
   return Done;
 }

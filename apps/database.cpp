@@ -3,7 +3,6 @@
 #include <cinttypes>
 #include <filesystem>
 
-#include "apps/options.h"
 #include "korvex/fpfast_create.h"
 
 namespace KorvexProgram {
@@ -13,8 +12,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // The molecule file of the header, or an empty name if it isn't there.
-std::string FindMoleculeFile(const std::string& filename) {
-  const std::string name = ZQFastFPDatabaseParams(filename).GetMoleculeFile();
+std::string FindMoleculeFile(const std::string& filename, const std::string& name) {
   std::error_code error;
   for (const fs::path& candidate : {fs::path(name), fs::path(filename).parent_path() / name}) {
     if (fs::is_regular_file(candidate, error)) return candidate;
@@ -26,27 +24,26 @@ std::string FindMoleculeFile(const std::string& filename) {
 
 }  // namespace
 
-ZQFastFPDatabaseParams ReadHeader(const std::string& filename) {
-  const UntrustedText untrusted;
-  ZQFastFPDatabaseParams header(filename);
-  if (!header.IsValid() || header.IsConsistent()) return header;
+bool IsWhole(const ZQFastFPDatabaseParams& header, const std::string& filename) {
+  if (!header.IsValid() || header.IsConsistent()) return header.IsValid();
   ZQThrow.Error("%s is damaged: its %" PRIu64 " bytes don't fit its header (%" PRIu64
                 " fingerprints of %" PRIu64 " words, type %s)",
                 filename.c_str(), header.GetFileSize(), header.NumFingerPrints(), header.NumWords(),
                 header.GetFPTypeBase()->GetFPTypeString().c_str());
-  return {};
+  return false;
 }
 
 std::unique_ptr<ZQFastFPDatabase> OpenDatabase(const std::string& filename,
                                                unsigned int memoryType) {
-  if (!ReadHeader(filename).IsValid()) return nullptr;
   auto database = std::make_unique<ZQFastFPDatabase>(filename, memoryType);
-  return database->IsValid() ? std::move(database) : nullptr;
+  const bool isWhole = IsWhole(database->GetHeader(), filename);
+  return isWhole && database->IsValid() ? std::move(database) : nullptr;
 }
 
 bool HitMolecules::Open(const std::string& given, const std::string& filename,
                         const ZQFastFPDatabase& database) {
-  const std::string name = given.empty() ? FindMoleculeFile(filename) : given;
+  const std::string name =
+      given.empty() ? FindMoleculeFile(filename, database.GetHeader().GetMoleculeFile()) : given;
   if (name.empty()) return true;
   auto molecules = std::make_unique<ZQMolDatabase>();
   if (!molecules->Open(name)) return given.empty();

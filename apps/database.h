@@ -12,10 +12,10 @@
 
 namespace KorvexProgram {
 
-/// The header of a database, not valid after a message if it can't be read or the file hasn't the
-/// size that it asks for. Nothing reads beyond the end of a file that passes, whatever the memory
-/// type.
-ZQFastFPDatabaseParams ReadHeader(const std::string& filename);
+/// Whether a file has the size that its header asks for, in records of the type's size; an error
+/// otherwise. Nothing reads beyond the end of a file that passes, whatever the memory type. False
+/// without a message for a header that isn't valid, which has been reported.
+bool IsWhole(const ZQFastFPDatabaseParams& header, const std::string& filename);
 
 /// Opens a database whose file passes the check; null after a message otherwise.
 std::unique_ptr<ZQFastFPDatabase> OpenDatabase(

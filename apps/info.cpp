@@ -19,8 +19,8 @@ void ConfigureInfo(ZQInterface& interface) { AddArgument(interface, "DB.fpbin", 
 
 int RunInfo(const ZQInterface& interface) {
   const auto filename = interface.Get<std::string>("DB.fpbin");
-  const ZQFastFPDatabaseParams header = ReadHeader(filename);
-  if (!header.IsValid()) return BadInput;
+  const ZQFastFPDatabaseParams header(filename);
+  if (!IsWhole(header, filename)) return BadInput;
   const unsigned int method = ZQGetPopCountMethod();
   PrintFact("file", filename);
   PrintFact("bytes", std::to_string(header.GetFileSize()));

@@ -5,22 +5,15 @@
 #include <utility>
 #include <vector>
 
-#include "contract/quarnel/graphmol.h"
 #include "korvex/fingerprint_params.h"
 #include "korvex/fpdatabaseoptions_params.h"
-#include "korvex/fpversion.h"
+#include "korvex/fpfast.h"
 #include "korvex/korvex_namespace.h"
 
 namespace KorvexProgram {
 
 void AddArgument(ZQInterface& interface, const char* name, const char* brief) {
   interface.AddParameter(ZQParameter(name, "", ZQParamType::String, brief).SetPositional());
-}
-
-UntrustedText::UntrustedText() : before_(ZQThrow.SetSink(nullptr)) {
-  ZQThrow.SetSink([this](ZQErrorLevel level, const std::string& message) {
-    return level == ZQErrorLevel::Fatal || before_(level, message);
-  });
 }
 
 void AddThreads(ZQInterface& interface) {
@@ -43,19 +36,19 @@ struct Kind {
   const char* name;
   unsigned int number;
   unsigned int hashedNumber;
-  const ZQFPTypeBase* (*getUnhashedType)(unsigned short version, unsigned int min, unsigned int max,
-                                         unsigned int atype, unsigned int btype);
+
+  bool IsUnhashed() const { return hashedNumber != 0 && hashedNumber != number; }
 };
 
 constexpr Kind allKinds[] = {
-    {"Path", ZQFPType::Path, ZQFPType::Path, nullptr},
-    {"Circular", ZQFPType::Circular, ZQFPType::Circular, nullptr},
-    {"Tree", ZQFPType::Tree, ZQFPType::Tree, nullptr},
-    {"UHPath", ZQFPType::UnhashedPath, ZQFPType::Path, ZQGetUnhashedPathFPType},
-    {"UHCircular", ZQFPType::UnhashedCircular, ZQFPType::Circular, ZQGetUnhashedCircularFPType},
-    {"UHTree", ZQFPType::UnhashedTree, ZQFPType::Tree, ZQGetUnhashedTreeFPType},
-    {"MACCS166", ZQFPType::MACCS166, 0, nullptr},
-    {"Lingo", ZQFPType::Lingo, 0, nullptr},
+    {"Path", ZQFPType::Path, ZQFPType::Path},
+    {"Circular", ZQFPType::Circular, ZQFPType::Circular},
+    {"Tree", ZQFPType::Tree, ZQFPType::Tree},
+    {"UHPath", ZQFPType::UnhashedPath, ZQFPType::Path},
+    {"UHCircular", ZQFPType::UnhashedCircular, ZQFPType::Circular},
+    {"UHTree", ZQFPType::UnhashedTree, ZQFPType::Tree},
+    {"MACCS166", ZQFPType::MACCS166, 0},
+    {"Lingo", ZQFPType::Lingo, 0},
 };
 
 bool IsTaken(const Kind& kind, Kinds kinds) {
@@ -108,7 +101,7 @@ const ZQFPTypeBase* GetTypeByOptions(const ZQInterface& interface) {
   if (kind->hashedNumber == 0) {
     return IsAnySet(interface, parameterNames, reason) ? nullptr : ZQGetFPType(kind->number);
   }
-  if (kind->getUnhashedType && IsAnySet(interface, parameterNames.first(1), reason)) return nullptr;
+  if (kind->IsUnhashed() && IsAnySet(interface, parameterNames.first(1), reason)) return nullptr;
 
   // What isn't set has the default of the kind, which is known only now.
   ZQInterface ofKind;
@@ -118,43 +111,29 @@ const ZQFPTypeBase* GetTypeByOptions(const ZQInterface& interface) {
     ofKind.FindParameter(parameter)->SetValue(interface.FindParameter(parameter)->GetValue());
   }
   const ZQFPTypeBase* type = ZQSetupFingerPrint(ofKind);
-  if (!type || !kind->getUnhashedType) return type;
-  const ZQFPTypeParams params(type);
-  const UntrustedText untrusted;
-  type =
-      kind->getUnhashedType(ZQGetFingerPrintVersion(kind->number), params.GetMinDistance(),
-                            params.GetMaxDistance(), params.GetAtomTypes(), params.GetBondTypes());
-  if (!type) {
-    ZQThrow.Error("-maxdistance: %u is too large for fingerprints of kind %s",
-                  params.GetMaxDistance(), kind->name);
-  }
+  if (!type || !kind->IsUnhashed()) return type;
+  // The unhashed kind has the string of its sibling under its own name, without a size.
+  std::string text = type->GetFPTypeString();
+  text.replace(0, text.find(','), kind->name);
+  const std::size_t size = text.find(",size=");
+  text.erase(size, text.find(',', size + 1) - size);
+  std::string fault;
+  type = ZQReadFPType(text, &fault);
+  if (!type) ZQThrow.Error("%s: %s", kind->name, fault.c_str());
   return type;
 }
 
-const ZQFPTypeBase* GetTypeByText(const ZQInterface& interface, Kinds kinds) {
+const ZQFPTypeBase* GetTypeByText(const ZQInterface& interface) {
   if (IsAnySet(interface, optionNames, "beside -type")) return nullptr;
   const auto text = interface.Get<std::string>("-type");
-  const UntrustedText untrusted;
-  const ZQFPTypeBase* type = ZQGetFPType(text);
-  if (!type) {
-    ZQThrow.Error("-type: '%s' names no fingerprint type, or has a number out of range",
-                  text.c_str());
-    return nullptr;
+  std::string fault;
+  const ZQFPTypeBase* type = ZQReadFPType(text, &fault);
+  if (type && ZQCanMakeFP(type, &fault)) return type;
+  if (fault.empty()) {
+    ZQThrow.Error("-type: '%s' names no fingerprint type", text.c_str());
+  } else {
+    ZQThrow.Error("-type: '%s': %s", text.c_str(), fault.c_str());
   }
-  const auto isTaken = [&](const Kind& kind) {
-    return kind.number == type->GetFPType() && IsTaken(kind, kinds);
-  };
-  if (std::none_of(std::begin(allKinds), std::end(allKinds), isTaken)) {
-    ZQThrow.Error("-type: a database holds path, circular or tree fingerprints, not '%s'",
-                  text.c_str());
-    return nullptr;
-  }
-  // A type may say what no generator does, such as an enormous radius.
-  ZQGraphMol methane;
-  methane.NewAtom(6)->SetImplicitHCount(4);
-  ZQFingerPrint fp;
-  if (ZQMakeFP(fp, methane, type)) return type;
-  ZQThrow.Error("-type: no fingerprint can be made of '%s'", text.c_str());
   return nullptr;
 }
 
@@ -181,7 +160,11 @@ void AddTypeOptions(ZQInterface& interface, Kinds kinds) {
 }
 
 const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds) {
-  return interface.IsSet("-type") ? GetTypeByText(interface, kinds) : GetTypeByOptions(interface);
+  const ZQFPTypeBase* type =
+      interface.IsSet("-type") ? GetTypeByText(interface) : GetTypeByOptions(interface);
+  const bool isTaken =
+      type && (kinds == Kinds::All || CheckFingerPrintType(type, "a database can't hold these:"));
+  return isTaken ? type : nullptr;
 }
 
 void AddTverskyCoeffs(ZQInterface& interface) {

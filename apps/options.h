@@ -13,19 +13,6 @@ namespace KorvexProgram {
 /// A required word, told by its place.
 void AddArgument(ZQInterface& interface, const char* name, const char* brief);
 
-/// Keeps assertion reports from the user while it lives: the library asserts the ranges of a type,
-/// and in a text from outside they are the user's to mend, by the message that follows.
-class UntrustedText {
- public:
-  UntrustedText();
-  ~UntrustedText() { ZQThrow.SetSink(before_); }
-  UntrustedText(const UntrustedText&) = delete;
-  UntrustedText& operator=(const UntrustedText&) = delete;
-
- private:
-  ZQErrorSink before_;
-};
-
 /// "-threads", 0 (all processors) by default.
 void AddThreads(ZQInterface& interface);
 unsigned int GetThreads(const ZQInterface& interface);
@@ -39,7 +26,8 @@ enum class Kinds {
 /// The fingerprint options, whose defaults are those of the kind that is chosen, and "-type" in
 /// place of them.
 void AddTypeOptions(ZQInterface& interface, Kinds kinds);
-/// The type that they choose; null after a message for one that isn't legal or not of these kinds.
+/// The type that they choose; null after a message for one that isn't legal, of which no
+/// fingerprint can be made, or that isn't for the command: a database holds multiples of 256 bits.
 const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
 
 /// "-alpha" and "-beta" of Tversky, beside the other search options if there are any.

@@ -55,6 +55,7 @@ class ProgramTest : public testing::Test {
     EXPECT_EQ(run.exitCode, exitCode) << line << "\n" << run.err;
     EXPECT_EQ(run.out, "") << line;
     EXPECT_NE(run.err.find(message), std::string::npos) << line << "\n" << run.err;
+    EXPECT_EQ(run.err.find("defect of korvex"), std::string::npos) << line << "\n" << run.err;
   }
 
   WorkFolder folder;
@@ -71,14 +72,24 @@ TEST_F(ProgramTest, UsageAndHelp) {
   ExpectFailure({"compare", "C", "C", "-mindistance", "4", "-maxdistance", "3"}, 2, "(4) > max");
   ExpectFailure({"create", "a.smi", "a.bin"}, 2, ".fpbin");
   ExpectFailure({"create", "a.smi", "a.fpbin", "-fptype", "Lingo"}, 2, "one of Path, Circular, Tr");
-  ExpectFailure({"create", "a.smi", "a.fpbin", "-type", "Lingo,ver=2.0.0"}, 2, "a database holds");
+  ExpectFailure({"create", "a.smi", "a.fpbin", "-type", "Lingo,ver=2.0.0"}, 2, "can't hold these");
   ExpectFailure({"compare", "C", "C", "-fptype", "MACCS166", "-mind", "1"}, 2, "no use for");
   ExpectFailure({"compare", "C", "C", "-fptype", "UHTree", "-numbits", "512"}, 2, "no use for");
   ExpectFailure({"compare", "C", "C", "-fptype", "UHCircular", "-maxd", "10"}, 2,
-                "10 is too large");
-  ExpectFailure({"compare", "C", "C", "-type",
-                 "Circular,ver=2.0.0,size=64,radius=0-200,atype=AtmNum,btype=Order"},
-                2, "no fingerprint can be made");
+                "maximum radius 10 is outside 0 to 9");
+  // Types that are valid in form.
+  const std::string typing = ",atype=AtmNum,btype=Order";
+  for (const auto& [type, fault] :
+       {std::pair<std::string, const char*>{"Circular,ver=2.0.0,size=64,radius=0-200",
+                                            "maximum radius 200 is above 10"},
+        {"Path,ver=2.0.0,size=8,bonds=0-5", "size 8 is outside 16 to 65535"},
+        {"Path,ver=2.0.0,size=70000,bonds=0-5", "size 70000 is outside 16 to 65535"},
+        {"Tree,ver=2.0.0,size=64,bonds=5-4", "minimum bonds 5 is outside 0 to 4"},
+        {"UHTree,ver=2.0.0,numbits=64,bonds=0-4", "numbits 64 is outside 0 to 0"},
+        {"UHPath,ver=x,bonds=0-4", "names no fingerprint type"},
+        {"Path,ver=1.0.0,size=64,bonds=0-4", "names no fingerprint type"}}) {
+    ExpectFailure({"compare", "C", "C", "-type", type + typing}, 2, fault);
+  }
   ExpectFailure({"substructure", "C(Q", "C"}, 2, "SMARTS column 3");
   for (const char* command : {"create", "search", "fingerprint", "compare", "substructure", "info",
                               "histogram", "neighbors", "version", ""}) {
@@ -124,6 +135,17 @@ TEST_F(ProgramTest, EveryKindOfFingerprint) {
     if (unhashed || name == "MACCS166" || name == "Lingo") continue;
     ASSERT_EQ(run({"create", "mols.smi", "mols.fpbin"}).exitCode, 0) << name;
     EXPECT_EQ(ZQFastFPDatabaseParams(folder / "mols.fpbin").GetFPTypeBase(), type);
+  }
+}
+
+TEST_F(ProgramTest, ARangeThatNothingFitsGivesEmptyFingerprints) {
+  for (const char* kind : {"UHPath,ver=2.0.0,bonds=5-2", "UHCircular,ver=2.0.0,radius=5-2",
+                           "UHTree,ver=2.0.0,bonds=5-2"}) {
+    WriteFile(folder / "mols.smi", "CC(=O)Oc1ccccc1C(=O)O aspirin\n");
+    const std::string type = std::string(kind) + ",atype=AtmNum,btype=Order";
+    const RunResult run = Korvex({"fingerprint", "mols.smi", "-type", type});
+    EXPECT_EQ(std::tie(run.exitCode, run.out, run.err),
+              std::make_tuple(0, std::string("aspirin\t\n"), std::string()));
   }
 }
 
@@ -344,7 +366,7 @@ TEST_F(ProgramTest, AFailedCreationLosesNothing) {
   EXPECT_EQ(full.exitCode, 1) << full.err;
   EXPECT_NE(full.err.find("mols.fpbin wasn't made"), std::string::npos) << full.err;
   ExpectFailure({"create", "gone.smi", "mols.fpbin"}, 1, "gone.smi");
-  ExpectFailure({"create", "mols.smi", "mols.fpbin", "-numbits", "1000"}, 1, "multiple of 256");
+  ExpectFailure({"create", "gone.smi", "mols.fpbin", "-numbits", "1000"}, 2, "multiple of 256");
   EXPECT_EQ(ReadFile(folder / "mols.fpbin"), before);
   ExpectFailure({"create", "mols.smi", "none/mols.fpbin"}, 1, "none/mols.fpbin");
   fs::create_directory(folder / "dir.fpbin");
@@ -369,6 +391,7 @@ TEST_F(ProgramTest, DamagedDatabasesAreRefused) {
       EXPECT_EQ(run.exitCode, 1) << words[0] << ": " << what;
       EXPECT_EQ(run.out, "") << words[0] << ": " << what;
       EXPECT_NE(run.err.find("bad.fpbin"), std::string::npos) << words[0] << ": " << what;
+      EXPECT_EQ(run.err.find("defect of korvex"), std::string::npos) << words[0] << ": " << what;
     }
   };
   // Cut at the edges of every part of the file, and at some bytes between.
@@ -389,6 +412,7 @@ TEST_F(ProgramTest, DamagedDatabasesAreRefused) {
   };
   refused(changed("size=256", "size=512"), "another type");
   refused(changed("size=256", "size=99999999"), "an impossible type");
+  refused(changed("size=256", "size=0008"), "a type of too few bits");
   refused(changed("size=256", "size=123"), "an odd type");
   refused(changed("Path,", "Lingo,"), "a type without a size");
   refused(changed("ver=2.0.0", "ver=1.0.0"), "an old type");
