@@ -15,6 +15,7 @@ template <class T>
 class ZQFPAtomBondSet : public ZQAtomBondSet {
  public:
   ZQFPAtomBondSet(const ZQMolBase* mol, T id) : mol_(mol), id_(std::move(id)) {}
+  ZQFPAtomBondSet* CreateCopy() const override { return new ZQFPAtomBondSet(*this); }
   const ZQMolBase* GetMol() const { return mol_; }
   const T& GetId() const { return id_; }
 

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <set>
 
+#include "contract/quarnel/atombondset.h"
 #include "tests/mol_helpers.h"
 
 namespace Quarnel {
@@ -122,6 +124,29 @@ TEST(GraphMol, CopiesCarryEverything) {
   EXPECT_TRUE(copy.GetAtomAt(1)->GetData(70, note));
   EXPECT_TRUE(copy.GetBondAt(0)->IsInRing());
   EXPECT_TRUE(copy.IsPerceived(ZQPerceived::Rings));
+}
+
+TEST(AtomBondSet, CopiesAsItIsAndOntoACopyOfTheMolecule) {
+  const ZQMol mol = "CCO"_mol;
+  ZQAtomBondSet set;
+  EXPECT_TRUE(set.AddAtom(mol.GetAtomAt(2)) && set.AddAtom(mol.GetAtomAt(0)));
+  EXPECT_FALSE(set.AddAtom(mol.GetAtomAt(2)) || set.AddAtom(nullptr) || set.AddBond(nullptr));
+  EXPECT_TRUE(set.AddBond(mol.GetBondAt(1)));
+  const ZQGraphMol copy(mol);
+  const ZQAtomBondSet moved(set, {copy.GetAtomAt(0), copy.GetAtomAt(1), copy.GetAtomAt(2)},
+                            {copy.GetBondAt(0)});
+  EXPECT_EQ(moved.GetAtoms(), (std::vector{copy.GetAtomAt(2), copy.GetAtomAt(0)}));
+  EXPECT_EQ(moved.NumBonds(), 0U);  // the table ends before it
+  const std::unique_ptr<ZQAtomBondSet> same(set.CreateCopy());
+  set.ClearAtoms();
+  EXPECT_TRUE(set.NumAtoms() == 0 && set.NumBonds() == 1);
+  EXPECT_TRUE(set.AddAtom(mol.GetAtomAt(2)));
+  set.ClearBonds();
+  EXPECT_TRUE(set.NumAtoms() == 1 && set.NumBonds() == 0);
+  set = *same;
+  EXPECT_TRUE(set.NumAtoms() == 2 && set.NumBonds() == 1);
+  set.ClearAtomsAndBonds();
+  EXPECT_TRUE(set.NumAtoms() == 0 && set.NumBonds() == 0 && same->NumAtoms() == 2);
 }
 
 }  // namespace

@@ -103,5 +103,43 @@ TEST(Iter, OwnsCopiesAndStepsSafely) {
   EXPECT_FALSE(none);
 }
 
+TEST(Iter, JoinsIteratorsWhereverTheyStand) {
+  const auto of = [](std::vector<int> values) {
+    return ZQIter<const int>(new ZQVectorIter<const int>(std::move(values)));
+  };
+  ZQIter<const int> advanced = of({3, 4});
+  advanced += 5;
+  for (const auto& parts : std::vector<std::vector<ZQIter<const int>>>{
+           {of({1, 2, 3, 4})},
+           {of({1, 2}), advanced},
+           {{}, of({}), of({1}), of({}), {}, of({2, 3, 4}), of({}), {}}}) {
+    ZQConcatIter<const int> joined(parts);
+    for (const int value : {1, 2, 3, 4}) {
+      ASSERT_TRUE(joined);
+      EXPECT_EQ(*joined, value);
+      joined.Push();
+      ++joined;
+      ++joined;
+    }
+    EXPECT_FALSE(joined);
+    joined += 2;
+    EXPECT_FALSE(--joined);
+    EXPECT_FALSE(joined -= 1);
+    EXPECT_EQ(*--joined, 4);
+    EXPECT_EQ(*(joined -= 3), 1);
+    EXPECT_FALSE(joined -= 7);
+    EXPECT_EQ(*(joined += 9), 3);
+    const std::unique_ptr<ZQConcatIter<const int>> copy(joined.Copy());
+    joined.ToLast();
+    EXPECT_EQ(*joined, 4);
+    joined.ToFirst();
+    EXPECT_EQ(*joined, 1);
+    EXPECT_EQ(**copy, 3);
+  }
+  ZQConcatIter<const int> none(of({}), {});
+  for (int i = 0; i < 3; ++i) EXPECT_FALSE(i == 0 ? none : --none);
+  EXPECT_FALSE(none += 9);
+}
+
 }  // namespace
 }  // namespace Bostrel

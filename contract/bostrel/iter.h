@@ -3,6 +3,8 @@
 /// Owning iterators: what every query that yields many values returns. An iterator that has run
 /// out is false; a null iterator is an empty one. One iterator belongs to one thread.
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -148,6 +150,92 @@ class ZQPointerIter : public ZQIterBase<T> {
  private:
   std::vector<T*> pointers_;
   std::size_t position_ = 0;
+};
+
+/// Joins iterators: the values of the first, then those of the second, and so on. Empty ones among
+/// them are passed over. Begins with the first value of all, wherever the parts are.
+template <class T>
+class ZQConcatIter : public ZQIterBase<T> {
+ public:
+  explicit ZQConcatIter(std::vector<ZQIter<T>> parts) : parts_(std::move(parts)) {
+    ConcatToFirst();
+  }
+  ZQConcatIter(ZQIter<T> first, ZQIter<T> second)
+      : ZQConcatIter(std::vector<ZQIter<T>>{std::move(first), std::move(second)}) {}
+
+  ZQConcatIter* Copy() const override { return new ZQConcatIter(*this); }
+  ZQConcatIter& operator++() override {
+    if (outside_ != 0) {
+      if (++outside_ == 0) ToFirst();
+      return *this;
+    }
+    ++parts_[part_];
+    while (!parts_[part_]) {
+      if (++part_ == parts_.size()) {
+        outside_ = 1;
+        return *this;
+      }
+      parts_[part_].ToFirst();
+    }
+    return *this;
+  }
+  ZQConcatIter& operator--() override {
+    if (outside_ != 0) {
+      if (--outside_ == 0) ToLast();
+      return *this;
+    }
+    --parts_[part_];
+    while (!parts_[part_]) {
+      if (part_ == 0) {
+        outside_ = -1;
+        return *this;
+      }
+      parts_[--part_].ToLast();
+    }
+    return *this;
+  }
+  using ZQIterBase<T>::operator+=;
+  using ZQIterBase<T>::operator-=;
+  ZQConcatIter& operator+=(unsigned int n) override {
+    for (; n != 0 && outside_ <= 0; --n) ++*this;
+    outside_ += n;
+    return *this;
+  }
+  ZQConcatIter& operator-=(unsigned int n) override {
+    for (; n != 0 && outside_ >= 0; --n) --*this;
+    outside_ -= n;
+    return *this;
+  }
+  void ToFirst() override { ConcatToFirst(); }
+  void ToLast() override {
+    for (part_ = parts_.size(); part_ != 0;) {
+      parts_[--part_].ToLast();
+      if (parts_[part_]) {
+        outside_ = 0;
+        return;
+      }
+    }
+    outside_ = -1;
+  }
+  T& operator*() const override { return *parts_[part_]; }
+  T* operator->() const override { return &*parts_[part_]; }
+  explicit operator bool() const override { return outside_ == 0; }
+
+ private:
+  void ConcatToFirst() {
+    for (part_ = 0; part_ != parts_.size(); ++part_) {
+      parts_[part_].ToFirst();
+      if (parts_[part_]) {
+        outside_ = 0;
+        return;
+      }
+    }
+    outside_ = 1;
+  }
+
+  std::vector<ZQIter<T>> parts_;
+  std::size_t part_ = 0;      // that has the present value
+  std::int64_t outside_ = 0;  // steps before the first value (below 0) or behind the last
 };
 
 }  // namespace Bostrel

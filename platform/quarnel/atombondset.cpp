@@ -13,7 +13,18 @@ bool AddOnce(std::vector<T*>& items, T* item) {
   return true;
 }
 
+template <class T>
+T* Find(const std::vector<T*>& table, const T* item) {
+  return item->GetIdx() < table.size() ? table[item->GetIdx()] : nullptr;
+}
+
 }  // namespace
+
+ZQAtomBondSet::ZQAtomBondSet(const ZQAtomBondSet& other, const std::vector<ZQAtomBase*>& atoms,
+                             const std::vector<ZQBondBase*>& bonds) {
+  for (const ZQAtomBase* atom : other.atoms_) AddAtom(Find(atoms, atom));
+  for (const ZQBondBase* bond : other.bonds_) AddBond(Find(bonds, bond));
+}
 
 bool ZQAtomBondSet::AddAtom(ZQAtomBase* atom) { return AddOnce(atoms_, atom); }
 
