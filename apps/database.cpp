@@ -1,6 +1,5 @@
 #include "apps/database.h"
 
-#include <cinttypes>
 #include <filesystem>
 
 #include "korvex/fpfast_create.h"
@@ -26,10 +25,10 @@ std::string FindMoleculeFile(const std::string& filename, const std::string& nam
 
 bool IsWhole(const ZQFastFPDatabaseParams& header, const std::string& filename) {
   if (!header.IsValid() || header.IsConsistent()) return header.IsValid();
-  ZQThrow.Error("%s is damaged: its %" PRIu64 " bytes don't fit its header (%" PRIu64
-                " fingerprints of %" PRIu64 " words, type %s)",
-                filename.c_str(), header.GetFileSize(), header.NumFingerPrints(), header.NumWords(),
-                header.GetFPTypeBase()->GetFPTypeString().c_str());
+  ZQThrow.Error(
+      "%s is damaged: its %lu bytes don't fit its header (%lu fingerprints of %lu words, type %s)",
+      filename.c_str(), header.GetFileSize(), header.NumFingerPrints(), header.NumWords(),
+      header.GetFPTypeBase()->GetFPTypeString().c_str());
   return false;
 }
 

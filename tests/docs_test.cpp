@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <map>
 #include <set>
 
@@ -118,22 +120,81 @@ std::string Normalized(const std::string& text) {
   return normalized;
 }
 
-TEST_F(DocsTest, ListedMessagesStandInTheSources) {
+std::string SourceText() {
   std::string sources;
   for (const char* extension : {".cpp", ".h"}) {
-    for (const fs::path& name : Sources({"korvex", "platform", "contract"}, extension)) {
-      sources += ReadFile(name);
+    for (const fs::path& name : Sources({"korvex", "platform", "contract", "apps"}, extension)) {
+      for (const std::string& line : Lines(ReadFile(name))) {
+        const std::size_t comment = line.find("//");
+        const bool isInText =
+            std::count(line.begin(), line.begin() + std::min(comment, line.size()), '"') % 2 != 0;
+        sources += line.substr(0, isInText ? std::string::npos : comment) + "\n";
+      }
     }
   }
-  sources = Normalized(sources);
-  int count = 0;
+  return Normalized(sources);
+}
+
+std::set<std::string> ListedMessages() {
+  std::set<std::string> listed;
   for (const std::string& line : Lines(ReadFile(root / "docs/errors.md"))) {
-    if (line.rfind("| `", 0) != 0) continue;
-    ++count;
-    const std::string text = Normalized(line.substr(3, line.find("` |") - 3));
+    // A text with backquotes of its own stands between two of them.
+    const std::string quote = line.starts_with("| ``") ? "``" : "`";
+    if (!line.starts_with("| " + quote)) continue;
+    const std::size_t begin = 2 + quote.size();
+    listed.insert(Normalized(line.substr(begin, line.find(quote + " |") - begin)));
+  }
+  return listed;
+}
+
+TEST_F(DocsTest, ListedMessagesStandInTheSources) {
+  const std::string sources = SourceText();
+  for (const std::string& text : ListedMessages()) {
     EXPECT_NE(sources.find(text), std::string::npos) << text;
   }
-  EXPECT_GT(count, 40);
+}
+
+bool IsWorded(const std::string& text) {
+  int letters = 0;
+  for (const char c : text) {
+    letters = std::isalpha(static_cast<unsigned char>(c)) ? letters + 1 : 0;
+    if (letters == 3) return true;
+  }
+  return false;
+}
+
+// Whether a literal that isn't a format of its own is a message: by the ways in which they begin
+// and end.
+bool ReadsLikeAMessage(const std::string& text) {
+  if (text.find(' ') == std::string::npos) return false;
+  const std::size_t operation = text.starts_with("ZQ") ? text.find("() ") : std::string::npos;
+  const bool ofAnOperation = operation != std::string::npos && IsWorded(text.substr(operation));
+  return text.ends_with("!") || text.starts_with("Invalid ") || text.starts_with("Error ") ||
+         ofAnOperation;
+}
+
+TEST_F(DocsTest, MessagesOfTheSourcesAreListed) {
+  const std::string sources = SourceText();
+  const std::set<std::string> listed = ListedMessages();
+  std::set<std::string> missing;
+  std::size_t messages = 0;
+  for (std::size_t at = 0; (at = sources.find('"', at)) != std::string::npos;) {
+    std::size_t end = at + 1;
+    while (sources[end] != '"' && sources[end] != '\n') end += sources[end] == '\\' ? 2 : 1;
+    const std::string text = sources.substr(at + 1, end - at - 1);
+    const std::size_t before = sources.find_last_not_of(" \n", at - 1);
+    const std::size_t call = sources.rfind("ZQThrow.", at);
+    const bool isFormat =
+        sources[before] == '(' && call != std::string::npos && sources.find('(', call) == before;
+    const bool isRefusal = sources.compare(at - 7, 7, "Refuse(") == 0;
+    if (((isFormat || isRefusal) && IsWorded(text)) || ReadsLikeAMessage(text)) {
+      ++messages;
+      if (listed.count(text) == 0) missing.insert(text);
+    }
+    at = end + 1;
+  }
+  for (const std::string& text : missing) ADD_FAILURE() << text;
+  EXPECT_GT(messages, 120U);
 }
 
 TEST_F(DocsTest, OneHeaderHasTheWholeInterface) {
