@@ -41,10 +41,16 @@ ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 ZQ_EXPORT std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol);
 
 /// Reads one molfile (V2000 or V3000) up to "M  END"; the title is its first line. Line feeds may
-/// have carriage returns before them. Configurations come from coordinates and wedges, or from
-/// parities where all coordinates are 0; aromatic bonds are kekulized; any, coordination and
-/// hydrogen bonds (types 8 to 10) get order 0; atoms of queries and R groups are dummy atoms.
-/// Implicit hydrogens follow the valence field, else `ZQDefaultHCount` less the radical electrons.
+/// have carriage returns before them. Configurations come from coordinates, or from parities where
+/// all of them are 0; aromatic bonds are kekulized; any, coordination and hydrogen bonds (types 8
+/// to 10) get order 0; atoms of queries and R groups are dummy atoms. Implicit hydrogens follow the
+/// valence field, else `ZQDefaultHCount` less the radical electrons.
+///
+/// In a flat drawing wedges give the configuration of the atom at their narrow end, by the
+/// directions of its bonds. A fourth neighbour that isn't drawn lies behind or in front of three
+/// that fill the plane, and across from the middle one of three in a half-plane, two of them in
+/// line included. Wedges that contradict each other, a wavy bond, and bonds drawn on top of each
+/// other give none.
 ZQ_EXPORT bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile,
                               const std::string& where = std::string());
 
