@@ -89,6 +89,12 @@ TEST(SmilesReader, ReadsWhatTheLanguageHas) {
        "6:11"},
       {"C1:C:C:C:C:C1", "CH CH CH CH CH CH | 0:1 1:2 2:3 3:4 4:5 0:5"},
       {" CC\tignored", "CH3 CH3 | 0-1"},
+      // Coordination bonds have no order and take no hydrogen away.
+      {"N->[Fe](<-O)(->C)Cl", "NH3 Fe OH2 CH4 Cl | 0~1 1~2 1~3 1-4"},
+      {"c1ccccn1->[Cu-2]<-[NH3]", "CH CH CH CH CH N Cu-2 NH3 | 0:1 1:2 2:3 3:4 4:5 0:5 5~6 6~7"},
+      {"N->1CCN->2.[Cu]12.N3CC[Cu]<-3.O<-4C[Cu]->4.O->%12C[Cu]<-%12",
+       "NH2 CH2 CH2 NH2 Cu NH2 CH2 CH2 Cu OH CH2 Cu OH CH2 Cu | 0-1 1-2 2-3 0~4 3~4 5-6 6-7 7-8 "
+       "5~8 9-10 10-11 9~11 12-13 13-14 12~14"},
       {"[CH4:00012][C@TH1H2][C@SP3][C@OH30]", "CH4:12 CH2 C C | 0-1 1-2 2-3"},
   };
   for (const Case& c : cases) {

@@ -25,8 +25,17 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
 bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool IsMark(char c) { return c == '/' || c == '\\'; }
+// Coordination bonds, "->" and "<-", are known by the tip of the arrow.
+bool IsArrow(char c) { return c == '<' || c == '>'; }
+std::string TextOf(char symbol) {
+  return symbol == '>' ? "->" : symbol == '<' ? "<-" : std::string(1, symbol);
+}
 // A bond's symbol as told from its other end.
-char TurnedOver(char c) { return c == '/' ? '\\' : c == '\\' ? '/' : c; }
+char TurnedOver(char c) {
+  constexpr std::string_view symbols = "/\\<>";
+  const std::size_t at = symbols.find(c);
+  return at == std::string_view::npos ? c : symbols[at ^ 1];
+}
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 // By character: the element of an atom without brackets, and whether it is aromatic.
@@ -230,6 +239,9 @@ bool SmilesParser::ReadText() {
       case '[':
         if (!ReadBracket()) return false;
         break;
+      case '<':
+        if (Peek(1) != '-') return FailExpectingMore();
+        [[fallthrough]];
       case '-':
       case '=':
       case '#':
@@ -240,8 +252,9 @@ bool SmilesParser::ReadText() {
         if (after_ != After::Atom && after_ != After::Closing && after_ != After::Opening) {
           return FailExpectingMore();
         }
-        symbol_ = c;
-        symbolColumn_ = static_cast<std::uint32_t>(pos_++);
+        symbol_ = c == '-' && Peek(1) == '>' ? '>' : c;
+        symbolColumn_ = static_cast<std::uint32_t>(pos_);
+        pos_ += IsArrow(symbol_) ? 2 : 1;
         after_ = After::Bond;
         break;
       case '(':
@@ -376,6 +389,10 @@ void SmilesParser::AddBond(std::uint32_t bgn, std::uint32_t end, char symbol,
     case '$':
       bond.order = 4;
       break;
+    case '<':
+    case '>':
+      bond.order = 0;
+      break;
     case '-':
       break;
     case ':':
@@ -443,10 +460,11 @@ bool SmilesParser::ReadRingClosure() {
     if (symbol == 0 || (symbol == '-' && IsMark(opening))) {
       symbol = opening;
     } else if (opening != 0 && opening != symbol && !(opening == '-' && IsMark(symbol))) {
-      return Fail(column,
-                  "ring closure " + std::to_string(number) + " with the bond \"" + symbol + "\"",
-                  std::string("the bond \"") + opening + "\" to match its opening at column " +
-                      std::to_string(ring.column + 1));
+      return Fail(
+          column,
+          "ring closure " + std::to_string(number) + " with the bond \"" + TextOf(symbol) + "\"",
+          "the bond \"" + TextOf(opening) + "\" to match its opening at column " +
+              std::to_string(ring.column + 1));
     }
     if (ring.atom == previous_) {
       return Fail(column, "ring closure " + std::to_string(number) + " from an atom to itself",
