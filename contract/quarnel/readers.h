@@ -15,15 +15,17 @@ namespace Quarnel {
 
 /// Reads one SMILES, all of OpenSMILES (opensmiles.org): brackets, isotopes, classes, charges,
 /// aromatic symbols, ring closures with bond symbols and `%nn` or `%(nnn)`, dots, `/` `\`, `@`
-/// `@@`, `*`. Implicit hydrogens are counted, aromatic input is kekulized and stays flagged
-/// aromatic. White space ends the text. `where` stands in front of the message, such as "record
-/// 12 of mols.smi".
+/// `@@`, `*`. Charges, isotopes and classes have up to nine digits. Beyond the language, `->` and
+/// `<-` stand for a coordination bond, of order 0, wherever a bond symbol may. Implicit hydrogens
+/// are counted, aromatic input is kekulized and stays flagged aromatic. White space ends the text.
+/// `where` stands in front of the message, such as "record 12 of mols.smi".
 ZQ_EXPORT bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles,
                              const std::string& where = std::string());
 
 /// Writes a SMILES in atom index order, stereo included. Not canonical. A bond of order 0 has no
-/// symbol and is left out. Configurations of double bonds that no set of `/` and `\` can tell
-/// without telling a wrong one as well are left out, too.
+/// symbol and is left out. A bracket holds nine hydrogens; those of a greater count follow it as
+/// atoms, so that the text grows with the count. Configurations of double bonds that no set of `/`
+/// and `\` can tell without telling a wrong one as well are left out, too.
 ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 
 /// Writes the canonical SMILES, stereo included: the same text whatever the order of atoms and

@@ -25,7 +25,7 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = ~0U;
-constexpr int maxMapIdx = 99999999;  // as for the atom classes of a SMILES
+constexpr int maxMapIdx = 999999999;  // as for the atom classes of a SMILES
 
 struct Point {
   double x = 0;

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +19,7 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = ~0U;
+constexpr std::uint32_t nineDigits = 999999999;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
@@ -78,9 +78,9 @@ class SmilesParser {
     std::uint32_t bondSum;  // an aromatic bond counts 1
     std::uint32_t mapIdx;
     std::uint32_t centre;  // index into centres_
-    std::uint16_t isotope;
+    std::uint32_t isotope;
+    std::int32_t charge;
     std::uint8_t atomicNum;
-    std::int8_t charge;
     std::uint8_t hCount;
     bool bracket;
     bool aromatic;
@@ -189,11 +189,12 @@ bool SmilesParser::FailExpectingMore() {
 }
 
 bool SmilesParser::ReadUnsigned(std::uint32_t limit, std::uint32_t& value) {
-  value = 0;
+  std::uint64_t sum = 0;
   for (; IsDigit(Peek()); ++pos_) {
-    value = value * 10 + static_cast<std::uint32_t>(Peek() - '0');
-    if (value > limit) return false;
+    sum = sum * 10 + static_cast<std::uint64_t>(Peek() - '0');
+    if (sum > limit) return false;
   }
+  value = static_cast<std::uint32_t>(sum);
   return true;
 }
 
@@ -541,20 +542,18 @@ bool SmilesParser::ReadCharge(Atom& atom) {
   const std::size_t start = pos_;
   std::uint32_t size = 1;
   ++pos_;
-  constexpr std::uint32_t limit = 15;
   bool inRange = true;
   if (IsDigit(Peek())) {
-    inRange = ReadUnsigned(limit, size);
+    inRange = ReadUnsigned(nineDigits, size);
   } else {
     for (; Peek() == sign; ++pos_) ++size;
-    inRange = size <= limit;
+    inRange = size <= nineDigits;
   }
   if (!inRange) {
     pos_ = start;
-    return FailHere("a charge from -15 to +15");
+    return FailHere("a charge of up to nine digits");
   }
-  atom.charge =
-      static_cast<std::int8_t>(sign == '+' ? static_cast<int>(size) : -static_cast<int>(size));
+  atom.charge = sign == '+' ? static_cast<int>(size) : -static_cast<int>(size);
   return true;
 }
 
@@ -564,12 +563,10 @@ bool SmilesParser::ReadBracket() {
   atom.bracket = true;
   ++pos_;
   const std::size_t isotopeAt = pos_;
-  std::uint32_t isotope = 0;
-  if (!ReadUnsigned(std::numeric_limits<std::uint16_t>::max(), isotope)) {
+  if (!ReadUnsigned(nineDigits, atom.isotope)) {
     pos_ = isotopeAt;
-    return FailHere("an isotope up to 65535");
+    return FailHere("an isotope of up to nine digits");
   }
-  atom.isotope = static_cast<std::uint16_t>(isotope);
   ZQAtomStereo stereo = ZQAtomStereo::None;
   if (!ReadBracketSymbol(atom) || !ReadChirality(stereo)) return false;
   if (Peek() == 'H') {
@@ -582,9 +579,9 @@ bool SmilesParser::ReadBracket() {
     ++pos_;
     const std::size_t start = pos_;
     if (!IsDigit(Peek())) return FailHere("the number of an atom class");
-    if (!ReadUnsigned(99999999, atom.mapIdx)) {
+    if (!ReadUnsigned(nineDigits, atom.mapIdx)) {
       pos_ = start;
-      return FailHere("an atom class of up to eight digits");
+      return FailHere("an atom class of up to nine digits");
     }
   }
   if (Peek() != ']') return FailHere("\"]\"");
