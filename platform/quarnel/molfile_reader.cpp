@@ -325,14 +325,11 @@ bool MolfileParser::ReadV2000Bond() {
   bond.bgn = static_cast<std::uint32_t>(bgn - 1);
   bond.end = static_cast<std::uint32_t>(end - 1);
   if (!SetBondType(bond, type)) return false;
-  if (bond.order == 2) {
-    bond.crossed = stereo == 3;
-  } else {
-    bond.wedge = stereo == 1   ? Wedge::Up
-                 : stereo == 6 ? Wedge::Down
-                 : stereo == 4 ? Wedge::Either
-                               : Wedge::None;
-  }
+  bond.crossed = bond.order == 2 && stereo == 3;
+  bond.wedge = stereo == 1   ? Wedge::Up
+               : stereo == 6 ? Wedge::Down
+               : stereo == 4 ? Wedge::Either
+                             : Wedge::None;
   return AddBond(bond);
 }
 
@@ -531,14 +528,11 @@ bool MolfileParser::ReadV3000Bond(std::string_view content) {
     if (!word.starts_with("CFG=")) continue;
     int value = 0;
     if (!ToInt(word.substr(4), value)) return Fail(word, "a whole number behind the \"=\"");
-    if (bond.order == 2) {
-      bond.crossed = value == 2;
-    } else {
-      bond.wedge = value == 1   ? Wedge::Up
-                   : value == 3 ? Wedge::Down
-                   : value == 2 ? Wedge::Either
-                                : Wedge::None;
-    }
+    bond.crossed = bond.order == 2 && value == 2;
+    bond.wedge = value == 1                    ? Wedge::Up
+                 : value == 3                  ? Wedge::Down
+                 : value == 2 && !bond.crossed ? Wedge::Either
+                                               : Wedge::None;
   }
   return AddBond(bond);
 }
