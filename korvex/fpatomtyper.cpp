@@ -293,18 +293,11 @@ void ZQPrepareForFingerprinting(ZQMolBase& mol, unsigned int /*fptype*/) {
   mol.BeginEdit();
   ZQSuppressHydrogens(mol, false, false, false);
   // No hydrogen is left: isotopes, bridges and ions become counts as well, or vanish.
-  for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
-    ZQAtomBase* atom = mol.GetAtomAt(i);
-    if (!atom || !atom->IsHydrogen()) continue;
-    for (ZQBondBase* bond = atom->NextBond(nullptr); bond; bond = atom->NextBond(bond)) {
-      ZQAtomBase* nbr = bond->GetNbr(atom);
-      nbr->SetImplicitHCount(nbr->GetImplicitHCount() + 1);
+  for (const unsigned int atomicNum : {1U, 0U}) {
+    for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
+      ZQAtomBase* atom = mol.GetAtomAt(i);
+      if (atom && atom->GetAtomicNum() == atomicNum) ZQRemoveAtom(mol, atom, atomicNum == 1);
     }
-    mol.DeleteAtom(atom);
-  }
-  for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
-    ZQAtomBase* atom = mol.GetAtomAt(i);
-    if (atom && atom->GetAtomicNum() == 0) mol.DeleteAtom(atom);
   }
   ZQFindRingAtomsAndBonds(mol);
   ZQAssignAromaticFlags(mol, 2, true, 0, false);

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "contract/quarnel/graphmol.h"
-#include "contract/quarnel/perception.h"
 #include "korvex/checked_local.h"
 #include "korvex/fpatomtyper.h"
 #include "korvex/fptypes_local.h"
@@ -38,20 +37,6 @@ class LingoText {
   std::string copy_;
 };
 
-// Prepares the copy so that configurations are those of the atoms left: they are restated for
-// hydrogens that become counts, and dropped next to whatever else goes.
-void PrepareWithStereo(ZQMolBase& copy) {
-  ZQSuppressHydrogens(copy, true, true, true);
-  for (auto atom = copy.GetAtoms(); atom; ++atom) {
-    if (!atom->IsHydrogen() && atom->GetAtomicNum() != 0) continue;
-    for (auto neighbour = atom->GetAtoms(); neighbour; ++neighbour) {
-      neighbour->SetStereo(ZQAtomStereo::None);
-      for (auto bond = neighbour->GetBonds(); bond; ++bond) bond->SetStereo(ZQBondStereo::None);
-    }
-  }
-  ZQPrepareForFingerprinting(copy, ZQFPType::Lingo);
-}
-
 void StoreText(ZQFingerPrint& fp, const ZQMolBase& mol) {
   static const ZQLingoMap map;
   std::string text;
@@ -79,7 +64,7 @@ bool ZQMakeLingoFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
       return true;
     }
     ZQGraphMol copy(mol);
-    PrepareWithStereo(copy);
+    ZQPrepareForFingerprinting(copy, ZQFPType::Lingo);
     if (copy.NumAtoms() != 0) {
       StoreText(fp, copy);
     } else {

@@ -7,7 +7,7 @@
 #include "contract/quarnel/perception.h"
 #include "korvex/fingerprint.h"
 #include "korvex/fpatomtypes_local.h"
-#include "tests/mol_helpers.h"
+#include "tests/told_helpers.h"
 
 namespace ZQKorvex {
 
@@ -210,6 +210,45 @@ TEST(Preparation, LeavesHeavyAtomsWithHydrogenCounts) {
     EXPECT_EQ(hydrogens, left) << smiles;
   }
   EXPECT_TRUE(cases.eof());
+}
+
+TEST(Preparation, RestatesConfigurationsForTheAtomsThatAreLeft) {
+  // Each case: molecule, and what it reads like without hydrogens and dummy atoms.
+  std::istringstream cases(R"t(
+      [2H]/[C:1]([F:2])=[C:3]([CH3:5])/[Cl:4] [F:2]/[CH:1]=[C:3]([CH3:5])\[Cl:4]
+      [F:2]/[C:1]([2H])=[CH:3]/[Cl:4] [F:2]/[CH:1]=[CH:3]/[Cl:4]
+      [2H]/[C:1]([F:2])=[C:3]([Cl:4])/[3H] [F:2]/[CH:1]=[CH:3]/[Cl:4]
+      [2H]/[C:1]([3H])=[CH:3]/[Cl:4] [CH2:1]=[CH:3][Cl:4]
+      [2H]/[N:1]=[CH:3]/[Cl:4] [NH:1]=[CH:3][Cl:4]
+      [2H][C@:1]([F:2])([Cl:3])[Br:4] [C@H:1]([F:2])([Cl:3])[Br:4]
+      [F:2][C@:1]([2H])([Cl:3])[Br:4] [F:2][C@H:1]([Cl:3])[Br:4]
+      [F:2][C@:1]([Cl:3])([2H])[Br:4] [F:2][C@@H:1]([Cl:3])[Br:4]
+      [F:2][C@:1]([Cl:3])([Br:4])[H+] [F:2][C@H:1]([Cl:3])[Br:4]
+      [F:2][C@:1]([2H])([3H])[Br:4] [F:2][CH2:1][Br:4]
+      [2H][C@H:1]([F:2])[Br:4] [F:2][CH2:1][Br:4]
+      [2H][S@+:1]([F:2])[Br:4] [F:2][SH+:1][Br:4]
+      [F:2][C@:1]([Cl:3])([Br:4])* [F:2][C:1]([Cl:3])[Br:4]
+      */[C:1]([F:2])=[CH:3]/[Cl:4] [F:2][C:1]=[CH:3][Cl:4]
+      [F:2][C@:1]([Cl:3])([Br:4])[2H][C@:5]([F:6])([Cl:7])[Br:8]
+          [F:2][C@H:1]([Cl:3])[Br:4].[C@H:5]([F:6])([Cl:7])[Br:8])t");
+  for (std::string smiles, expected; cases >> smiles >> expected;) {
+    ZQMol mol = ReadSmiles(smiles);
+    ZQPrepareForFingerprinting(mol, ZQFPType::Circular);
+    EXPECT_EQ(Told(mol), Told(ReadSmiles(expected))) << smiles;
+  }
+  EXPECT_TRUE(cases.eof());
+}
+
+TEST(Preparation, TakesTimeInProportionToTheNeighboursOfAnAtom) {
+  for (const unsigned int atomicNum : {0U, 1U}) {
+    ZQMol star = "[U]"_mol;
+    for (unsigned int i = 0; i < 300000; ++i) {
+      star.NewBond(star.GetAtomAt(0), star.NewAtom(atomicNum), 1);
+    }
+    ZQPrepareForFingerprinting(star, ZQFPType::Path);
+    EXPECT_EQ(star.NumAtoms(), 1U);
+    EXPECT_EQ(star.GetAtomAt(0)->GetImplicitHCount(), 300000 * atomicNum);
+  }
 }
 
 TEST(Preparation, IsAskedForOnlyByKindsThatTakeMoleculesAsTheyStand) {

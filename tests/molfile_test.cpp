@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cmath>
+#include <numbers>
+
 #include "tests/molfile_helpers.h"
 #include "tests/told_helpers.h"
 
@@ -48,6 +52,9 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
       {"[CH3:1][S@@:4](=[O:2])[F:3]",
        {{"C", 0, 1}, {"O", -1, -1}, {"F", 1, -1}, {"S"}},
        {{4, 1, 1, 3}, {4, 2, 2}, {4, 3}}},
+      {"[CH3:1][S@@:4](=[O:2])[F:3]",
+       {{"C", 0, 1}, {"O", -1, -1}, {"F", 1, -1}, {"S"}},
+       {{4, 1}, {4, 2, 2, 3}, {4, 3}}},
       {"[F:1][C@@H:4]([Cl:2])[Br:3]",
        {{"F", 1, 0, -.3}, {"Cl", -.5, .87, -.3}, {"Br", -.5, -.87, -.3}, {"C"}},
        {{1, 4}, {2, 4}, {3, 4}}},
@@ -64,6 +71,16 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
       {"[F:1][CH:2]=[CH:3][Cl:4].[F:5][CH:6]=[N:7][OH:8]",
        chains,
        {{1, 2}, {2, 3, 2, 2}, {3, 4}, {6, 5, 1, 2}, {6, 7, 2}, {7, 8}}},
+      {"[F:1]/[CH:2]=[P:3]/[Cl:4].[F:5]/[CH:6]=[S+:7]\\[Cl:8]",
+       {{"F", 0, 1},
+        {"C", 1, 0},
+        {"P", 2, 0},
+        {"Cl", 3, -1},
+        {"F", 0, 1},
+        {"C", 1, 0},
+        {"S", 2, 0, 0, 1},
+        {"Cl", 3, 1}},
+       {{1, 2}, {2, 3, 2}, {3, 4}, {5, 6}, {6, 7, 2}, {7, 8}}},
       {"[CH:1]1=[CH:2][CH2:3][CH2:4]1",
        {{"C", 0, 0}, {"C", 1, 0}, {"C", 1, 1}, {"C", 0, 1}},
        {{1, 2, 2}, {2, 3}, {3, 4}, {4, 1}}},
@@ -80,6 +97,93 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
         ASSERT_TRUE(ZQMolfileToMol(mol, variant)) << c.smiles << '\n' << text;
         EXPECT_EQ(Told(mol), Told(expected)) << c.smiles << '\n' << text;
         EXPECT_EQ(mol.GetTitle(), "title");
+      }
+    }
+  }
+}
+
+TEST(MolfileReader, WedgesTellTheirConfigurationAtAllAngles) {
+  // The directions of the neighbours 1 to 3 or 4 in degrees, the marks of their bonds (1 up, 2
+  // either, 3 down, negative: begun at the neighbour), and how they turn seen from the hydrogen or
+  // else the first: 1 clockwise.
+  const struct {
+    std::vector<double> angles;
+    std::vector<int> marks;
+    int turn;
+  } cases[] = {
+      // The hydrogen lies below those that fill the plane, and opposite to those that don't.
+      {{80, 90, 100}, {0, 1, 0}, -1},
+      {{35, 90, 145}, {0, 1, 0}, -1},
+      {{30, 90, 150}, {0, 1, 0}, -1},
+      {{20, 90, 160}, {0, 1, 0}, -1},
+      {{0.5, 40, 179.5}, {0, 1, 0}, -1},
+      {{0, 40, 180}, {0, 1, 0}, -1},
+      {{-0.5, 90, 180.5}, {0, 1, 0}, 1},
+      {{-30, 90, 210}, {0, 1, 0}, 1},
+      {{-80, 90, 260}, {0, 1, 0}, 1},
+      {{30, 90, 150}, {1, 0, 0}, 1},
+      {{80, 90, 100}, {1, 0, 0}, 1},
+      {{0, 90, 180}, {0, 0, 1}, 1},
+      {{0, 90, 90}, {0, 1, 0}, -1},
+      {{0, 90, 90}, {1, 0, 0}, 0},
+      // Four neighbours, however crowded.
+      {{0, 90, 180, 270}, {1, 0, 0, 0}, -1},
+      {{0, 5, 10, 15}, {1, 0, 0, 0}, -1},
+      {{0, 5, 10, 15}, {0, 1, 0, 0}, 1},
+      {{0, 170, 180, 190}, {1, 0, 0, 0}, -1},
+      {{0, 90, 270, 180}, {0, 0, 1, 0}, -1},
+      {{0, 90, 180, 180}, {1, 0, 0, 0}, 0},
+      // Several that agree, and several that don't.
+      {{0, 90, 180, 270}, {1, 3, 0, 0}, -1},
+      {{0, 90, 180, 270}, {1, 0, 1, 0}, -1},
+      {{0, 90, 180, 270}, {1, 1, 1, 0}, -1},
+      {{0, 90, 180, 270}, {1, 3, 1, 3}, -1},
+      {{0, 70, 180, 270}, {1, 1, 0, 0}, 0},
+      {{0, 70, 180, 270}, {1, 0, 3, 0}, 0},
+      {{0, 70, 180, 270}, {1, 1, 3, 0}, 0},
+      {{0, 70, 180, 270}, {1, 1, 1, 1}, 0},
+      {{-30, 90, 200}, {1, 1, 0}, 1},
+      {{-30, 90, 200}, {1, 1, 1}, 1},
+      {{-30, 90, 200}, {1, 3, 0}, 0},
+      {{-30, 90, 200}, {1, 1, 3}, 0},
+      {{20, 90, 150}, {1, 3, 0}, 1},
+      {{20, 90, 150}, {1, 1, 0}, 0},
+      {{20, 90, 150}, {1, 0, 3}, 0},
+      // Wide ends say nothing; a wavy bond says that nothing is known.
+      {{-30, 90, 200}, {-1, 0, 0}, 0},
+      {{-30, 90, 200}, {-1, 0, 3}, -1},
+      {{-30, 90, 200}, {1, 2, 0}, 0},
+      {{-30, 90, 200}, {1, -2, 0}, 1},
+  };
+  const double lengths[] = {1, 2.9, 1.4, 2};
+  for (const auto& [angles, marks, turn] : cases) {
+    // Each drawing also turned, seen from behind, of uneven bonds, large and small.
+    for (unsigned int variant = 0; variant < 48; ++variant) {
+      const bool swapped = variant % 2 != 0;
+      const bool flipped = variant / 2 % 2 != 0;
+      const double turned = variant / 4 % 2 != 0 ? 47 : 0;
+      const double scale = std::array{1.0, 1000.0, 1e-5}[variant / 16];
+      std::vector<MolfileAtom> atoms;
+      std::vector<MolfileBond> bonds;
+      const int centre = static_cast<int>(angles.size()) + 1;
+      for (std::size_t i = 0; i < angles.size(); ++i) {
+        const double angle = (angles[i] + turned) * std::numbers::pi / 180;
+        const double length = scale * (variant / 8 % 2 != 0 ? lengths[i] : 1);
+        atoms.push_back({std::array{"F", "Cl", "Br", "I"}[i], length * std::cos(angle),
+                         length * std::sin(angle) * (flipped ? -1 : 1)});
+        const int mark = std::abs(marks[i]);
+        const int neighbour = static_cast<int>(i) + 1;
+        bonds.push_back({centre, neighbour, 1, swapped && mark % 2 != 0 ? 4 - mark : mark});
+        if (marks[i] < 0) std::swap(bonds.back().bgn, bonds.back().end);
+      }
+      atoms.push_back({"C"});
+      for (const bool v3000 : {false, true}) {
+        if (scale < 1 && !v3000) continue;  // has four decimals
+        const std::string text = WriteMolfile(atoms, bonds, v3000);
+        ZQMol mol;
+        ASSERT_TRUE(ZQMolfileToMol(mol, text));
+        EXPECT_EQ(GetTurn(*mol.GetAtomAt(mol.NumAtoms() - 1)), swapped != flipped ? -turn : turn)
+            << text;
       }
     }
   }

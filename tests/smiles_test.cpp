@@ -89,6 +89,12 @@ TEST(SmilesReader, ReadsWhatTheLanguageHas) {
        "6:11"},
       {"C1:C:C:C:C:C1", "CH CH CH CH CH CH | 0:1 1:2 2:3 3:4 4:5 0:5"},
       {" CC\tignored", "CH3 CH3 | 0-1"},
+      // Coordination bonds have no order and take no hydrogen away.
+      {"N->[Fe](<-O)(->C)Cl", "NH3 Fe OH2 CH4 Cl | 0~1 1~2 1~3 1-4"},
+      {"c1ccccn1->[Cu-2]<-[NH3]", "CH CH CH CH CH N Cu-2 NH3 | 0:1 1:2 2:3 3:4 4:5 0:5 5~6 6~7"},
+      {"N->1CCN->2.[Cu]12.N3CC[Cu]<-3.O<-4C[Cu]->4.O->%12C[Cu]<-%12",
+       "NH2 CH2 CH2 NH2 Cu NH2 CH2 CH2 Cu OH CH2 Cu OH CH2 Cu | 0-1 1-2 2-3 0~4 3~4 5-6 6-7 7-8 "
+       "5~8 9-10 10-11 9~11 12-13 13-14 12~14"},
       {"[CH4:00012][C@TH1H2][C@SP3][C@OH30]", "CH4:12 CH2 C C | 0-1 1-2 2-3"},
   };
   for (const Case& c : cases) {
@@ -189,9 +195,19 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
       {"C[]", 3, "\"]\"", "an element symbol"},
       {"[Xx]", 2, "\"Xx]\"", "an element symbol"},
       {"[CH12]", 5, "\"2]\"", "\"]\""},
-      {"[C+16]", 3, "\"+16]\"", "a charge from -15 to +15"},
+      {"[C+1000000000]", 3, "\"+1000000000]\"", "a charge of up to nine digits"},
       {"[C@TB21]", 6, "\"21]\"", "the number of a chirality class"},
-      {"[99999C]", 2, "\"99999C]\"", "an isotope up to 65535"},
+      {"[4294967297C]", 2, "\"4294967297C]\"", "an isotope of up to nine digits"},
+      {"CC>>C", 3, "\">>C\"", "an atom, a bond, a branch, a ring closure or a dot"},
+      {"C->>C", 4, "\">C\"", "an atom or a ring closure"},
+      {"C-->C", 3, "\"->C\"", "an atom or a ring closure"},
+      {"C<C", 2, "\"<C\"", "an atom, a bond, a branch, a ring closure or a dot"},
+      {"<-C", 1, "\"<-C\"", "an atom"},
+      {"C(->", 5, "the end", "an atom or a ring closure"},
+      {"C->1CC=1", 8, "ring closure 1 with the bond \"=\"",
+       "the bond \"<-\" to match its opening at column 4"},
+      {"C->1CC->1", 9, "ring closure 1 with the bond \"->\"",
+       "the bond \"<-\" to match its opening at column 4"},
       {"[C", 3, "the end", "\"]\""},
       {std::string("C\x1b\0~C", 5), 2, "\"\\x1b\\x00~C\"",
        "an atom, a bond, a branch, a ring closure or a dot"},
@@ -249,6 +265,30 @@ TEST(SmilesWriter, WritesWhatReadsBackInAnyOrder) {
     for (unsigned int seed = 0; seed < 20; ++seed) {
       const std::string written = ZQMolToSmiles(ShuffledWithStereo(mol, seed));
       EXPECT_EQ(Told(ReadSmiles(written)), Told(mol)) << smiles << " as " << written;
+    }
+  }
+}
+
+TEST(SmilesWriter, WritesExtremeValuesThatReadBack) {
+  for (const unsigned int hydrogens : {0U, 1U, 9U, 10U, 11U, 255U}) {
+    for (const int charge : {0, 1, -15, 16, -128, 999999999, -999999999}) {
+      for (const unsigned int mass : {0U, 3U, 65536U, 999999999U}) {
+        // A chain of a hydride, another in a ring, and an end.
+        ZQMol mol = "[UH][CH]1(CC)C[U]1"_mol;
+        for (const unsigned int idx : {0U, 1U, 5U}) {
+          mol.GetAtomAt(idx)->SetImplicitHCount(hydrogens);
+          mol.GetAtomAt(idx)->SetFormalCharge(charge);
+          mol.GetAtomAt(idx)->SetIsotope(mass);
+        }
+        NumberAtoms(mol);
+        mol.GetAtomAt(0)->SetMapIdx(999999999);
+        for (const std::string& text : {ZQMolToSmiles(mol), ZQMolToCanonicalSmiles(mol)}) {
+          ZQMol back = ReadSmiles(text);
+          ZQSuppressHydrogens(back);
+          EXPECT_EQ(Told(back), Told(mol)) << text;
+          EXPECT_EQ(ZQMolToCanonicalSmiles(back), ZQMolToCanonicalSmiles(mol));
+        }
+      }
     }
   }
 }

@@ -49,6 +49,12 @@ ZQ_EXPORT bool ZQHasExplicitHydrogens(const ZQMolBase& mol);
 ZQ_EXPORT void ZQSuppressHydrogens(ZQMolBase& mol, bool deleteIsotopes = false,
                                    bool deleteMapped = false, bool deleteStereo = false);
 
+/// Deletes an atom of the molecule. With `becomesHydrogen` each of its neighbours gets one implicit
+/// hydrogen in its place, and configurations are restated as for `ZQSuppressHydrogens`; those that
+/// can't be told any more are cleared. Without it nothing takes the place, and the neighbours and
+/// their double bonds lose their configurations.
+ZQ_EXPORT void ZQRemoveAtom(ZQMolBase& mol, ZQAtomBase* atom, bool becomesHydrogen);
+
 /// Ring membership of atoms and bonds, in linear time: a bond is in a ring if it isn't a bridge
 /// (R. E. Tarjan, Inf. Process. Lett. 2, 160, 1974).
 ZQ_EXPORT void ZQFindRingAtomsAndBonds(ZQMolBase& mol);

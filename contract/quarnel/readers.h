@@ -15,15 +15,17 @@ namespace Quarnel {
 
 /// Reads one SMILES, all of OpenSMILES (opensmiles.org): brackets, isotopes, classes, charges,
 /// aromatic symbols, ring closures with bond symbols and `%nn` or `%(nnn)`, dots, `/` `\`, `@`
-/// `@@`, `*`. Implicit hydrogens are counted, aromatic input is kekulized and stays flagged
-/// aromatic. White space ends the text. `where` stands in front of the message, such as "record
-/// 12 of mols.smi".
+/// `@@`, `*`. Charges, isotopes and classes have up to nine digits. Beyond the language, `->` and
+/// `<-` stand for a coordination bond, of order 0, wherever a bond symbol may. Implicit hydrogens
+/// are counted, aromatic input is kekulized and stays flagged aromatic. White space ends the text.
+/// `where` stands in front of the message, such as "record 12 of mols.smi".
 ZQ_EXPORT bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles,
                              const std::string& where = std::string());
 
 /// Writes a SMILES in atom index order, stereo included. Not canonical. A bond of order 0 has no
-/// symbol and is left out. Configurations of double bonds that no set of `/` and `\` can tell
-/// without telling a wrong one as well are left out, too.
+/// symbol and is left out. A bracket holds nine hydrogens; those of a greater count follow it as
+/// atoms, so that the text grows with the count. Configurations of double bonds that no set of `/`
+/// and `\` can tell without telling a wrong one as well are left out, too.
 ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 
 /// Writes the canonical SMILES, stereo included: the same text whatever the order of atoms and
@@ -41,10 +43,16 @@ ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 ZQ_EXPORT std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol);
 
 /// Reads one molfile (V2000 or V3000) up to "M  END"; the title is its first line. Line feeds may
-/// have carriage returns before them. Configurations come from coordinates and wedges, or from
-/// parities where all coordinates are 0; aromatic bonds are kekulized; any, coordination and
-/// hydrogen bonds (types 8 to 10) get order 0; atoms of queries and R groups are dummy atoms.
-/// Implicit hydrogens follow the valence field, else `ZQDefaultHCount` less the radical electrons.
+/// have carriage returns before them. Configurations come from coordinates, or from parities where
+/// all of them are 0; aromatic bonds are kekulized; any, coordination and hydrogen bonds (types 8
+/// to 10) get order 0; atoms of queries and R groups are dummy atoms. Implicit hydrogens follow the
+/// valence field, else `ZQDefaultHCount` less the radical electrons.
+///
+/// In a flat drawing wedges give the configuration of the atom at their narrow end, by the
+/// directions of its bonds. A fourth neighbour that isn't drawn lies behind or in front of three
+/// that fill the plane, and across from the middle one of three in a half-plane, two of them in
+/// line included. Wedges that contradict each other, a wavy bond, and bonds drawn on top of each
+/// other give none.
 ZQ_EXPORT bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile,
                               const std::string& where = std::string());
 

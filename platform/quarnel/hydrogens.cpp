@@ -3,9 +3,14 @@
 namespace Quarnel {
 namespace {
 
+/// A configuration is of four bonds at most.
+constexpr unsigned int mostBonds = 4;
+
+/// The number of bonds, or a greater one than `mostBonds`: an atom may have thousands.
 unsigned int NumBonds(const ZQAtomBase& atom) {
   unsigned int count = 0;
-  for (const ZQBondBase* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) ++count;
+  const ZQBondBase* b = atom.NextBond(nullptr);
+  for (; b && count <= mostBonds; b = atom.NextBond(b)) ++count;
   return count;
 }
 
@@ -32,37 +37,46 @@ const ZQBondBase* FirstOther(const ZQAtomBase& end, const ZQBondBase& doubleBond
 
 /// Whether stereo of the parent or of a double bond at it can't be told without the hydrogen.
 bool HasStereoRole(const ZQAtomBase& parent, const ZQBondBase& toHydrogen) {
-  if (parent.GetStereo() != ZQAtomStereo::None && parent.GetImplicitHCount() == 0 &&
-      NumBonds(parent) == 3) {
-    return true;
+  const unsigned int numBonds = NumBonds(parent);
+  if (numBonds == 3) {
+    return parent.GetStereo() != ZQAtomStereo::None && parent.GetImplicitHCount() == 0;
   }
-  for (const ZQBondBase* b = parent.NextBond(nullptr); b; b = parent.NextBond(b)) {
-    if (b->GetStereo() != ZQBondStereo::None && !FirstOther(parent, *b, &toHydrogen)) return true;
-  }
-  return false;
+  const ZQBondBase* other = FirstOther(parent, toHydrogen, nullptr);
+  return numBonds == 2 && other->GetStereo() != ZQBondStereo::None;
 }
 
-/// Restates the configurations around the parent for the graph without the hydrogen, or clears
-/// those that can't be.
-void ReleaseStereo(ZQAtomBase& parent, const ZQBondBase& toHydrogen) {
+/// Restates the configurations around the parent for the graph in which the atom behind the bond is
+/// one more implicit hydrogen, or gone without a trace; clears those that can't be.
+void ReleaseStereo(ZQAtomBase& parent, const ZQBondBase& toLeaving, bool becomesHydrogen) {
+  const unsigned int numBonds = NumBonds(parent);
   if (parent.GetStereo() != ZQAtomStereo::None) {
-    if (parent.GetImplicitHCount() == 0 && NumBonds(parent) == 4) {
-      MoveToFront(parent, toHydrogen);
+    if (becomesHydrogen && parent.GetImplicitHCount() == 0 && numBonds == 4) {
+      MoveToFront(parent, toLeaving);
     } else {
       parent.SetStereo(ZQAtomStereo::None);
     }
   }
+  if (numBonds > mostBonds) return;
   for (ZQBondBase* b = parent.NextBond(nullptr); b; b = parent.NextBond(b)) {
     if (b->GetStereo() == ZQBondStereo::None) continue;
-    if (!FirstOther(parent, *b, &toHydrogen)) {
+    if (!becomesHydrogen || !FirstOther(parent, *b, &toLeaving)) {
       b->SetStereo(ZQBondStereo::None);
-    } else if (FirstOther(parent, *b, nullptr) == &toHydrogen) {
+    } else if (FirstOther(parent, *b, nullptr) == &toLeaving) {
       b->SetStereo(b->GetStereo() == ZQBondStereo::Cis ? ZQBondStereo::Trans : ZQBondStereo::Cis);
     }
   }
 }
 
 }  // namespace
+
+void ZQRemoveAtom(ZQMolBase& mol, ZQAtomBase* atom, bool becomesHydrogen) {
+  for (const ZQBondBase* b = atom->NextBond(nullptr); b; b = atom->NextBond(b)) {
+    ZQAtomBase* parent = b->GetNbr(atom);
+    ReleaseStereo(*parent, *b, becomesHydrogen);
+    if (becomesHydrogen) parent->SetImplicitHCount(parent->GetImplicitHCount() + 1);
+  }
+  mol.DeleteAtom(atom);
+}
 
 bool ZQHasExplicitHydrogens(const ZQMolBase& mol) {
   for (unsigned int idx = 0; idx < mol.GetMaxAtomIdx(); ++idx) {
@@ -87,9 +101,7 @@ void ZQSuppressHydrogens(ZQMolBase& mol, bool deleteIsotopes, bool deleteMapped,
     ZQAtomBase* parent = bond->GetNbr(hydrogen);
     if (parent->IsHydrogen()) continue;
     if (!deleteStereo && HasStereoRole(*parent, *bond)) continue;
-    ReleaseStereo(*parent, *bond);
-    parent->SetImplicitHCount(parent->GetImplicitHCount() + 1);
-    mol.DeleteAtom(hydrogen);
+    ZQRemoveAtom(mol, hydrogen, true);
   }
   mol.EndEdit();
 }

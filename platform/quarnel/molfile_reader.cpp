@@ -25,7 +25,7 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = ~0U;
-constexpr int maxMapIdx = 99999999;  // as for the atom classes of a SMILES
+constexpr int maxMapIdx = 999999999;  // as for the atom classes of a SMILES
 
 struct Point {
   double x = 0;
@@ -34,7 +34,6 @@ struct Point {
 };
 
 Point operator-(const Point& a, const Point& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-Point operator+(const Point& a, const Point& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
 Point operator*(const Point& a, double factor) {
   return {a.x * factor, a.y * factor, a.z * factor};
 }
@@ -91,6 +90,36 @@ std::string_view TakeWord(std::string_view& text) {
   const std::string_view word = text.substr(0, length);
   text.remove_prefix(length);
   return word;
+}
+
+// How the corners of a triangle turn in the plane: the sine of its smallest angle, positive for
+// counterclockwise.
+double TurnOf(const Point& a, const Point& b, const Point& c) {
+  const double ab = std::hypot(b.x - a.x, b.y - a.y);
+  const double ac = std::hypot(c.x - a.x, c.y - a.y);
+  const double bc = std::hypot(c.x - b.x, c.y - b.y);
+  return Cross(b - a, c - a).z / std::max({ab * ac, ab * bc, ac * bc});
+}
+
+// The configuration of four places in the plane to which wedges give heights. Either two of the
+// four lie across from the two others, or one lies amid the other three (J. Radon, Math. Ann. 83,
+// 113, 1921). Wedges on points of one side agree if they point the same way, wedges on both sides
+// if they point opposite ways: no point of the lower side may be above one of the higher side.
+ZQAtomStereo GetWedgedStereo(const std::array<Point, 4>& around) {
+  constexpr double leastTurn = 3e-5;  // less is rounding
+  std::array<double, 2> lowest{2, 2};
+  std::array<double, 2> highest{-2, -2};
+  for (std::size_t i = 0; i < 4; ++i) {
+    const double turn =
+        TurnOf(around[i == 0 ? 1 : 0], around[i <= 1 ? 2 : 1], around[i == 3 ? 2 : 3]);
+    if (!(std::abs(turn) > leastTurn)) continue;  // the other three are in line
+    const std::size_t side = (turn > 0) == (i % 2 == 0) ? 0 : 1;
+    lowest[side] = std::min(lowest[side], around[i].z);
+    highest[side] = std::max(highest[side], around[i].z);
+  }
+  if (lowest[0] >= highest[1] && highest[0] > lowest[1]) return ZQAtomStereo::CounterClockwise;
+  if (lowest[1] >= highest[0] && highest[1] > lowest[0]) return ZQAtomStereo::Clockwise;
+  return ZQAtomStereo::None;
 }
 
 class MolfileParser {
@@ -296,14 +325,11 @@ bool MolfileParser::ReadV2000Bond() {
   bond.bgn = static_cast<std::uint32_t>(bgn - 1);
   bond.end = static_cast<std::uint32_t>(end - 1);
   if (!SetBondType(bond, type)) return false;
-  if (bond.order == 2) {
-    bond.crossed = stereo == 3;
-  } else {
-    bond.wedge = stereo == 1   ? Wedge::Up
-                 : stereo == 6 ? Wedge::Down
-                 : stereo == 4 ? Wedge::Either
-                               : Wedge::None;
-  }
+  bond.crossed = bond.order == 2 && stereo == 3;
+  bond.wedge = stereo == 1   ? Wedge::Up
+               : stereo == 6 ? Wedge::Down
+               : stereo == 4 ? Wedge::Either
+                             : Wedge::None;
   return AddBond(bond);
 }
 
@@ -502,14 +528,11 @@ bool MolfileParser::ReadV3000Bond(std::string_view content) {
     if (!word.starts_with("CFG=")) continue;
     int value = 0;
     if (!ToInt(word.substr(4), value)) return Fail(word, "a whole number behind the \"=\"");
-    if (bond.order == 2) {
-      bond.crossed = value == 2;
-    } else {
-      bond.wedge = value == 1   ? Wedge::Up
-                   : value == 3 ? Wedge::Down
-                   : value == 2 ? Wedge::Either
-                                : Wedge::None;
-    }
+    bond.crossed = bond.order == 2 && value == 2;
+    bond.wedge = value == 1                    ? Wedge::Up
+                 : value == 3                  ? Wedge::Down
+                 : value == 2 && !bond.crossed ? Wedge::Either
+                                               : Wedge::None;
   }
   return AddBond(bond);
 }
@@ -617,12 +640,16 @@ void MolfileParser::CountHydrogens() {
 }
 
 void MolfileParser::SetStereo() {
-  constexpr double flat = 1e-4;
+  constexpr double flat = 1e-4;  // in terms of the drawing's size
+  double size = 0;
+  double depth = 0;
   for (const Atom& atom : atoms_) {
     const Point apart = atom.at - atoms_.front().at;
-    hasDepth_ |= std::abs(apart.z) > flat;
-    isDrawn_ |= std::abs(apart.x) > flat || std::abs(apart.y) > flat || hasDepth_;
+    depth = std::max(depth, std::abs(apart.z));
+    size = std::max({size, std::abs(apart.x), std::abs(apart.y), depth});
   }
+  isDrawn_ = size > 0;
+  hasDepth_ = depth > flat * size;
   for (std::uint32_t a = 0; a < atoms_.size(); ++a) {
     if (MayBeCentre(a)) atoms_[a].stereo = isDrawn_ ? GetDrawnStereo(a) : GetParityStereo(a);
   }
@@ -668,28 +695,28 @@ ZQAtomStereo MolfileParser::GetDrawnStereo(std::uint32_t idx) const {
   const Atom& atom = atoms_[idx];
   std::array<Point, 4> around{};
   std::size_t count = atom.degree == 3 ? 1 : 0;  // the hydrogen or lone pair is the first
-  double height = 0;
-  bool isWedged = hasDepth_;
+  Point opposite;
   for (const Edge& edge : Edges(idx)) {
     const Bond& bond = bonds_[edge.bond];
     Point& at = around[count++];
-    at = Normalized(atoms_[edge.atom].at - atom.at);
+    at = atoms_[edge.atom].at - atom.at;
+    if (!hasDepth_) at.z = 0;
+    at = Normalized(at);
+    opposite = opposite - at;
     if (hasDepth_ || bond.bgn != idx) continue;
     if (bond.wedge == Wedge::Either) return ZQAtomStereo::None;
-    if (bond.wedge == Wedge::None) continue;
-    at.z = bond.wedge == Wedge::Up ? 1 : -1;
-    height += at.z;
-    isWedged = true;
+    at.z = bond.wedge == Wedge::Up ? 1 : bond.wedge == Wedge::Down ? -1 : 0;
   }
-  if (!isWedged) return ZQAtomStereo::None;
-  if (atom.degree == 3) {
-    // It lies opposite to the others; in a drawing, where those fill the plane, below or above.
-    around[0] = hasDepth_ ? Normalized((around[1] + around[2] + around[3]) * -1)
-                          : Point{0, 0,
-                                  height > 0   ? -1.0
-                                  : height < 0 ? 1.0
-                                               : 0.0};
+  if (!hasDepth_) {
+    // A missing neighbour stands where the centre is: amid the others if those fill the plane, and
+    // across from the middle one if they lie in a half-plane. A trace further out, two others in
+    // line count as a half-plane: a real centre seen along their plane has one neighbour on either
+    // side of it.
+    constexpr double trace = 1e-4;  // exceeds the rounding of coordinates
+    if (atom.degree == 3) around[0] = opposite * trace;
+    return GetWedgedStereo(around);
   }
+  if (atom.degree == 3) around[0] = Normalized(opposite);
   const double volume =
       Dot(around[1] - around[0], Cross(around[2] - around[0], around[3] - around[0]));
   constexpr double leastVolume = 0.1;  // that of a regular tetrahedron is 3.1
@@ -727,8 +754,11 @@ ZQBondStereo MolfileParser::GetBondStereo(std::uint32_t idx) const {
     const std::uint32_t far = side == 0 ? bond.end : bond.bgn;
     const Atom& atom = atoms_[near];
     const unsigned int z = atom.atomicNum;
-    const bool canBeEnd = (z == 6 || z == 7 || z == 14 || z == 32) && atom.doubles == 1 &&
-                          (atom.degree == 2 || atom.degree == 3) && !HasTwins(near, far);
+    const bool hasLonePair =
+        (z == 15 || z == 16 || z == 33 || z == 34) && atom.degree == 2 && atom.hCount == 0;
+    const bool canBeEnd = (z == 6 || z == 7 || z == 14 || z == 32 || hasLonePair) &&
+                          atom.doubles == 1 && (atom.degree == 2 || atom.degree == 3) &&
+                          !HasTwins(near, far);
     if (!canBeEnd) return ZQBondStereo::None;
     std::uint32_t reference = none;
     for (const Edge& edge : Edges(near)) {

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,13 +19,23 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = ~0U;
+constexpr std::uint32_t nineDigits = 999999999;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
 bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool IsMark(char c) { return c == '/' || c == '\\'; }
+// Coordination bonds, "->" and "<-", are known by the tip of the arrow.
+bool IsArrow(char c) { return c == '<' || c == '>'; }
+std::string TextOf(char symbol) {
+  return symbol == '>' ? "->" : symbol == '<' ? "<-" : std::string(1, symbol);
+}
 // A bond's symbol as told from its other end.
-char TurnedOver(char c) { return c == '/' ? '\\' : c == '\\' ? '/' : c; }
+char TurnedOver(char c) {
+  constexpr std::string_view symbols = "/\\<>";
+  const std::size_t at = symbols.find(c);
+  return at == std::string_view::npos ? c : symbols[at ^ 1];
+}
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 // By character: the element of an atom without brackets, and whether it is aromatic.
@@ -69,9 +78,9 @@ class SmilesParser {
     std::uint32_t bondSum;  // an aromatic bond counts 1
     std::uint32_t mapIdx;
     std::uint32_t centre;  // index into centres_
-    std::uint16_t isotope;
+    std::uint32_t isotope;
+    std::int32_t charge;
     std::uint8_t atomicNum;
-    std::int8_t charge;
     std::uint8_t hCount;
     bool bracket;
     bool aromatic;
@@ -180,11 +189,12 @@ bool SmilesParser::FailExpectingMore() {
 }
 
 bool SmilesParser::ReadUnsigned(std::uint32_t limit, std::uint32_t& value) {
-  value = 0;
+  std::uint64_t sum = 0;
   for (; IsDigit(Peek()); ++pos_) {
-    value = value * 10 + static_cast<std::uint32_t>(Peek() - '0');
-    if (value > limit) return false;
+    sum = sum * 10 + static_cast<std::uint64_t>(Peek() - '0');
+    if (sum > limit) return false;
   }
+  value = static_cast<std::uint32_t>(sum);
   return true;
 }
 
@@ -230,6 +240,9 @@ bool SmilesParser::ReadText() {
       case '[':
         if (!ReadBracket()) return false;
         break;
+      case '<':
+        if (Peek(1) != '-') return FailExpectingMore();
+        [[fallthrough]];
       case '-':
       case '=':
       case '#':
@@ -240,8 +253,9 @@ bool SmilesParser::ReadText() {
         if (after_ != After::Atom && after_ != After::Closing && after_ != After::Opening) {
           return FailExpectingMore();
         }
-        symbol_ = c;
-        symbolColumn_ = static_cast<std::uint32_t>(pos_++);
+        symbol_ = c == '-' && Peek(1) == '>' ? '>' : c;
+        symbolColumn_ = static_cast<std::uint32_t>(pos_);
+        pos_ += IsArrow(symbol_) ? 2 : 1;
         after_ = After::Bond;
         break;
       case '(':
@@ -376,6 +390,10 @@ void SmilesParser::AddBond(std::uint32_t bgn, std::uint32_t end, char symbol,
     case '$':
       bond.order = 4;
       break;
+    case '<':
+    case '>':
+      bond.order = 0;
+      break;
     case '-':
       break;
     case ':':
@@ -443,10 +461,11 @@ bool SmilesParser::ReadRingClosure() {
     if (symbol == 0 || (symbol == '-' && IsMark(opening))) {
       symbol = opening;
     } else if (opening != 0 && opening != symbol && !(opening == '-' && IsMark(symbol))) {
-      return Fail(column,
-                  "ring closure " + std::to_string(number) + " with the bond \"" + symbol + "\"",
-                  std::string("the bond \"") + opening + "\" to match its opening at column " +
-                      std::to_string(ring.column + 1));
+      return Fail(
+          column,
+          "ring closure " + std::to_string(number) + " with the bond \"" + TextOf(symbol) + "\"",
+          "the bond \"" + TextOf(opening) + "\" to match its opening at column " +
+              std::to_string(ring.column + 1));
     }
     if (ring.atom == previous_) {
       return Fail(column, "ring closure " + std::to_string(number) + " from an atom to itself",
@@ -523,20 +542,18 @@ bool SmilesParser::ReadCharge(Atom& atom) {
   const std::size_t start = pos_;
   std::uint32_t size = 1;
   ++pos_;
-  constexpr std::uint32_t limit = 15;
   bool inRange = true;
   if (IsDigit(Peek())) {
-    inRange = ReadUnsigned(limit, size);
+    inRange = ReadUnsigned(nineDigits, size);
   } else {
     for (; Peek() == sign; ++pos_) ++size;
-    inRange = size <= limit;
+    inRange = size <= nineDigits;
   }
   if (!inRange) {
     pos_ = start;
-    return FailHere("a charge from -15 to +15");
+    return FailHere("a charge of up to nine digits");
   }
-  atom.charge =
-      static_cast<std::int8_t>(sign == '+' ? static_cast<int>(size) : -static_cast<int>(size));
+  atom.charge = sign == '+' ? static_cast<int>(size) : -static_cast<int>(size);
   return true;
 }
 
@@ -546,12 +563,10 @@ bool SmilesParser::ReadBracket() {
   atom.bracket = true;
   ++pos_;
   const std::size_t isotopeAt = pos_;
-  std::uint32_t isotope = 0;
-  if (!ReadUnsigned(std::numeric_limits<std::uint16_t>::max(), isotope)) {
+  if (!ReadUnsigned(nineDigits, atom.isotope)) {
     pos_ = isotopeAt;
-    return FailHere("an isotope up to 65535");
+    return FailHere("an isotope of up to nine digits");
   }
-  atom.isotope = static_cast<std::uint16_t>(isotope);
   ZQAtomStereo stereo = ZQAtomStereo::None;
   if (!ReadBracketSymbol(atom) || !ReadChirality(stereo)) return false;
   if (Peek() == 'H') {
@@ -564,9 +579,9 @@ bool SmilesParser::ReadBracket() {
     ++pos_;
     const std::size_t start = pos_;
     if (!IsDigit(Peek())) return FailHere("the number of an atom class");
-    if (!ReadUnsigned(99999999, atom.mapIdx)) {
+    if (!ReadUnsigned(nineDigits, atom.mapIdx)) {
       pos_ = start;
-      return FailHere("an atom class of up to eight digits");
+      return FailHere("an atom class of up to nine digits");
     }
   }
   if (Peek() != ']') return FailHere("\"]\"");

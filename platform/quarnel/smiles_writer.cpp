@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <numeric>
 #include <queue>
@@ -24,6 +25,12 @@ constexpr std::uint32_t none = ~0U;
 bool IsOrganic(unsigned int atomicNum) {
   constexpr std::array<unsigned int, 11> organic{0, 5, 6, 7, 8, 9, 15, 16, 17, 35, 53};
   return std::find(organic.begin(), organic.end(), atomicNum) != organic.end();
+}
+
+// A bracket has one digit for hydrogens. What is left is written as atoms of their own.
+constexpr unsigned int mostInBracket = 9;
+unsigned int NumLeftHydrogens(const ZQAtomBase& atom) {
+  return atom.GetImplicitHCount() - std::min(atom.GetImplicitHCount(), mostInBracket);
 }
 
 // Atoms are numbered by rank, bonds by ascending index.
@@ -243,7 +250,7 @@ void SmilesWriter::ChooseMarks() {
       }
       found[side].bond = b;
       canWrite &= canMark && atoms_[atom].degree <= 3 && atoms_[atom].doubles == 1 &&
-                  !atoms_[atom].isCoordinated;
+                  !atoms_[atom].isCoordinated && NumLeftHydrogens(*atoms_[atom].atom) == 0;
     }
     if (!canWrite) continue;
     ends_[bond.bgn] = found[0];
@@ -394,10 +401,12 @@ void SmilesWriter::WriteAtom(std::uint32_t idx) {
     text_ += symbol;
     if (stereo != ZQAtomStereo::None) text_ += stereo == ZQAtomStereo::Clockwise ? "@@" : "@";
     if (atom.GetImplicitHCount() != 0) text_ += 'H';
-    if (atom.GetImplicitHCount() > 1) text_ += std::to_string(atom.GetImplicitHCount());
-    const int charge = atom.GetFormalCharge();
+    if (atom.GetImplicitHCount() > 1) {
+      text_ += std::to_string(std::min(atom.GetImplicitHCount(), mostInBracket));
+    }
+    const std::int64_t charge = atom.GetFormalCharge();
     if (charge != 0) text_ += charge > 0 ? '+' : '-';
-    if (charge > 1 || charge < -1) text_ += std::to_string(charge > 0 ? charge : -charge);
+    if (charge > 1 || charge < -1) text_ += std::to_string(std::abs(charge));
     if (atom.GetMapIdx() != 0) text_ += ':' + std::to_string(atom.GetMapIdx());
     text_ += ']';
   }
@@ -416,6 +425,7 @@ void SmilesWriter::WriteAtom(std::uint32_t idx) {
     WriteRingNumber(number);
   }
   for (const Edge& edge : closings_) freeNumbers_.push(bonds_[edge.bond].ring);
+  for (unsigned int left = NumLeftHydrogens(atom); left != 0; --left) text_ += "([H])";
 }
 
 void SmilesWriter::WriteRingNumber(std::uint32_t number) {
