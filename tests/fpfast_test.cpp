@@ -1,8 +1,10 @@
 #include "korvex/fpfast.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstring>
+#include <filesystem>
 
 #include "fp_helpers.h"
 #include "korvex/fpfast_local.h"
@@ -214,6 +216,18 @@ TEST(MappedFiles, Failures) {
   CapturedReports reports;
   MMapInputFile in;
   MMapOutputFile out;
+TEST(MappedFiles, TheUmaskSaysWhoMayRead) {
+  const TempFile file("masked");
+  for (const mode_t mask : {0022, 0077, 0002}) {
+    std::filesystem::remove(file.Name());
+    const mode_t before = umask(mask);
+    MMapOutputFile().Open(file.Name(), 10);
+    umask(before);
+    EXPECT_EQ(static_cast<mode_t>(std::filesystem::status(file.Name()).permissions()),
+              0666 & ~mask);
+  }
+}
+
   EXPECT_FALSE(in.Open("/no/such/file", 10));
   EXPECT_FALSE(out.Open("/no/such/file", 10));
   const TempFile file("failing");
