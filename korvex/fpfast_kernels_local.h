@@ -115,5 +115,12 @@ ZQ_EXPORT void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out,
 ZQ_EXPORT void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out,
                                     const ZQFPDatabaseOptions& options, const unsigned long* image,
                                     ZQPopCountFunc popcount, unsigned long k);
+/// The same with the lists of `band` rows kept at once, which changes memory and time alone:
+/// scores of rows of one band are used both ways if the band is all rows or whole blocks of 64.
+ZQ_EXPORT void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
+                                           const ZQFPDatabaseOptions& options,
+                                           const unsigned long* data, unsigned long numRecords,
+                                           unsigned long numWords, ZQPopCountFunc popcount,
+                                           unsigned long k, unsigned long band);
 
 }  // namespace ZQKorvex

@@ -326,11 +326,13 @@ TEST_P(EveryVariant, VariogramIsSummedRowByRow) {
 
 namespace {
 
-/// A sparse matrix as it is told: each row keeps a list and its lowest entry.
-std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> PlainSparseMatrix(
-    const Data& records, const ZQFPDatabaseOptions& options, std::size_t k) {
-  std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> out;
-  for (std::size_t i = 0; i < records.count; ++i) {
+using Entries = std::vector<std::tuple<std::uint64_t, std::uint64_t, double>>;
+
+/// Every `step`th row of a sparse matrix as it is told: each row keeps a list and its lowest entry.
+Entries PlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options, std::size_t k,
+                          std::size_t step = 1) {
+  Entries out;
+  for (std::size_t i = 0; i < records.count; i += step) {
     std::vector<std::pair<float, std::uint64_t>> list;
     float lowest = 100.0F;
     std::size_t position = 0;
@@ -360,19 +362,30 @@ std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> PlainSparseMatrix(
   return out;
 }
 
-void ExpectPlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options,
-                             std::size_t k) {
+/// The entries of every `step`th row.
+Entries EntriesOf(const std::vector<ZQSimScorePair>& pairs, std::size_t step = 1) {
+  Entries entries;
+  for (const ZQSimScorePair& pair : pairs) {
+    if (pair.GetIdx1() % step != 0) continue;
+    entries.emplace_back(pair.GetIdx1(), pair.GetIdx2(), pair.GetScore());
+  }
+  return entries;
+}
+
+void ExpectEntries(const Entries& got, const Entries& expected, const std::string& what) {
+  ASSERT_EQ(got.size(), expected.size()) << what;
+  for (std::size_t i = 0; i < got.size(); ++i) {
+    ASSERT_EQ(got[i], expected[i]) << what << ", entry " << i;
+  }
+}
+
+void ExpectPlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options, std::size_t k,
+                             std::size_t step = 1) {
   std::vector<ZQSimScorePair> out;
   ZQFastFPSparseMatrix(out, options, records.data, records.count, records.numWords,
                        ZQPopCountPOPCNT, k);
-  std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> got;
-  got.reserve(out.size());
-  for (const ZQSimScorePair& pair : out) {
-    got.emplace_back(pair.GetIdx1(), pair.GetIdx2(), pair.GetScore());
-  }
-  const auto expected = PlainSparseMatrix(records, options, k);
-  ASSERT_EQ(got.size(), expected.size());
-  for (std::size_t i = 0; i < got.size(); ++i) ASSERT_EQ(got[i], expected[i]) << "entry " << i;
+  ExpectEntries(EntriesOf(out, step), PlainSparseMatrix(records, options, k, step),
+                std::to_string(k));
 }
 
 }  // namespace
@@ -396,8 +409,29 @@ TEST_P(EveryVariant, SparseMatrixKeepsWhatItIsToldAmongEquals) {
 }
 
 TEST(Kernels, SparseMatrixInBandsOfRows) {
-  // More list entries than are kept at once.
+  // More list entries than are kept at once: bands of less than a block, and of some blocks.
   ExpectPlainSparseMatrix(Data(1700, 256), ZQFPDatabaseOptions(0, 1), 1690);
+  ExpectPlainSparseMatrix(Data(2700, 256), ZQFPDatabaseOptions(0, 1), 1000, 31);
+}
+
+TEST_P(EveryVariant, SparseMatrixIsTheSameInAnyBands) {
+  for (const std::size_t count : {130U, 320U}) {
+    const Data records(count, 256);
+    for (unsigned int measure = 1; measure <= 6; ++measure) {
+      const ZQFPDatabaseOptions options(0, measure);
+      for (const std::size_t k : {1U, 7U, 70U}) {
+        const Entries expected = PlainSparseMatrix(records, options, k);
+        for (const std::size_t band : std::vector<std::size_t>{1, 16, 48, 63, 64, 65, 96, 100, 128,
+                                                               192, 319, count, count + 1}) {
+          std::vector<ZQSimScorePair> out;
+          ZQFastFPSparseMatrixInBands(out, options, records.data, count, 4, ZQPopCountPOPCNT, k,
+                                      band);
+          ExpectEntries(EntriesOf(out), expected,
+                        "measure " + std::to_string(measure) + ", band " + std::to_string(band));
+        }
+      }
+    }
+  }
 }
 
 TEST(Kernels, ShortFormsReadTheHeader) {
