@@ -471,17 +471,83 @@ TEST(Kernels, BadArgumentsAreAssertionFailures) {
   EXPECT_EQ(reports.Take(), Texts(8, "Assertion"));
 }
 
-TEST_P(EveryVariant, CountsThatCantBeTrueGoThroughCheckedConversions) {
-  Data records(70, 256);
-  records.words[3 * 6 + 1] = std::uint64_t{1} << 60;
+// Stored counts that aren't true.
+
+TEST_P(EveryVariant, FalseCountsGiveScoresFromZeroToOne) {
+  const std::uint64_t all = ~std::uint64_t{0};
+  constexpr std::uint64_t huge = std::uint64_t{1} << 60;
+  // The query has the lower 128 of 256 bits. Records: all of them, stored as 0; the same as 2^60,
+  // which is read as 256; none of them, stored as 256.
+  const std::vector<std::uint64_t> words{0, 0,    all, all, 0, 0,  //
+                                         1, huge, all, all, 0, 0,  //
+                                         2, 256,  0,   0,   0, 0};
+  ZQFingerPrint query;
+  query.SetSize(256);
+  std::fill_n(query.Words(), 2, all);
+  const double tversky = 128 / (128 * double{0.05F} + 128);
+  const std::vector<std::vector<double>> expected = {
+      {1.0, 0.5, 0.0},                           // Tanimoto, of 128 / 0
+      {0.0, 128 / std::sqrt(256.0 * 128), 0.0},  // Cosine
+      {1.0, 256.0 / 384, 0.0},                   // Dice, of 256 / 128
+      {1.0, std::sqrt(0.5), 0.0},                // Euclid, of the roots of 1.5 and -0.5
+      {1.0, tversky, 0.0},                       // Tversky
+      {0.0, 0.5, 1.0},                           // Manhattan, of -0.5 and 1.5
+  };
   CapturedReports reports;
-  const auto scores = records.Raw({}, 0);
-  const Texts texts = reports.Take();
-  ASSERT_EQ(texts.size(), 1U);
-  EXPECT_TRUE(texts[0].starts_with("(unsigned long)")) << texts[0];
-  EXPECT_NE(
-      texts[0].find("is greater than the maximum allowed(double)9007199254740992.000000 when"),
-      std::string::npos)
-      << texts[0];
-  for (const std::size_t i : {0U, 2U, 4U, 69U}) EXPECT_EQ(scores[i], records.Score({}, 0, i));
+  for (unsigned int measure = 1; measure <= 6; ++measure) {
+    for (const ZQPopCountFunc popcount : {ZQPopCountPOPCNT, &CountingPopCount}) {
+      std::vector<double> scores;
+      ZQFastFPRaw(scores, query, {0, measure}, words.data(), 3, 4, popcount);
+      EXPECT_EQ(scores, expected[measure - 1]) << measure;
+    }
+  }
+  EXPECT_TRUE(reports.Take().empty());
+}
+
+TEST_P(EveryVariant, AFalseCountIsNoOtherRecordsBusiness) {
+  constexpr std::size_t count = 150;
+  CapturedReports reports;
+  for (unsigned int measure = 1; measure <= 6; ++measure) {
+    ZQFPDatabaseOptions options(count, measure);
+    Data records(count, 256);
+    for (const std::size_t i : {1U, 62U, 65U, 149U}) records.words[6 * i + 1] = i % 3;
+    const auto raw = records.Raw(options, 5);
+    std::vector<float> matrix;
+    ZQFastFPAllScores(matrix, options, records.data, count, 4, ZQPopCountPOPCNT);
+    // Now a count that can't be true in each of the three blocks.
+    for (const std::size_t i : {60U, 64U, 140U}) records.words[6 * i + 1] = ~std::uint64_t{0} - i;
+    const auto isChanged = [](std::size_t i) { return i == 60 || i == 64 || i == 140; };
+    EXPECT_EQ(records.Raw(options, 5), records.Raw(options, 5, CountingPopCount));
+    const auto rawAfter = records.Raw(options, 5);
+    std::vector<float> matrixAfter;
+    ZQFastFPAllScores(matrixAfter, options, records.data, count, 4, ZQPopCountPOPCNT);
+    for (std::size_t i = 0; i < count; ++i) {
+      ASSERT_TRUE(isChanged(i) || rawAfter[i] == raw[i]) << measure << " " << i;
+      for (std::size_t j = 0; j < count; ++j) {
+        const float score = matrixAfter[i * count + j];
+        ASSERT_TRUE(score >= 0.0F && score <= 1.0F);
+        ASSERT_TRUE(isChanged(i) || isChanged(j) || score == matrix[i * count + j]);
+      }
+    }
+    // The kernels agree, and no histogram meets a score outside of its range.
+    ZQFPHistogram histogram(10, 0.0, 1.0);
+    ZQFastFPHistogram(histogram, options, records.data, count, 4, ZQPopCountPOPCNT);
+    EXPECT_GE(histogram.NumSamples(), count * (count - 1) / 2);
+    std::vector<ZQSimScorePair> pairs;
+    ZQFastFPSparseMatrixInBands(pairs, options, records.data, count, 4, ZQPopCountPOPCNT, count,
+                                64);
+    ASSERT_EQ(pairs.size(), count * count);
+    for (const ZQSimScorePair& pair : pairs) {
+      ASSERT_EQ(pair.GetScore(), matrixAfter[pair.GetIdx1() * count + pair.GetIdx2()]);
+    }
+    ZQSimSearchResultImpl result(10, 0.0, 1.0);
+    result.Init(count, options);
+    ZQFastFPResult(&result, records.fps[5], options, records.data, count, 4, ZQPopCountPOPCNT);
+    result.SetSearchStatus(ZQSimSearchStatus::Finished);
+    EXPECT_EQ(result.GetHistogram().NumSamples(), count);
+    for (auto hit = result.GetSortedScores(); hit; ++hit) {
+      ASSERT_EQ(hit->GetScore(), rawAfter[hit->GetIdx()]);
+    }
+  }
+  EXPECT_TRUE(reports.Take().empty());
 }
