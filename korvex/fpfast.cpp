@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "contract/bostrel/strings.h"
+#include "korvex/checked_local.h"
 #include "korvex/fingerprint_params.h"
 #include "korvex/fpfast_local.h"
 
@@ -118,7 +119,8 @@ std::uint64_t ZQGetFPDatabaseFileSize(std::uint64_t count, const ZQFPTypeBase* t
   if (!ZQ_ASSERT(type)) return 0;
   const std::uint64_t bits = ZQGetFingerPrintSize(type);
   ZQ_ASSERT(bits % 64 == 0);
-  return zqHeaderBytes + count * (bits / 64 + zqRecordPrefixWords) * 8;
+  const std::uint64_t bytes = ZQSaturatedProduct(count, (bits / 64 + zqRecordPrefixWords) * 8);
+  return bytes + std::min<std::uint64_t>(zqHeaderBytes, ~bytes);
 }
 
 std::string ZQWriteFastFPDatabaseHeaderBlob(const ZQFastFPDatabaseParams& params) {

@@ -63,8 +63,8 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
   std::uint64_t numWords_ = 0;
 };
 
-/// Bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8. A null type, or one
-/// whose size isn't a multiple of 64 bits, is an assertion failure.
+/// Bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8, or 2^64 - 1 where that
+/// is more. A null type, or one whose size isn't a multiple of 64 bits, is an assertion failure.
 ZQ_EXPORT std::uint64_t ZQGetFPDatabaseFileSize(std::uint64_t count, const ZQFPTypeBase* type);
 
 }  // namespace ZQKorvex

@@ -127,7 +127,7 @@ ZQIter<ZQSimScorePair> ZQFastFPScanDatabaseImpl::GetSparseMatrix(
     }
     std::vector<ZQSimScorePair> pairs;
     try {
-      pairs.reserve(numRecords * limit);  // both are below 2^32
+      pairs.reserve(ZQSaturatedProduct(numRecords, limit));
     } catch (const std::exception&) {
       ZQThrow.Warning("%s: not enough system memory to store results!", caller);
       return;

@@ -290,7 +290,7 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
                        const unsigned long* data, unsigned long numRecords, unsigned long numWords,
                        ZQPopCountFunc popcount) {
   if (!AreRecords(data, numRecords, popcount)) return;
-  out.resize(numRecords * numRecords);
+  out.resize(ZQSaturatedProduct(numRecords, numRecords));
   const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
   ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
   // A few rows at a time, so that the mirror image is written in whole cache lines.
@@ -362,7 +362,11 @@ namespace {
 class NearestLists {
  public:
   NearestLists(std::size_t numRows, std::size_t k)
-      : k_(k), keys_(numRows * k), ids_(numRows * k), sizes_(numRows), bars_(numRows) {}
+      : k_(k),
+        keys_(ZQSaturatedProduct(numRows, k)),
+        ids_(keys_.size()),
+        sizes_(numRows),
+        bars_(numRows) {}
   static constexpr std::size_t bytesPerSlot = 16;
 
   void Clear() {

@@ -3,8 +3,9 @@
 /// The scan kernels: each walks the records of a database and computes one score for a record or
 /// for a pair of records. Every kernel has a long form, told of the records, and a short one,
 /// told of the image of a `.fpbin` file. A null pointer, or a query of another number of words, is
-/// an assertion failure; the kernel then does nothing. Only `ZQFastFPResult` and
-/// `ZQFastFPHitLists` start threads, and join them before they return.
+/// an assertion failure; the kernel then does nothing. A result too large for any memory throws
+/// what its container throws. Only `ZQFastFPResult` and `ZQFastFPHitLists` start threads, and join
+/// them before they return.
 
 #include <atomic>
 #include <cstdint>

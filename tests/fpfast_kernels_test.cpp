@@ -6,6 +6,7 @@
 #include <cmath>
 #include <mutex>
 #include <set>
+#include <stdexcept>
 #include <thread>
 
 #include "fp_helpers.h"
@@ -469,6 +470,15 @@ TEST(Kernels, BadArgumentsAreAssertionFailures) {
   EXPECT_TRUE(scores.empty());
   EXPECT_EQ(variogram.NumSamples(), 0U);
   EXPECT_EQ(reports.Take(), Texts(8, "Assertion"));
+}
+
+TEST(Kernels, AMatrixBeyondAnyMemoryThrows) {
+  const Data records(1, 256);
+  std::vector<float> matrix;
+  // The number of scores wraps to 0.
+  EXPECT_THROW(
+      ZQFastFPAllScores(matrix, {}, records.data, std::uint64_t{1} << 32, 4, ZQPopCountPOPCNT),
+      std::length_error);
 }
 
 // Stored counts that aren't true.

@@ -39,6 +39,8 @@ TEST(Format, WorkedExample) {
   EXPECT_EQ(bytes.size(), 896U);
   EXPECT_EQ(ZQGetFPDatabaseFileSize(2, type), 896U);
   EXPECT_EQ(ZQGetFPDatabaseFileSize(0, type), 800U);
+  EXPECT_EQ(ZQGetFPDatabaseFileSize(1UL << 60, type), ~0UL);  // no file is so long
+  EXPECT_EQ(ZQGetFPDatabaseFileSize(~0UL / 48, type), ~0UL);
   const std::string lines = "LE\nmols.smi\n" + type->GetFPTypeString() + "\n2\n";
   EXPECT_EQ(bytes.substr(0, lines.size()), lines);
   EXPECT_EQ(bytes.substr(lines.size(), 784 - lines.size()), std::string(784 - lines.size(), '\0'));
@@ -212,10 +214,6 @@ TEST(MappedFiles, WriteAndRead) {
   in.Close();
 }
 
-TEST(MappedFiles, Failures) {
-  CapturedReports reports;
-  MMapInputFile in;
-  MMapOutputFile out;
 TEST(MappedFiles, TheUmaskSaysWhoMayRead) {
   const TempFile file("masked");
   for (const mode_t mask : {0022, 0077, 0002}) {
@@ -228,6 +226,10 @@ TEST(MappedFiles, TheUmaskSaysWhoMayRead) {
   }
 }
 
+TEST(MappedFiles, Failures) {
+  CapturedReports reports;
+  MMapInputFile in;
+  MMapOutputFile out;
   EXPECT_FALSE(in.Open("/no/such/file", 10));
   EXPECT_FALSE(out.Open("/no/such/file", 10));
   const TempFile file("failing");
