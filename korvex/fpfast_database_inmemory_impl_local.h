@@ -23,6 +23,7 @@ class ZQ_EXPORT ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
   void WarnOfLimit(const char* caller, unsigned int limit) const override;
 
  private:
+  /// Reads all records. Takes memory for those that the file has, whatever its header claims.
   bool Load();
 
   std::vector<std::uint64_t> records_;

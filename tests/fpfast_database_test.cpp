@@ -1,6 +1,9 @@
 #include "korvex/fpfast_database.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <filesystem>
 
 #include "fp_helpers.h"
 #include "korvex/fpfast_database_implbase_local.h"
@@ -19,6 +22,24 @@ Hits HitsOf(ZQIter<ZQSimScore> iter) {
 }
 
 const std::string constructor = "ZQFastFPDatabase::ZQFastFPDatabase()";
+
+/// A file whose header claims `numWords` and `count`, with zero bytes behind it up to `size`. They
+/// take no room on a disk.
+void WriteClaim(const TempFile& file, const ZQFPTypeBase* type, std::uint64_t numWords,
+                std::uint64_t count, std::uint64_t size) {
+  ZQFastFPDatabaseParams params;
+  params.SetMoleculeFile("mols.smi");
+  params.SetFPTypeBase(type);
+  params.SetNumFingerPrints(count);
+  file.Write(ZQWriteFastFPDatabaseHeaderBlob(params).replace(784, 8, ZQConvert(numWords)));
+  std::filesystem::resize_file(file.Name(), size);
+}
+
+double PeakMiB() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1024;
+}
 
 /// A file of 1200 fingerprints of 512 bits, opened by either back end.
 class BackEnd : public ::testing::TestWithParam<unsigned int> {
@@ -199,6 +220,26 @@ TEST_P(BackEnd, AFileCutAnywhereIsRefusedWithoutACrash) {
     EXPECT_EQ(reports.Take().back(),
               "ZQFastFPDatabase::GetHistogram() : fingerprint database file " + file_.Name() +
                   " is shorter than its header says!");
+  }
+}
+
+TEST(InMemory, TakesMemoryForWhatTheFileHas) {
+  const TempFile file("claim.fpbin");
+  struct Case {
+    std::uint64_t numWords, count, size;
+    const char* text;
+  };
+  for (const Case& c : {Case{1UL << 29, 1, 848, "cannot read 0-th fingerprint"},
+                        Case{4, 1UL << 26, 848 + 47, "cannot read 1-th fingerprint"},
+                        Case{0, 1UL << 26, 800 + 160, "cannot read 10-th fingerprint"},
+                        Case{~0UL - 1, 5, 848, "cannot read 0-th fingerprint"},
+                        Case{~0UL, 5, 848, "cannot read 0-th fingerprint"}}) {
+    WriteClaim(file, PathTypeOf(256), c.numWords, c.count, c.size);
+    CapturedReports reports;
+    const double before = PeakMiB();
+    EXPECT_FALSE(ZQFastFPDatabase(file.Name(), ZQFastFPDatabaseMemoryType::InMemory).IsValid());
+    EXPECT_LT(PeakMiB() - before, 64);
+    EXPECT_EQ(reports.Take(), Texts{constructor + " : " + c.text});
   }
 }
 
