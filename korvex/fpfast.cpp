@@ -69,7 +69,8 @@ std::uint64_t ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint
 
 bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type,
                  const std::vector<std::uint64_t>& words) {
-  return ZQConvertFP(fp, type, words.data(), 8 * words.size());
+  static constexpr std::uint64_t none = 0;  // no words have a null pointer
+  return ZQConvertFP(fp, type, words.empty() ? &none : words.data(), 8 * words.size());
 }
 
 bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const std::uint64_t* words,
@@ -217,14 +218,14 @@ ZQFastFPDatabaseParams::ZQFastFPDatabaseParams(const std::string& filename) {
   valid_ = true;
 }
 
+bool ZQFastFPDatabaseParams::FitsType() const {
+  const unsigned int bits = type_ ? ZQGetFingerPrintSize(type_) : 0;
+  return bits > 0 && bits % ZQGetPopCountFingerprintSizeUnit() == 0 && bits / 64 == numWords_;
+}
+
 bool ZQFastFPDatabaseParams::IsConsistent() const {
-  std::uint64_t recordBytes = 0;
-  std::uint64_t bytes = 0;
-  return valid_ && IsStorable(type_->GetFPType()) && ZQGetFingerPrintSize(type_) % 64 == 0 &&
-         ZQGetFingerPrintSize(type_) / 64 == numWords_ &&
-         !__builtin_mul_overflow(numWords_ + zqRecordPrefixWords, 8, &recordBytes) &&
-         !__builtin_mul_overflow(recordBytes, numFingerPrints_, &bytes) &&
-         !__builtin_add_overflow(bytes, zqHeaderBytes, &bytes) && bytes == fileSize_;
+  return valid_ && IsStorable(type_->GetFPType()) && FitsType() &&
+         ZQGetFPDatabaseFileSize(numFingerPrints_, type_) == fileSize_;
 }
 
 }  // namespace ZQKorvex

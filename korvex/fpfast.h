@@ -45,8 +45,12 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
   std::uint64_t GetFileSize() const { return fileSize_; }
   /// 64-bit words of one fingerprint.
   std::uint64_t NumWords() const { return numWords_; }
-  /// Whether the header is valid, the file has exactly the size that the header asks for, and a
-  /// fingerprint of the type has exactly the header's number of words. Warns nothing.
+  /// Whether a fingerprint of the type has exactly the header's number of words, and whole units
+  /// of `ZQGetPopCountFingerprintSizeUnit` bits: only then can the records be scanned. For a
+  /// valid header. Warns nothing.
+  bool FitsType() const;
+  /// Whether the header is valid and fits its type, the type may be stored, and the file has
+  /// exactly the size that the header asks for. Warns nothing.
   bool IsConsistent() const;
 
   void SetMoleculeFile(std::string name) { moleculeFile_ = std::move(name); }

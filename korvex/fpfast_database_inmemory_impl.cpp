@@ -82,10 +82,11 @@ const std::uint64_t* ZQFastFPInMemoryDatabaseImpl::GetRecord(std::uint64_t index
   return &records_[index * Stride()];
 }
 
-void ZQFastFPInMemoryDatabaseImpl::WarnOfLimit(const char* caller, unsigned int limit) const {
+void ZQFastFPInMemoryDatabaseImpl::WarnOfLimit(const char* caller, int limit,
+                                               int numRecords) const {
   ZQThrow.Warning(
-      "%s : set to retrieve more nearest neighbors (%u) than there are fingerprints (%lu).", caller,
-      limit, NumFingerPrints());
+      "%s : set to retrieve more nearest neighbors (%d) than there are fingerprints (%d).", caller,
+      limit, numRecords);
 }
 
 }  // namespace ZQKorvex

@@ -84,6 +84,8 @@ TEST(Format, Conversions) {
   EXPECT_TRUE(ZQConvertFP(back, fp.GetFPTypeBase(), words.data(), 12));
   EXPECT_EQ(back.GetSize(), 96U);
   EXPECT_EQ(back.Words()[1], words[1] & 0xFFFFFFFF);
+  EXPECT_TRUE(ZQConvertFP(back, fp.GetFPTypeBase(), std::vector<std::uint64_t>()));
+  EXPECT_EQ(back.GetSize(), 0U);
 
   CapturedReports reports;
   EXPECT_EQ(ZQConvert(std::string("1234567")), 0U);
