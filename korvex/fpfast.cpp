@@ -215,12 +215,9 @@ ZQFastFPDatabaseParams::ZQFastFPDatabaseParams(const std::string& filename) {
     return;
   }
   numWords_ = ZQConvert(tail.data());
+  const unsigned int bits = ZQGetFingerPrintSize(type_);
+  fitsType_ = bits > 0 && bits % ZQGetPopCountFingerprintSizeUnit() == 0 && bits / 64 == numWords_;
   valid_ = true;
-}
-
-bool ZQFastFPDatabaseParams::FitsType() const {
-  const unsigned int bits = type_ ? ZQGetFingerPrintSize(type_) : 0;
-  return bits > 0 && bits % ZQGetPopCountFingerprintSizeUnit() == 0 && bits / 64 == numWords_;
 }
 
 bool ZQFastFPDatabaseParams::IsConsistent() const {

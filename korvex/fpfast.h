@@ -46,9 +46,8 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
   /// 64-bit words of one fingerprint.
   std::uint64_t NumWords() const { return numWords_; }
   /// Whether a fingerprint of the type has exactly the header's number of words, and whole units
-  /// of `ZQGetPopCountFingerprintSizeUnit` bits: only then can the records be scanned. For a
-  /// valid header. Warns nothing.
-  bool FitsType() const;
+  /// of `ZQGetPopCountFingerprintSizeUnit` bits: only then can the records be scanned.
+  bool FitsType() const { return fitsType_; }
   /// Whether the header is valid and fits its type, the type may be stored, and the file has
   /// exactly the size that the header asks for. Warns nothing.
   bool IsConsistent() const;
@@ -59,6 +58,7 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
 
  private:
   bool valid_ = false;
+  bool fitsType_ = false;
   bool littleEndian_ = false;
   std::string moleculeFile_;
   const ZQFPTypeBase* type_ = nullptr;
