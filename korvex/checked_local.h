@@ -57,6 +57,13 @@ inline unsigned int ZQCheckedUnsigned(std::uint64_t value) {
   return static_cast<unsigned int>(value);
 }
 
+/// The product of two sizes, or the greatest number, which no container takes, where it wraps.
+inline std::uint64_t ZQSaturatedProduct(std::uint64_t a, std::uint64_t b) {
+  std::uint64_t product = 0;
+  return __builtin_mul_overflow(a, b, &product) ? std::numeric_limits<std::uint64_t>::max()
+                                                : product;
+}
+
 inline float ZQCheckedFloat(double value) {
   constexpr float limit = std::numeric_limits<float>::max();
   if (std::abs(value) > limit) [[unlikely]]

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "contract/bostrel/strings.h"
+#include "korvex/checked_local.h"
 #include "korvex/fingerprint_params.h"
 #include "korvex/fpfast_local.h"
 
@@ -68,7 +69,8 @@ std::uint64_t ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint
 
 bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type,
                  const std::vector<std::uint64_t>& words) {
-  return ZQConvertFP(fp, type, words.data(), 8 * words.size());
+  static constexpr std::uint64_t none = 0;  // no words have a null pointer
+  return ZQConvertFP(fp, type, words.empty() ? &none : words.data(), 8 * words.size());
 }
 
 bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const std::uint64_t* words,
@@ -118,7 +120,8 @@ std::uint64_t ZQGetFPDatabaseFileSize(std::uint64_t count, const ZQFPTypeBase* t
   if (!ZQ_ASSERT(type)) return 0;
   const std::uint64_t bits = ZQGetFingerPrintSize(type);
   ZQ_ASSERT(bits % 64 == 0);
-  return zqHeaderBytes + count * (bits / 64 + zqRecordPrefixWords) * 8;
+  const std::uint64_t bytes = ZQSaturatedProduct(count, (bits / 64 + zqRecordPrefixWords) * 8);
+  return bytes + std::min<std::uint64_t>(zqHeaderBytes, ~bytes);
 }
 
 std::string ZQWriteFastFPDatabaseHeaderBlob(const ZQFastFPDatabaseParams& params) {
@@ -212,17 +215,14 @@ ZQFastFPDatabaseParams::ZQFastFPDatabaseParams(const std::string& filename) {
     return;
   }
   numWords_ = ZQConvert(tail.data());
+  const unsigned int bits = ZQGetFingerPrintSize(type_);
+  fitsType_ = bits > 0 && bits % ZQGetPopCountFingerprintSizeUnit() == 0 && bits / 64 == numWords_;
   valid_ = true;
 }
 
 bool ZQFastFPDatabaseParams::IsConsistent() const {
-  std::uint64_t recordBytes = 0;
-  std::uint64_t bytes = 0;
-  return valid_ && IsStorable(type_->GetFPType()) && ZQGetFingerPrintSize(type_) % 64 == 0 &&
-         ZQGetFingerPrintSize(type_) / 64 == numWords_ &&
-         !__builtin_mul_overflow(numWords_ + zqRecordPrefixWords, 8, &recordBytes) &&
-         !__builtin_mul_overflow(recordBytes, numFingerPrints_, &bytes) &&
-         !__builtin_add_overflow(bytes, zqHeaderBytes, &bytes) && bytes == fileSize_;
+  return valid_ && IsStorable(type_->GetFPType()) && FitsType() &&
+         ZQGetFPDatabaseFileSize(numFingerPrints_, type_) == fileSize_;
 }
 
 }  // namespace ZQKorvex

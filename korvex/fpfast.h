@@ -45,8 +45,11 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
   std::uint64_t GetFileSize() const { return fileSize_; }
   /// 64-bit words of one fingerprint.
   std::uint64_t NumWords() const { return numWords_; }
-  /// Whether the header is valid, the file has exactly the size that the header asks for, and a
-  /// fingerprint of the type has exactly the header's number of words. Warns nothing.
+  /// Whether a fingerprint of the type has exactly the header's number of words, and whole units
+  /// of `ZQGetPopCountFingerprintSizeUnit` bits: only then can the records be scanned.
+  bool FitsType() const { return fitsType_; }
+  /// Whether the header is valid and fits its type, the type may be stored, and the file has
+  /// exactly the size that the header asks for. Warns nothing.
   bool IsConsistent() const;
 
   void SetMoleculeFile(std::string name) { moleculeFile_ = std::move(name); }
@@ -55,6 +58,7 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
 
  private:
   bool valid_ = false;
+  bool fitsType_ = false;
   bool littleEndian_ = false;
   std::string moleculeFile_;
   const ZQFPTypeBase* type_ = nullptr;
@@ -69,8 +73,8 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
 /// tree allowed)!" or "... invalid fingerprint size (has to be multiple of %d)!".
 ZQ_EXPORT bool CheckFingerPrintType(const ZQFPTypeBase* type, const char* caller);
 
-/// Bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8. A null type, or one
-/// whose size isn't a multiple of 64 bits, is an assertion failure.
+/// Bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8, or 2^64 - 1 where that
+/// is more. A null type, or one whose size isn't a multiple of 64 bits, is an assertion failure.
 ZQ_EXPORT std::uint64_t ZQGetFPDatabaseFileSize(std::uint64_t count, const ZQFPTypeBase* type);
 
 }  // namespace ZQKorvex

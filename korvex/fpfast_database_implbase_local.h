@@ -26,8 +26,6 @@ class ZQ_EXPORT ZQFastFPDatabaseImplBase {
                                        const ZQFPDatabaseOptions& options) const = 0;
   virtual ZQIter<ZQSimScore> GetSortedScores(const ZQFingerPrint& query,
                                              const ZQFPDatabaseOptions& options) const = 0;
-  virtual std::vector<ZQIter<ZQSimScore>> GetSortedScores(
-      const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options) const = 0;
   virtual ZQIter<double> GetRawScores(const ZQFingerPrint& query,
                                       const ZQFPDatabaseOptions& options) const = 0;
   virtual ZQIter<float> GetAllScores(const ZQFPDatabaseOptions& options) const = 0;
@@ -43,6 +41,9 @@ class ZQ_EXPORT ZQFastFPDatabaseImplBase {
   /// The raw content of a record.
   virtual bool GetFingerPrint(std::vector<std::uint64_t>& words, std::uint64_t& moleculeIndex,
                               std::uint64_t& popcount, std::uint64_t index) const = 0;
+  // The slots above keep their places; what is added comes behind them.
+  virtual std::vector<ZQIter<ZQSimScore>> GetSortedScores(
+      const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options) const = 0;
 
   /// Both need a valid object.
   const ZQFPTypeBase* GetFPTypeBase() const;

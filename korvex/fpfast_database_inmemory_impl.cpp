@@ -1,7 +1,7 @@
 #include "korvex/fpfast_database_inmemory_impl_local.h"
 
+#include <algorithm>
 #include <exception>
-#include <limits>
 
 #include "korvex/fpfast_local.h"
 
@@ -25,14 +25,14 @@ ZQFastFPInMemoryDatabaseImpl::ZQFastFPInMemoryDatabaseImpl(const std::string& fi
 bool ZQFastFPInMemoryDatabaseImpl::Load() {
   const std::uint64_t count = params_.NumFingerPrints();
   const std::uint64_t numWords = params_.NumWords();
-  std::uint64_t size = 0;
-  if (numWords > records_.max_size() || __builtin_mul_overflow(count, Stride(), &size)) {
-    size = std::numeric_limits<std::uint64_t>::max();  // refused with the rest
-  }
+  // Memory is taken for the records that the file has in whole.
+  const std::uint64_t words = std::max(params_.GetFileSize() / 8, zqHeaderWords) - zqHeaderWords;
+  const std::uint64_t present = numWords < words ? std::min(count, words / Stride()) : 0;
+  const std::uint64_t size = present * Stride();
   std::vector<unsigned char> record;
   try {
     records_.reserve(size);
-    if (count > 0) record.resize(8 * Stride());
+    if (present > 0) record.resize(8 * Stride());
   } catch (const std::exception& failure) {
     ZQThrow.Warning("%s : %s!", constructorName, failure.what());
     return false;
@@ -55,7 +55,7 @@ bool ZQFastFPInMemoryDatabaseImpl::Load() {
     return false;
   }
   for (std::uint64_t i = 0; i < count; ++i) {
-    if (!ZQ_io_read_binary(in, record.data(), record.size())) {
+    if (i == present || !ZQ_io_read_binary(in, record.data(), record.size())) {
       ZQThrow.Warning("%s : cannot read %lu-th fingerprint", constructorName, i);
       return false;
     }
@@ -82,10 +82,11 @@ const std::uint64_t* ZQFastFPInMemoryDatabaseImpl::GetRecord(std::uint64_t index
   return &records_[index * Stride()];
 }
 
-void ZQFastFPInMemoryDatabaseImpl::WarnOfLimit(const char* caller, unsigned int limit) const {
+void ZQFastFPInMemoryDatabaseImpl::WarnOfLimit(const char* caller, int limit,
+                                               int numRecords) const {
   ZQThrow.Warning(
-      "%s : set to retrieve more nearest neighbors (%u) than there are fingerprints (%lu).", caller,
-      limit, NumFingerPrints());
+      "%s : set to retrieve more nearest neighbors (%d) than there are fingerprints (%d).", caller,
+      limit, numRecords);
 }
 
 }  // namespace ZQKorvex

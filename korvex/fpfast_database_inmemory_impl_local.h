@@ -20,9 +20,10 @@ class ZQ_EXPORT ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
  protected:
   bool GetRecords(const std::uint64_t*& records, const char* caller) const override;
   const std::uint64_t* GetRecord(std::uint64_t index) const override;
-  void WarnOfLimit(const char* caller, unsigned int limit) const override;
+  void WarnOfLimit(const char* caller, int limit, int numRecords) const override;
 
  private:
+  /// Reads all records. Takes memory for those that the file has, whatever its header claims.
   bool Load();
 
   std::vector<std::uint64_t> records_;

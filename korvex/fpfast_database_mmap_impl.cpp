@@ -24,10 +24,24 @@ bool ZQFastFPMemoryMapDatabaseImpl::HasPagesFor(std::uint64_t count) const {
          words <= mapped / 8 - zqHeaderWords;
 }
 
+const void* ZQFastFPMemoryMapDatabaseImpl::GetFilePtr(const char* caller) const {
+  return GetBase(std::string(caller) + " :");
+}
+
+const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetBase(const std::string& caller) const {
+  const void* base = file_.GetBase();
+  if (!ZQ_ASSERT(base)) {
+    ZQThrow.Warning("%s invalid fingerprint database file pointer!", caller.c_str());
+  }
+  return static_cast<const std::uint64_t*>(base);
+}
+
 bool ZQFastFPMemoryMapDatabaseImpl::GetRecords(const std::uint64_t*& records,
                                                const char* caller) const {
+  const std::uint64_t* base = GetBase(caller);
+  if (!base) return false;
   if (!HasPagesFor(NumFingerPrints())) {
-    ZQThrow.Warning("%s : fingerprint database file %s is shorter than its header says!", caller,
+    ZQThrow.Warning("%s fingerprint database file %s is shorter than its header says!", caller,
                     filename_.c_str());
     return false;
   }
@@ -36,19 +50,21 @@ bool ZQFastFPMemoryMapDatabaseImpl::GetRecords(const std::uint64_t*& records,
   const auto memory = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
                       static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   if (file_.GetLength() <= memory / 2 && !pagedIn_.exchange(true)) file_.PageIn();
-  records = static_cast<const std::uint64_t*>(file_.GetBase()) + zqHeaderWords;
+  records = base + zqHeaderWords;
   return true;
 }
 
 const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetRecord(std::uint64_t index) const {
-  if (!HasPagesFor(index + 1)) return nullptr;
-  return static_cast<const std::uint64_t*>(file_.GetBase()) + zqHeaderWords + index * Stride();
+  const std::uint64_t* base = GetBase("ZQFastFPDatabase::GetFingerPrint() :");
+  if (!base || !HasPagesFor(index + 1)) return nullptr;
+  return base + zqHeaderWords + index * Stride();
 }
 
-void ZQFastFPMemoryMapDatabaseImpl::WarnOfLimit(const char* caller, unsigned int limit) const {
+void ZQFastFPMemoryMapDatabaseImpl::WarnOfLimit(const char* caller, int limit,
+                                                int numRecords) const {
   ZQThrow.Warning(
-      "%s set to retrieve more nearest neighbors (%u) than there are fingerprints (%lu)!", caller,
-      limit, NumFingerPrints());
+      "%s set to retrieve more nearest neighbors (%d) than there are fingerprints (%d)!", caller,
+      limit, numRecords);
 }
 
 }  // namespace ZQKorvex

@@ -18,17 +18,24 @@ class ZQ_EXPORT ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl 
   unsigned int GetMemoryType() const override { return ZQFastFPDatabaseMemoryType::MemoryMapped; }
   std::string GetMemoryTypeString() const override { return "memory-mapped"; }
 
+  /// The start of the mapping. Null, after an assertion failure and the warning "%s : invalid
+  /// fingerprint database file pointer!", if nothing is mapped.
+  const void* GetFilePtr(const char* caller) const;
+
  protected:
   bool GetRecords(const std::uint64_t*& records, const char* caller) const override;
   const std::uint64_t* GetRecord(std::uint64_t index) const override;
-  void WarnOfLimit(const char* caller, unsigned int limit) const override;
+  void WarnOfLimit(const char* caller, int limit, int numRecords) const override;
+
+  MMapInputFile file_;
 
  private:
   /// Whether the first `count` records lie on pages that the file has. Opening doesn't compare
   /// the file with its header.
   bool HasPagesFor(std::uint64_t count) const;
+  /// What `GetFilePtr` does; `caller` carries the blank and colon of the message.
+  const std::uint64_t* GetBase(const std::string& caller) const;
 
-  MMapInputFile file_;
   mutable std::atomic<bool> pagedIn_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "korvex/fpfast_database_scan_impl_local.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <utility>
@@ -25,9 +26,16 @@ ZQIter<ZQSimScore> MakeIter(std::unique_ptr<ZQHitList<ZQSimScore>> list) {
 
 }  // namespace
 
+// The callers' names carry the blank and colon of their messages, which one of them lacks.
+
 template <class Scan>
 bool ZQFastFPScanDatabaseImpl::WithRecords(const char* caller, Scan scan) const {
   if (!ZQ_ASSERT(IsValid())) return false;
+  if (!params_.FitsType()) {
+    ZQThrow.Warning("%s fingerprints of %lu words in %s don't fit their type!", caller,
+                    params_.NumWords(), filename_.c_str());
+    return false;
+  }
   const std::uint64_t* records = nullptr;
   if (!GetRecords(records, caller)) return false;
   const ZQPopCountFunc popcount = ZQGetPopCountFunc(popcountMethod_);
@@ -39,7 +47,7 @@ bool ZQFastFPScanDatabaseImpl::WithRecords(const char* caller, Scan scan) const 
 ZQIter<ZQSimScore> ZQFastFPScanDatabaseImpl::GetScores(const ZQFingerPrint& query,
                                                        const ZQFPDatabaseOptions& options) const {
   std::vector<ZQSimScore> scores;
-  WithRecords("ZQFastFPDatabase::GetScores()",
+  WithRecords("ZQFastFPDatabase::GetScores() :",
               [&](auto... records) { ZQFastFPSimScore(scores, query, options, records...); });
   if (scores.empty()) return {};
   return MakeIter(std::move(scores));
@@ -47,29 +55,33 @@ ZQIter<ZQSimScore> ZQFastFPScanDatabaseImpl::GetScores(const ZQFingerPrint& quer
 
 ZQIter<ZQSimScore> ZQFastFPScanDatabaseImpl::GetSortedScores(
     const ZQFingerPrint& query, const ZQFPDatabaseOptions& options) const {
-  auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(NumFingerPrints()), options);
-  WithRecords("ZQFastFPDatabase::GetSortedScores()",
-              [&](auto... records) { ZQFastFPHitList(list.get(), query, options, records...); });
-  return MakeIter(std::move(list));
+  ZQIter<ZQSimScore> hits;
+  WithRecords("ZQFastFPDatabase::GetSortedScores() :", [&](auto... records) {
+    auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(NumFingerPrints()), options);
+    ZQFastFPHitList(list.get(), query, options, records...);
+    hits = MakeIter(std::move(list));
+  });
+  return hits;
 }
 
 std::vector<ZQIter<ZQSimScore>> ZQFastFPScanDatabaseImpl::GetSortedScores(
     const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options) const {
-  const unsigned int count = ZQCheckedUnsigned(NumFingerPrints());
-  std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>> lists(queries.size());
-  for (auto& list : lists) list = ZQInitFPDatabaseHitList(count, options);
-  WithRecords("ZQFastFPDatabase::GetSortedScores()",
-              [&](auto... records) { ZQFastFPHitLists(lists, queries, options, records...); });
-  std::vector<ZQIter<ZQSimScore>> hits;
-  hits.reserve(lists.size());
-  for (auto& list : lists) hits.push_back(MakeIter(std::move(list)));
+  std::vector<ZQIter<ZQSimScore>> hits(queries.size());
+  WithRecords("ZQFastFPDatabase::GetSortedScores() :", [&](auto... records) {
+    const unsigned int count = ZQCheckedUnsigned(NumFingerPrints());
+    std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>> lists(queries.size());
+    for (auto& list : lists) list = ZQInitFPDatabaseHitList(count, options);
+    ZQFastFPHitLists(lists, queries, options, records...);
+    std::transform(lists.begin(), lists.end(), hits.begin(),
+                   [](auto& list) { return MakeIter(std::move(list)); });
+  });
   return hits;
 }
 
 ZQIter<double> ZQFastFPScanDatabaseImpl::GetRawScores(const ZQFingerPrint& query,
                                                       const ZQFPDatabaseOptions& options) const {
   std::vector<double> scores;
-  if (!WithRecords("ZQFastFPDatabase::GetRawScores()",
+  if (!WithRecords("ZQFastFPDatabase::GetRawScores() :",
                    [&](auto... records) { ZQFastFPRaw(scores, query, options, records...); })) {
     return {};
   }
@@ -88,7 +100,7 @@ ZQIter<float> ZQFastFPScanDatabaseImpl::GetAllScores(const ZQFPDatabaseOptions& 
 ZQFPHistogram ZQFastFPScanDatabaseImpl::GetHistogram(const ZQFPDatabaseOptions& options,
                                                      unsigned long bins) const {
   ZQFPHistogram histogram(bins, 0.0, 1.0);
-  WithRecords("ZQFastFPDatabase::GetHistogram()",
+  WithRecords("ZQFastFPDatabase::GetHistogram() :",
               [&](auto... records) { ZQFastFPHistogram(histogram, options, records...); });
   return histogram;
 }
@@ -97,7 +109,7 @@ ZQFPVariogram ZQFastFPScanDatabaseImpl::GetVariogram(const std::vector<float>& v
                                                      const ZQFPDatabaseOptions& options,
                                                      unsigned long bins) const {
   ZQFPVariogram variogram(bins, 0.0, 1.0);
-  WithRecords("ZQFastFPDatabase::GetVariogram()",
+  WithRecords("ZQFastFPDatabase::GetVariogram() :",
               [&](auto... records) { ZQFastFPVariogram(variogram, values, options, records...); });
   return variogram;
 }
@@ -105,12 +117,14 @@ ZQFPVariogram ZQFastFPScanDatabaseImpl::GetVariogram(const std::vector<float>& v
 ZQIter<ZQSimScorePair> ZQFastFPScanDatabaseImpl::GetSparseMatrix(
     const ZQFPDatabaseOptions& options) const {
   const char* caller = "ZQFastFPDatabase::GetSparseMatrix()";
+  const char* callerColon = "ZQFastFPDatabase::GetSparseMatrix() :";
   ZQIter<ZQSimScorePair> result;
-  WithRecords(caller, [&](const std::uint64_t* data, std::uint64_t numRecords,
-                          std::uint64_t numWords, ZQPopCountFunc popcount) {
+  WithRecords(callerColon, [&](const std::uint64_t* data, std::uint64_t numRecords,
+                               std::uint64_t numWords, ZQPopCountFunc popcount) {
     std::uint64_t limit = options.GetLimit();
     if (limit > numRecords) {
-      WarnOfLimit(caller, options.GetLimit());
+      // The message has numbers of 32 bits with a sign; greater ones come out wrapped.
+      WarnOfLimit(caller, static_cast<int>(limit), static_cast<int>(numRecords));
       return;
     }
     if (limit == 0) {
@@ -127,7 +141,7 @@ ZQIter<ZQSimScorePair> ZQFastFPScanDatabaseImpl::GetSparseMatrix(
     }
     std::vector<ZQSimScorePair> pairs;
     try {
-      pairs.reserve(numRecords * limit);  // both are below 2^32
+      pairs.reserve(ZQSaturatedProduct(numRecords, limit));
     } catch (const std::exception&) {
       ZQThrow.Warning("%s: not enough system memory to store results!", caller);
       return;
@@ -146,8 +160,8 @@ unsigned int ZQFastFPScanDatabaseImpl::SortedSearch(ZQSimSearchResult& result,
     return result.GetSearchStatus();
   }
   ZQSimSearchResultImpl& impl = result.GetImpl();
-  if (!impl.Init(NumFingerPrints(), options)) return result.GetSearchStatus();
-  WithRecords("ZQFastFPDatabase::SortedSearch()", [&](auto... records) {
+  WithRecords("ZQFastFPDatabase::Search() :", [&](auto... records) {
+    if (!impl.Init(NumFingerPrints(), options)) return;
     impl.SetSearchStatus(ZQSimSearchStatus::InProgress);
     try {
       ZQFastFPResult(&impl, query, options, records...);

@@ -1,7 +1,9 @@
 #pragma once
 
 /// The queries of the back ends that scan on the CPU. They differ in one thing: where the records
-/// are.
+/// are. A file whose header has another number of words than its type is not scanned: each query
+/// but that of a record warns "%s fingerprints of %lu words in %s don't fit their type!" and is
+/// empty.
 
 #include <cstdint>
 #include <string>
@@ -39,18 +41,19 @@ class ZQ_EXPORT ZQFastFPScanDatabaseImpl : public ZQFastFPDatabaseImplBase {
                       std::uint64_t& popcount, std::uint64_t index) const override;
 
  protected:
-  /// The first record, for a query over all of them. False, after a warning behind the caller's
-  /// name, if they can't be had.
+  /// The first record, for a query over all of them. False, after a warning behind `caller`, if
+  /// they can't be had.
   virtual bool GetRecords(const std::uint64_t*& records, const char* caller) const = 0;
   /// One record, null if it can't be had.
   virtual const std::uint64_t* GetRecord(std::uint64_t index) const = 0;
-  virtual void WarnOfLimit(const char* caller, unsigned int limit) const = 0;
+  virtual void WarnOfLimit(const char* caller, int limit, int numRecords) const = 0;
 
   /// Words of a record.
   std::uint64_t Stride() const { return params_.NumWords() + 2; }
 
  private:
-  /// Calls `scan(data, numRecords, numWords, popcount)`; false if there is nothing to scan with.
+  /// Calls `scan(data, numRecords, numWords, popcount)`; false, after a warning behind `caller`, if
+  /// there is nothing to scan.
   template <class Scan>
   bool WithRecords(const char* caller, Scan scan) const;
 };

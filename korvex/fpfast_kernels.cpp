@@ -290,7 +290,7 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
                        const unsigned long* data, unsigned long numRecords, unsigned long numWords,
                        ZQPopCountFunc popcount) {
   if (!AreRecords(data, numRecords, popcount)) return;
-  out.resize(numRecords * numRecords);
+  out.resize(ZQSaturatedProduct(numRecords, numRecords));
   const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
   ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
   // A few rows at a time, so that the mirror image is written in whole cache lines.
@@ -362,7 +362,11 @@ namespace {
 class NearestLists {
  public:
   NearestLists(std::size_t numRows, std::size_t k)
-      : k_(k), keys_(numRows * k), ids_(numRows * k), sizes_(numRows), bars_(numRows) {}
+      : k_(k),
+        keys_(ZQSaturatedProduct(numRows, k)),
+        ids_(keys_.size()),
+        sizes_(numRows),
+        bars_(numRows) {}
   static constexpr std::size_t bytesPerSlot = 16;
 
   void Clear() {
@@ -453,22 +457,33 @@ class NearestLists {
 void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
                           const unsigned long* data, unsigned long numRecords,
                           unsigned long numWords, ZQPopCountFunc popcount, unsigned long k) {
-  if (!AreRecords(data, numRecords, popcount)) return;
-  k = std::min(k, numRecords);
-  if (k == 0) return;
-  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
-  const ZQRecords records{data, numRecords, numWords};
-  ZQScorer scorer(options, records, popcount);
-  const ZQScanVariant& variant = scorer.Variant();
-
   // The lists of all rows at once if they don't take much memory: then each pair is scored once.
-  // Otherwise those of a few rows, which stay in the cache.
+  // Otherwise those of a few rows, which stay in the cache: whole blocks, or a part of one.
   constexpr std::size_t maxSlots = (std::size_t{40} << 20) / NearestLists::bytesPerSlot;
   constexpr std::size_t slotsInCache = (std::size_t{1} << 20) / NearestLists::bytesPerSlot;
   constexpr std::size_t minBand = 16;
-  const std::size_t band = numRecords <= maxSlots / k ? numRecords
-                                                      : std::clamp(slotsInCache / k, minBand,
-                                                                   std::max(maxSlots / k, minBand));
+  k = std::min(k, numRecords);
+  if (k == 0) return;
+  std::size_t band = std::max(slotsInCache / k, minBand);
+  if (band > zqBlockRecords) band -= band % zqBlockRecords;
+  if (numRecords <= maxSlots / k) band = numRecords;
+  ZQFastFPSparseMatrixInBands(out, options, data, numRecords, numWords, popcount, k, band);
+}
+
+void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
+                                 const ZQFPDatabaseOptions& options, const unsigned long* data,
+                                 unsigned long numRecords, unsigned long numWords,
+                                 ZQPopCountFunc popcount, unsigned long k, unsigned long band) {
+  if (!AreRecords(data, numRecords, popcount)) return;
+  k = std::min(k, numRecords);
+  band = std::min(band, numRecords);
+  if (k == 0 || !ZQ_ASSERT(band > 0)) return;
+  // Scores serve both ways where every block of columns lies inside one band or outside of it.
+  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const bool mirrored = symmetric && (band % zqBlockRecords == 0 || band == numRecords);
+  const ZQRecords records{data, numRecords, numWords};
+  ZQScorer scorer(options, records, popcount);
+  const ZQScanVariant& variant = scorer.Variant();
   NearestLists lists(band, k);
   Scores scores;
 
@@ -476,11 +491,11 @@ void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOp
     const std::uint64_t bandEnd = std::min<std::uint64_t>(bandBegin + band, numRecords);
     lists.Clear();
     // Every row meets its columns in ascending order. Where a block's records have rows in the
-    // band themselves, scores serve both ways: a record of the block meets the rows before its
-    // block when that block has its turn, and the records behind as their blocks follow.
+    // band themselves, a record of the block meets the rows before its block when that block has
+    // its turn, and the records behind as their blocks follow.
     ForBlocks(0, numRecords, [&](std::uint64_t columns, std::size_t n) {
       scorer.SetColumns(columns, n);
-      const bool mirror = symmetric && columns >= bandBegin && columns + n <= bandEnd;
+      const bool mirror = mirrored && columns >= bandBegin && columns < bandEnd;
       const std::uint64_t end = mirror ? columns + n : bandEnd;
       for (std::uint64_t row = bandBegin; row < end; ++row) {
         scorer.ScoreColumns(scorer.RowOf(row), scores.data());

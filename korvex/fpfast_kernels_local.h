@@ -3,8 +3,9 @@
 /// The scan kernels: each walks the records of a database and computes one score for a record or
 /// for a pair of records. Every kernel has a long form, told of the records, and a short one,
 /// told of the image of a `.fpbin` file. A null pointer, or a query of another number of words, is
-/// an assertion failure; the kernel then does nothing. Only `ZQFastFPResult` and
-/// `ZQFastFPHitLists` start threads, and join them before they return.
+/// an assertion failure; the kernel then does nothing. A result too large for any memory throws
+/// what its container throws. Only `ZQFastFPResult` and `ZQFastFPHitLists` start threads, and join
+/// them before they return.
 
 #include <atomic>
 #include <cstdint>
@@ -115,5 +116,12 @@ ZQ_EXPORT void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out,
 ZQ_EXPORT void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out,
                                     const ZQFPDatabaseOptions& options, const unsigned long* image,
                                     ZQPopCountFunc popcount, unsigned long k);
+/// The same with the lists of `band` rows kept at once, which changes memory and time alone:
+/// scores of rows of one band are used both ways if the band is all rows or whole blocks of 64.
+ZQ_EXPORT void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
+                                           const ZQFPDatabaseOptions& options,
+                                           const unsigned long* data, unsigned long numRecords,
+                                           unsigned long numWords, ZQPopCountFunc popcount,
+                                           unsigned long k, unsigned long band);
 
 }  // namespace ZQKorvex

@@ -44,7 +44,7 @@ ZQ_EXPORT bool ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrin
 /// The same; returns the count that `popcount` gives for the words.
 ZQ_EXPORT std::uint64_t ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint& fp,
                                     ZQPopCountFunc popcount);
-/// A fingerprint of 64 bits a word.
+/// A fingerprint of 64 bits a word; without words one of no bits.
 ZQ_EXPORT bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type,
                            const std::vector<std::uint64_t>& words);
 /// A fingerprint of `count` bytes. A null type or pointer is an assertion failure.

@@ -2,12 +2,16 @@
 
 /// Scores of one fingerprint against a block of records: what all scan kernels are made of.
 ///
-/// Two ways give the same scores. The plain one ANDs each pair into a scratch buffer and calls
-/// the popcount function that it was given. When that function is one of the library's own, the
-/// loops of a variant (fpfast_variants_local.h) take its place. They work on doubles, so that a
-/// record whose stored count can't be true goes the plain way, where integers wrap and
-/// conversions are checked.
+/// Two ways give the same counts of common bits. The plain one ANDs each pair into a scratch buffer
+/// and calls the popcount function that it was given. When that function is one of the library's
+/// own, the loops of a variant (fpfast_variants_local.h) take its place. From there on there is one
+/// way, so that a score depends on the words and the stored counts of the two fingerprints alone.
+///
+/// Stored counts are trusted as far as they can be true: one above the bits of the words counts as
+/// all of them, and a score is never outside 0.0 to 1.0. So no content of a file leads to a NaN,
+/// to a conversion that fails or past the ends of a histogram.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -30,7 +34,7 @@ struct ZQRecords {
     return reinterpret_cast<std::uintptr_t>(data) + 8 * index * Stride();
   }
   std::uint64_t Id(std::uint64_t index) const { return At(index)[0]; }
-  std::uint64_t Count(std::uint64_t index) const { return At(index)[1]; }
+  std::uint64_t Count(std::uint64_t index) const { return std::min(At(index)[1], 64 * numWords); }
   const std::uint64_t* Words(std::uint64_t index) const { return At(index) + 2; }
 };
 
@@ -65,9 +69,9 @@ class ZQScorer {
   const ZQScanVariant& Variant() const { return variant_; }
 
  private:
-  double PlainScore(const ZQScoredRow& row, std::uint64_t record);
+  void CountPlainly(const ZQScoredRow& row, std::uint64_t begin, std::size_t n);
   void ReadCounts(std::uint64_t begin, std::size_t n);
-  void Score(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, double* scores);
+  void Score(const ZQScoredRow& row, std::size_t n, double* scores);
 
   const ZQRecords records_;
   const ZQScoreTerms terms_;
@@ -84,7 +88,6 @@ class ZQScorer {
   std::vector<Line> packed_;
   std::uint64_t columns_ = 0;
   std::size_t numColumns_ = 0;
-  bool trueCounts_ = false;  // of the records in `recordCounts_`
   alignas(64) std::array<double, zqBlockRecords> recordCounts_{};
   alignas(64) std::array<std::uint32_t, zqBlockRecords> common_{};
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cstring>
 
 namespace ZQKorvex {
@@ -27,14 +28,21 @@ namespace {
 // they are inlined into.
 
 template <unsigned int measure>
-[[gnu::always_inline]] inline void ScoreLoop(const ZQScoreTerms& terms, double q,
+[[gnu::always_inline]] inline bool ScoreLoop(const ZQScoreTerms& terms, double q,
                                              const double* __restrict r,
                                              const std::uint32_t* __restrict counts, std::size_t n,
                                              double* __restrict scores) {
   const ZQScoreTerms local = terms;
+  // The bits of a number from 0.0 to 1.0 have no sign, nor do they with this added.
+  constexpr std::uint64_t fromOne =
+      (std::uint64_t{1} << 63) - 1 - std::bit_cast<std::uint64_t>(1.0);
+  std::uint64_t outside = 0;
   for (std::size_t i = 0; i < n; ++i) {
-    scores[i] = ZQScoreOf<measure, double>(local, q, r[i], static_cast<std::int32_t>(counts[i]));
+    scores[i] = ZQScoreOf<measure>(local, q, r[i], static_cast<std::int32_t>(counts[i]));
+    const auto bits = std::bit_cast<std::uint64_t>(scores[i]);
+    outside |= bits | (bits + fromOne);
   }
+  return outside >> 63 == 0;
 }
 
 [[gnu::always_inline]] inline bool BinLoop(const double* __restrict values, std::size_t n,
@@ -85,9 +93,9 @@ void ScanSse2(const std::uint64_t* query, const std::uint64_t* words, std::uintp
 }
 
 template <unsigned int measure>
-void Scores(const ZQScoreTerms& terms, double q, const double* r, const std::uint32_t* counts,
+bool Scores(const ZQScoreTerms& terms, double q, const double* r, const std::uint32_t* counts,
             std::size_t n, double* scores) {
-  ScoreLoop<measure>(terms, q, r, counts, n, scores);
+  return ScoreLoop<measure>(terms, q, r, counts, n, scores);
 }
 
 bool Bins(const double* values, std::size_t n, double lower, double upper, double binSize,
@@ -314,9 +322,9 @@ ZQ_TARGET_AVX512 void RowAvx512(const std::uint64_t* row, const std::uint64_t* p
 }
 
 template <unsigned int measure>
-ZQ_TARGET_AVX512 void ScoresAvx512(const ZQScoreTerms& terms, double q, const double* r,
+ZQ_TARGET_AVX512 bool ScoresAvx512(const ZQScoreTerms& terms, double q, const double* r,
                                    const std::uint32_t* counts, std::size_t n, double* scores) {
-  ScoreLoop<measure>(terms, q, r, counts, n, scores);
+  return ScoreLoop<measure>(terms, q, r, counts, n, scores);
 }
 
 /// A division takes as long as all else here together. So values are multiplied by the inverse

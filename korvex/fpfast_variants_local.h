@@ -44,8 +44,9 @@ struct ZQScanVariant {
   void (*row)(const std::uint64_t* row, const std::uint64_t* packed, std::size_t numWords,
               std::uint32_t* counts);
 
-  /// scores[i] from `q`, r[i] and counts[i], at the index of a measure less one.
-  using ScoreLoop = void (*)(const ZQScoreTerms& terms, double q, const double* r,
+  /// scores[i] from `q`, r[i] and counts[i], at the index of a measure less one. False if any isn't
+  /// inside 0.0 to 1.0.
+  using ScoreLoop = bool (*)(const ZQScoreTerms& terms, double q, const double* r,
                              const std::uint32_t* counts, std::size_t n, double* scores);
   const ScoreLoop* scores;
   /// places[i]: the place that counts values[i]: zqBinLanes * bin + i % zqBinLanes, the bin among

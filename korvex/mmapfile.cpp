@@ -52,7 +52,7 @@ void MMapInputFile::PageIn() const {
 
 bool MMapOutputFile::Open(const std::string& filename, std::uint64_t length) {
   Close();
-  descriptor_ = open(filename.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  descriptor_ = open(filename.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (descriptor_ < 0) {
     ZQThrow.Error("Error opening file for writing: %s", filename.c_str());
     return false;

@@ -48,8 +48,9 @@ class ZQ_EXPORT MMapInputFile : public MMapFile {
   void PageIn() const;
 };
 
-/// A file created or truncated, with mode 600, and mapped for writing. What is written reaches
-/// the file without a further call.
+/// A file created or truncated, and mapped for writing. Who may read and write a new file is up to
+/// the process's umask; an existing one keeps its mode. What is written reaches the file without a
+/// further call.
 class ZQ_EXPORT MMapOutputFile : public MMapFile {
  public:
   /// Stretches the file to `length` bytes, all zero, and maps them. The blocks are reserved on

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -30,7 +31,11 @@ ZQSimSearchResultImpl::ZQSimSearchResultImpl(unsigned long bins, double minValue
     : bins_(bins), histogram_(std::max(bins, 1UL), minValue, maxValue) {}
 
 bool ZQSimSearchResultImpl::Init(unsigned long numTargets, const ZQFPDatabaseOptions& options) {
-  auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(numTargets), options);
+  // Where the options have a limit, the number of targets only says how many scores to expect.
+  constexpr unsigned long most = std::numeric_limits<unsigned int>::max();
+  auto list = ZQInitFPDatabaseHitList(
+      ZQCheckedUnsigned(options.GetLimit() == 0 ? numTargets : std::min(numTargets, most)),
+      options);
   const std::lock_guard guard(lock_);
   numTargets_ = numTargets;
   numSearched_ = 0;

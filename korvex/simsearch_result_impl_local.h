@@ -15,7 +15,8 @@ class ZQ_EXPORT ZQSimSearchResultImpl {
  public:
   ZQSimSearchResultImpl(unsigned long bins, double minValue, double maxValue);
 
-  /// Sets out for a search of `numTargets` records. The histogram keeps what it has.
+  /// Sets out for a search of `numTargets` records. The histogram keeps what it has. Without a
+  /// limit in the options more than 2^32 - 1 records are reported as Fatal.
   bool Init(unsigned long numTargets, const ZQFPDatabaseOptions& options);
   void SetSearchStatus(unsigned int status) { status_ = status; }
   /// Counts records as searched; takes no lock.

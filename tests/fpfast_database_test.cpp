@@ -1,9 +1,15 @@
 #include "korvex/fpfast_database.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <array>
+#include <bit>
+#include <cstring>
+#include <filesystem>
 
 #include "fp_helpers.h"
-#include "korvex/fpfast_database_implbase_local.h"
+#include "korvex/fpfast_database_mmap_impl_local.h"
 #include "mol_helpers.h"
 
 using namespace ZQKorvex;
@@ -19,6 +25,24 @@ Hits HitsOf(ZQIter<ZQSimScore> iter) {
 }
 
 const std::string constructor = "ZQFastFPDatabase::ZQFastFPDatabase()";
+
+/// A file whose header claims `numWords` and `count`, with zero bytes behind it up to `size`. They
+/// take no room on a disk.
+void WriteClaim(const TempFile& file, const ZQFPTypeBase* type, std::uint64_t numWords,
+                std::uint64_t count, std::uint64_t size) {
+  ZQFastFPDatabaseParams params;
+  params.SetMoleculeFile("mols.smi");
+  params.SetFPTypeBase(type);
+  params.SetNumFingerPrints(count);
+  file.Write(ZQWriteFastFPDatabaseHeaderBlob(params).replace(784, 8, ZQConvert(numWords)));
+  std::filesystem::resize_file(file.Name(), size);
+}
+
+double PeakMiB() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1024;
+}
 
 /// A file of 1200 fingerprints of 512 bits, opened by either back end.
 class BackEnd : public ::testing::TestWithParam<unsigned int> {
@@ -160,6 +184,8 @@ TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
                "fingerprints (1200)!"
              : "GetSparseMatrix() : set to retrieve more nearest neighbors (1201) than there are "
                "fingerprints (1200).");
+  EXPECT_FALSE(database.GetSparseMatrix({3000000000U, 1}));
+  EXPECT_NE(reports.Take().front().find(" (-1294967296) "), std::string::npos);
   ZQFPDatabaseOptions all(0, ZQSimMeasure::Tanimoto);
   EXPECT_TRUE(database.GetSparseMatrix(all));
   EXPECT_EQ(
@@ -199,6 +225,154 @@ TEST_P(BackEnd, AFileCutAnywhereIsRefusedWithoutACrash) {
     EXPECT_EQ(reports.Take().back(),
               "ZQFastFPDatabase::GetHistogram() : fingerprint database file " + file_.Name() +
                   " is shorter than its header says!");
+  }
+}
+
+TEST_P(BackEnd, AHeaderThatDoesntFitItsTypeIsNotScanned) {
+  struct Case {
+    unsigned int numbits;
+    std::uint64_t numWords, count, size;
+  };
+  for (const Case& c :
+       {Case{256, 0, 3, 848}, Case{256, 3, 3, 920}, Case{256, 8, 3, 1040}, Case{192, 3, 3, 920},
+        Case{4000, 62, 3, 2336}, Case{256, ~0UL - 1, 0, 800}, Case{256, (1UL << 61) - 2, 0, 800},
+        Case{256, 0, 1UL << 40, 9000}, Case{256, 4, 1UL << 40, 9000}}) {
+    WriteClaim(file_, PathTypeOf(c.numbits), c.numWords, c.count, c.size);
+    CapturedReports reports;
+    const ZQFastFPDatabase database(file_.Name(), GetParam());
+    if (c.count > 3 && GetParam() == ZQFastFPDatabaseMemoryType::InMemory) {
+      EXPECT_FALSE(database.IsValid());
+      continue;
+    }
+    ASSERT_TRUE(database.IsValid());
+    ZQFingerPrint fp;
+    EXPECT_EQ(database.GetFingerPrint(fp, 0), c.count > 0);
+    EXPECT_TRUE(c.count == 0 || fp.GetSize() == 64 * c.numWords);
+    const ZQFingerPrint query = RandomFingerPrints(1, c.numbits)[0];
+    for (unsigned int measure = 1; measure <= 6; ++measure) {
+      const ZQFPDatabaseOptions options(0, measure);
+      EXPECT_FALSE(database.GetScores(query, options));
+      EXPECT_FALSE(database.GetSortedScores(query, options));
+      EXPECT_FALSE(database.GetSortedScores({query, fp}, options)[1]);
+      EXPECT_FALSE(database.GetRawScores(0, options));
+      EXPECT_FALSE(database.GetSortedScores("CCO"_mol, options));
+      EXPECT_FALSE(database.GetAllScores(options));
+      EXPECT_FALSE(database.GetSparseMatrix(options));
+      EXPECT_EQ(database.GetHistogram(options, 5).NumSamples(), 0U);
+      if (c.count <= 3) database.GetVariogram(std::vector<float>(c.count), options, 5);
+      ZQSimSearchResult result;
+      EXPECT_EQ(database.GetImpl().SortedSearch(result, query, options),
+                ZQSimSearchStatus::Uninitialized);
+    }
+    EXPECT_EQ(reports.Count(ZQErrorLevel::Fatal), 0U) << c.numWords << " " << c.count;
+    reports.Take();
+    EXPECT_FALSE(database.GetAllScores({}));
+    const Texts texts = reports.Take();
+    ASSERT_EQ(texts.size(), 1U);
+    EXPECT_EQ(texts[0].substr(0, 35), "ZQFastFPDatabase::GetAllScores() fi");
+  }
+}
+
+TEST(MemoryMapped, AResultBeyondAnyMemoryIsAWarning) {
+  constexpr std::uint64_t count = std::uint64_t{1} << 32;
+  const TempFile file("sparse.fpbin");
+  WriteClaim(file, PathTypeOf(256), 4, count, 800 + 48 * count);
+  const ZQFastFPDatabase database(file.Name());
+  ASSERT_TRUE(database.IsValid());
+  CapturedReports reports;
+  EXPECT_FALSE(database.GetAllScores({}));
+  ASSERT_EQ(reports.Reports().size(), 1U);
+  EXPECT_TRUE(reports.Take()[0].starts_with("ZQFastFPDatabase::GetAllScores() : "));
+  EXPECT_FALSE(database.GetSparseMatrix(ZQFPDatabaseOptions(0, ZQSimMeasure::Tanimoto)));
+  EXPECT_EQ(reports.Take().back(),
+            "ZQFastFPDatabase::GetSparseMatrix(): not enough system memory to store results!");
+}
+
+TEST(MemoryMapped, WithoutAMapping) {
+  struct Unmapped : ZQFastFPMemoryMapDatabaseImpl {
+    using ZQFastFPMemoryMapDatabaseImpl::ZQFastFPMemoryMapDatabaseImpl;
+    void Unmap() { file_.Close(); }
+  };
+  const auto fps = RandomFingerPrints(20, 256);
+  const TempFile file("unmapped.fpbin");
+  file.Write(DatabaseBytes(fps, PathTypeOf(256)));
+  Unmapped database(file.Name());
+  EXPECT_EQ(std::memcmp(database.GetFilePtr("me()"), "LE\n", 3), 0);
+  database.Unmap();
+  CapturedReports reports;
+  EXPECT_EQ(database.GetFilePtr("me()"), nullptr);
+  EXPECT_EQ(reports.Take(),
+            (Texts{"Assertion", "me() : invalid fingerprint database file pointer!"}));
+  const auto expect = [&](bool holds, const std::string& name) {
+    EXPECT_TRUE(holds) << name;
+    EXPECT_EQ(reports.Take(), (Texts{"Assertion", "ZQFastFPDatabase::" + name +
+                                                      " invalid fingerprint database file "
+                                                      "pointer!"}));
+  };
+  expect(!database.GetScores(fps[0], {}), "GetScores() :");
+  expect(!database.GetSortedScores(fps[0], {}), "GetSortedScores() :");
+  expect(!database.GetSortedScores(fps, {})[19], "GetSortedScores() :");
+  expect(!database.GetRawScores(fps[0], {}), "GetRawScores() :");
+  expect(!database.GetAllScores({}), "GetAllScores()");
+  expect(database.GetHistogram({}, 7).NumBins() == 7, "GetHistogram() :");
+  expect(database.GetVariogram(std::vector<float>(20), {}, 7).NumBins() == 7, "GetVariogram() :");
+  expect(!database.GetSparseMatrix({5, 1}), "GetSparseMatrix() :");
+  std::vector<std::uint64_t> words;
+  std::uint64_t id = 0;
+  std::uint64_t popcount = 0;
+  expect(!database.GetFingerPrint(words, id, popcount, 0), "GetFingerPrint() :");
+  ZQSimSearchResult result;
+  expect(database.SortedSearch(result, fps[0], {}) == ZQSimSearchStatus::Uninitialized,
+         "Search() :");
+}
+
+TEST(ImplBase, OperationsKeepTheirSlots) {
+  using Base = ZQFastFPDatabaseImplBase;
+  using Options = const ZQFPDatabaseOptions&;
+  using Words = std::vector<std::uint64_t>&;
+  // A pointer to a virtual function is its offset into the table, and 1; destructors take two.
+  std::uintptr_t slot = 2;
+  const auto expectNext = [&](auto function) {
+    EXPECT_EQ((std::bit_cast<std::array<std::uintptr_t, 2>>(function)[0]), 8 * slot + 1);
+    ++slot;
+  };
+  using Hits = ZQIter<ZQSimScore> (Base::*)(const ZQFingerPrint&, Options) const;
+  expectNext(&Base::IsValid);
+  expectNext(&Base::GetMemoryType);
+  expectNext(&Base::GetMemoryTypeString);
+  expectNext(static_cast<Hits>(&Base::GetScores));
+  expectNext(static_cast<Hits>(&Base::GetSortedScores));
+  expectNext(static_cast<ZQIter<double> (Base::*)(const ZQFingerPrint&, Options) const>(
+      &Base::GetRawScores));
+  expectNext(&Base::GetAllScores);
+  expectNext(&Base::GetHistogram);
+  expectNext(&Base::GetVariogram);
+  expectNext(&Base::GetSparseMatrix);
+  expectNext(
+      static_cast<unsigned int (Base::*)(ZQSimSearchResult&, const ZQFingerPrint&, Options) const>(
+          &Base::SortedSearch));
+  expectNext(
+      static_cast<bool (Base::*)(Words, std::uint64_t&, std::uint64_t&, std::uint64_t) const>(
+          &Base::GetFingerPrint));
+}
+
+TEST(InMemory, TakesMemoryForWhatTheFileHas) {
+  const TempFile file("claim.fpbin");
+  struct Case {
+    std::uint64_t numWords, count, size;
+    const char* text;
+  };
+  for (const Case& c : {Case{1UL << 29, 1, 848, "cannot read 0-th fingerprint"},
+                        Case{4, 1UL << 26, 848 + 47, "cannot read 1-th fingerprint"},
+                        Case{0, 1UL << 26, 800 + 160, "cannot read 10-th fingerprint"},
+                        Case{~0UL - 1, 5, 848, "cannot read 0-th fingerprint"},
+                        Case{~0UL, 5, 848, "cannot read 0-th fingerprint"}}) {
+    WriteClaim(file, PathTypeOf(256), c.numWords, c.count, c.size);
+    CapturedReports reports;
+    const double before = PeakMiB();
+    EXPECT_FALSE(ZQFastFPDatabase(file.Name(), ZQFastFPDatabaseMemoryType::InMemory).IsValid());
+    EXPECT_LT(PeakMiB() - before, 64);
+    EXPECT_EQ(reports.Take(), Texts{constructor + " : " + c.text});
   }
 }
 

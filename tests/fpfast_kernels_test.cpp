@@ -6,6 +6,7 @@
 #include <cmath>
 #include <mutex>
 #include <set>
+#include <stdexcept>
 #include <thread>
 
 #include "fp_helpers.h"
@@ -326,11 +327,13 @@ TEST_P(EveryVariant, VariogramIsSummedRowByRow) {
 
 namespace {
 
-/// A sparse matrix as it is told: each row keeps a list and its lowest entry.
-std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> PlainSparseMatrix(
-    const Data& records, const ZQFPDatabaseOptions& options, std::size_t k) {
-  std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> out;
-  for (std::size_t i = 0; i < records.count; ++i) {
+using Entries = std::vector<std::tuple<std::uint64_t, std::uint64_t, double>>;
+
+/// Every `step`th row of a sparse matrix as it is told: each row keeps a list and its lowest entry.
+Entries PlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options, std::size_t k,
+                          std::size_t step = 1) {
+  Entries out;
+  for (std::size_t i = 0; i < records.count; i += step) {
     std::vector<std::pair<float, std::uint64_t>> list;
     float lowest = 100.0F;
     std::size_t position = 0;
@@ -360,19 +363,30 @@ std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> PlainSparseMatrix(
   return out;
 }
 
-void ExpectPlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options,
-                             std::size_t k) {
+/// The entries of every `step`th row.
+Entries EntriesOf(const std::vector<ZQSimScorePair>& pairs, std::size_t step = 1) {
+  Entries entries;
+  for (const ZQSimScorePair& pair : pairs) {
+    if (pair.GetIdx1() % step != 0) continue;
+    entries.emplace_back(pair.GetIdx1(), pair.GetIdx2(), pair.GetScore());
+  }
+  return entries;
+}
+
+void ExpectEntries(const Entries& got, const Entries& expected, const std::string& what) {
+  ASSERT_EQ(got.size(), expected.size()) << what;
+  for (std::size_t i = 0; i < got.size(); ++i) {
+    ASSERT_EQ(got[i], expected[i]) << what << ", entry " << i;
+  }
+}
+
+void ExpectPlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options, std::size_t k,
+                             std::size_t step = 1) {
   std::vector<ZQSimScorePair> out;
   ZQFastFPSparseMatrix(out, options, records.data, records.count, records.numWords,
                        ZQPopCountPOPCNT, k);
-  std::vector<std::tuple<std::uint64_t, std::uint64_t, double>> got;
-  got.reserve(out.size());
-  for (const ZQSimScorePair& pair : out) {
-    got.emplace_back(pair.GetIdx1(), pair.GetIdx2(), pair.GetScore());
-  }
-  const auto expected = PlainSparseMatrix(records, options, k);
-  ASSERT_EQ(got.size(), expected.size());
-  for (std::size_t i = 0; i < got.size(); ++i) ASSERT_EQ(got[i], expected[i]) << "entry " << i;
+  ExpectEntries(EntriesOf(out, step), PlainSparseMatrix(records, options, k, step),
+                std::to_string(k));
 }
 
 }  // namespace
@@ -396,8 +410,29 @@ TEST_P(EveryVariant, SparseMatrixKeepsWhatItIsToldAmongEquals) {
 }
 
 TEST(Kernels, SparseMatrixInBandsOfRows) {
-  // More list entries than are kept at once.
+  // More list entries than are kept at once: bands of less than a block, and of some blocks.
   ExpectPlainSparseMatrix(Data(1700, 256), ZQFPDatabaseOptions(0, 1), 1690);
+  ExpectPlainSparseMatrix(Data(2700, 256), ZQFPDatabaseOptions(0, 1), 1000, 31);
+}
+
+TEST_P(EveryVariant, SparseMatrixIsTheSameInAnyBands) {
+  for (const std::size_t count : {130U, 320U}) {
+    const Data records(count, 256);
+    for (unsigned int measure = 1; measure <= 6; ++measure) {
+      const ZQFPDatabaseOptions options(0, measure);
+      for (const std::size_t k : {1U, 7U, 70U}) {
+        const Entries expected = PlainSparseMatrix(records, options, k);
+        for (const std::size_t band : std::vector<std::size_t>{1, 16, 48, 63, 64, 65, 96, 100, 128,
+                                                               192, 319, count, count + 1}) {
+          std::vector<ZQSimScorePair> out;
+          ZQFastFPSparseMatrixInBands(out, options, records.data, count, 4, ZQPopCountPOPCNT, k,
+                                      band);
+          ExpectEntries(EntriesOf(out), expected,
+                        "measure " + std::to_string(measure) + ", band " + std::to_string(band));
+        }
+      }
+    }
+  }
 }
 
 TEST(Kernels, ShortFormsReadTheHeader) {
@@ -437,17 +472,92 @@ TEST(Kernels, BadArgumentsAreAssertionFailures) {
   EXPECT_EQ(reports.Take(), Texts(8, "Assertion"));
 }
 
-TEST_P(EveryVariant, CountsThatCantBeTrueGoThroughCheckedConversions) {
-  Data records(70, 256);
-  records.words[3 * 6 + 1] = std::uint64_t{1} << 60;
+TEST(Kernels, AMatrixBeyondAnyMemoryThrows) {
+  const Data records(1, 256);
+  std::vector<float> matrix;
+  // The number of scores wraps to 0.
+  EXPECT_THROW(
+      ZQFastFPAllScores(matrix, {}, records.data, std::uint64_t{1} << 32, 4, ZQPopCountPOPCNT),
+      std::length_error);
+}
+
+// Stored counts that aren't true.
+
+TEST_P(EveryVariant, FalseCountsGiveScoresFromZeroToOne) {
+  const std::uint64_t all = ~std::uint64_t{0};
+  constexpr std::uint64_t huge = std::uint64_t{1} << 60;
+  // The query has the lower 128 of 256 bits. Records: all of them, stored as 0; the same as 2^60,
+  // which is read as 256; none of them, stored as 256.
+  const std::vector<std::uint64_t> words{0, 0,    all, all, 0, 0,  //
+                                         1, huge, all, all, 0, 0,  //
+                                         2, 256,  0,   0,   0, 0};
+  ZQFingerPrint query;
+  query.SetSize(256);
+  std::fill_n(query.Words(), 2, all);
+  const double tversky = 128 / (128 * double{0.05F} + 128);
+  const std::vector<std::vector<double>> expected = {
+      {1.0, 0.5, 0.0},                           // Tanimoto, of 128 / 0
+      {0.0, 128 / std::sqrt(256.0 * 128), 0.0},  // Cosine
+      {1.0, 256.0 / 384, 0.0},                   // Dice, of 256 / 128
+      {1.0, std::sqrt(0.5), 0.0},                // Euclid, of the roots of 1.5 and -0.5
+      {1.0, tversky, 0.0},                       // Tversky
+      {0.0, 0.5, 1.0},                           // Manhattan, of -0.5 and 1.5
+  };
   CapturedReports reports;
-  const auto scores = records.Raw({}, 0);
-  const Texts texts = reports.Take();
-  ASSERT_EQ(texts.size(), 1U);
-  EXPECT_TRUE(texts[0].starts_with("(unsigned long)")) << texts[0];
-  EXPECT_NE(
-      texts[0].find("is greater than the maximum allowed(double)9007199254740992.000000 when"),
-      std::string::npos)
-      << texts[0];
-  for (const std::size_t i : {0U, 2U, 4U, 69U}) EXPECT_EQ(scores[i], records.Score({}, 0, i));
+  for (unsigned int measure = 1; measure <= 6; ++measure) {
+    for (const ZQPopCountFunc popcount : {ZQPopCountPOPCNT, &CountingPopCount}) {
+      std::vector<double> scores;
+      ZQFastFPRaw(scores, query, {0, measure}, words.data(), 3, 4, popcount);
+      EXPECT_EQ(scores, expected[measure - 1]) << measure;
+    }
+  }
+  EXPECT_TRUE(reports.Take().empty());
+}
+
+TEST_P(EveryVariant, AFalseCountIsNoOtherRecordsBusiness) {
+  constexpr std::size_t count = 150;
+  CapturedReports reports;
+  for (unsigned int measure = 1; measure <= 6; ++measure) {
+    ZQFPDatabaseOptions options(count, measure);
+    Data records(count, 256);
+    for (const std::size_t i : {1U, 62U, 65U, 149U}) records.words[6 * i + 1] = i % 3;
+    const auto raw = records.Raw(options, 5);
+    std::vector<float> matrix;
+    ZQFastFPAllScores(matrix, options, records.data, count, 4, ZQPopCountPOPCNT);
+    // Now a count that can't be true in each of the three blocks.
+    for (const std::size_t i : {60U, 64U, 140U}) records.words[6 * i + 1] = ~std::uint64_t{0} - i;
+    const auto isChanged = [](std::size_t i) { return i == 60 || i == 64 || i == 140; };
+    EXPECT_EQ(records.Raw(options, 5), records.Raw(options, 5, CountingPopCount));
+    const auto rawAfter = records.Raw(options, 5);
+    std::vector<float> matrixAfter;
+    ZQFastFPAllScores(matrixAfter, options, records.data, count, 4, ZQPopCountPOPCNT);
+    for (std::size_t i = 0; i < count; ++i) {
+      ASSERT_TRUE(isChanged(i) || rawAfter[i] == raw[i]) << measure << " " << i;
+      for (std::size_t j = 0; j < count; ++j) {
+        const float score = matrixAfter[i * count + j];
+        ASSERT_TRUE(score >= 0.0F && score <= 1.0F);
+        ASSERT_TRUE(isChanged(i) || isChanged(j) || score == matrix[i * count + j]);
+      }
+    }
+    // The kernels agree, and no histogram meets a score outside of its range.
+    ZQFPHistogram histogram(10, 0.0, 1.0);
+    ZQFastFPHistogram(histogram, options, records.data, count, 4, ZQPopCountPOPCNT);
+    EXPECT_GE(histogram.NumSamples(), count * (count - 1) / 2);
+    std::vector<ZQSimScorePair> pairs;
+    ZQFastFPSparseMatrixInBands(pairs, options, records.data, count, 4, ZQPopCountPOPCNT, count,
+                                64);
+    ASSERT_EQ(pairs.size(), count * count);
+    for (const ZQSimScorePair& pair : pairs) {
+      ASSERT_EQ(pair.GetScore(), matrixAfter[pair.GetIdx1() * count + pair.GetIdx2()]);
+    }
+    ZQSimSearchResultImpl result(10, 0.0, 1.0);
+    result.Init(count, options);
+    ZQFastFPResult(&result, records.fps[5], options, records.data, count, 4, ZQPopCountPOPCNT);
+    result.SetSearchStatus(ZQSimSearchStatus::Finished);
+    EXPECT_EQ(result.GetHistogram().NumSamples(), count);
+    for (auto hit = result.GetSortedScores(); hit; ++hit) {
+      ASSERT_EQ(hit->GetScore(), rawAfter[hit->GetIdx()]);
+    }
+  }
+  EXPECT_TRUE(reports.Take().empty());
 }

@@ -1,8 +1,10 @@
 #include "korvex/fpfast.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstring>
+#include <filesystem>
 
 #include "fp_helpers.h"
 #include "korvex/fpfast_local.h"
@@ -37,6 +39,8 @@ TEST(Format, WorkedExample) {
   EXPECT_EQ(bytes.size(), 896U);
   EXPECT_EQ(ZQGetFPDatabaseFileSize(2, type), 896U);
   EXPECT_EQ(ZQGetFPDatabaseFileSize(0, type), 800U);
+  EXPECT_EQ(ZQGetFPDatabaseFileSize(1UL << 60, type), ~0UL);  // no file is so long
+  EXPECT_EQ(ZQGetFPDatabaseFileSize(~0UL / 48, type), ~0UL);
   const std::string lines = "LE\nmols.smi\n" + type->GetFPTypeString() + "\n2\n";
   EXPECT_EQ(bytes.substr(0, lines.size()), lines);
   EXPECT_EQ(bytes.substr(lines.size(), 784 - lines.size()), std::string(784 - lines.size(), '\0'));
@@ -80,6 +84,8 @@ TEST(Format, Conversions) {
   EXPECT_TRUE(ZQConvertFP(back, fp.GetFPTypeBase(), words.data(), 12));
   EXPECT_EQ(back.GetSize(), 96U);
   EXPECT_EQ(back.Words()[1], words[1] & 0xFFFFFFFF);
+  EXPECT_TRUE(ZQConvertFP(back, fp.GetFPTypeBase(), std::vector<std::uint64_t>()));
+  EXPECT_EQ(back.GetSize(), 0U);
 
   CapturedReports reports;
   EXPECT_EQ(ZQConvert(std::string("1234567")), 0U);
@@ -218,6 +224,18 @@ TEST(MappedFiles, WriteAndRead) {
   in.Close();
   EXPECT_EQ(in.GetBase(), nullptr);
   in.Close();
+}
+
+TEST(MappedFiles, TheUmaskSaysWhoMayRead) {
+  const TempFile file("masked");
+  for (const mode_t mask : {0022, 0077, 0002}) {
+    std::filesystem::remove(file.Name());
+    const mode_t before = umask(mask);
+    MMapOutputFile().Open(file.Name(), 10);
+    umask(before);
+    EXPECT_EQ(static_cast<mode_t>(std::filesystem::status(file.Name()).permissions()),
+              0666 & ~mask);
+  }
 }
 
 TEST(MappedFiles, Failures) {

@@ -64,6 +64,17 @@ TEST(SearchResult, SnapshotsWhileRunningAndTheBestAtTheEnd) {
   EXPECT_EQ(result.GetHistogram().NumSamples(), 7U);
 }
 
+TEST(SearchResult, OnlyWithoutALimitMustTheTargetsFit32Bits) {
+  ZQSimSearchResultImpl impl(10, 0.0, 1.0);
+  CapturedReports reports;
+  constexpr unsigned long targets = (1UL << 32) + 1;
+  EXPECT_TRUE(impl.Init(targets, ZQFPDatabaseOptions(10, ZQSimMeasure::Tanimoto)));
+  EXPECT_EQ(impl.NumTargets(), targets);
+  EXPECT_TRUE(reports.Take().empty());
+  impl.Init(targets, ZQFPDatabaseOptions(0, ZQSimMeasure::Tanimoto));
+  EXPECT_EQ(reports.Count(ZQErrorLevel::Fatal), 1U);
+}
+
 TEST(SearchResult, AHistogramOfOtherBinsIsRefused) {
   ZQSimSearchResultImpl impl(10, 0.0, 1.0);
   impl.Init(10, {});
