@@ -230,7 +230,7 @@ TEST(Aromaticity, BondsArgumentsAndRecord) {
 TEST(Hybridization, Table) {
   const char* const table = R"t(
       CC=CC#C 32211   C=C=C 212   CC(=O)NC 32223   CN(C)C 3333   Nc1ccccc1 2222222   COC=C 3222
-      CC(=O)OC 32223   OCC 333   c1ccsc1 22222   CSC=C 3222   CS(=O)(=O)NC 332233
+      CC(=O)OC 32223   OCC 333   c1ccsc1 22222   CSC=C 3322   COc1ccccc1 32222222   CSc1ccccc1 33222222   C[Se]C=C 3322   CS(=O)(=O)NC 332233
       C[N+](=O)[O-] 3222   CC#N 311   FP(F)(F)(F)F 343333   FS(F)(F)(F)(F)F 3533333   CS(C)=O 3332
       [Na+].[Cl-] 03   Cl[Pt](Cl)(Cl)Cl 33333   C[N+](C)(C)C=C 333322   [H][H] 00   ClC=C 322
       CN=[N+]=[N-] 3212)t";

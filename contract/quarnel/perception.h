@@ -94,9 +94,9 @@ ZQ_EXPORT bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool cl
 
 /// Hybridization of every atom, by its neighbours and lone pairs together (an odd electron counts
 /// as a pair): 2 to 6 give sp to sp3d2, fewer none; in the d and f blocks by the neighbours alone.
-/// Hydrogen and dummy atoms have none. An aromatic atom is sp2, and so is N, O or S with a lone
-/// pair and four in all, if a single bond leads to C, N or O with a double, triple or aromatic
-/// bond. Returns at once if the step is perceived.
+/// Hydrogen and dummy atoms have none. An aromatic atom is sp2, and so is N or O with a lone pair
+/// and four in all, if a single bond leads to C, N or O with a double, triple or aromatic bond. A
+/// sulfur or selenium there stays sp3. Returns at once if the step is perceived.
 ZQ_EXPORT void ZQAssignHybridization(ZQMolBase& mol);
 
 /// Which atoms and double bonds could carry stereo, specified or not, by classes of partition
