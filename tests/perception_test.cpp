@@ -213,6 +213,15 @@ TEST(Aromaticity, BondsArgumentsAndRecord) {
   int model = 0;
   EXPECT_TRUE(biphenyl.GetData(ZQAromaticityModelTag, model));
   EXPECT_EQ(model, 2);
+  ZQMol benzyne = "C1=CC=CC#C1"_mol;
+  ZQAssignAromaticFlags(benzyne, 2, true, 0, false);
+  EXPECT_EQ(numAromatic(benzyne), 5U);
+  EXPECT_FALSE(benzyne.GetBondAt(4)->IsAromatic());
+  ZQMol twoTriples = "C1#CC#CC=C1"_mol;
+  ZQAssignAromaticFlags(twoTriples, 2, true, 0, false);
+  EXPECT_EQ(numAromatic(twoTriples), 4U);
+  std::vector<unsigned int> systems;
+  EXPECT_EQ(ZQDetermineAromaticRingSystems(twoTriples, systems), 1U);
   ZQMol azulene = "C1=CC2=CC=CC2=CC=C1"_mol;
   ZQAssignAromaticFlags(azulene, 2, true, 0, false);
   EXPECT_EQ(numAromatic(azulene), 11U);

@@ -78,7 +78,8 @@ inline constexpr unsigned int ZQAromaticityModelTag = 58;
 /// where several are equally short; and, where rings remain that aren't aromatic, the outline of
 /// each 2 to 6 rings joined by shared bonds, one bond a pair, as in azulene. The atoms and bonds of
 /// an aromatic cycle are aromatic, and so are the shared bonds that link two atoms of an outline; a
-/// bond between two aromatic cycles, as in biphenyl, isn't.
+/// bond between two aromatic cycles, as in biphenyl, isn't, nor is a triple bond ever, as in
+/// benzyne.
 ///
 /// Work is bounded by limits far beyond known molecules: a bond with more than 64 shortest rings,
 /// or whose search passes 256 branching atoms, contributes none, and a system of which a number of
@@ -131,8 +132,9 @@ ZQ_EXPORT void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stere
 ZQ_EXPORT unsigned int ZQDetermineComponents(const ZQMolBase& mol,
                                              std::vector<unsigned int>& parts);
 
-/// Aromatic ring systems: atoms connected by aromatic bonds, so that biphenyl has two and
-/// naphthalene one. `systems[idx]` is 1 and up, 0 for an atom in none. Returns their number.
+/// Aromatic ring systems: atoms connected by aromatic bonds, or by a triple bond between aromatic
+/// atoms, so that biphenyl has two and naphthalene one. `systems[idx]` is 1 and up, 0 for an atom
+/// in none. Returns their number.
 ZQ_EXPORT unsigned int ZQDetermineAromaticRingSystems(const ZQMolBase& mol,
                                                       std::vector<unsigned int>& systems);
 

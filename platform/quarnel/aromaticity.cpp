@@ -51,7 +51,7 @@ int PiElectrons(const MolView::Atom& atom, const Bonding& bonding) {
   switch (atom.element) {
     case 6:
       if (inRing && ((charge == 0 && valence <= 4) || (charge == -1 && valence == 3))) return 1;
-      if (bonding.triples == 1 && doubles == 0 && charge == 0) return 1;
+      if (bonding.triples == 1 && doubles == 0 && charge == 0 && valence <= 4) return 1;
       if (plain && valence == 3 && charge == -1) return 2;
       if (plain && valence == 3 && charge == 1) return 0;
       if (doubles == 1 && bonding.otherDoubles == 1 && charge == 0 && valence == 4 &&
@@ -129,9 +129,11 @@ class AromaticSystems {
   std::span<const std::uint32_t> ChainsAt(std::uint32_t branch) const {
     return {chainsAt_.data() + firstChainAt_[branch], numChainsAt_[branch]};
   }
+  /// A triple bond stays what it is between its aromatic atoms.
   void MarkBond(std::uint32_t b) {
     MolView::Bond& bond = view_->bonds[b];
-    bond.aromatic = view_->atoms[bond.bgn].aromatic = view_->atoms[bond.end].aromatic = true;
+    view_->atoms[bond.bgn].aromatic = view_->atoms[bond.end].aromatic = true;
+    bond.aromatic = bond.order <= 2;
   }
 
   MolView* view_ = nullptr;
