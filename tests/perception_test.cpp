@@ -123,12 +123,19 @@ TEST(Kekulize, AgreesWithBruteForceOnRandomGraphs) {
     for (auto atom = mol.GetAtoms(); atom; ++atom) {
       if (atom->GetAtomicNum() != 0) atom->SetImplicitHCount(3 - atom->GetDegree());
     }
+    ZQMol other = Shuffled(mol, static_cast<unsigned int>(round));
     std::vector<bool> served(atoms.size(), false);
     const bool possible = CanBeServed(atoms, bonds, served, 0);
     numPossible += possible;
     unsigned int culprit = 99;
     ASSERT_EQ(ZQKekulize(mol, &culprit), possible) << atoms;
     EXPECT_EQ(culprit < atoms.size(), !possible) << atoms;
+    // The choice doesn't depend on the order of atoms, by whatever it differs.
+    ASSERT_EQ(ZQKekulize(other), possible);
+    const auto text = [possible](const ZQMol& m) {
+      return possible ? ZQMolToCanonicalSmiles(m) : std::string();
+    };
+    ASSERT_EQ(text(other), text(mol));
     for (auto atom = mol.GetAtoms(); atom; ++atom) {
       int doubles = 0;
       for (auto bond = atom->GetBonds(); bond; ++bond) doubles += bond->GetOrder() == 2;

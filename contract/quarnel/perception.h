@@ -34,6 +34,11 @@ ZQ_EXPORT unsigned int ZQDefaultHCount(unsigned int atomicNum, int charge,
 /// leave more (a radical or carbene) or if it is a dummy atom. Bonds marked aromatic that lie in
 /// no ring, or end at an atom that isn't marked, become single bonds and lose their mark.
 ///
+/// Of several assignments, any may be taken where all that differ between them are aromatic by
+/// `ZQAssignAromaticFlags` anyway; else it is the first by a canonical order of the atoms, so that
+/// the order in which they come makes no difference. In a molecule of more than 2,000 atoms any may
+/// be taken.
+///
 /// False, with the index of an atom that can't be served in `*culprit`, if there is no such
 /// assignment or a marked atom is in no ring; the molecule is then as before.
 ZQ_EXPORT bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit = nullptr);
