@@ -176,7 +176,7 @@ TEST(Aromaticity, SystemsAreTheComponentsOfAromaticBonds) {
     const unsigned int count = ZQDetermineAromaticRingSystems(mol, systems);
     ZQMol cut(mol);
     for (unsigned int i = 0; i < cut.GetMaxBondIdx(); ++i) {
-      if (!cut.GetBondAt(i)->IsAromatic()) cut.DeleteBond(cut.GetBondAt(i));
+      if (!mol.GetBondAt(i)->IsAromatic()) cut.DeleteBond(cut.GetBondAt(i));
     }
     unsigned int alone = 0;
     for (auto atom = cut.GetAtoms(); atom; ++atom) {

@@ -55,7 +55,8 @@ ZQ_EXPORT void ZQSuppressHydrogens(ZQMolBase& mol, bool deleteIsotopes = false,
                                    bool deleteMapped = false, bool deleteStereo = false);
 
 /// Ring membership of atoms and bonds, in linear time: a bond is in a ring if it isn't a bridge
-/// (R. E. Tarjan, Inf. Process. Lett. 2, 160, 1974).
+/// (R. E. Tarjan, Inf. Process. Lett. 2, 160, 1974). If it wasn't perceived, undoes the steps that
+/// read the flags.
 ZQ_EXPORT void ZQFindRingAtomsAndBonds(ZQMolBase& mol);
 
 /// Tag of the aromaticity model that was applied, an int.
@@ -94,7 +95,7 @@ inline constexpr unsigned int ZQAromaticityModelTag = 58;
 /// lowers the limit of 24. `prune` is for the call's usual form: systems that can't be aromatic are
 /// always skipped early, without effect on the flags. Finds ring membership if that isn't
 /// perceived. Records the model as generic data under `ZQAromaticityModelTag`, and undoes the steps
-/// that follow from aromaticity. A model other than 2 warns and answers false.
+/// that follow from aromaticity if any flag changes. A model other than 2 warns and answers false.
 ZQ_EXPORT bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear,
                                      unsigned int maxRing, bool prune);
 

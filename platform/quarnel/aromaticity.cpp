@@ -571,6 +571,14 @@ bool AromaticSystems::IsSingleCycle(std::uint32_t start, std::size_t size) const
   return false;
 }
 
+/// Whether the molecule's aromatic flags aren't those of the view.
+bool HasOtherFlags(const MolView& view) {
+  return std::ranges::any_of(view.atoms,
+                             [](const auto& a) { return a.atom->IsAromatic() != a.aromatic; }) ||
+         std::ranges::any_of(view.bonds,
+                             [](const auto& b) { return b.bond->IsAromatic() != b.aromatic; });
+}
+
 }  // namespace
 
 bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear, unsigned int maxRing,
@@ -587,14 +595,14 @@ bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear, unsig
     for (MolView::Bond& bond : view.bonds) bond.aromatic = false;
   }
   systems.Run(view, maxRing == 0 ? largestRing : std::min(maxRing, largestRing));
+  for (const unsigned int follower :
+       {ZQPerceived::Hybridization, ZQPerceived::Chirality, ZQPerceived::Symmetry}) {
+    if (mol.IsPerceived(follower) && HasOtherFlags(view)) mol.SetPerceived(follower, false);
+  }
   for (const MolView::Atom& atom : view.atoms) atom.atom->SetAromatic(atom.aromatic);
   for (const MolView::Bond& bond : view.bonds) bond.bond->SetAromatic(bond.aromatic);
   mol.SetData(ZQAromaticityModelTag, static_cast<int>(model));
   mol.SetPerceived(ZQPerceived::Aromaticity, true);
-  // These follow from the flags.
-  mol.SetPerceived(ZQPerceived::Hybridization, false);
-  mol.SetPerceived(ZQPerceived::Chirality, false);
-  mol.SetPerceived(ZQPerceived::Symmetry, false);
   return true;
 }
 
