@@ -48,10 +48,10 @@ class FragmentGenerator {
       Record(sink, atomInvariants_[idx]);
       fragment_.Clear();
     }
-    ZQSymmetryFilter filter;
+    ZQSymmetryFilter filter(mol_);
     for (unsigned int idx = 0; maxSize != 0 && idx < mol_.GetMaxAtomIdx(); ++idx) {
       const ZQAtomBase* atom = mol_.GetAtomAt(idx);
-      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(atom->GetSymmetryClass())) growFrom(idx);
+      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(*atom)) growFrom(idx);
     }
   }
 

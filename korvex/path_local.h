@@ -47,10 +47,10 @@ class PathGenerator {
     const ZQConnectionTable connections(mol_, ZQConnectionTable::Hydrogens::Kept);
     visited_.assign(mol_.GetMaxAtomIdx(), 0);
     steps_.resize(maxAtoms_ + 1);
-    ZQSymmetryFilter filter;
+    ZQSymmetryFilter filter(mol_);
     for (unsigned int start = 0; start < mol_.GetMaxAtomIdx(); ++start) {
       const ZQAtomBase* atom = mol_.GetAtomAt(start);
-      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(atom->GetSymmetryClass())) {
+      if (atom && ZQIsHeavy()(*atom) && filter.IsFirst(*atom)) {
         WalkFrom(start, connections, sink);
       }
     }

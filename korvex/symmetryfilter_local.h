@@ -3,13 +3,20 @@
 #include <algorithm>
 #include <vector>
 
+#include "contract/quarnel/mol.h"
+#include "korvex/siblings.h"
+
 namespace ZQKorvex {
 
-/// Lets the first atom of each symmetry class through. Class 0, which stands for not perceived,
-/// always passes.
+/// Lets the first atom of each symmetry class through, and every atom of a molecule whose symmetry
+/// isn't perceived, whatever classes it still holds. Class 0 always passes.
 class ZQSymmetryFilter {
  public:
-  bool IsFirst(unsigned int symmetryClass) {
+  explicit ZQSymmetryFilter(const ZQMolBase& mol)
+      : isPerceived_(mol.IsPerceived(ZQPerceived::Symmetry)) {}
+
+  bool IsFirst(const ZQAtomBase& atom) {
+    const unsigned int symmetryClass = isPerceived_ ? atom.GetSymmetryClass() : 0;
     if (symmetryClass == 0) return true;
     const auto place = std::lower_bound(seen_.begin(), seen_.end(), symmetryClass);
     if (place != seen_.end() && *place == symmetryClass) return false;
@@ -18,6 +25,7 @@ class ZQSymmetryFilter {
   }
 
  private:
+  bool isPerceived_;
   std::vector<unsigned int> seen_;  // ascending
 };
 

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 #include <set>
 
 #include "contract/quarnel/atombondset.h"
+#include "contract/quarnel/perception.h"
 #include "tests/mol_helpers.h"
 
 namespace Quarnel {
@@ -101,6 +103,73 @@ TEST(GraphMol, DeletionLeavesHolesAndTrimsTheEnd) {
   ZQGraphMol other;
   EXPECT_FALSE(other.DeleteAtom(atoms[0]));
   EXPECT_EQ(other.NewBond(atoms[0], atoms[2], 1), nullptr);
+}
+
+/// The steps that are perceived, and those of which some atom or bond holds a value: rings,
+/// aromaticity, hybridization, chirality and symmetry.
+std::pair<std::string, std::string> StepsOf(const ZQMolBase& mol) {
+  constexpr std::string_view names = "RAHCS";
+  std::string perceived;
+  for (unsigned int i = 0; i < names.size(); ++i) {
+    if (mol.IsPerceived(ZQPerceived::Rings + i)) perceived += names[i];
+  }
+  std::array<bool, 5> holds{};
+  for (auto atom = mol.GetAtoms(); atom; ++atom) {
+    holds[0] |= atom->IsInRing();
+    holds[1] |= atom->IsAromatic();
+    holds[2] |= atom->GetHyb() != 0;
+    holds[3] |= atom->IsChiral();
+    holds[4] |= atom->GetSymmetryClass() != 0;
+  }
+  for (auto bond = mol.GetBonds(); bond; ++bond) {
+    holds[0] |= bond->IsInRing();
+    holds[1] |= bond->IsAromatic();
+    holds[3] |= bond->IsChiral();
+  }
+  std::string held;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (holds[i]) held += names[i];
+  }
+  return {perceived, held};
+}
+
+TEST(GraphMol, AChangeUndoesTheStepsThatReadIt) {
+  const struct {
+    void (*change)(ZQMol&);
+    const char* left;
+  } cases[] = {{[](ZQMol& mol) { mol.NewAtom(17); }, ""},
+               {[](ZQMol& mol) { mol.NewBond(mol.GetAtomAt(0), mol.GetAtomAt(3), 1); }, ""},
+               {[](ZQMol& mol) { mol.DeleteAtom(mol.GetAtomAt(0)); }, ""},
+               {[](ZQMol& mol) { mol.DeleteBond(mol.GetBondAt(0)); }, ""},
+               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetFormalCharge(1); }, "R"},
+               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetImplicitHCount(2); }, "R"},
+               {[](ZQMol& mol) { mol.GetBondAt(0)->SetOrder(2); }, "R"},
+               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetIsotope(13); }, "RAH"},
+               {[](ZQMol& mol) { mol.GetAtomAt(1)->SetStereo(ZQAtomStereo::None); }, "RAHC"},
+               {[](ZQMol& mol) { mol.GetBondAt(0)->SetStereo(ZQBondStereo::Cis); }, "RAHC"},
+               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetMapIdx(7); }, "RAHCS"},
+               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetFormalCharge(0); }, "RAHCS"},
+               {[](ZQMol& mol) { mol.SetPerceived(ZQPerceived::Hybridization, false); }, "RACS"}};
+  const auto perceived = [] {
+    ZQMol mol = "C[C@H](F)c1ccccc1"_mol;
+    ZQAssignAromaticFlags(mol, 2, true, 0, false);
+    ZQPerceiveSymmetry(mol, true, false);
+    return mol;
+  };
+  using Steps = std::pair<std::string, std::string>;
+  EXPECT_EQ(StepsOf(perceived()), Steps("RAHCS", "RAHCS"));
+  for (const auto& c : cases) {
+    ZQMol mol = perceived();
+    c.change(mol);
+    EXPECT_EQ(StepsOf(mol), Steps(c.left, c.left)) << &c - cases;
+    EXPECT_EQ(StepsOf(ZQGraphMol(mol)), StepsOf(mol)) << &c - cases;
+  }
+  ZQMol drawn = perceived();
+  ZQPerceiveChiral(drawn, true);
+  EXPECT_EQ(StepsOf(drawn), Steps("RAHS", "RAHCS")) << "flags without the step";
+  ZQMol marked = "c1ccccc1"_mol;
+  marked.NewAtom(17);
+  EXPECT_EQ(StepsOf(marked).second, "A") << "marks of the input";
 }
 
 TEST(GraphMol, CopiesCarryEverything) {

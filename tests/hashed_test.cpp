@@ -43,7 +43,13 @@ std::string Join(const Texts& parts) {
 
 TEST(Hashed, BitsDontDependOnNumberingHydrogensOrKekuleStructure) {
   for (const Kind& kind : kinds) {
-    for (const std::string& smiles : SampleSmiles()) {
+    std::vector<std::string> all = SampleSmiles();
+    // Two assignments that differ, none of them aromatic.
+    for (const char* smiles : {"Cc1ccc1C", "Clc1ccccccc1O", "Fc1cc2cccc2c1", "*1ccccc1Cl",
+                               "*[n+]1ccccc1C", "Cn1(C)cccc(F)c1"}) {
+      all.emplace_back(smiles);
+    }
+    for (const std::string& smiles : all) {
       SCOPED_TRACE(Join({kind.name, " of ", smiles}));
       const ZQMol mol = ReadSmiles(smiles);
       // All flags at once, so that a perceived value or a class that merges too much shows.
@@ -56,6 +62,62 @@ TEST(Hashed, BitsDontDependOnNumberingHydrogensOrKekuleStructure) {
       }
     }
   }
+}
+
+/// A molecule of another kind, whose atoms still answer classes of a step that isn't perceived.
+class StaleMol final : public ZQStoredMol<ZQMolBase> {
+ public:
+  explicit StaleMol(const ZQMolBase& other) { CopyFrom(other); }
+  bool IsPerceived(unsigned int step) const override {
+    return step != ZQPerceived::Symmetry && ZQStoredMol::IsPerceived(step);
+  }
+};
+
+TEST(Hashed, SymmetryClassesOfAnotherGraphLeaveNothingOut) {
+  const auto perceive = [](ZQMolBase& mol) {
+    ZQAssignAromaticFlags(mol, 2, true, 0, false);
+    ZQPerceiveSymmetry(mol, true, false);
+  };
+  ZQMol benzene = "c1ccccc1"_mol;
+  perceive(benzene);
+  ZQMol chlorobenzene = benzene;
+  chlorobenzene.NewBond(chlorobenzene.GetAtomAt(0), chlorobenzene.NewAtom(17), 1);
+  chlorobenzene.GetAtomAt(0)->SetImplicitHCount(0);
+  ZQMol ion = "Oc1ccc(O)cc1"_mol;
+  perceive(ion);
+  ion.GetAtomAt(0)->SetFormalCharge(-1);
+  ion.GetAtomAt(0)->SetImplicitHCount(0);
+  StaleMol stale(benzene);
+  stale.NewBond(stale.GetAtomAt(0), stale.NewAtom(17), 1);
+  stale.GetAtomAt(0)->SetImplicitHCount(0);
+  for (unsigned int i = 0; i < 6; ++i) stale.GetAtomAt(i)->SetSymmetryClass(1);
+  for (const Kind& kind : kinds) {
+    SCOPED_TRACE(kind.name);
+    const auto expectSame = [&](const ZQMolBase& mol, const ZQMolBase& fresh) {
+      ZQFingerPrint fp;
+      ZQFingerPrint expected;
+      ASSERT_TRUE(kind.makeDefault(fp, mol));
+      ASSERT_TRUE(kind.makeDefault(expected, fresh));
+      EXPECT_EQ(BitsOf(fp), BitsOf(expected));
+    };
+    expectSame(benzene, "c1ccccc1"_mol);
+    expectSame(chlorobenzene, "Clc1ccccc1"_mol);
+    expectSame(ion, "[O-]c1ccc(O)cc1"_mol);
+    expectSame(stale, "Clc1ccccc1"_mol);
+  }
+  // As they stand, without a copy.
+  std::vector<unsigned int> atoms;
+  std::vector<unsigned int> bonds;
+  ZQGetFingerprintAtomTypes(atoms, bonds, stale, 1, 1);
+  std::vector<unsigned int> ids;
+  EXPECT_EQ(ZQPathIdGeneratorStack(ids, stale, atoms, bonds, 0, 0), 7U);
+  // Classes of the graph as it stands are used, through preparation too.
+  ZQGraphMol copy(benzene);
+  ZQPrepareForFingerprinting(copy, ZQFPType::Circular);
+  EXPECT_EQ(copy.GetAtomAt(5)->GetSymmetryClass(), 1U);
+  ZQGetFingerprintAtomTypes(atoms, bonds, copy, 1, 1);
+  ids.clear();
+  EXPECT_EQ(ZQPathIdGeneratorStack(ids, copy, atoms, bonds, 0, 0), 1U);
 }
 
 TEST(Hashed, HolesInTheIndicesAreNoAtoms) {

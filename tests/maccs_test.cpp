@@ -78,6 +78,11 @@ TEST(MACCSTest, EmptyInvalidAndOddMolecules) {
   EXPECT_EQ(fp.GetFPTypeBase(), nullptr);
 }
 
+TEST(MACCSTest, ATripleBondInAnAromaticRing) {
+  EXPECT_TRUE(Has(Keys("C1=CC=CC#C1"_mol), 17));
+  EXPECT_FALSE(Has(Keys("C1#CC#CC=C1"_mol), 125));
+}
+
 TEST(MACCSTest, HoldsOverManyMolecules) {
   ZQMolDatabase drugs;
   ASSERT_TRUE(drugs.Open(KORVEX_SOURCE_DIR "/data/drugs.smi"));

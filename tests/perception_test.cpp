@@ -123,12 +123,19 @@ TEST(Kekulize, AgreesWithBruteForceOnRandomGraphs) {
     for (auto atom = mol.GetAtoms(); atom; ++atom) {
       if (atom->GetAtomicNum() != 0) atom->SetImplicitHCount(3 - atom->GetDegree());
     }
+    ZQMol other = Shuffled(mol, static_cast<unsigned int>(round));
     std::vector<bool> served(atoms.size(), false);
     const bool possible = CanBeServed(atoms, bonds, served, 0);
     numPossible += possible;
     unsigned int culprit = 99;
     ASSERT_EQ(ZQKekulize(mol, &culprit), possible) << atoms;
     EXPECT_EQ(culprit < atoms.size(), !possible) << atoms;
+    // The choice doesn't depend on the order of atoms, by whatever it differs.
+    ASSERT_EQ(ZQKekulize(other), possible);
+    const auto text = [possible](const ZQMol& m) {
+      return possible ? ZQMolToCanonicalSmiles(m) : std::string();
+    };
+    ASSERT_EQ(text(other), text(mol));
     for (auto atom = mol.GetAtoms(); atom; ++atom) {
       int doubles = 0;
       for (auto bond = atom->GetBonds(); bond; ++bond) doubles += bond->GetOrder() == 2;
@@ -169,7 +176,7 @@ TEST(Aromaticity, SystemsAreTheComponentsOfAromaticBonds) {
     const unsigned int count = ZQDetermineAromaticRingSystems(mol, systems);
     ZQMol cut(mol);
     for (unsigned int i = 0; i < cut.GetMaxBondIdx(); ++i) {
-      if (!cut.GetBondAt(i)->IsAromatic()) cut.DeleteBond(cut.GetBondAt(i));
+      if (!mol.GetBondAt(i)->IsAromatic()) cut.DeleteBond(cut.GetBondAt(i));
     }
     unsigned int alone = 0;
     for (auto atom = cut.GetAtoms(); atom; ++atom) {
@@ -213,6 +220,15 @@ TEST(Aromaticity, BondsArgumentsAndRecord) {
   int model = 0;
   EXPECT_TRUE(biphenyl.GetData(ZQAromaticityModelTag, model));
   EXPECT_EQ(model, 2);
+  ZQMol benzyne = "C1=CC=CC#C1"_mol;
+  ZQAssignAromaticFlags(benzyne, 2, true, 0, false);
+  EXPECT_EQ(numAromatic(benzyne), 5U);
+  EXPECT_FALSE(benzyne.GetBondAt(4)->IsAromatic());
+  ZQMol twoTriples = "C1#CC#CC=C1"_mol;
+  ZQAssignAromaticFlags(twoTriples, 2, true, 0, false);
+  EXPECT_EQ(numAromatic(twoTriples), 4U);
+  std::vector<unsigned int> systems;
+  EXPECT_EQ(ZQDetermineAromaticRingSystems(twoTriples, systems), 1U);
   ZQMol azulene = "C1=CC2=CC=CC2=CC=C1"_mol;
   ZQAssignAromaticFlags(azulene, 2, true, 0, false);
   EXPECT_EQ(numAromatic(azulene), 11U);
@@ -230,7 +246,7 @@ TEST(Aromaticity, BondsArgumentsAndRecord) {
 TEST(Hybridization, Table) {
   const char* const table = R"t(
       CC=CC#C 32211   C=C=C 212   CC(=O)NC 32223   CN(C)C 3333   Nc1ccccc1 2222222   COC=C 3222
-      CC(=O)OC 32223   OCC 333   c1ccsc1 22222   CSC=C 3222   CS(=O)(=O)NC 332233
+      CC(=O)OC 32223   OCC 333   c1ccsc1 22222   CSC=C 3322   COc1ccccc1 32222222   CSc1ccccc1 33222222   C[Se]C=C 3322   CS(=O)(=O)NC 332233
       C[N+](=O)[O-] 3222   CC#N 311   FP(F)(F)(F)F 343333   FS(F)(F)(F)(F)F 3533333   CS(C)=O 3332
       [Na+].[Cl-] 03   Cl[Pt](Cl)(Cl)Cl 33333   C[N+](C)(C)C=C 333322   [H][H] 00   ClC=C 322
       CN=[N+]=[N-] 3212)t";

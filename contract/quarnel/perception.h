@@ -34,6 +34,11 @@ ZQ_EXPORT unsigned int ZQDefaultHCount(unsigned int atomicNum, int charge,
 /// leave more (a radical or carbene) or if it is a dummy atom. Bonds marked aromatic that lie in
 /// no ring, or end at an atom that isn't marked, become single bonds and lose their mark.
 ///
+/// Of several assignments, any may be taken where all that differ between them are aromatic by
+/// `ZQAssignAromaticFlags` anyway; else it is the first by a canonical order of the atoms, so that
+/// the order in which they come makes no difference. In a molecule of more than 2,000 atoms any may
+/// be taken.
+///
 /// False, with the index of an atom that can't be served in `*culprit`, if there is no such
 /// assignment or a marked atom is in no ring; the molecule is then as before.
 ZQ_EXPORT bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit = nullptr);
@@ -56,7 +61,8 @@ ZQ_EXPORT void ZQSuppressHydrogens(ZQMolBase& mol, bool deleteIsotopes = false,
 ZQ_EXPORT void ZQRemoveAtom(ZQMolBase& mol, ZQAtomBase* atom, bool becomesHydrogen);
 
 /// Ring membership of atoms and bonds, in linear time: a bond is in a ring if it isn't a bridge
-/// (R. E. Tarjan, Inf. Process. Lett. 2, 160, 1974).
+/// (R. E. Tarjan, Inf. Process. Lett. 2, 160, 1974). If it wasn't perceived, undoes the steps that
+/// read the flags.
 ZQ_EXPORT void ZQFindRingAtomsAndBonds(ZQMolBase& mol);
 
 /// Tag of the aromaticity model that was applied, an int.
@@ -84,7 +90,8 @@ inline constexpr unsigned int ZQAromaticityModelTag = 58;
 /// where several are equally short; and, where rings remain that aren't aromatic, the outline of
 /// each 2 to 6 rings joined by shared bonds, one bond a pair, as in azulene. The atoms and bonds of
 /// an aromatic cycle are aromatic, and so are the shared bonds that link two atoms of an outline; a
-/// bond between two aromatic cycles, as in biphenyl, isn't.
+/// bond between two aromatic cycles, as in biphenyl, isn't, nor is a triple bond ever, as in
+/// benzyne.
 ///
 /// Work is bounded by limits far beyond known molecules: a bond with more than 64 shortest rings,
 /// or whose search passes 256 branching atoms, contributes none, and a system of which a number of
@@ -94,15 +101,15 @@ inline constexpr unsigned int ZQAromaticityModelTag = 58;
 /// lowers the limit of 24. `prune` is for the call's usual form: systems that can't be aromatic are
 /// always skipped early, without effect on the flags. Finds ring membership if that isn't
 /// perceived. Records the model as generic data under `ZQAromaticityModelTag`, and undoes the steps
-/// that follow from aromaticity. A model other than 2 warns and answers false.
+/// that follow from aromaticity if any flag changes. A model other than 2 warns and answers false.
 ZQ_EXPORT bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear,
                                      unsigned int maxRing, bool prune);
 
 /// Hybridization of every atom, by its neighbours and lone pairs together (an odd electron counts
 /// as a pair): 2 to 6 give sp to sp3d2, fewer none; in the d and f blocks by the neighbours alone.
-/// Hydrogen and dummy atoms have none. An aromatic atom is sp2, and so is N, O or S with a lone
-/// pair and four in all, if a single bond leads to C, N or O with a double, triple or aromatic
-/// bond. Returns at once if the step is perceived.
+/// Hydrogen and dummy atoms have none. An aromatic atom is sp2, and so is N or O with a lone pair
+/// and four in all, if a single bond leads to C, N or O with a double, triple or aromatic bond. A
+/// sulfur or selenium there stays sp3. Returns at once if the step is perceived.
 ZQ_EXPORT void ZQAssignHybridization(ZQMolBase& mol);
 
 /// Which atoms and double bonds could carry stereo, specified or not, by classes of partition
@@ -137,8 +144,9 @@ ZQ_EXPORT void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stere
 ZQ_EXPORT unsigned int ZQDetermineComponents(const ZQMolBase& mol,
                                              std::vector<unsigned int>& parts);
 
-/// Aromatic ring systems: atoms connected by aromatic bonds, so that biphenyl has two and
-/// naphthalene one. `systems[idx]` is 1 and up, 0 for an atom in none. Returns their number.
+/// Aromatic ring systems: atoms connected by aromatic bonds, or by a triple bond between aromatic
+/// atoms, so that biphenyl has two and naphthalene one. `systems[idx]` is 1 and up, 0 for an atom
+/// in none. Returns their number.
 ZQ_EXPORT unsigned int ZQDetermineAromaticRingSystems(const ZQMolBase& mol,
                                                       std::vector<unsigned int>& systems);
 

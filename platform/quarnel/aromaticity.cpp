@@ -51,7 +51,7 @@ int PiElectrons(const MolView::Atom& atom, const Bonding& bonding) {
   switch (atom.element) {
     case 6:
       if (inRing && ((charge == 0 && valence <= 4) || (charge == -1 && valence == 3))) return 1;
-      if (bonding.triples == 1 && doubles == 0 && charge == 0) return 1;
+      if (bonding.triples == 1 && doubles == 0 && charge == 0 && valence <= 4) return 1;
       if (plain && valence == 3 && charge == -1) return 2;
       if (plain && valence == 3 && charge == 1) return 0;
       if (doubles == 1 && bonding.otherDoubles == 1 && charge == 0 && valence == 4 &&
@@ -129,9 +129,11 @@ class AromaticSystems {
   std::span<const std::uint32_t> ChainsAt(std::uint32_t branch) const {
     return {chainsAt_.data() + firstChainAt_[branch], numChainsAt_[branch]};
   }
+  /// A triple bond stays what it is between its aromatic atoms.
   void MarkBond(std::uint32_t b) {
     MolView::Bond& bond = view_->bonds[b];
-    bond.aromatic = view_->atoms[bond.bgn].aromatic = view_->atoms[bond.end].aromatic = true;
+    view_->atoms[bond.bgn].aromatic = view_->atoms[bond.end].aromatic = true;
+    bond.aromatic = bond.order <= 2;
   }
 
   MolView* view_ = nullptr;
@@ -569,6 +571,14 @@ bool AromaticSystems::IsSingleCycle(std::uint32_t start, std::size_t size) const
   return false;
 }
 
+/// Whether the molecule's aromatic flags aren't those of the view.
+bool HasOtherFlags(const MolView& view) {
+  return std::ranges::any_of(view.atoms,
+                             [](const auto& a) { return a.atom->IsAromatic() != a.aromatic; }) ||
+         std::ranges::any_of(view.bonds,
+                             [](const auto& b) { return b.bond->IsAromatic() != b.aromatic; });
+}
+
 }  // namespace
 
 bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear, unsigned int maxRing,
@@ -585,14 +595,14 @@ bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear, unsig
     for (MolView::Bond& bond : view.bonds) bond.aromatic = false;
   }
   systems.Run(view, maxRing == 0 ? largestRing : std::min(maxRing, largestRing));
+  for (const unsigned int follower :
+       {ZQPerceived::Hybridization, ZQPerceived::Chirality, ZQPerceived::Symmetry}) {
+    if (mol.IsPerceived(follower) && HasOtherFlags(view)) mol.SetPerceived(follower, false);
+  }
   for (const MolView::Atom& atom : view.atoms) atom.atom->SetAromatic(atom.aromatic);
   for (const MolView::Bond& bond : view.bonds) bond.bond->SetAromatic(bond.aromatic);
   mol.SetData(ZQAromaticityModelTag, static_cast<int>(model));
   mol.SetPerceived(ZQPerceived::Aromaticity, true);
-  // These follow from the flags.
-  mol.SetPerceived(ZQPerceived::Hybridization, false);
-  mol.SetPerceived(ZQPerceived::Chirality, false);
-  mol.SetPerceived(ZQPerceived::Symmetry, false);
   return true;
 }
 

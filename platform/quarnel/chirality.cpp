@@ -102,6 +102,7 @@ void Chirality::Find(const MolView& view, const Partition& partition) {
 
 void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly) {
   if (!specifiedOnly && mol.IsPerceived(ZQPerceived::Chirality)) return;
+  mol.SetPerceived(ZQPerceived::Chirality, false);
   thread_local Partition partition;
   thread_local Chirality chirality;
   const MolView& view = MolView::Read(mol, MolView::Properties);
@@ -118,7 +119,7 @@ void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly) {
                    (!specifiedOnly || bond.GetStereo() != ZQBondStereo::None));
   }
   // The step stands for all that could carry stereo.
-  mol.SetPerceived(ZQPerceived::Chirality, !specifiedOnly);
+  if (!specifiedOnly) mol.SetPerceived(ZQPerceived::Chirality, true);
 }
 
 }  // namespace Quarnel

@@ -48,8 +48,12 @@ unsigned int ZQDetermineComponents(const ZQMolBase& mol, std::vector<unsigned in
 
 unsigned int ZQDetermineAromaticRingSystems(const ZQMolBase& mol,
                                             std::vector<unsigned int>& systems) {
-  return LabelConnected(mol, MolView::Read(mol, MolView::Properties), false, systems,
-                        [](const MolView::Bond& bond) { return bond.aromatic; });
+  const MolView& view = MolView::Read(mol, MolView::Properties);
+  // A triple bond has no flag of its own.
+  return LabelConnected(mol, view, false, systems, [&view](const MolView::Bond& bond) {
+    return bond.aromatic ||
+           (bond.order == 3 && view.atoms[bond.bgn].aromatic && view.atoms[bond.end].aromatic);
+  });
 }
 
 }  // namespace Quarnel

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <bitset>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +16,18 @@ namespace Quarnel {
 namespace {
 
 constexpr unsigned int none = ~0U;
+
+/// A set of perception steps.
+using Steps = std::uint8_t;
+constexpr unsigned int maxSteps = 8;
+constexpr Steps Step(unsigned int step) { return static_cast<Steps>(1U << step); }
+
+// The steps that read a property. Rings are found by the graph alone.
+constexpr Steps readersOfIsotope = Step(ZQPerceived::Chirality) | Step(ZQPerceived::Symmetry);
+constexpr Steps readersOfValence =
+    readersOfIsotope | Step(ZQPerceived::Aromaticity) | Step(ZQPerceived::Hybridization);
+constexpr Steps readersOfStereo = Step(ZQPerceived::Symmetry);
+constexpr Steps allSteps = 0xFF;
 
 }  // namespace
 
@@ -34,11 +46,11 @@ class ZQGraphAtom final : public ZQAtomBase {
   bool IsInRing() const override { return inRing; }
   bool IsChiral() const override { return chiral; }
 
-  void SetFormalCharge(int value) override { charge = value; }
-  void SetIsotope(unsigned int value) override { isotope = value; }
+  void SetFormalCharge(int value) override;
+  void SetIsotope(unsigned int value) override;
   void SetMapIdx(unsigned int value) override { mapIdx = value; }
-  void SetImplicitHCount(unsigned int value) override { implicitH = value; }
-  void SetStereo(ZQAtomStereo value) override { stereo = value; }
+  void SetImplicitHCount(unsigned int value) override;
+  void SetStereo(ZQAtomStereo value) override;
   void SetHyb(unsigned int value) override { hyb = static_cast<std::uint8_t>(value); }
   void SetSymmetryClass(unsigned int value) override { symmetryClass = value; }
   void SetAromatic(bool value) override { aromatic = value; }
@@ -75,8 +87,8 @@ class ZQGraphBond final : public ZQBondBase {
   bool IsInRing() const override { return inRing; }
   bool IsChiral() const override { return chiral; }
 
-  void SetOrder(unsigned int value) override { order = static_cast<std::uint8_t>(value); }
-  void SetStereo(ZQBondStereo value) override { stereo = value; }
+  void SetOrder(unsigned int value) override;
+  void SetStereo(ZQBondStereo value) override;
   void SetAromatic(bool value) override { aromatic = value; }
   void SetInRing(bool value) override { inRing = value; }
   void SetChiral(bool value) override { chiral = value; }
@@ -183,12 +195,25 @@ class ZQGraph {
     return own == atom ? own : nullptr;
   }
 
+  // Forgets what the steps have found. Steps that aren't perceived hold nothing, but for the
+  // aromatic marks of the input, which stay.
+  void Undo(Steps steps) {
+    if ((steps & perceived) != 0) Forget(steps);
+  }
+
+  template <class T>
+  void Change(T& property, T value, Steps readers) {
+    if (property == value) return;
+    property = value;
+    Undo(readers);
+  }
+
   void Clear() {
     atoms.Shrink(0);
     bonds.Shrink(0);
     numAtoms = 0;
     numBonds = 0;
-    perceived.reset();
+    perceived = 0;
     title.clear();
     valid = true;
   }
@@ -197,10 +222,50 @@ class ZQGraph {
   Slots<ZQGraphBond> bonds;
   unsigned int numAtoms = 0;
   unsigned int numBonds = 0;
-  std::bitset<8> perceived;
+  Steps perceived = 0;
   std::string title;
   bool valid = true;
+
+ private:
+  void Forget(Steps steps);
 };
+
+void ZQGraph::Forget(Steps steps) {
+  steps &= perceived;
+  perceived ^= steps;
+  const bool rings = (steps & Step(ZQPerceived::Rings)) != 0;
+  const bool aromaticity = (steps & Step(ZQPerceived::Aromaticity)) != 0;
+  const bool hybridization = (steps & Step(ZQPerceived::Hybridization)) != 0;
+  const bool chirality = (steps & Step(ZQPerceived::Chirality)) != 0;
+  const bool symmetry = (steps & Step(ZQPerceived::Symmetry)) != 0;
+  const auto forgetFlags = [&](auto& item) {
+    if (rings) item.inRing = false;
+    if (aromaticity) item.aromatic = false;
+    if (chirality) item.chiral = false;
+  };
+  for (unsigned int i = 0; i < atoms.size(); ++i) {
+    forgetFlags(atoms[i]);
+    if (hybridization) atoms[i].hyb = 0;
+    if (symmetry) atoms[i].symmetryClass = 0;
+  }
+  for (unsigned int i = 0; i < bonds.size(); ++i) forgetFlags(bonds[i]);
+}
+
+void ZQGraphAtom::SetFormalCharge(int value) { graph->Change(charge, value, readersOfValence); }
+void ZQGraphAtom::SetIsotope(unsigned int value) {
+  graph->Change(isotope, value, readersOfIsotope);
+}
+void ZQGraphAtom::SetImplicitHCount(unsigned int value) {
+  graph->Change(implicitH, value, readersOfValence);
+}
+void ZQGraphAtom::SetStereo(ZQAtomStereo value) { graph->Change(stereo, value, readersOfStereo); }
+
+void ZQGraphBond::SetOrder(unsigned int value) {
+  ends[0]->graph->Change(order, static_cast<std::uint8_t>(value), readersOfValence);
+}
+void ZQGraphBond::SetStereo(ZQBondStereo value) {
+  ends[0]->graph->Change(stereo, value, readersOfStereo);
+}
 
 ZQBondBase* ZQGraphAtom::NextBond(const ZQBondBase* previous) const {
   const unsigned int next =
@@ -283,7 +348,7 @@ ZQAtomBase* ZQStoredMol<Base>::NewAtom(unsigned int atomicNum) {
   atom.idx = graph_->atoms.size() - 1;
   atom.atomicNum = atomicNum;
   ++graph_->numAtoms;
-  graph_->perceived.reset();
+  graph_->Undo(allSteps);
   return &atom;
 }
 
@@ -296,11 +361,11 @@ ZQBondBase* ZQStoredMol<Base>::NewBond(ZQAtomBase* bgn, ZQAtomBase* end, unsigne
   ZQGraphBond& bond = graph_->bonds.Grow();
   bond.idx = graph_->bonds.size() - 1;
   bond.ends = {ownBgn, ownEnd};
-  bond.SetOrder(order);
+  bond.order = static_cast<std::uint8_t>(order);
   graph_->Link(ownBgn, bond);
   graph_->Link(ownEnd, bond);
   ++graph_->numBonds;
-  graph_->perceived.reset();
+  graph_->Undo(allSteps);
   return &bond;
 }
 
@@ -313,7 +378,7 @@ bool ZQStoredMol<Base>::DeleteAtom(ZQAtomBase* atom) {
   *own = ZQGraphAtom();
   TrimHoles(graph_->atoms);
   --graph_->numAtoms;
-  graph_->perceived.reset();
+  graph_->Undo(allSteps);
   return true;
 }
 
@@ -322,7 +387,7 @@ bool ZQStoredMol<Base>::DeleteBond(ZQBondBase* bond) {
   if (!bond || GetBondAt(bond->GetIdx()) != bond) return false;
   graph_->Delete(graph_->bonds[bond->GetIdx()]);
   TrimHoles(graph_->bonds);
-  graph_->perceived.reset();
+  graph_->Undo(allSteps);
   return true;
 }
 
@@ -334,12 +399,17 @@ void ZQStoredMol<Base>::Clear() {
 
 template <class Base>
 bool ZQStoredMol<Base>::IsPerceived(unsigned int step) const {
-  return step < graph_->perceived.size() && graph_->perceived[step];
+  return step < maxSteps && (graph_->perceived & Step(step)) != 0;
 }
 
 template <class Base>
 void ZQStoredMol<Base>::SetPerceived(unsigned int step, bool done) {
-  if (step < graph_->perceived.size()) graph_->perceived[step] = done;
+  if (step >= maxSteps) return;
+  if (done) {
+    graph_->perceived |= Step(step);
+  } else {
+    graph_->Undo(Step(step));
+  }
 }
 
 template <class Base>
@@ -349,6 +419,9 @@ void ZQStoredMol<Base>::CopyFrom(const ZQMolBase& other) {
   this->CopyData(other);
   graph_->valid = other.IsValid();
   graph_->title = other.GetTitle();
+  for (unsigned int step = 0; step < maxSteps; ++step) SetPerceived(step, other.IsPerceived(step));
+  const bool hasHyb = IsPerceived(ZQPerceived::Hybridization);
+  const bool hasClasses = IsPerceived(ZQPerceived::Symmetry);
   for (unsigned int i = 0; i < other.GetMaxAtomIdx(); ++i) {
     ZQGraphAtom& atom = graph_->GrowAtom();
     const ZQAtomBase* from = other.GetAtomAt(i);
@@ -361,9 +434,9 @@ void ZQStoredMol<Base>::CopyFrom(const ZQMolBase& other) {
     atom.isotope = from->GetIsotope();
     atom.mapIdx = from->GetMapIdx();
     atom.implicitH = from->GetImplicitHCount();
-    atom.symmetryClass = from->GetSymmetryClass();
+    if (hasClasses) atom.symmetryClass = from->GetSymmetryClass();
     atom.stereo = from->GetStereo();
-    atom.SetHyb(from->GetHyb());
+    if (hasHyb) atom.SetHyb(from->GetHyb());
     atom.aromatic = from->IsAromatic();
     atom.inRing = from->IsInRing();
     atom.chiral = from->IsChiral();
@@ -377,16 +450,13 @@ void ZQStoredMol<Base>::CopyFrom(const ZQMolBase& other) {
     bond.idx = i;
     bond.ends = {&graph_->atoms[from->GetBgn()->GetIdx()],
                  &graph_->atoms[from->GetEnd()->GetIdx()]};
-    bond.SetOrder(from->GetOrder());
+    bond.order = static_cast<std::uint8_t>(from->GetOrder());
     bond.stereo = from->GetStereo();
     bond.aromatic = from->IsAromatic();
     bond.inRing = from->IsInRing();
     bond.chiral = from->IsChiral();
     graph_->Link(bond.ends[0], bond);
     graph_->Link(bond.ends[1], bond);
-  }
-  for (unsigned int step = 0; step < graph_->perceived.size(); ++step) {
-    graph_->perceived[step] = other.IsPerceived(step);
   }
 }
 

@@ -60,8 +60,7 @@ void FindHybridization(const MolView& view, std::vector<std::uint8_t>& hyb) {
     if (count < 2) continue;
     hyb[a] = static_cast<std::uint8_t>(std::min(count - 1, 5U));
     if (count == 4 && orbitals.lone != 0 && orbitals.sigma <= 3 &&
-        (atom.element == 7 || atom.element == 8 || atom.element == 16) &&
-        IsNextToUnsaturation(view, a)) {
+        (atom.element == 7 || atom.element == 8) && IsNextToUnsaturation(view, a)) {
       hyb[a] = 2;
     }
   }

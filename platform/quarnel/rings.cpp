@@ -4,6 +4,11 @@
 namespace Quarnel {
 
 void ZQFindRingAtomsAndBonds(ZQMolBase& mol) {
+  if (!mol.IsPerceived(ZQPerceived::Rings)) {
+    // These read the flags, which are about to change.
+    mol.SetPerceived(ZQPerceived::Chirality, false);
+    mol.SetPerceived(ZQPerceived::Symmetry, false);
+  }
   MolView& view = MolView::Read(mol, MolView::Graph);
   view.FindRings();
   for (const MolView::Atom& atom : view.atoms) atom.atom->SetInRing(atom.inRing);
