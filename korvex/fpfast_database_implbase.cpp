@@ -40,7 +40,9 @@ bool ZQFastFPDatabaseImplBase::GetFingerPrint(ZQFingerPrint& fp, std::uint64_t i
 
 bool ZQFastFPDatabaseImplBase::MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol,
                                          const char* caller) const {
-  if (ZQMakeFP(fp, mol, GetFPTypeBase())) return true;
+  // A header may name a type of which no fingerprint can be made.
+  const ZQFPTypeBase* type = GetFPTypeBase();
+  if (ZQCanMakeFP(type) && ZQMakeFP(fp, mol, type)) return true;
   ZQThrow.Warning("%s cannot generate fingerprint!", caller);
   return false;
 }

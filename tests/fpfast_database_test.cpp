@@ -273,6 +273,25 @@ TEST_P(BackEnd, AHeaderThatDoesntFitItsTypeIsNotScanned) {
   }
 }
 
+// A type may have radii of which no fingerprint is made.
+TEST_P(BackEnd, MoleculesAreNoQueriesUnderATypeThatCantBeMade) {
+  const ZQFPTypeBase* type = ZQGetCircularFPType(256, 0, 200, 1, 1);
+  std::vector<ZQFingerPrint> fps = RandomFingerPrints(3, 256);
+  for (ZQFingerPrint& fp : fps) fp.SetFPTypeBase(type);
+  file_.Write(DatabaseBytes(fps, type));
+  const ZQFastFPDatabase database(file_.Name(), GetParam());
+  CapturedReports reports;
+  ZQSimSearchResult result;
+  EXPECT_FALSE(database.GetSortedScores("CCO"_mol, {}));
+  EXPECT_FALSE(database.GetRawScores("CCO"_mol, {}));
+  EXPECT_EQ(database.SortedSearch(result, "CCO"_mol, {}), ZQSimSearchStatus::Uninitialized);
+  EXPECT_EQ(reports.Take(),
+            (Texts{"ZQFastFPDatabase::GetSortedScores() : cannot generate fingerprint!",
+                   "ZQFastFPDatabase::GetRawScores() cannot generate fingerprint!",
+                   "ZQFastFPDatabase::SortedSearch() cannot generate fingerprint!"}));
+  EXPECT_TRUE(database.GetSortedScores(0, {}));
+}
+
 TEST(MemoryMapped, AResultBeyondAnyMemoryIsAWarning) {
   constexpr std::uint64_t count = std::uint64_t{1} << 32;
   const TempFile file("sparse.fpbin");
