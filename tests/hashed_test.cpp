@@ -64,12 +64,13 @@ TEST(Hashed, BitsDontDependOnNumberingHydrogensOrKekuleStructure) {
   }
 }
 
-/// A molecule of another kind, whose atoms still answer classes of a step that isn't perceived.
+/// A molecule of another kind, whose atoms still answer what isn't perceived.
 class StaleMol final : public ZQStoredMol<ZQMolBase> {
  public:
   explicit StaleMol(const ZQMolBase& other) { CopyFrom(other); }
   bool IsPerceived(unsigned int step) const override {
-    return step != ZQPerceived::Symmetry && ZQStoredMol::IsPerceived(step);
+    return step != ZQPerceived::Rings && step != ZQPerceived::Symmetry &&
+           ZQStoredMol::IsPerceived(step);
   }
 };
 
@@ -91,6 +92,8 @@ TEST(Hashed, SymmetryClassesOfAnotherGraphLeaveNothingOut) {
   stale.NewBond(stale.GetAtomAt(0), stale.NewAtom(17), 1);
   stale.GetAtomAt(0)->SetImplicitHCount(0);
   for (unsigned int i = 0; i < 6; ++i) stale.GetAtomAt(i)->SetSymmetryClass(1);
+  stale.GetAtomAt(6)->SetInRing(true);
+  EXPECT_FALSE(ZQGraphMol(stale).GetAtomAt(6)->IsInRing());
   for (const Kind& kind : kinds) {
     SCOPED_TRACE(kind.name);
     const auto expectSame = [&](const ZQMolBase& mol, const ZQMolBase& fresh) {

@@ -420,6 +420,8 @@ void ZQStoredMol<Base>::CopyFrom(const ZQMolBase& other) {
   graph_->valid = other.IsValid();
   graph_->title = other.GetTitle();
   for (unsigned int step = 0; step < maxSteps; ++step) SetPerceived(step, other.IsPerceived(step));
+  // Aromatic flags may be marks of the input, and chiral ones those of the configurations drawn.
+  const bool hasRings = IsPerceived(ZQPerceived::Rings);
   const bool hasHyb = IsPerceived(ZQPerceived::Hybridization);
   const bool hasClasses = IsPerceived(ZQPerceived::Symmetry);
   for (unsigned int i = 0; i < other.GetMaxAtomIdx(); ++i) {
@@ -438,7 +440,7 @@ void ZQStoredMol<Base>::CopyFrom(const ZQMolBase& other) {
     atom.stereo = from->GetStereo();
     if (hasHyb) atom.SetHyb(from->GetHyb());
     atom.aromatic = from->IsAromatic();
-    atom.inRing = from->IsInRing();
+    atom.inRing = hasRings && from->IsInRing();
     atom.chiral = from->IsChiral();
   }
   for (unsigned int i = 0; i < other.GetMaxBondIdx(); ++i) {
@@ -453,7 +455,7 @@ void ZQStoredMol<Base>::CopyFrom(const ZQMolBase& other) {
     bond.order = static_cast<std::uint8_t>(from->GetOrder());
     bond.stereo = from->GetStereo();
     bond.aromatic = from->IsAromatic();
-    bond.inRing = from->IsInRing();
+    bond.inRing = hasRings && from->IsInRing();
     bond.chiral = from->IsChiral();
     graph_->Link(bond.ends[0], bond);
     graph_->Link(bond.ends[1], bond);
