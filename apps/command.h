@@ -13,6 +13,10 @@ using namespace ZQKorvex;
 
 enum ExitCode { Done = 0, BadInput = 1, BadUsage = 2 };
 
+/// Warnings and errors that were printed so far. A query of a database that adds one has failed: it
+/// answers with an empty value.
+unsigned int NumWarnings();
+
 struct Command {
   const char* name;
   const char* brief;

@@ -8,6 +8,7 @@
 #include "apps/options.h"
 #include "contract/bostrel/dots.h"
 #include "contract/bostrel/strings.h"
+#include "korvex/fpfast.h"
 #include "korvex/fpfast_create.h"
 
 namespace KorvexProgram {
@@ -28,8 +29,10 @@ void Configure(ZQInterface& interface) {
 // that nothing that fails costs an earlier database or leaves half of one.
 class PartialFile {
  public:
+  // A link is followed, and a file that is there hands its mode on.
   explicit PartialFile(const std::string& target)
-      : target_(target), name_(target + ".part" + std::to_string(getpid()) + ".fpbin") {
+      : target_(fs::is_symlink(target) ? fs::canonical(target) : fs::path(target)),
+        name_(target_.parent_path() / (".part" + std::to_string(getpid()) + ".fpbin")) {
     interruptedName = name_.c_str();
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
       if (std::signal(signal, RemoveAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
@@ -44,6 +47,8 @@ class PartialFile {
   const std::string& GetName() const { return name_; }
   bool Rename() const {
     std::error_code error;
+    const fs::file_status before = fs::status(target_, error);
+    if (fs::exists(before)) fs::permissions(name_, before.permissions(), error);
     fs::rename(name_, target_, error);
     if (error) ZQThrow.Error("cannot write %s: %s", target_.c_str(), error.message().c_str());
     return !error;
@@ -57,9 +62,19 @@ class PartialFile {
   }
   inline static const char* volatile interruptedName = nullptr;
 
-  std::string target_;
+  fs::path target_;
   std::string name_;
 };
+
+// Whether the file says where it came from: a header has no room for a very long name, and a name
+// of several lines reads as something else.
+bool IsReadable(const std::string& filename, const std::string& moleculeFile) {
+  const ZQFastFPDatabaseParams header(filename);
+  if (header.IsConsistent() && header.GetMoleculeFile() == moleculeFile) return true;
+  ZQThrow.Error("the name '%s' is too long for a database, or has a line feed",
+                moleculeFile.c_str());
+  return false;
+}
 
 int Run(const ZQInterface& interface) {
   const auto input = interface.Get<std::string>("MOLFILE");
@@ -84,10 +99,15 @@ int Run(const ZQInterface& interface) {
     ZQThrow.Error("%s wasn't made from %s", output.c_str(), input.c_str());
     return BadInput;
   }
-  if (!partial.Rename()) return BadInput;
+  if (counts.failed == counts.records) {
+    ZQThrow.Error("%s holds no molecule that could be used", input.c_str());
+    return BadInput;
+  }
+  if (!IsReadable(partial.GetName(), input) || !partial.Rename()) return BadInput;
   std::printf("%s: %lu records", output.c_str(), counts.records);
   if (counts.empty != 0) {
-    std::printf(", %lu of them without a bit (unreadable or without atoms)", counts.empty);
+    std::printf(", %lu of them without a bit (unreadable, or nothing to make bits from)",
+                counts.empty);
   }
   std::printf("\n");
   return Done;

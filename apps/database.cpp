@@ -13,7 +13,9 @@ namespace {
 // The molecule file of the header, or an empty name if it isn't there.
 std::string FindMoleculeFile(const std::string& filename, const std::string& name) {
   std::error_code error;
-  for (const fs::path& candidate : {fs::path(name), fs::path(filename).parent_path() / name}) {
+  const fs::path folder = fs::path(filename).parent_path();
+  for (const fs::path& candidate :
+       {fs::path(name), folder / name, folder / fs::path(name).filename()}) {
     if (fs::is_regular_file(candidate, error)) return candidate;
   }
   ZQThrow.Info("%s: its molecule file '%s' isn't there; titles and SMILES stay empty",

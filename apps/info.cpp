@@ -24,7 +24,7 @@ int RunInfo(const ZQInterface& interface) {
   const unsigned int method = ZQGetPopCountMethod();
   PrintFact("file", filename);
   PrintFact("bytes", std::to_string(header.GetFileSize()));
-  PrintFact("byte order", header.IsLittleEndian() ? "little-endian" : "big-endian");
+  PrintFact("byte order", header.IsLittleEndian() ? "little-endian" : "not said");
   PrintFact("molecule file", header.GetMoleculeFile());
   PrintFact("type", header.GetFPTypeBase()->GetFPTypeString());
   PrintFact("bits", std::to_string(header.NumWords() * 64));

@@ -27,11 +27,13 @@ void PrintUsage(std::FILE* out) {
 }
 
 std::atomic<bool> invariantBroken = false;
+std::atomic<unsigned int> numWarnings = 0;
 
 // A broken invariant doesn't end the program, but shows in the exit code: what asked for it answers
 // with an empty value, and the command tells what that means for the input at hand.
 bool PrintMessage(ZQErrorLevel level, const std::string& message) {
   const char* prefix = "";
+  numWarnings += level >= ZQErrorLevel::Warning;
   if (level == ZQErrorLevel::Fatal) {
     prefix = "damaged data, or a defect of korvex: ";
     invariantBroken = true;
@@ -84,6 +86,8 @@ int Dispatch(const std::vector<std::string>& words) {
 }
 
 }  // namespace
+
+unsigned int KorvexProgram::NumWarnings() { return numWarnings; }
 
 int main(int argc, char** argv) {
   ZQThrow.SetSink(PrintMessage);

@@ -28,8 +28,10 @@ int RunHistogram(const ZQInterface& interface) {
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
   SetTverskyCoeffs(options, interface);
+  const unsigned int numWarnings = NumWarnings();
   const ZQFPHistogram histogram =
       database->GetHistogram(options, static_cast<unsigned long>(interface.Get<int>("-bins")));
+  if (NumWarnings() != numWarnings) return BadInput;  // too little memory
   const unsigned long pairs = histogram.NumSamples();
   std::printf("# pairs %lu\n", pairs);
   if (pairs != 0) std::printf("# mean %.6f\n# std %.6f\n", histogram.Mean(), histogram.Std());
@@ -64,14 +66,20 @@ int RunNeighbors(const ZQInterface& interface) {
   const std::uint64_t wanted = limit == 0 ? records : limit;
   // The library counts a record among its own neighbours; one more makes up for leaving it out.
   options.SetLimit(static_cast<unsigned int>(std::min(wanted + 1, records)));
-  ZQIter<ZQSimScorePair> pair = database->GetSparseMatrix(options);
-  if (!pair && records != 0 && !options.HasCutoff()) return BadInput;  // too little memory
+  // At the cutoff itself the library leaves record 0 out; so it gets a lower one.
+  const float cutoff = options.GetCutoff();
+  const bool hasCutoff = options.HasCutoff();
+  if (hasCutoff) options.SetCutoff(std::nextafter(cutoff, -1.0F));
+  const unsigned int numWarnings = NumWarnings();
+  ZQIter<ZQSimScorePair> pair = records == 0 ? nullptr : database->GetSparseMatrix(options);
+  if (NumWarnings() != numWarnings) return BadInput;  // too little memory
   std::uint64_t row = 0;
   std::uint64_t printed = 0;
   for (; pair; ++pair) {
     if (pair->GetIdx1() != row) printed = 0;
     row = pair->GetIdx1();
     if (pair->GetIdx2() == row || printed == wanted) continue;
+    if (hasCutoff && pair->GetScore() < cutoff) continue;
     ++printed;
     std::printf("%lu\t%lu\t%.6f\n", row, pair->GetIdx2(), pair->GetScore());
   }

@@ -94,7 +94,12 @@ int Run(const ZQInterface& interface) {
       std::clamp<std::uint64_t>(hitsPerPass / hitsPerQuery, 1, queriesPerPass);
   for (unsigned int next = 0; next < molecules.NumMolecules();) {
     const Queries queries = ReadQueries(molecules, database->GetFPTypeBase(), count, next);
+    const unsigned int numWarnings = NumWarnings();
     std::vector<ZQIter<ZQSimScore>> hits = database->GetSortedScores(queries.fps, options);
+    if (NumWarnings() != numWarnings) {
+      writer.Finish();
+      return BadInput;  // too little memory
+    }
     for (std::size_t i = 0; i < hits.size(); ++i) {
       for (unsigned int rank = 1; hits[i]; ++hits[i], ++rank) {
         const std::uint64_t index = hits[i]->GetIdx();

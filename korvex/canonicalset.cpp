@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "korvex/primes_local.h"
@@ -50,13 +51,14 @@ void Order(unsigned int& a, unsigned int& b) {
 }  // namespace
 
 std::span<const unsigned int> ZQCanonicalWeights(std::size_t count) {
-  // Molecules of everyday sizes share one small table. The largest is enough for a set that would
-  // take years to name.
+  // Molecules of everyday sizes share one small table. An atom of more neighbours than the largest
+  // has weights is beyond what memory is spent on.
   static const std::vector<unsigned int> small = MakeWeights(256);
   if (count <= small.size()) return small;
   static const std::vector<unsigned int> medium = MakeWeights(1 << 14);
   if (count <= medium.size()) return medium;
   static const std::vector<unsigned int> large = MakeWeights(1 << 22);
+  if (count > large.size()) throw std::bad_alloc();
   return large;
 }
 

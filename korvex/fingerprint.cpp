@@ -223,6 +223,11 @@ bool ZQCanMakeFP(const ZQFPTypeBase* type, std::string* fault) {
       why = std::string("maximum ") + kind->distanceKey + " " + std::to_string(values.maxDistance) +
             " is above " + std::to_string(kind->largestMade) +
             ", the largest that fingerprints are made of";
+    } else if (why.empty() && kind->HasParams() && kind->IsHashed() && values.atype == 0 &&
+               values.btype == 0) {
+      why = "atype and btype are both None";
+    } else if (why.empty() && ZQGetFPType(*kind, type->GetVersion(), values) != type) {
+      why = "it isn't the one object of its parameters";
     }
   }
   if (fault) *fault = why;

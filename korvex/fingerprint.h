@@ -74,9 +74,10 @@ ZQ_EXPORT bool ZQIsFPType(const ZQFingerPrint& fp, unsigned int fptype);
 /// Whether both have the same type object. One without a type warns and answers false.
 ZQ_EXPORT bool ZQIsSameFPType(const ZQFingerPrint& a, const ZQFingerPrint& b);
 
-/// Whether fingerprints of this type can be made: it is of its kind's current version, and of a
-/// circular type the radii are at most 10, which a type may exceed. Otherwise false, with the
-/// reason in `*fault` if that isn't null; null is no type. Warns nothing.
+/// Whether fingerprints of this type can be made. A type may be legal, or read from a record, and
+/// say what no generator makes: an old version, radii above 10 of a circular type, both typings
+/// None of a hashed one, stray bits. Otherwise false, with the reason in `*fault` if that isn't
+/// null; null is no type. Reports nothing.
 ZQ_EXPORT bool ZQCanMakeFP(const ZQFPTypeBase* type, std::string* fault = nullptr);
 
 /// Makes the fingerprint of a molecule under a type. False for a null type or a molecule that isn't

@@ -54,32 +54,35 @@ void ZQFPGenerator::ThreadWork() {
   ZQMol mol;
   ZQFingerPrint fp;
   std::vector<std::uint64_t> words;
+  std::uint64_t numFailed = 0;
   std::uint64_t numEmpty = 0;
   const std::uint64_t count = molecules_.GetMaxMolIdx();
   for (std::uint64_t start = next_.fetch_add(chunkSize); start < count;
        start = next_.fetch_add(chunkSize)) {
     const std::uint64_t end = std::min(start + chunkSize, count);
     for (std::uint64_t index = start; index < end; ++index) {
-      MakeFingerPrint(fp, mol, static_cast<unsigned int>(index), numbits);
+      numFailed += !MakeFingerPrint(fp, mol, static_cast<unsigned int>(index), numbits);
       const std::uint64_t bits = ZQConvertFP(words, fp, popcount_);
       numEmpty += bits == 0;
       if (ZQ_ASSERT(words.size() == numbits / 64)) WriteRecord(index, bits, words);
     }
   }
+  numFailed_ += numFailed;
   numEmpty_ += numEmpty;
 }
 
-void ZQFPGenerator::MakeFingerPrint(ZQFingerPrint& fp, ZQMCMolBase& mol, unsigned int index,
+bool ZQFPGenerator::MakeFingerPrint(ZQFingerPrint& fp, ZQMCMolBase& mol, unsigned int index,
                                     unsigned int numbits) const {
   if (!molecules_.GetMolecule(mol, index)) {
     ZQThrow.Warning("%s cannot access molecule with index %d", createName, index);
   } else if (!ZQMakeFP(fp, mol, type_)) {
     ZQThrow.Warning("%s cannot generate fingerprint with index %d", createName, index);
   } else {
-    return;
+    return true;
   }
   fp.SetSize(numbits);
   fp.ClearBits();
+  return false;
 }
 
 void ZQFPGenerator::WriteRecord(std::uint64_t index, std::uint64_t count,
@@ -148,7 +151,7 @@ bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile, const std::string&
   generator.Run();
   if (tracer) tracer->Total();
   output.Close();
-  if (counts) *counts = {count, generator.NumEmpty()};
+  if (counts) *counts = {count, generator.NumFailed(), generator.NumEmpty()};
   return true;
 }
 

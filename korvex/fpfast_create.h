@@ -40,7 +40,9 @@ class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
 /// What was written into a database.
 struct ZQFPCreationCounts {
   std::uint64_t records = 0;
-  std::uint64_t empty = 0;  ///< of these without a bit: unreadable molecules, or without atoms
+  std::uint64_t failed =
+      0;                    ///< of these of molecules that couldn't be read, or gave no fingerprint
+  std::uint64_t empty = 0;  ///< of these without a bit, the failed ones included
 };
 
 /// Makes the database `fpbinFile` (extension "fpbin") of the molecules in `moleculeFile`: one

@@ -32,12 +32,13 @@ class ZQFPGenerator {
   void Run();
   /// The body of each thread: makes records until none are left.
   void ThreadWork();
-  /// Records without a bit, once all threads have ended.
+  /// Records of failed molecules, and those without a bit, once all threads have ended.
+  std::uint64_t NumFailed() const { return numFailed_; }
   std::uint64_t NumEmpty() const { return numEmpty_; }
 
  private:
-  // The fingerprint of a molecule index; without one, all bits off after a warning.
-  void MakeFingerPrint(ZQFingerPrint& fp, ZQMCMolBase& mol, unsigned int index,
+  // The fingerprint of a molecule index; without one, false after a warning, and all bits off.
+  bool MakeFingerPrint(ZQFingerPrint& fp, ZQMCMolBase& mol, unsigned int index,
                        unsigned int numbits) const;
   void WriteRecord(std::uint64_t index, std::uint64_t count,
                    const std::vector<std::uint64_t>& words);
@@ -45,6 +46,7 @@ class ZQFPGenerator {
   static constexpr unsigned int chunkSize = 5;  // molecule indices taken at a time
 
   std::atomic<std::uint64_t> next_{0};
+  std::atomic<std::uint64_t> numFailed_{0};
   std::atomic<std::uint64_t> numEmpty_{0};
   const ZQMolDatabase& molecules_;
   const ZQFPTypeBase* type_;

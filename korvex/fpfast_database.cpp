@@ -31,15 +31,21 @@ std::unique_ptr<ZQFastFPDatabaseImplBase> MakeImpl(const std::string& filename,
   return std::make_unique<ZQFastFPMemoryMapDatabaseImpl>(filename);
 }
 
-/// The result of a query. Without memory for it warns and gives the empty value.
-template <class Query, class Result>
-Result Guarded(const char* caller, Result empty, Query query) {
+/// The result of a query. Without memory for it warns and gives what `makeEmpty` returns.
+template <class Query, class MakeEmpty>
+auto GuardedOr(const char* caller, MakeEmpty makeEmpty, Query query) {
   try {
     return query();
   } catch (const std::exception& failure) {
     ZQThrow.Warning("%s : %s!", caller, failure.what());
-    return empty;
+    return makeEmpty();
   }
+}
+
+template <class Query, class Result>
+Result Guarded(const char* caller, Result empty, Query query) {
+  return GuardedOr(
+      caller, [&empty] { return std::move(empty); }, query);
 }
 
 }  // namespace
@@ -75,7 +81,7 @@ bool ZQFastFPDatabase::IsValidFPType(const ZQFingerPrint& fp, const char* caller
     ZQThrow.Warning("%s : invalid fingerprint type!", caller);
     return false;
   }
-  if (fp.GetFPTypeBase() != impl_->GetFPTypeBase()) {
+  if (fp.GetFPTypeBase() != GetFPTypeBase()) {
     ZQThrow.Warning("%s : fingerprint type mismatch!", caller);
     return false;
   }
@@ -83,7 +89,7 @@ bool ZQFastFPDatabase::IsValidFPType(const ZQFingerPrint& fp, const char* caller
 }
 
 bool ZQFastFPDatabase::IsValidFPIndex(std::uint64_t index, const char* caller) const {
-  if (index < impl_->NumFingerPrints()) return true;
+  if (index < NumFingerPrints()) return true;
   ZQThrow.Warning("%s : fingerprint index out of range!", caller);
   return false;
 }
@@ -269,28 +275,27 @@ ZQIter<float> ZQFastFPDatabase::GetAllScores(const ZQFPDatabaseOptions& options)
 ZQFPHistogram ZQFastFPDatabase::GetHistogram(const ZQFPDatabaseOptions& options,
                                              unsigned long bins) const {
   const char* caller = "ZQFastFPDatabase::GetHistogram()";
-  ZQFPHistogram none(bins, 0.0, 1.0);
-  if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return none;
-  return Guarded(caller, std::move(none), [&] { return impl_->GetHistogram(options, bins); });
+  const auto none = [bins] { return ZQFPHistogram(bins, 0.0, 1.0); };
+  if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return none();
+  return GuardedOr(caller, none, [&] { return impl_->GetHistogram(options, bins); });
 }
 
 ZQFPVariogram ZQFastFPDatabase::GetVariogram(const std::vector<float>& values,
                                              const ZQFPDatabaseOptions& options,
                                              unsigned long bins) const {
   const char* caller = "ZQFastFPDatabase::GetVariogram()";
-  ZQFPVariogram none(bins, 0.0, 1.0);
-  if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return none;
+  const auto none = [bins] { return ZQFPVariogram(bins, 0.0, 1.0); };
+  if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return none();
   if (options.GetSimFunc() == ZQSimMeasure::Tversky) {
     ZQThrow.Warning("%s : Tversky similarity is not supported!", caller);
-    return none;
+    return none();
   }
   if (values.size() != impl_->NumFingerPrints()) {
     ZQThrow.Warning("%s : %lu values for %lu fingerprints!", caller, values.size(),
                     impl_->NumFingerPrints());
-    return none;
+    return none();
   }
-  return Guarded(caller, std::move(none),
-                 [&] { return impl_->GetVariogram(values, options, bins); });
+  return GuardedOr(caller, none, [&] { return impl_->GetVariogram(values, options, bins); });
 }
 
 ZQIter<ZQSimScorePair> ZQFastFPDatabase::GetSparseMatrix(const ZQFPDatabaseOptions& options) const {

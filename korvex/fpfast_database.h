@@ -86,9 +86,10 @@ class ZQ_EXPORT ZQFastFPDatabase {
   /// Not for Tversky.
   ZQFPVariogram GetVariogram(const std::vector<float>& values, const ZQFPDatabaseOptions& options,
                              unsigned long bins) const;
-  /// For each fingerprint its nearest ones, itself included: as many as the limit says, those
-  /// that reach the cutoff, greatest score first, of equals the higher index first. A limit above
-  /// the number of fingerprints is refused; 0 warns and takes all.
+  /// For each fingerprint its nearest ones, itself included: as many as the limit says, greatest
+  /// score first, of equals the higher index first. A cutoff leaves those above it, and those equal
+  /// to it but for fingerprint 0. A limit above the number of fingerprints is refused; 0 warns and
+  /// takes all.
   ZQIter<ZQSimScorePair> GetSparseMatrix(const ZQFPDatabaseOptions& options) const;
 
   /// Hits and histogram of one query, on the options' number of threads. Returns the status of

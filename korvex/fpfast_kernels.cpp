@@ -517,7 +517,7 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
       const auto& entries = lists.Sorted(row - bandBegin);
       const auto end = options.HasCutoff()
                            ? std::lower_bound(entries.begin(), entries.end(),
-                                              std::pair(options.GetCutoff(), std::uint64_t{0}),
+                                              std::pair(options.GetCutoff() + 0.0F, std::uint64_t{0}),
                                               NearestLists::IsGreater)
                            : entries.end();
       for (auto entry = entries.begin(); entry != end; ++entry) {

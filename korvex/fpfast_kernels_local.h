@@ -108,7 +108,8 @@ ZQ_EXPORT void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<flo
                                  ZQPopCountFunc popcount);
 
 /// For each record as row the `k` greatest scores, itself included, best first, among equals
-/// the higher id first; with a cutoff only those that reach it. Appends to `out`.
+/// the higher id first; with a cutoff only those above it, and those equal to it whose id isn't 0.
+/// Appends to `out`.
 ZQ_EXPORT void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out,
                                     const ZQFPDatabaseOptions& options, const unsigned long* data,
                                     unsigned long numRecords, unsigned long numWords,

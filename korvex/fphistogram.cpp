@@ -69,12 +69,11 @@ ZQFPHistogram::ZQFPHistogram(unsigned long bins, double minValue, double maxValu
     : ZQFPHistogram(MakeBins<unsigned long>(bins, "ZQFPHistogram::ZQFPHistogram()"), minValue,
                     maxValue) {}
 
-ZQFPHistogram::ZQFPHistogram(const std::vector<unsigned long>& counts, double minValue,
-                             double maxValue)
-    : counts_(counts),
+ZQFPHistogram::ZQFPHistogram(std::vector<unsigned long> counts, double minValue, double maxValue)
+    : counts_(std::move(counts)),
       minValue_(minValue),
       maxValue_(maxValue),
-      binSize_((maxValue - minValue) / ZQCheckedDouble(counts.size())) {}
+      binSize_((maxValue - minValue) / ZQCheckedDouble(counts_.size())) {}
 
 unsigned long ZQFPHistogram::GetBinIdx(double x) const { return BinIdx(x, *this); }
 unsigned long ZQFPHistogram::GetBinIdx(float x) const { return BinIdx(x, *this); }

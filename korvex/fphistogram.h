@@ -18,7 +18,7 @@ class ZQ_EXPORT ZQFPHistogram {
   /// memory for %lu bins!" and has none; without bins, samples are dropped.
   ZQFPHistogram(unsigned long bins, double minValue, double maxValue);
   /// Restores a histogram from its counts.
-  ZQFPHistogram(const std::vector<unsigned long>& counts, double minValue, double maxValue);
+  ZQFPHistogram(std::vector<unsigned long> counts, double minValue, double maxValue);
 
   /// The bin of a value; the last bin is closed above. A NaN, or a value more than 1e-5 outside
   /// the range, is an assertion failure and goes to the nearest bin, a NaN to the first. The two

@@ -80,6 +80,13 @@ TEST(CanonicalSmiles, IsTheSameForEveryOrderAndReadsBack) {
   }
 }
 
+TEST(CanonicalSmiles, AHydrogenBesideALonePairHoldsNoConfiguration) {
+  for (const char* smiles : {"F[P@H]Br", "F[P@]([H])Br", "FP([H])Br"}) {
+    EXPECT_EQ(ZQMolToCanonicalSmiles(ReadSmiles(smiles)), "FPBr") << smiles;
+  }
+  EXPECT_EQ(ZQMolToCanonicalSmiles("C[S@]([H])=O"_mol), "CS=O");
+}
+
 // Every way to fill in the configurations, against the number of stereoisomers by hand.
 TEST(CanonicalSmiles, TellsStereoisomersApartAndNothingElse) {
   // "?" stands for @ or @@, "!" for / or a backslash. Among the first are the pentitols, which are

@@ -179,7 +179,15 @@ TEST(TypeString, TextFromOutsideIsHeldToTheLimitsWithoutAssertions) {
   EXPECT_TRUE(ZQCanMakeFP(ZQGetFPType(ZQFPType::UnhashedTree), &why));
   EXPECT_FALSE(ZQCanMakeFP(ZQReadFPType(faults[6].first), &why));
   EXPECT_EQ(why, "maximum radius 255 is above 10, the largest that fingerprints are made of");
-  EXPECT_FALSE(ZQCanMakeFP(ZQGetPathFPType(0, 64, 0, 5, 1, 1)) || ZQCanMakeFP(nullptr));
+  const std::uint64_t id = ZQFPPathType::GetIDFromParams(64, 0, 5, 1, 1);
+  const ZQFPPathType own(8192, id);
+  for (const ZQFPTypeBase* type : std::initializer_list<const ZQFPTypeBase*>{
+           nullptr, &own, ZQGetPathFPType(0, 64, 0, 5, 1, 1), ZQGetPathFPType(64, 0, 5, 0, 0),
+           pathTypeFactory.GetFPType(8192, id | 1ULL << 42)}) {
+    EXPECT_FALSE(ZQCanMakeFP(type, &why));
+    EXPECT_FALSE(why.empty());
+  }
+  EXPECT_EQ(reports.Take(), Texts{});
 
   std::mt19937 random(11);
   const std::string pieces[] = {"Path",      "UHTree",    "Lingo",      "ver=2.0.0",  "ver=x",

@@ -251,6 +251,15 @@ TEST(Preparation, TakesTimeInProportionToTheNeighboursOfAnAtom) {
   }
 }
 
+TEST(Preparation, RemovesOnlyTheMoleculesOwnAtoms) {
+  ZQMol mol = "CO"_mol;
+  ZQMol other = "CO"_mol;
+  ZQRemoveAtom(mol, other.GetAtomAt(1), true);
+  ZQRemoveAtom(mol, nullptr, true);
+  EXPECT_EQ(mol.NumAtoms(), 2U);
+  EXPECT_EQ(other.GetAtomAt(0)->GetImplicitHCount(), 3U);
+}
+
 TEST(Preparation, IsAskedForOnlyByKindsThatTakeMoleculesAsTheyStand) {
   ZQMol mol = "c1ccccc1"_mol;
   EXPECT_FALSE(ZQIsPreparedForFingerprinting(mol, ZQFPType::MACCS166));

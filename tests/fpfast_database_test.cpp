@@ -292,6 +292,16 @@ TEST_P(BackEnd, MoleculesAreNoQueriesUnderATypeThatCantBeMade) {
   EXPECT_TRUE(database.GetSortedScores(0, {}));
 }
 
+TEST(FastFPDatabase, ChecksOfADatabaseThatIsNotValid) {
+  CapturedReports reports;
+  const ZQFastFPDatabase database("/no/such.fpbin");
+  reports.Take();
+  EXPECT_FALSE(database.IsValidFPIndex(0, "me()"));
+  EXPECT_FALSE(database.IsValidFPType(RandomFingerPrints(1, 256)[0], "me()"));
+  EXPECT_EQ(reports.Count(ZQErrorLevel::Fatal), 0U);
+  EXPECT_EQ(reports.Take().back(), "me() : fingerprint type mismatch!");
+}
+
 TEST(MemoryMapped, AResultBeyondAnyMemoryIsAWarning) {
   constexpr std::uint64_t count = std::uint64_t{1} << 32;
   const TempFile file("sparse.fpbin");

@@ -288,6 +288,19 @@ TEST(Symmetry, Table) {
   ExpectRows("C1CC1.C1CCCCC1 aaabbbbbb C12C3C1C1C2C31.C12C3C4C1C3C42 aaaaaabbbbbb", split, Classes);
 }
 
+TEST(Symmetry, KeepsWhatIsPerceivedByOtherRules) {
+  ZQMol mol = "CCCC"_mol;
+  ZQPerceiveSymmetry(mol, false, false);
+  EXPECT_FALSE(mol.IsPerceived(ZQPerceived::Symmetry));
+  EXPECT_NE(mol.GetAtomAt(0)->GetSymmetryClass(), 0U);
+  mol.GetAtomAt(0)->SetHyb(1);
+  mol.GetBondAt(1)->SetChiral(true);
+  ZQPerceiveSymmetry(mol, true, false);
+  EXPECT_EQ(mol.GetAtomAt(0)->GetHyb(), 1U);
+  EXPECT_TRUE(mol.GetBondAt(1)->IsChiral());
+  EXPECT_EQ(Classes(mol), "abcd");
+}
+
 TEST(Symmetry, OfDrawnStereo) {
   // The first has both the same hand, read from either end.
   std::istringstream cases(R"t(

@@ -266,7 +266,8 @@ TEST_F(ProgramTest, OneBadRecordCostsThatRecord) {
   const RunResult created = Korvex({"create", "some.smi", "some.fpbin"});
   EXPECT_EQ(created.exitCode, 0);
   EXPECT_EQ(created.out,
-            "some.fpbin: 5 records, 2 of them without a bit (unreadable or without atoms)\n");
+            "some.fpbin: 5 records, 2 of them without a bit (unreadable, or nothing to make bits "
+            "from)\n");
   EXPECT_NE(created.err.find("ecord 2 of some.smi"), std::string::npos) << created.err;
 
   const RunResult printed =
@@ -314,6 +315,11 @@ TEST_F(ProgramTest, CompareInfoHistogramNeighbors) {
     EXPECT_NE(near[i][1], near[i][0]);
     EXPECT_NEAR(std::stod(near[i][2]), std::stod(hits[i / 2 * 3 + i % 2 + 1][2]), 2e-6);
   }
+  // A cutoff is reached by what equals it, record 0 included.
+  WriteFile(folder / "same.smi", "CCO\nCCO\nCCO\nC\n");
+  ASSERT_EQ(Korvex({"create", "same.smi", "same.fpbin"}).exitCode, 0);
+  EXPECT_EQ(Table(Korvex({"neighbors", "same.fpbin", "-limit", "0", "-cutoff", "1"}).out).size(),
+            6U);
   EXPECT_EQ(Table(Korvex({"neighbors", "mols.fpbin", "-limit", "0"}).out).size(),
             records * (records - 1));
 }
@@ -368,6 +374,13 @@ TEST_F(ProgramTest, AFailedCreationLosesNothing) {
   ExpectFailure({"create", "gone.smi", "mols.fpbin"}, 1, "gone.smi");
   ExpectFailure({"create", "gone.smi", "mols.fpbin", "-numbits", "1000"}, 2, "multiple of 256");
   EXPECT_EQ(ReadFile(folder / "mols.fpbin"), before);
+  WriteFile(folder / "bad.smi", "Q\nCC(C\n");
+  ExpectFailure({"create", "bad.smi", "mols.fpbin"}, 1, "bad.smi holds no molecule that could be");
+  fs::create_symlink("mols.smi", folder / "two\nlines.smi");
+  ExpectFailure({"create", "two\nlines.smi", "mols.fpbin"}, 1, "line feed");
+  EXPECT_EQ(ReadFile(folder / "mols.fpbin"), before);
+  fs::remove(folder / "two\nlines.smi");
+  fs::remove(folder / "bad.smi");
   ExpectFailure({"create", "mols.smi", "none/mols.fpbin"}, 1, "none/mols.fpbin");
   fs::create_directory(folder / "dir.fpbin");
   ExpectFailure({"create", "mols.smi", "dir.fpbin"}, 1, "dir.fpbin");
@@ -377,6 +390,23 @@ TEST_F(ProgramTest, AFailedCreationLosesNothing) {
   }
   EXPECT_EQ(left,
             (std::set<std::string>{".stderr", ".stdout", "dir.fpbin", "mols.fpbin", "mols.smi"}));
+}
+
+TEST_F(ProgramTest, ANewDatabaseTakesThePlaceAndTheModeOfTheOldOne) {
+  fs::create_directory(folder / "sub");
+  WriteFile(folder / "sub/mols.smi", "CCO ethanol\n");
+  ASSERT_EQ(Korvex({"create", "sub/mols.smi", "sub/own.fpbin"}).exitCode, 0);
+  fs::permissions(folder / "sub/own.fpbin", fs::perms::owner_read | fs::perms::owner_write);
+  fs::create_symlink("sub/own.fpbin", folder / "link.fpbin");
+  ASSERT_EQ(Korvex({"create", "sub/mols.smi", "link.fpbin", "-numbits", "512"}).exitCode, 0);
+  EXPECT_TRUE(fs::is_symlink(folder / "link.fpbin"));
+  EXPECT_EQ(fs::status(folder / "sub/own.fpbin").permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(ZQFastFPDatabaseParams(folder / "sub/own.fpbin").NumWords(), 8U);
+  // The molecules are found beside it, whatever folder the header names.
+  const RunResult run = folder.Run(
+      {"bash", "-c", "cd sub && " + std::string(KORVEX_PROGRAM) + " search own.fpbin CCO"});
+  EXPECT_EQ(run.out, "1\t1\t1.000000\t0\tethanol\tCCO\n") << run.err;
 }
 
 TEST_F(ProgramTest, DamagedDatabasesAreRefused) {

@@ -269,6 +269,14 @@ TEST(SmilesWriter, WritesWhatReadsBackInAnyOrder) {
   }
 }
 
+TEST(SmilesWriter, RingsOfUnwrittenBondsAreNotAromatic) {
+  for (const char* smiles : {"c1ccccc->1", "[pH]1cc->cc1", "Cc1ccccc->1.c1ccccc1"}) {
+    const ZQMol mol = ReadSmiles(smiles);
+    const ZQMol back = ReadSmiles(ZQMolToSmiles(mol));
+    EXPECT_EQ(ZQMolToCanonicalSmiles(back), ZQMolToCanonicalSmiles(mol)) << smiles;
+  }
+}
+
 TEST(SmilesWriter, WritesExtremeValuesThatReadBack) {
   for (const unsigned int hydrogens : {0U, 1U, 9U, 10U, 11U, 255U}) {
     for (const int charge : {0, 1, -15, 16, -128, 999999999, -999999999}) {

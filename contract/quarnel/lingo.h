@@ -37,8 +37,9 @@ class ZQ_EXPORT ZQLingoSim {
    public:
     Impl(const char* text, unsigned int step);
     /// Substrings of the own text alone, of `other` alone, and of both, as multisets. A text of
-    /// fewer than four characters has none. Takes time in proportion to the length of `other`, and
-    /// no memory once a thread has compared with as long a text.
+    /// fewer than four characters has none. Takes time in proportion to the length of `other` and
+    /// the distinct substrings of the own text, and no memory once a thread has compared with as
+    /// long a text.
     void Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
                  unsigned int* both) const;
 

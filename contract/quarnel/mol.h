@@ -168,8 +168,8 @@ class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
   /// Whether a step of `ZQPerceived` is done. Adding or deleting an atom or bond undoes all steps;
   /// a change of an order, charge, isotope, count of hydrogens or configuration undoes those that
   /// read it. What a step has found is forgotten when it is undone, by a change or by
-  /// `SetPerceived`: it reads as 0 or false. Aromatic flags that were set while the step wasn't
-  /// done are marks of the input and stay.
+  /// `SetPerceived`: it reads as 0 or false. What was set while its step wasn't done stays:
+  /// aromatic flags are marks of the input then, chiral ones those of drawn configurations.
   virtual bool IsPerceived(unsigned int step) const = 0;
   virtual void SetPerceived(unsigned int step, bool done) = 0;
 

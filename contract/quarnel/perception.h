@@ -46,18 +46,19 @@ ZQ_EXPORT bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit = nullptr);
 /// Whether an atom of atomic number 1 is present.
 ZQ_EXPORT bool ZQHasExplicitHydrogens(const ZQMolBase& mol);
 /// Turns explicit hydrogens into counts on their neighbours. Kept are hydrogens that are charged,
-/// bridging, bonded to another hydrogen or to nothing, and those with an isotope, an atom class
-/// or a role in stereo, unless the flag of each says otherwise. A role in stereo means that a
-/// configuration can't be told without the hydrogen: it is the only other neighbour at the end of a
-/// double bond, or beside a lone pair on a centre. Other configurations are restated for the new
-/// order of neighbours; one that is lost with a hydrogen of a role is cleared.
+/// bridging, bonded to another hydrogen, to nothing or by other than a single bond, or hold
+/// hydrogens themselves, and those with an isotope, an atom class or a role in stereo, unless the
+/// flag of each says otherwise. A role in stereo means that a configuration can't be told without
+/// the hydrogen: it is the only other neighbour at the end of a double bond, or beside a lone pair
+/// on a centre. Other configurations are restated for the new order of neighbours; one that is lost
+/// with a hydrogen of a role is cleared.
 ZQ_EXPORT void ZQSuppressHydrogens(ZQMolBase& mol, bool deleteIsotopes = false,
                                    bool deleteMapped = false, bool deleteStereo = false);
 
-/// Deletes an atom of the molecule. With `becomesHydrogen` each of its neighbours gets one implicit
-/// hydrogen in its place, and configurations are restated as for `ZQSuppressHydrogens`; those that
-/// can't be told any more are cleared. Without it nothing takes the place, and the neighbours and
-/// their double bonds lose their configurations.
+/// Deletes an atom of the molecule; does nothing for another's, or null. With `becomesHydrogen`
+/// each of its neighbours gets one implicit hydrogen in its place, and configurations are restated
+/// as for `ZQSuppressHydrogens`; those that can't be told any more are cleared. Without it nothing
+/// takes the place, and the neighbours and their double bonds lose their configurations.
 ZQ_EXPORT void ZQRemoveAtom(ZQMolBase& mol, ZQAtomBase* atom, bool becomesHydrogen);
 
 /// Ring membership of atoms and bonds, in linear time: a bond is in a ring if it isn't a bridge
@@ -106,10 +107,10 @@ ZQ_EXPORT bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool cl
                                      unsigned int maxRing, bool prune);
 
 /// Hybridization of every atom, by its neighbours and lone pairs together (an odd electron counts
-/// as a pair): 2 to 6 give sp to sp3d2, fewer none; in the d and f blocks by the neighbours alone.
-/// Hydrogen and dummy atoms have none. An aromatic atom is sp2, and so is N or O with a lone pair
-/// and four in all, if a single bond leads to C, N or O with a double, triple or aromatic bond. A
-/// sulfur or selenium there stays sp3. Returns at once if the step is perceived.
+/// as a pair): 2 to 6 give sp to sp3d2, more the last, fewer none; in the d and f blocks by the
+/// neighbours alone. Hydrogen and dummy atoms have none. An aromatic atom is sp2, and so is N or O
+/// with a lone pair and four in all, if a single bond leads to C, N or O with a double, triple or
+/// aromatic bond. A sulfur or selenium there stays sp3. Returns at once if the step is perceived.
 ZQ_EXPORT void ZQAssignHybridization(ZQMolBase& mol);
 
 /// Which atoms and double bonds could carry stereo, specified or not, by classes of partition
@@ -131,10 +132,11 @@ ZQ_EXPORT void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly);
 
 /// Symmetry classes from 1 up: two atoms share one only if an automorphism of the molecule that
 /// keeps everything that an invariant can read maps one onto the other. Hybridization and what
-/// could carry stereo are perceived on the way. `automorphisms` false stops at partition
-/// refinement, which is cheaper and may merge more, such as a ring of six and two of three.
-/// `stereo` true also separates by the configuration drawn; an atom whose configuration the classes
-/// around it can't tell has a class of its own.
+/// could carry stereo are perceived on the way, where they aren't perceived already.
+/// `automorphisms` false stops at partition refinement, which is cheaper and may merge more, such
+/// as a ring of six and two of three; the step then doesn't count as perceived. `stereo` true also
+/// separates by the configuration drawn; an atom whose configuration the classes around it can't
+/// tell has a class of its own.
 ///
 /// The search for automorphisms may look at 50,000 bonds and 1,000 more an atom; where that isn't
 /// enough, as for a star of thousands of neighbours, atoms keep classes of their own.

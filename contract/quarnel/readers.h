@@ -52,7 +52,7 @@ ZQ_EXPORT std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol);
 /// directions of its bonds. A fourth neighbour that isn't drawn lies behind or in front of three
 /// that fill the plane, and across from the middle one of three in a half-plane, two of them in
 /// line included. Wedges that contradict each other, a wavy bond, and bonds drawn on top of each
-/// other give none.
+/// other give none. So does a nitrogen of three bonds, be it locked in rings.
 ZQ_EXPORT bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile,
                               const std::string& where = std::string());
 

@@ -42,6 +42,13 @@ bool CanHold(const MolView& view, std::uint32_t a) {
   if (atom.aromatic || atom.implicitH > 1 || atom.degree < 3) return false;
   if (ligands != 3) return ligands == 4;
   const auto isSingle = [&](const MolView::Edge& e) { return view.bonds[e.bond].order == 1; };
+  // Beside a lone pair a hydrogen holds none, whether it is counted or an atom.
+  const auto isPlainHydrogen = [&](const MolView::Edge& e) {
+    const MolView::Atom& neighbour = view.atoms[e.atom];
+    return neighbour.element == 1 && neighbour.isotope == 0 && neighbour.charge == 0 &&
+           neighbour.atom->GetMapIdx() == 0;
+  };
+  if (std::ranges::any_of(view.Edges(a), isPlainHydrogen)) return false;
   switch (atom.element) {
     case 6:
     case 14:

@@ -12,15 +12,6 @@ namespace Quarnel {
 
 namespace {
 
-/// Bonds that aren't written.
-bool HasBondsWithoutOrder(const ZQMolBase& mol) {
-  for (unsigned int b = 0; b < mol.GetMaxBondIdx(); ++b) {
-    const ZQBondBase* bond = mol.GetBondAt(b);
-    if (bond && bond->GetOrder() == 0) return true;
-  }
-  return false;
-}
-
 bool IsPrepared(const ZQMolBase& mol) {
   int model = 0;
   return mol.IsPerceived(ZQPerceived::Rings) && mol.IsPerceived(ZQPerceived::Aromaticity) &&

@@ -70,6 +70,9 @@ void ReleaseStereo(ZQAtomBase& parent, const ZQBondBase& toLeaving, bool becomes
 }  // namespace
 
 void ZQRemoveAtom(ZQMolBase& mol, ZQAtomBase* atom, bool becomesHydrogen) {
+  const bool isOwn =
+      atom && atom->GetIdx() < mol.GetMaxAtomIdx() && mol.GetAtomAt(atom->GetIdx()) == atom;
+  if (!isOwn) return;
   for (const ZQBondBase* b = atom->NextBond(nullptr); b; b = atom->NextBond(b)) {
     ZQAtomBase* parent = b->GetNbr(atom);
     ReleaseStereo(*parent, *b, becomesHydrogen);

@@ -10,6 +10,7 @@
 #include <span>
 #include <utility>
 
+#include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/adjacency_local.h"
@@ -527,10 +528,51 @@ std::string JoinSmilesParts(const std::vector<std::string>& parts) {
   return text;
 }
 
-std::string ZQMolToSmiles(const ZQMolBase& mol) {
+bool HasBondsWithoutOrder(const ZQMolBase& mol) {
+  for (unsigned int b = 0; b < mol.GetMaxBondIdx(); ++b) {
+    const ZQBondBase* bond = mol.GetBondAt(b);
+    if (bond && bond->GetOrder() == 0) return true;
+  }
+  return false;
+}
+
+namespace {
+
+std::string WriteInOrder(const ZQMolBase& mol) {
   std::vector<unsigned int> rank(mol.GetMaxAtomIdx());
   std::iota(rank.begin(), rank.end(), 0U);
   return JoinSmilesParts(WriteSmilesParts(mol, rank, nullptr));
+}
+
+// Whether an atom that the molecule says is aromatic lies in no ring of the one that is written.
+bool HasLostRings(const ZQMolBase& mol, const ZQMolBase& written) {
+  for (auto atom = mol.GetAtoms(); atom; ++atom) {
+    if (atom->IsAromatic() && !written.GetAtomAt(atom->GetIdx())->IsInRing()) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string ZQMolToSmiles(const ZQMolBase& mol) {
+  if (!HasBondsWithoutOrder(mol)) return WriteInOrder(mol);
+  ZQGraphMol written(mol);
+  for (unsigned int b = 0; b < mol.GetMaxBondIdx(); ++b) {
+    ZQBondBase* bond = written.GetBondAt(b);
+    if (bond && bond->GetOrder() == 0) written.DeleteBond(bond);
+  }
+  ZQFindRingAtomsAndBonds(written);
+  if (!HasLostRings(mol, written)) return WriteInOrder(mol);
+  // A ring that such a bond closes can't be read back as aromatic.
+  ZQAssignAromaticFlags(written, 2, true, 0, false);
+  ZQGraphMol flagged(mol);
+  for (auto atom = written.GetAtoms(); atom; ++atom) {
+    flagged.GetAtomAt(atom->GetIdx())->SetAromatic(atom->IsAromatic());
+  }
+  for (auto bond = written.GetBonds(); bond; ++bond) {
+    flagged.GetBondAt(bond->GetIdx())->SetAromatic(bond->IsAromatic());
+  }
+  return WriteInOrder(flagged);
 }
 
 }  // namespace Quarnel

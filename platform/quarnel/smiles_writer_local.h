@@ -16,6 +16,9 @@ std::vector<std::string> WriteSmilesParts(const ZQMolBase& mol,
                                           const std::vector<unsigned int>& rank,
                                           std::vector<ZQBondBase*>* lostBonds);
 
+/// Whether the molecule has bonds that aren't written.
+bool HasBondsWithoutOrder(const ZQMolBase& mol);
+
 /// One SMILES of several parts.
 std::string JoinSmilesParts(const std::vector<std::string>& parts);
 

@@ -99,6 +99,24 @@ void SplitByStereo(const MolView& view, Partition& partition) {
   partition.Split(view, property);
 }
 
+/// Tells atoms and bonds apart by what was perceived before: it may be by another's rules.
+void SplitByPerceived(const ZQMolBase& mol, const MolView& view, Partition& partition) {
+  const bool hasHyb = mol.IsPerceived(ZQPerceived::Hybridization);
+  const bool hasChiral = mol.IsPerceived(ZQPerceived::Chirality);
+  if (!hasHyb && !hasChiral) return;
+  std::vector<std::uint32_t> property(view.atoms.size(), 0);
+  for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
+    if (partition.IsFolded(a)) continue;
+    const ZQAtomBase& atom = *view.atoms[a].atom;
+    property[a] = (hasHyb ? 2 * atom.GetHyb() : 0) + (hasChiral && atom.IsChiral() ? 1 : 0);
+  }
+  partition.Split(view, property);
+  if (!hasChiral) return;
+  std::vector<std::uint8_t> kinds(view.bonds.size(), 0);
+  for (std::uint32_t b = 0; b < view.NumBonds(); ++b) kinds[b] = view.bonds[b].bond->IsChiral();
+  partition.SplitBonds(view, kinds);
+}
+
 }  // namespace
 
 void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
@@ -113,9 +131,13 @@ void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
   auto& [partition, chirality, orbits, hyb, classes] = scratch;  // looked up once
   const MolView& view = MolView::Read(mol, MolView::Properties);
   const std::uint32_t n = view.NumAtoms();
-  FindHybridization(view, hyb);
+  const bool findHyb = !mol.IsPerceived(ZQPerceived::Hybridization);
+  const bool findChiral = !mol.IsPerceived(ZQPerceived::Chirality);
+  mol.SetPerceived(ZQPerceived::Symmetry, false);
+  if (findHyb) FindHybridization(view, hyb);
   partition.Build(view);
-  chirality.Find(view, partition);
+  if (findChiral) chirality.Find(view, partition);
+  SplitByPerceived(mol, view, partition);
   SplitByExplicitHydrogens(view, partition);
   if (stereo) SplitByStereo(view, partition);
   if (automorphisms) orbits.Find(view, partition);
@@ -131,15 +153,15 @@ void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
     if (symmetryClass == 0) symmetryClass = ++numClasses;
     ZQAtomBase& atom = *view.atoms[a].atom;
     atom.SetSymmetryClass(symmetryClass);
-    atom.SetHyb(hyb[a]);
-    atom.SetChiral(chirality.atoms[a] != 0);
+    if (findHyb) atom.SetHyb(hyb[a]);
+    if (findChiral) atom.SetChiral(chirality.atoms[a] != 0);
   }
-  for (std::uint32_t b = 0; b < view.NumBonds(); ++b) {
+  for (std::uint32_t b = 0; findChiral && b < view.NumBonds(); ++b) {
     view.bonds[b].bond->SetChiral(chirality.bonds[b] != 0);
   }
   mol.SetPerceived(ZQPerceived::Hybridization, true);
   mol.SetPerceived(ZQPerceived::Chirality, true);
-  mol.SetPerceived(ZQPerceived::Symmetry, true);
+  if (automorphisms) mol.SetPerceived(ZQPerceived::Symmetry, true);
 }
 
 }  // namespace Quarnel
