@@ -13,8 +13,8 @@
 namespace ZQKorvex {
 
 /// The first `count` weights of the hashed identifiers, at least: the 50 of `PATH_PRIMES`, and from
-/// there on every fifth prime, 2833, 2861, ... The tables live to process exit; any thread may call.
-/// More than 2^22 throw `std::bad_alloc`.
+/// there on every fifth prime, 2833, 2861, ... The tables live to process exit; any thread may
+/// call. More than 2^22 throw `std::bad_alloc`.
 std::span<const unsigned int> ZQCanonicalWeights(std::size_t count);
 
 /// Names sets by the formula that circular.h tells. Made once for a molecule, whose invariants must

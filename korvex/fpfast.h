@@ -69,8 +69,8 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
 
 /// Whether fingerprints of the type may be stored in a `.fpbin` file: path, circular or tree, of a
 /// multiple of 256 bits. Otherwise warns, behind the caller's name: "... invalid fingerprint
-/// pointer!", "... invalid fingerprint type!", "... invalid fingerprint type (only path, circular or
-/// tree allowed)!" or "... invalid fingerprint size (has to be multiple of %d)!".
+/// pointer!", "... invalid fingerprint type!", "... invalid fingerprint type (only path, circular
+/// or tree allowed)!" or "... invalid fingerprint size (has to be multiple of %d)!".
 ZQ_EXPORT bool CheckFingerPrintType(const ZQFPTypeBase* type, const char* caller);
 
 /// Bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8, or 2^64 - 1 where that

@@ -515,11 +515,12 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
 
     for (std::uint64_t row = bandBegin; row < bandEnd; ++row) {
       const auto& entries = lists.Sorted(row - bandBegin);
-      const auto end = options.HasCutoff()
-                           ? std::lower_bound(entries.begin(), entries.end(),
-                                              std::pair(options.GetCutoff() + 0.0F, std::uint64_t{0}),
-                                              NearestLists::IsGreater)
-                           : entries.end();
+      const auto end =
+          options.HasCutoff()
+              ? std::lower_bound(entries.begin(), entries.end(),
+                                 std::pair(options.GetCutoff() + 0.0F, std::uint64_t{0}),
+                                 NearestLists::IsGreater)
+              : entries.end();
       for (auto entry = entries.begin(); entry != end; ++entry) {
         out.emplace_back(records.Id(row), entry->second, double{entry->first});
       }

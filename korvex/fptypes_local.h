@@ -68,8 +68,8 @@ std::string ZQFindFPTypeFault(const ZQFPKind& kind, const ZQFPTypeValues& values
 bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values, std::uint64_t& id);
 /// The reverse, of the fields alone. Kinds without a number of bits have 0 there.
 ZQFPTypeValues ZQDecodeFPTypeID(std::uint64_t id);
-/// The same for a type that is to be used. Warns of bits outside the fields and goes on; a hashed kind's numbits below 16 is
-/// an assertion failure.
+/// The same for a type that is to be used. Warns of bits outside the fields and goes on; a hashed
+/// kind's numbits below 16 is an assertion failure.
 ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id);
 
 /// The type of a kind under a version, without a test of either: what a stored record says.
