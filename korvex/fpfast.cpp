@@ -160,10 +160,14 @@ std::string ZQWriteFastFingerPrintBlob(std::uint64_t index, const ZQFingerPrint&
 // The reader.
 
 ZQFastFPDatabaseParams::ZQFastFPDatabaseParams(const std::string& filename) {
+  zqifstream in(filename);
+  *this = ZQFastFPDatabaseParams(in, filename);
+}
+
+ZQFastFPDatabaseParams::ZQFastFPDatabaseParams(zqifstream& in, const std::string& filename) {
   const char* caller = "ZQFastFPDatabaseParams()";
   const char* name = filename.c_str();
-  zqifstream in;
-  if (!in.Open(filename)) {
+  if (in.GetDescriptor() < 0) {
     ZQThrow.Warning("%s cannot open fingerprint database file %s", caller, name);
     return;
   }

@@ -35,6 +35,8 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
   /// %s header", "... inconsistent number of fingerprints in %s header". The size of the file
   /// isn't compared with the header; `IsConsistent` does that.
   explicit ZQFastFPDatabaseParams(const std::string& filename);
+  /// The same of a file that has been opened, or couldn't be. The name is for messages.
+  ZQFastFPDatabaseParams(zqifstream& in, const std::string& filename);
 
   bool IsValid() const { return valid_; }
   bool IsLittleEndian() const { return littleEndian_; }

@@ -6,7 +6,7 @@
 namespace ZQKorvex {
 
 ZQFastFPDatabaseImplBase::ZQFastFPDatabaseImplBase(const std::string& filename)
-    : filename_(filename), params_(filename) {
+    : filename_(filename), in_(filename), params_(in_, filename) {
   const char* caller = "ZQFastFPDatabase::ZQFastFPDatabase()";
   valid_ = params_.IsValid();
   if (!valid_) ZQThrow.Warning("%s : cannot initialize object!", caller);

@@ -69,6 +69,9 @@ class ZQ_EXPORT ZQFastFPDatabaseImplBase {
   bool valid_;
   unsigned int popcountMethod_ = 0;
   std::string filename_;
+  /// Open while the object is made, so that header and records come from one file, whatever takes
+  /// its name meanwhile.
+  zqifstream in_;
   ZQFastFPDatabaseParams params_;
 };
 

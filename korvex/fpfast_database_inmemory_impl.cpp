@@ -20,6 +20,7 @@ ZQFastFPInMemoryDatabaseImpl::ZQFastFPInMemoryDatabaseImpl(const std::string& fi
     return;
   }
   valid_ = ZQ_ASSERT(params_.IsValid()) && Load();
+  in_.Close();
 }
 
 bool ZQFastFPInMemoryDatabaseImpl::Load() {
@@ -42,20 +43,16 @@ bool ZQFastFPInMemoryDatabaseImpl::Load() {
     return false;
   }
 
-  zqifstream in;
-  if (!in.Open(filename_)) {
-    ZQThrow.Warning("%s : cannot open fingerprint database file %s", constructorName,
-                    filename_.c_str());
-    return false;
-  }
-  in.ignore(zqHeaderBytes);
-  if (in.gcount() != zqHeaderBytes) {
+  in_.clear();
+  in_.seekg(0);
+  in_.ignore(zqHeaderBytes);
+  if (in_.gcount() != zqHeaderBytes) {
     ZQThrow.Warning("%s : cannot skip header in database file %s", constructorName,
                     filename_.c_str());
     return false;
   }
   for (std::uint64_t i = 0; i < count; ++i) {
-    if (i == present || !ZQ_io_read_binary(in, record.data(), record.size())) {
+    if (i == present || !ZQ_io_read_binary(in_, record.data(), record.size())) {
       ZQThrow.Warning("%s : cannot read %lu-th fingerprint", constructorName, i);
       return false;
     }

@@ -9,7 +9,8 @@ namespace ZQKorvex {
 ZQFastFPMemoryMapDatabaseImpl::ZQFastFPMemoryMapDatabaseImpl(const std::string& filename)
     : ZQFastFPScanDatabaseImpl(filename) {
   if (!valid_) return;
-  valid_ = file_.Open(filename_, params_.GetFileSize());
+  valid_ = file_.Open(in_, filename_, params_.GetFileSize());
+  in_.Close();
   if (!valid_) {
     ZQThrow.Warning("%s : cannot initialize object for memory mapping!",
                     "ZQFastFPDatabase::ZQFastFPDatabase()");

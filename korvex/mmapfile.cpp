@@ -35,8 +35,16 @@ void MMapFile::Close() {
 }
 
 bool MMapInputFile::Open(const std::string& filename, std::uint64_t length) {
+  return Take(open(filename.c_str(), O_RDONLY | O_CLOEXEC), filename, length);
+}
+
+bool MMapInputFile::Open(const zqifstream& in, const std::string& filename, std::uint64_t length) {
+  return Take(fcntl(in.GetDescriptor(), F_DUPFD_CLOEXEC, 0), filename, length);
+}
+
+bool MMapInputFile::Take(int descriptor, const std::string& filename, std::uint64_t length) {
   Close();
-  descriptor_ = open(filename.c_str(), O_RDONLY | O_CLOEXEC);
+  descriptor_ = descriptor;
   if (descriptor_ < 0) {
     ZQThrow.Error("Error opening file for reading: %s", filename.c_str());
     return false;

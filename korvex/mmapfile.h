@@ -42,10 +42,16 @@ class ZQ_EXPORT MMapInputFile : public MMapFile {
   /// Maps `length` bytes from the start. Messages: "Error opening file for reading: %s", "Error
   /// mmapping the file: %s".
   bool Open(const std::string& filename, std::uint64_t length);
+  /// The same of a file that is open as a stream, which may be closed then. The name is for
+  /// messages.
+  bool Open(const zqifstream& in, const std::string& filename, std::uint64_t length);
   const void* GetBase() const { return base_; }
   /// Asks the kernel to map all pages at once, which costs a fraction of the faults that a scan
   /// would take. Returns when the pages are there.
   void PageIn() const;
+
+ private:
+  bool Take(int descriptor, const std::string& filename, std::uint64_t length);
 };
 
 /// A file created or truncated, and mapped for writing. Who may read and write a new file is up to

@@ -224,6 +224,16 @@ TEST(MappedFiles, WriteAndRead) {
   in.Close();
   EXPECT_EQ(in.GetBase(), nullptr);
   in.Close();
+  // An open stream leads to its own file, whatever takes the name meanwhile.
+  zqifstream stream(file.Name());
+  std::filesystem::remove(file.Name());
+  file.Write("another file");
+  ASSERT_TRUE(in.Open(stream, file.Name(), 848));
+  stream.Close();
+  EXPECT_EQ(std::memcmp(in.GetBase(), "LE\nm\n", 5), 0);
+  CapturedReports reports;
+  EXPECT_FALSE(in.Open(stream, file.Name(), 12));
+  EXPECT_EQ(reports.Take(), Texts{"Error opening file for reading: " + file.Name()});
 }
 
 TEST(MappedFiles, TheUmaskSaysWhoMayRead) {

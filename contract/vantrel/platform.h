@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <iostream>
+#include <memory>
 #include <sstream>
 #include <string>
 
@@ -20,12 +20,15 @@ using zqisstream = std::istringstream;
 using zqosstream = std::ostringstream;
 
 /// A binary input file with the bounded reads that untrusted headers need.
-class ZQ_EXPORT zqifstream : public std::ifstream {
+class ZQ_EXPORT zqifstream : public std::istream {
  public:
-  zqifstream() = default;
-  explicit zqifstream(const std::string& name) { Open(name); }
+  zqifstream() : std::istream(nullptr) {}
+  explicit zqifstream(const std::string& name) : std::istream(nullptr) { Open(name); }
   /// False for anything that isn't a readable regular file, a directory included.
   bool Open(const std::string& name);
+  void Close();
+  /// The file's descriptor, which stays the stream's; -1 if not open.
+  int GetDescriptor() const { return descriptor_; }
   /// Size in bytes, -1 if not open.
   std::int64_t Size();
   /// Skips white space and reads up to `limit` bytes that aren't white space.
@@ -33,6 +36,10 @@ class ZQ_EXPORT zqifstream : public std::ifstream {
   /// Reads up to a line feed, which is taken and dropped; false at the end of the file or when
   /// `limit` bytes hold no line feed.
   bool ReadLine(std::string& line, std::size_t limit);
+
+ private:
+  std::unique_ptr<std::streambuf> buffer_;
+  int descriptor_ = -1;
 };
 
 /// Reads or writes exactly `bytes` bytes.

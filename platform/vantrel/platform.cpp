@@ -1,31 +1,43 @@
 #include "contract/vantrel/platform.h"
 
+#include <fcntl.h>
 #include <sched.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <chrono>
-#include <filesystem>
+#include <ext/stdio_filebuf.h>
 
 namespace Vantrel {
 
 bool zqifstream::Open(const std::string& name) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(name, error)) {
+  Close();
+  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  struct stat status {};
+  if (descriptor < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (descriptor >= 0) close(descriptor);
     setstate(failbit);
     return false;
   }
-  open(name, std::ios::in | std::ios::binary);
-  return is_open();
+  buffer_ =
+      std::make_unique<__gnu_cxx::stdio_filebuf<char>>(descriptor, std::ios::in | std::ios::binary);
+  rdbuf(buffer_.get());
+  descriptor_ = descriptor;
+  return true;
+}
+
+void zqifstream::Close() {
+  rdbuf(nullptr);
+  buffer_.reset();  // closes the descriptor
+  descriptor_ = -1;
 }
 
 std::int64_t zqifstream::Size() {
-  if (!is_open()) return -1;
-  const auto here = tellg();
-  seekg(0, std::ios::end);
-  const auto size = tellg();
-  seekg(here);
-  return size;
+  struct stat status {};
+  return descriptor_ >= 0 && fstat(descriptor_, &status) == 0 ? status.st_size : -1;
 }
 
 bool zqifstream::ReadToken(std::string& token, std::size_t limit) {
