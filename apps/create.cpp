@@ -29,9 +29,9 @@ void Configure(ZQInterface& interface) {
 // that nothing that fails costs an earlier database or leaves half of one.
 class PartialFile {
  public:
-  // A link is followed, and a file that is there hands its mode on.
+  // A link to a file is followed, and a file that is there hands its mode on.
   explicit PartialFile(const std::string& target)
-      : target_(fs::is_symlink(target) ? fs::canonical(target) : fs::path(target)),
+      : target_(fs::exists(target) ? fs::canonical(target) : fs::path(target)),
         name_(target_.parent_path() / (".part" + std::to_string(getpid()) + ".fpbin")) {
     interruptedName = name_.c_str();
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {

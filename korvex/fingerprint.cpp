@@ -128,23 +128,15 @@ void ZQFPTypeOfKind<fptype>::SetParamsFromID(std::uint64_t id, unsigned int& num
                                              unsigned int& min, unsigned int& max,
                                              unsigned int& atype,
                                              unsigned int& btype) requires isHashed {
-  const ZQFPTypeValues values = ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id);
-  numbits = values.numbits;
-  min = values.minDistance;
-  max = values.maxDistance;
-  atype = values.atype;
-  btype = values.btype;
+  std::tie(numbits, min, max, atype, btype) = ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id).AsTuple();
 }
 
 template <unsigned int fptype>
 void ZQFPTypeOfKind<fptype>::SetParamsFromID(std::uint64_t id, unsigned int& min, unsigned int& max,
                                              unsigned int& atype,
                                              unsigned int& btype) requires isUnhashed {
-  const ZQFPTypeValues values = ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id);
-  min = values.minDistance;
-  max = values.maxDistance;
-  atype = values.atype;
-  btype = values.btype;
+  std::tie(std::ignore, min, max, atype, btype) =
+      ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id).AsTuple();
 }
 
 template class ZQFPTypeOfKind<ZQFPType::MACCS166>;

@@ -223,11 +223,7 @@ bool ZQGetFPTypeParamsFromString(unsigned int fptype, const std::string& typeStr
   if (!ZQ_ASSERT(kind && kind->HasParams())) return false;
   ZQFPTypeValues values;
   const bool valid = ParseParams(*kind, typeString, version, values);
-  numbits = values.numbits;
-  min = values.minDistance;
-  max = values.maxDistance;
-  atype = values.atype;
-  btype = values.btype;
+  std::tie(numbits, min, max, atype, btype) = values.AsTuple();
   return valid;
 }
 

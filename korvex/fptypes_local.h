@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 
 #include "korvex/fptypes.h"
 
@@ -17,6 +18,9 @@ struct ZQFPTypeValues {
   unsigned int maxDistance = 0;
   unsigned int atype = 0;
   unsigned int btype = 0;
+
+  /// In this order, to be assigned to a tie.
+  auto AsTuple() const { return std::tuple(numbits, minDistance, maxDistance, atype, btype); }
 };
 
 /// What one kind of fingerprint is called and allows.

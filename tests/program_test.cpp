@@ -400,6 +400,8 @@ TEST_F(ProgramTest, ANewDatabaseTakesThePlaceAndTheModeOfTheOldOne) {
   fs::create_symlink("sub/own.fpbin", folder / "link.fpbin");
   ASSERT_EQ(Korvex({"create", "sub/mols.smi", "link.fpbin", "-numbits", "512"}).exitCode, 0);
   EXPECT_TRUE(fs::is_symlink(folder / "link.fpbin"));
+  fs::create_symlink("nowhere.fpbin", folder / "dangling.fpbin");
+  EXPECT_EQ(Korvex({"create", "sub/mols.smi", "dangling.fpbin"}).exitCode, 0);
   EXPECT_EQ(fs::status(folder / "sub/own.fpbin").permissions(),
             fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_EQ(ZQFastFPDatabaseParams(folder / "sub/own.fpbin").NumWords(), 8U);
