@@ -19,7 +19,7 @@ std::span<const unsigned int> ZQCanonicalWeights(std::size_t count);
 
 /// Names sets by the formula that circular.h tells. Made once for a molecule, whose invariants must
 /// outlive it, and used for its sets one after another; not shared between threads.
-class ZQ_EXPORT ZQHashedCanonicalIdGenerator {
+class ZQHashedCanonicalIdGenerator {
  public:
   ZQHashedCanonicalIdGenerator(const std::vector<unsigned int>& atomInvariants,
                                const std::vector<unsigned int>& bondInvariants)

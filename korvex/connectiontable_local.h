@@ -9,7 +9,7 @@ namespace ZQKorvex {
 
 /// The bonds of each atom as one flat table of far atoms and bond indices, in the order in which
 /// the atom gives its bonds.
-class ZQ_EXPORT ZQConnectionTable {
+class ZQConnectionTable {
  public:
   struct Entry {
     unsigned int atom;

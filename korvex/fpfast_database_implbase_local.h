@@ -12,7 +12,7 @@
 
 namespace ZQKorvex {
 
-class ZQ_EXPORT ZQFastFPDatabaseImplBase {
+class ZQFastFPDatabaseImplBase {
  public:
   explicit ZQFastFPDatabaseImplBase(const std::string& filename);
   virtual ~ZQFastFPDatabaseImplBase() = default;

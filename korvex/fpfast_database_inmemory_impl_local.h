@@ -10,7 +10,7 @@
 
 namespace ZQKorvex {
 
-class ZQ_EXPORT ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
+class ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
  public:
   explicit ZQFastFPInMemoryDatabaseImpl(const std::string& filename);
 

@@ -11,7 +11,7 @@
 
 namespace ZQKorvex {
 
-class ZQ_EXPORT ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl {
+class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl {
  public:
   explicit ZQFastFPMemoryMapDatabaseImpl(const std::string& filename);
 

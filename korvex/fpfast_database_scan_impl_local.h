@@ -13,7 +13,7 @@
 
 namespace ZQKorvex {
 
-class ZQ_EXPORT ZQFastFPScanDatabaseImpl : public ZQFastFPDatabaseImplBase {
+class ZQFastFPScanDatabaseImpl : public ZQFastFPDatabaseImplBase {
  public:
   using ZQFastFPDatabaseImplBase::ZQFastFPDatabaseImplBase;
 

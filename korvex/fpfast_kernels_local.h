@@ -24,105 +24,95 @@ inline constexpr unsigned long zqResultBatch = 100;
 // One query against all records.
 
 /// (id, score) of the scores that are no worse than the cutoff, in file order.
-ZQ_EXPORT void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
-                                const ZQFPDatabaseOptions& options, const unsigned long* data,
-                                unsigned long numRecords, unsigned long numWords,
-                                ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
-                                const ZQFPDatabaseOptions& options, const unsigned long* image,
-                                ZQPopCountFunc popcount);
+void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
+                      const ZQFPDatabaseOptions& options, const unsigned long* data,
+                      unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount);
+void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
+                      const ZQFPDatabaseOptions& options, const unsigned long* image,
+                      ZQPopCountFunc popcount);
 
 /// Offers the scores to a hit list; its final sort is the caller's.
-ZQ_EXPORT void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
-                               const ZQFPDatabaseOptions& options, const unsigned long* data,
-                               unsigned long numRecords, unsigned long numWords,
-                               ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
-                               const ZQFPDatabaseOptions& options, const unsigned long* image,
-                               ZQPopCountFunc popcount);
+void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
+                     const ZQFPDatabaseOptions& options, const unsigned long* data,
+                     unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount);
+void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
+                     const ZQFPDatabaseOptions& options, const unsigned long* image,
+                     ZQPopCountFunc popcount);
 
 /// All scores in file order; none for a number that names no measure.
-ZQ_EXPORT void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
-                           const ZQFPDatabaseOptions& options, const unsigned long* data,
-                           unsigned long numRecords, unsigned long numWords,
-                           ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
-                           const ZQFPDatabaseOptions& options, const unsigned long* image,
-                           ZQPopCountFunc popcount);
+void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
+                 const ZQFPDatabaseOptions& options, const unsigned long* data,
+                 unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount);
+void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
+                 const ZQFPDatabaseOptions& options, const unsigned long* image,
+                 ZQPopCountFunc popcount);
 
 /// Hits and histogram of all scores, on the options' number of threads from 1000 records on.
-ZQ_EXPORT void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
-                              const ZQFPDatabaseOptions& options, const unsigned long* data,
-                              unsigned long numRecords, unsigned long numWords,
-                              ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
-                              const ZQFPDatabaseOptions& options, const unsigned long* image,
-                              ZQPopCountFunc popcount);
+void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
+                    const ZQFPDatabaseOptions& options, const unsigned long* data,
+                    unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount);
+void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
+                    const ZQFPDatabaseOptions& options, const unsigned long* image,
+                    ZQPopCountFunc popcount);
 /// A worker of `ZQFastFPResult`: takes batches of records from the cursor until none is left,
 /// and hands its hits and histogram to the result at the end.
-ZQ_EXPORT void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batch,
-                                    ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
-                                    const ZQFPDatabaseOptions& options, const unsigned long* data,
-                                    unsigned long numRecords, unsigned long numWords,
-                                    ZQPopCountFunc popcount);
+void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batch,
+                          ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
+                          const ZQFPDatabaseOptions& options, const unsigned long* data,
+                          unsigned long numRecords, unsigned long numWords,
+                          ZQPopCountFunc popcount);
 
 // Many queries against all records.
 
 /// What `ZQFastFPHitList` does for each query and the list at the same place. Records are read
 /// once for many queries; queries are shared out over the options' number of threads, and no
 /// list depends on that number.
-ZQ_EXPORT void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
-                                const std::vector<ZQFingerPrint>& queries,
-                                const ZQFPDatabaseOptions& options, const unsigned long* data,
-                                unsigned long numRecords, unsigned long numWords,
-                                ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
-                                const std::vector<ZQFingerPrint>& queries,
-                                const ZQFPDatabaseOptions& options, const unsigned long* image,
-                                ZQPopCountFunc popcount);
+void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
+                      const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options,
+                      const unsigned long* data, unsigned long numRecords, unsigned long numWords,
+                      ZQPopCountFunc popcount);
+void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
+                      const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options,
+                      const unsigned long* image, ZQPopCountFunc popcount);
 
 // All records against all. Tversky, which isn't symmetric, takes every ordered pair.
 
 /// The matrix of scores, row-major.
-ZQ_EXPORT void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
-                                 const unsigned long* data, unsigned long numRecords,
-                                 unsigned long numWords, ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
-                                 const unsigned long* image, ZQPopCountFunc popcount);
+void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
+                       const unsigned long* data, unsigned long numRecords, unsigned long numWords,
+                       ZQPopCountFunc popcount);
+void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
+                       const unsigned long* image, ZQPopCountFunc popcount);
 
 /// The distribution of the scores of all pairs i < j; by Tversky of all n * n.
-ZQ_EXPORT void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
-                                 const unsigned long* data, unsigned long numRecords,
-                                 unsigned long numWords, ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
-                                 const unsigned long* image, ZQPopCountFunc popcount);
+void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
+                       const unsigned long* data, unsigned long numRecords, unsigned long numWords,
+                       ZQPopCountFunc popcount);
+void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
+                       const unsigned long* image, ZQPopCountFunc popcount);
 
 /// One less the score, and the difference of `values`, one for each record, of all pairs i < j.
 /// Tversky, or another number of values, is an assertion failure.
-ZQ_EXPORT void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
-                                 const ZQFPDatabaseOptions& options, const unsigned long* data,
-                                 unsigned long numRecords, unsigned long numWords,
-                                 ZQPopCountFunc popcount);
-ZQ_EXPORT void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
-                                 const ZQFPDatabaseOptions& options, const unsigned long* image,
-                                 ZQPopCountFunc popcount);
+void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
+                       const ZQFPDatabaseOptions& options, const unsigned long* data,
+                       unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount);
+void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
+                       const ZQFPDatabaseOptions& options, const unsigned long* image,
+                       ZQPopCountFunc popcount);
 
 /// For each record as row the `k` greatest scores, itself included, best first, among equals
 /// the higher id first; with a cutoff only those above it, and those equal to it whose id isn't 0.
 /// Appends to `out`.
-ZQ_EXPORT void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out,
-                                    const ZQFPDatabaseOptions& options, const unsigned long* data,
-                                    unsigned long numRecords, unsigned long numWords,
-                                    ZQPopCountFunc popcount, unsigned long k);
-ZQ_EXPORT void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out,
-                                    const ZQFPDatabaseOptions& options, const unsigned long* image,
-                                    ZQPopCountFunc popcount, unsigned long k);
+void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
+                          const unsigned long* data, unsigned long numRecords,
+                          unsigned long numWords, ZQPopCountFunc popcount, unsigned long k);
+void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
+                          const unsigned long* image, ZQPopCountFunc popcount, unsigned long k);
 /// The same with the lists of `band` rows kept at once, which changes memory and time alone:
 /// scores of rows of one band are used both ways if the band is all rows or whole blocks of 64.
-ZQ_EXPORT void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
-                                           const ZQFPDatabaseOptions& options,
-                                           const unsigned long* data, unsigned long numRecords,
-                                           unsigned long numWords, ZQPopCountFunc popcount,
-                                           unsigned long k, unsigned long band);
+void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
+                                 const ZQFPDatabaseOptions& options, const unsigned long* data,
+                                 unsigned long numRecords, unsigned long numWords,
+                                 ZQPopCountFunc popcount, unsigned long k, unsigned long band);
 
 }  // namespace ZQKorvex

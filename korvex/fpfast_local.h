@@ -29,39 +29,38 @@ inline constexpr bool ZQIsUInit64LittleEndian() {
 }
 
 /// Least significant byte first.
-ZQ_EXPORT std::string ZQConvert(std::uint64_t value);
+std::string ZQConvert(std::uint64_t value);
 /// A text of any other length than 8 bytes is an assertion failure and gives 0.
-ZQ_EXPORT std::uint64_t ZQConvert(const std::string& bytes);
-ZQ_EXPORT std::uint64_t ZQConvert(const unsigned char* bytes);
+std::uint64_t ZQConvert(const std::string& bytes);
+std::uint64_t ZQConvert(const unsigned char* bytes);
 
 /// Packs a header into exactly 100 words, cut or padded with zeros, and returns 100.
-ZQ_EXPORT std::size_t ZQConvertHeader(std::vector<std::uint64_t>& words, const std::string& header);
+std::size_t ZQConvertHeader(std::vector<std::uint64_t>& words, const std::string& header);
 /// Appends the bytes of the words; returns how many.
-ZQ_EXPORT std::size_t ZQConvertHeader(std::string& header, const std::vector<std::uint64_t>& words);
+std::size_t ZQConvertHeader(std::string& header, const std::vector<std::uint64_t>& words);
 
 /// The words of a fingerprint.
-ZQ_EXPORT bool ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint& fp);
+bool ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint& fp);
 /// The same; returns the count that `popcount` gives for the words.
-ZQ_EXPORT std::uint64_t ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint& fp,
-                                    ZQPopCountFunc popcount);
+std::uint64_t ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint& fp,
+                          ZQPopCountFunc popcount);
 /// A fingerprint of 64 bits a word; without words one of no bits.
-ZQ_EXPORT bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type,
-                           const std::vector<std::uint64_t>& words);
+bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type,
+                 const std::vector<std::uint64_t>& words);
 /// A fingerprint of `count` bytes. A null type or pointer is an assertion failure.
-ZQ_EXPORT bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const std::uint64_t* words,
-                           std::size_t count);
-ZQ_EXPORT bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const unsigned char* bytes,
-                           std::size_t count);
+bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const std::uint64_t* words,
+                 std::size_t count);
+bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const unsigned char* bytes,
+                 std::size_t count);
 
 /// The 800 bytes of a header, from molecule file name, type and count. A null type is an
 /// assertion failure and gives an empty text. A name too long leaves a header that can't be read.
-ZQ_EXPORT std::string ZQWriteFastFPDatabaseHeaderBlob(const ZQFastFPDatabaseParams& params);
+std::string ZQWriteFastFPDatabaseHeaderBlob(const ZQFastFPDatabaseParams& params);
 /// Writes that header to the start of the mapping; false for a null type or an output that isn't
 /// mapped.
-ZQ_EXPORT bool ZQWriteFastFPDatabaseParams(MMapOutputFile& output,
-                                           const ZQFastFPDatabaseParams& params);
+bool ZQWriteFastFPDatabaseParams(MMapOutputFile& output, const ZQFastFPDatabaseParams& params);
 /// The bytes of one record. Empty, after the warning "%s : uninitialized fingerprint!", for a
 /// fingerprint without a type.
-ZQ_EXPORT std::string ZQWriteFastFingerPrintBlob(std::uint64_t index, const ZQFingerPrint& fp);
+std::string ZQWriteFastFingerPrintBlob(std::uint64_t index, const ZQFingerPrint& fp);
 
 }  // namespace ZQKorvex

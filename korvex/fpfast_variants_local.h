@@ -65,8 +65,8 @@ const ZQScanVariant& ZQGetScanVariant();
 
 // For tests: the names of the variants that run here, best first; forcing one by its name, or
 // none by null; the name of the one that the latest search took.
-ZQ_EXPORT std::vector<std::string> ZQGetScanVariantNames();
-ZQ_EXPORT bool ZQForceScanVariant(const char* name);
-ZQ_EXPORT const char* ZQGetLatestScanVariant();
+std::vector<std::string> ZQGetScanVariantNames();
+bool ZQForceScanVariant(const char* name);
+const char* ZQGetLatestScanVariant();
 
 }  // namespace ZQKorvex

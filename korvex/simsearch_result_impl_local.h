@@ -11,7 +11,7 @@
 
 namespace ZQKorvex {
 
-class ZQ_EXPORT ZQSimSearchResultImpl {
+class ZQSimSearchResultImpl {
  public:
   ZQSimSearchResultImpl(unsigned long bins, double minValue, double maxValue);
 

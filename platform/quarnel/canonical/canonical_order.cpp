@@ -1,0 +1,434 @@
+#include "platform/quarnel/canonical/canonical_order_local.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "platform/quarnel/molecule/mix_local.h"
+#include "platform/quarnel/perception/small_ring_local.h"
+
+namespace Quarnel {
+
+namespace {
+
+constexpr std::uint32_t none = MolView::none;
+
+/// What the search may look at, and what its steps cost, in bonds.
+constexpr std::uint64_t budgetPerAtom = 10000;
+constexpr std::uint64_t baseBudget = std::uint64_t{1} << 24;
+constexpr std::uint64_t limitPerAtom = 1000;  // of one search for an automorphism
+constexpr std::uint64_t baseLimit = 50000;
+constexpr std::uint64_t costOfTrial = 8;  // per atom
+constexpr std::uint64_t costOfNode = 64;  // per atom
+
+/// Whether a nitrogen of three bonds keeps its configuration: all three in rings, or two in a ring
+/// of three. Others turn over.
+bool IsLocked(const MolView& view, std::uint32_t a) {
+  const std::span<const MolView::Edge> edges = view.Edges(a);
+  const auto isRing = [&](const MolView::Edge& edge) { return view.bonds[edge.bond].inRing; };
+  if (std::ranges::all_of(edges, isRing)) return true;
+  const auto isNeighbour = [&](const MolView::Edge& edge) {
+    return std::ranges::find(edges, edge.atom, &MolView::Edge::atom) != edges.end();
+  };
+  return std::ranges::any_of(edges, [&](const MolView::Edge& edge) {
+    return std::ranges::any_of(view.Edges(edge.atom), isNeighbour);
+  });
+}
+
+/// Whether the atom has four ligands, or three and a lone pair, that could hold a configuration.
+bool CanHold(const MolView& view, std::uint32_t a) {
+  const MolView::Atom& atom = view.atoms[a];
+  const unsigned int ligands = atom.degree + atom.implicitH;
+  if (atom.aromatic || atom.implicitH > 1 || atom.degree < 3) return false;
+  if (ligands != 3) return ligands == 4;
+  const auto isSingle = [&](const MolView::Edge& e) { return view.bonds[e.bond].order == 1; };
+  // Beside a lone pair a hydrogen holds none, whether it is counted or an atom.
+  const auto isPlainHydrogen = [&](const MolView::Edge& e) {
+    const MolView::Atom& neighbour = view.atoms[e.atom];
+    return neighbour.element == 1 && neighbour.isotope == 0 && neighbour.charge == 0 &&
+           neighbour.atom->GetMapIdx() == 0;
+  };
+  if (std::ranges::any_of(view.Edges(a), isPlainHydrogen)) return false;
+  switch (atom.element) {
+    case 6:
+    case 14:
+    case 32:
+    case 50:
+    case 82:
+      return false;
+    case 7:
+      return atom.charge == 0 && std::ranges::all_of(view.Edges(a), isSingle) && IsLocked(view, a);
+    default:
+      return true;
+  }
+}
+
+bool IsStereoEnd(const MolView& view, std::uint32_t a, std::uint32_t other) {
+  const MolView::Atom& atom = view.atoms[a];
+  if (atom.degree < 2 || atom.degree > 3) return false;
+  for (const MolView::Edge& edge : view.Edges(a)) {
+    if (edge.atom == other) continue;
+    const MolView::Bond& bond = view.bonds[edge.bond];
+    if (bond.order == 2 && !bond.aromatic) return false;
+    // A hydrogen that is an atom is the same as one that is counted.
+    const MolView::Atom& neighbour = view.atoms[edge.atom];
+    if (atom.degree == 2 && atom.implicitH != 0 && neighbour.element == 1 &&
+        neighbour.isotope == 0 && neighbour.charge == 0 && neighbour.atom->GetMapIdx() == 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool CanHold(const MolView& view, const MolView::Bond& bond) {
+  return bond.order == 2 && !bond.aromatic && IsStereoEnd(view, bond.bgn, bond.end) &&
+         IsStereoEnd(view, bond.end, bond.bgn) && !(bond.inRing && IsInSmallRing(*bond.bond));
+}
+
+}  // namespace
+
+bool CanonicalOrder::Find(const MolView& view, std::span<const unsigned int> parts,
+                          unsigned int numParts) {
+  view_ = &view;
+  const std::uint32_t n = view.NumAtoms();
+  node_.partition.BuildForSmiles(view, parts);
+  SplitByLargeValues();
+  FindCentres();
+  if (!unreal_.empty()) return false;
+  if (!node_.untold.empty()) SplitByStereo();
+  search_.SetGraph(view, node_.partition, baseBudget + budgetPerAtom * n,
+                   baseLimit + limitPerAtom * n);
+  parent_.resize(n);
+  numMoves_.resize(n);
+  std::vector<std::uint32_t> sizes(numParts + 1, 0);
+  for (const MolView::Atom& atom : view.atoms) ++sizes[parts[atom.atom->GetIdx()]];
+  if (node_.untold.empty()) {
+    OrderParts(sizes);
+    return true;
+  }
+  Node root = node_;
+  OrderParts(sizes);
+  FindUnreal(root);
+  return unreal_.empty();
+}
+
+void CanonicalOrder::OrderParts(std::span<const std::uint32_t> sizes) {
+  std::uint32_t begin = 0;
+  for (const std::uint32_t size : sizes) {
+    OrderPart(begin, begin + size);
+    begin += size;
+  }
+}
+
+// All centres are untold at first, but those that can't be real: of a kind that holds no
+// configuration, or with two equal ligands of one atom each.
+void CanonicalOrder::FindCentres() {
+  node_.untold.clear();
+  unreal_.clear();
+  for (std::uint32_t a = 0; a < view_->NumAtoms(); ++a) {
+    if (view_->atoms[a].atom->GetStereo() == ZQAtomStereo::None) continue;
+    const bool canBeReal = CanHold(*view_, a) && !HasTwins(a);
+    (canBeReal ? node_.untold : unreal_).push_back({a, none});
+  }
+  for (std::uint32_t b = 0; b < view_->NumBonds(); ++b) {
+    const MolView::Bond& bond = view_->bonds[b];
+    if (bond.bond->GetStereo() == ZQBondStereo::None) continue;
+    const bool canBeReal = CanHold(*view_, bond) && !HasTwins(bond.bgn) && !HasTwins(bond.end);
+    (canBeReal ? node_.untold : unreal_).push_back({none, b});
+  }
+}
+
+bool CanonicalOrder::HasTwins(std::uint32_t atom) const {
+  const std::span<const MolView::Edge> edges = view_->Edges(atom);
+  for (std::size_t i = 0; i < edges.size(); ++i) {
+    if (view_->atoms[edges[i].atom].degree != 1) continue;
+    for (std::size_t j = i + 1; j < edges.size(); ++j) {
+      if (RankOf(edges[i].atom) == RankOf(edges[j].atom)) return true;
+    }
+  }
+  return false;
+}
+
+// Of the centres whose configuration the cells of the root don't tell, the first by rank that isn't
+// real: without it others may be.
+void CanonicalOrder::FindUnreal(Node& root) {
+  const auto rankOf = [this](const StereoCentre& centre) {
+    if (!centre.IsBond()) return std::pair(RankOf(centre.atom), 0U);
+    const MolView::Bond& bond = view_->bonds[centre.bond];
+    return std::pair(std::min(RankOf(bond.bgn), RankOf(bond.end)), 1U);
+  };
+  std::vector<StereoCentre> centres = root.untold;
+  std::ranges::sort(centres, {}, rankOf);
+  const Node ordered = std::exchange(node_, std::move(root));
+  for (const StereoCentre& centre : centres) {
+    if (IsReal(centre)) continue;
+    unreal_.push_back(centre);
+    return;
+  }
+  node_ = ordered;
+}
+
+// By atom classes, and by numbers where they are beyond the limits of the first keys.
+void CanonicalOrder::SplitByLargeValues() {
+  using Property = std::uint32_t (*)(const MolView::Atom& atom);
+  constexpr std::array<Property, 4> properties{
+      [](const MolView::Atom& atom) { return std::uint32_t{atom.atom->GetMapIdx()}; },
+      [](const MolView::Atom& atom) { return atom.isotope; },
+      [](const MolView::Atom& atom) { return static_cast<std::uint32_t>(atom.charge); },
+      [](const MolView::Atom& atom) { return atom.implicitH; }};
+  constexpr int limit = 31;
+  const auto isLarge = [](const MolView::Atom& atom) {
+    return atom.atom->GetMapIdx() != 0 || atom.isotope >= 1023 || atom.charge > limit ||
+           atom.charge < -limit || atom.implicitH >= limit;
+  };
+  if (std::ranges::none_of(view_->atoms, isLarge)) return;
+  std::vector<std::uint32_t> values(view_->NumAtoms());
+  for (const Property property : properties) {
+    std::ranges::transform(view_->atoms, values.begin(), property);
+    node_.partition.Split(*view_, values);
+  }
+}
+
+// First by what has a configuration at all.
+void CanonicalOrder::SplitByStereo() {
+  for (const bool bonds : {false, true}) {
+    labels_.clear();
+    for (const StereoCentre& centre : node_.untold) {
+      if (centre.IsBond() != bonds) continue;
+      if (bonds) {
+        labels_.push_back({Untold, view_->bonds[centre.bond].bgn});
+        labels_.push_back({Untold, view_->bonds[centre.bond].end});
+      } else {
+        labels_.push_back({Untold, centre.atom});
+      }
+    }
+    node_.partition.Split(*view_, labels_);
+  }
+  while (SplitByToldOf(false) || SplitByToldOf(true)) {
+  }
+}
+
+// By the configurations that cells have come to tell; false if there were none.
+bool CanonicalOrder::SplitByToldOf(bool bonds) {
+  labels_.clear();
+  std::erase_if(node_.untold, [&](const StereoCentre& centre) {
+    if (centre.IsBond() != bonds) return false;
+    if (bonds) {
+      const MolView::Bond& bond = view_->bonds[centre.bond];
+      const Configuration told = ConfigurationOf(*view_, node_.partition, bond);
+      if (told == Untold) return false;
+      labels_.push_back({told, bond.bgn});
+      labels_.push_back({told, bond.end});
+    } else {
+      const Configuration told = ConfigurationOf(*view_, node_.partition, centre.atom);
+      if (told == Untold) return false;
+      labels_.push_back({told, centre.atom});
+    }
+    return true;
+  });
+  if (labels_.empty()) return false;
+  node_.partition.Split(*view_, labels_);
+  return true;
+}
+
+// Not if an automorphism that leaves the centre in its place turns just this configuration into the
+// opposite: then both are one molecule.
+bool CanonicalOrder::IsReal(const StereoCentre& centre) {
+  const Node before = node_;
+  std::erase_if(node_.untold, [&](const StereoCentre& other) {
+    return other.atom == centre.atom && other.bond == centre.bond;
+  });
+  bool canTurn = false;
+  if (centre.IsBond()) {
+    const MolView::Bond& bond = view_->bonds[centre.bond];
+    SetApart(bond.bgn);
+    SetApart(bond.end);
+    search_.Watch(node_.untold, &centre);
+    canTurn = CanTurn(bond.bgn, bond.end) || CanTurn(bond.end, bond.bgn);
+  } else {
+    SetApart(centre.atom);
+    search_.Watch(node_.untold, &centre);
+    canTurn = CanTurn(centre.atom, none);
+  }
+  node_ = before;
+  search_.Spend(costOfTrial * view_->NumAtoms());
+  return !canTurn;
+}
+
+bool CanonicalOrder::CanTurn(std::uint32_t around, std::uint32_t except) {
+  const std::span<const MolView::Edge> edges = view_->Edges(around);
+  for (std::size_t i = 0; i < edges.size(); ++i) {
+    for (std::size_t j = i + 1; j < edges.size(); ++j) {
+      const std::uint32_t a = edges[i].atom;
+      const std::uint32_t b = edges[j].atom;
+      if (a == except || b == except || RankOf(a) != RankOf(b)) continue;
+      if (search_.Find(a, b)) return true;
+    }
+  }
+  return false;
+}
+
+void CanonicalOrder::SetApart(std::uint32_t atom) {
+  node_.partition.SetApart(*view_, atom);
+  while (SplitByToldOf(false) || SplitByToldOf(true)) {
+  }
+}
+
+void CanonicalOrder::OrderPart(std::uint32_t begin, std::uint32_t end) {
+  known_.clear();
+  GoDown(begin, end);
+  if (waiting_.empty()) return;
+  std::vector<std::uint64_t> least = Certificate(begin, end);
+  Node best = node_;
+  while (!waiting_.empty()) {
+    node_ = std::move(waiting_.back());
+    waiting_.pop_back();
+    known_.clear();
+    GoDown(begin, end);
+    std::vector<std::uint64_t> certificate = Certificate(begin, end);
+    if (certificate >= least) continue;
+    least = std::move(certificate);
+    best = node_;
+  }
+  node_ = std::move(best);
+}
+
+// Sets atoms apart until all cells of the part are single.
+void CanonicalOrder::GoDown(std::uint32_t begin, std::uint32_t end) {
+  for (std::uint32_t cell = begin; cell < end;) {
+    if (node_.partition.Cell(cell).size() == 1) {
+      ++cell;
+    } else if (IsOneOrbit(cell)) {
+      const std::uint32_t atom = LeastMoved(cell);
+      SetApart(atom);
+      std::erase_if(known_, [atom](const Automorphism& automorphism) {
+        return std::ranges::any_of(automorphism, [atom](const auto& move) {
+          return move.from == atom || move.to == atom;
+        });
+      });
+    } else {
+      Branch(cell, begin, end);
+    }
+  }
+}
+
+// Or is taken for one when the budget is spent.
+bool CanonicalOrder::IsOneOrbit(std::uint32_t cell) {
+  const std::span<const std::uint32_t> members = node_.partition.Cell(cell);
+  for (const std::uint32_t a : members) parent_[a] = a;
+  for (const Automorphism& automorphism : known_) JoinMoved(automorphism, cell);
+  search_.Watch(node_.untold);
+  return std::ranges::all_of(members, [&](std::uint32_t a) {
+    return IsMapped(members.front(), a, cell) || search_.BudgetLeft() == 0;
+  });
+}
+
+bool CanonicalOrder::IsMapped(std::uint32_t from, std::uint32_t to, std::uint32_t cell) {
+  if (OrbitOf(from) == OrbitOf(to)) return true;
+  if (!search_.Find(from, to)) return false;
+  Keep(search_.Moves());
+  JoinMoved(known_.back(), cell);
+  return true;
+}
+
+// Goes on with one atom of the cell; others that may come as first wait, one of each orbit.
+void CanonicalOrder::Branch(std::uint32_t cell, std::uint32_t begin, std::uint32_t end) {
+  const Node before = node_;
+  const std::span<const std::uint32_t> members = before.partition.Cell(cell);
+  std::vector<std::uint32_t> candidates;
+  std::uint64_t least = 0;
+  for (const std::uint32_t a : members) {
+    if (a != OrbitOf(a)) continue;
+    if (search_.BudgetLeft() == 0 && !candidates.empty()) break;
+    search_.Spend(costOfTrial * view_->NumAtoms());
+    node_ = before;
+    SetApart(a);
+    const std::uint64_t hash = Hash(begin, end);
+    if (candidates.empty() || hash < least) {
+      candidates.assign(1, a);
+      least = hash;
+    } else if (hash == least) {
+      candidates.push_back(a);
+    }
+  }
+  node_ = before;
+  std::vector<std::uint32_t> firsts;
+  for (const std::uint32_t a : candidates) {
+    if (search_.BudgetLeft() == 0 && !firsts.empty()) break;
+    if (std::ranges::none_of(firsts, [&](std::uint32_t f) { return IsMapped(f, a, cell); })) {
+      if (!firsts.empty()) search_.Spend(costOfNode * view_->NumAtoms());
+      firsts.push_back(a);
+    }
+  }
+  known_.clear();
+  for (const std::uint32_t a : firsts) {
+    node_ = before;
+    SetApart(a);
+    if (a != firsts.back()) waiting_.push_back(node_);
+  }
+}
+
+void CanonicalOrder::Keep(std::span<const AutomorphismSearch::Move> moves) {
+  Automorphism& automorphism = known_.emplace_back();
+  for (const auto& move : moves) {
+    if (move.from != move.to) automorphism.push_back(move);
+  }
+}
+
+void CanonicalOrder::JoinMoved(const Automorphism& automorphism, std::uint32_t cell) {
+  for (const auto& [from, to] : automorphism) {
+    if (RankOf(from) == cell) parent_[OrbitOf(from)] = OrbitOf(to);
+  }
+}
+
+// The atom that most of the known automorphisms leave in place.
+std::uint32_t CanonicalOrder::LeastMoved(std::uint32_t cell) {
+  const std::span<const std::uint32_t> members = node_.partition.Cell(cell);
+  for (const std::uint32_t a : members) numMoves_[a] = 0;
+  for (const Automorphism& automorphism : known_) {
+    for (const auto& move : automorphism) ++numMoves_[move.from];
+  }
+  return *std::ranges::min_element(members, {}, [this](std::uint32_t a) { return numMoves_[a]; });
+}
+
+// The colour of a bond and its configuration as the cells tell it.
+std::uint64_t CanonicalOrder::Tell(std::uint32_t bond) const {
+  return std::uint64_t{node_.partition.ColourOf(bond)} << 2 |
+         ConfigurationOf(*view_, node_.partition, view_->bonds[bond]);
+}
+
+// In an equitable partition one atom tells of its whole cell.
+std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const {
+  const Partition& partition = node_.partition;
+  std::uint64_t hash = 0;
+  for (std::uint32_t cell = begin; cell < end;) {
+    const std::uint32_t first = partition.Cell(cell).front();
+    std::uint64_t sum =
+        std::uint64_t{cell - begin} << 2 | ConfigurationOf(*view_, partition, first);
+    for (const MolView::Edge& edge : view_->Edges(first)) {
+      sum += Mix(std::uint64_t{RankOf(edge.atom) - begin} << 32 | Tell(edge.bond));
+    }
+    hash = Mix(hash ^ Mix(sum));
+    cell += static_cast<std::uint32_t>(partition.Cell(cell).size());
+  }
+  return hash;
+}
+
+// For each atom its configuration, and its bonds to atoms in front of it with theirs.
+std::vector<std::uint64_t> CanonicalOrder::Certificate(std::uint32_t begin,
+                                                       std::uint32_t end) const {
+  const Partition& partition = node_.partition;
+  std::vector<std::uint64_t> certificate;
+  for (const std::uint32_t a : partition.Atoms().subspan(begin, end - begin)) {
+    certificate.push_back(ConfigurationOf(*view_, partition, a));
+    const auto firstBond = static_cast<std::ptrdiff_t>(certificate.size());
+    for (const MolView::Edge& edge : view_->Edges(a)) {
+      if (RankOf(edge.atom) > RankOf(a)) continue;
+      certificate.push_back(std::uint64_t{RankOf(edge.atom) + 1} << 32 | Tell(edge.bond));
+    }
+    std::sort(certificate.begin() + firstBond, certificate.end());
+  }
+  return certificate;
+}
+
+}  // namespace Quarnel

@@ -1,0 +1,135 @@
+#include "contract/quarnel/lingo.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <string_view>
+
+#include "contract/quarnel/readers.h"
+#include "platform/quarnel/molecule/elements_local.h"
+
+namespace Quarnel {
+
+namespace {
+
+constexpr std::size_t lingoLength = 4;
+
+// One letter for each atomic number.
+constexpr std::string_view letters =
+    "*HGAQBCNOFGAQJTPSLGKQMMVMMMMMMMJTDERGAQY"
+    "MMMMMMMMMJTDEIGAQZZZZZZZZZZZZZZZMMWMMMMM"
+    "MJTDEXGAQZZZUZZZZZZZZZZZMMMMMMMMMJTDEXG";
+static_assert(letters.size() == 119);
+
+bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+char WithCaseOf(char letter, char model) {
+  return IsLower(model) ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+// Appends what stands between brackets at the start of `smiles`, both brackets included; returns
+// its length there.
+std::size_t AppendBracketAtom(std::string& text, std::string_view smiles) {
+  std::size_t at = 1;
+  while (IsDigit(smiles[at])) ++at;
+  text.append(smiles.substr(0, at));
+  const char first = smiles[at];
+  if (IsLower(smiles[at + 1])) {
+    const char symbol[] = {IsLower(first) ? static_cast<char>(first - 'a' + 'A') : first,
+                           smiles[at + 1]};
+    text += WithCaseOf(letters[GetAtomicNumOf({symbol, 2})], first);
+    at += 2;
+  }
+  const std::size_t end = smiles.find(']', at) + 1;
+  text.append(smiles.substr(at, end - at));
+  return end;
+}
+
+// Calls visit with every substring, packed.
+template <class Visit>
+void ForEachLingo(const char* text, unsigned int step, Visit visit) {
+  std::uint32_t lingo = 0;
+  std::size_t wait = lingoLength;
+  for (; *text != 0; ++text) {
+    lingo = lingo << 8 | static_cast<unsigned char>(*text);
+    if (--wait != 0) continue;
+    wait = step;
+    visit(lingo);
+  }
+}
+
+}  // namespace
+
+void ZQLingoMap::CreateString(std::string& text, const ZQMolBase& mol) const {
+  const std::string whole = ZQMolToCanonicalSmiles(mol);
+  text.clear();
+  for (std::string_view rest = whole; !rest.empty();) {
+    std::size_t length = 1;
+    if (rest.starts_with('[')) {
+      length = AppendBracketAtom(text, rest);
+    } else if (rest.starts_with("Cl") || rest.starts_with("Br")) {
+      length = 2;
+      text += rest.starts_with("Cl") ? 'L' : 'R';
+    } else if (rest.starts_with('%')) {
+      length = rest.starts_with("%(") ? rest.find(')') + 1 : 3;
+      text += '0';
+    } else {
+      text += IsDigit(rest.front()) ? '0' : rest.front();
+    }
+    rest.remove_prefix(length);
+  }
+}
+
+ZQLingoSim::Impl::Impl(const char* text, unsigned int step) : step_(step) {
+  const std::size_t numSlots = std::bit_ceil(4 * std::strlen(text) + 4);
+  slots_.resize(numSlots);
+  shift_ = 32U - static_cast<unsigned int>(std::countr_zero(numSlots));
+  ForEachLingo(text, step_, [this](std::uint32_t lingo) {
+    Slot& slot = slots_[SlotOf(lingo)];
+    if (slot.lingo == 0) {
+      slot = {lingo, static_cast<std::uint32_t>(counts_.size())};
+      counts_.push_back(0);
+    }
+    ++counts_[slot.place];
+    ++total_;
+  });
+  // What isn't found has the last count, which is 0.
+  for (Slot& slot : slots_) {
+    if (slot.lingo == 0) slot.place = static_cast<std::uint32_t>(counts_.size());
+  }
+  counts_.push_back(0);
+}
+
+// Where the substring is, or would be (Fibonacci hashing).
+inline std::size_t ZQLingoSim::Impl::SlotOf(std::uint32_t lingo) const {
+  std::size_t at = (lingo * 0x9E3779B9U) >> shift_;
+  while (slots_[at].lingo != lingo && slots_[at].lingo != 0) at = (at + 1) & (slots_.size() - 1);
+  return at;
+}
+
+void ZQLingoSim::Impl::Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
+                               unsigned int* both) const {
+  thread_local std::vector<unsigned int> scratch;
+  scratch.assign(counts_.begin(), counts_.end());
+  unsigned int* const left = scratch.data();  // of each of the own ones
+  unsigned int common = 0;
+  unsigned int ofOther = 0;
+  ForEachLingo(other, step_, [&](std::uint32_t lingo) {
+    ++ofOther;
+    unsigned int& count = left[slots_[SlotOf(lingo)].place];
+    const unsigned int taken = count != 0 ? 1 : 0;
+    count -= taken;
+    common += taken;
+  });
+  *onlyA = total_ - common;
+  *onlyB = ofOther - common;
+  *both = common;
+}
+
+ZQLingoSim::ZQLingoSim(const char* text, unsigned int step) {
+  if (step != 0 && std::strlen(text) >= lingoLength) {
+    impl_ = std::make_unique<const Impl>(text, step);
+  }
+}
+
+}  // namespace Quarnel

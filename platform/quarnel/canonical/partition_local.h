@@ -1,0 +1,78 @@
+#pragma once
+
+/// Partition refinement: the coarsest grouping of atoms into cells in which two atoms of one cell
+/// have equal properties and, by kind of bond, equally many neighbours in every cell.
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "platform/quarnel/molecule/molgraph_view_local.h"
+
+namespace Quarnel {
+
+class Partition {
+ public:
+  struct Keyed {
+    std::uint64_t key;
+    std::uint32_t atom;
+  };
+
+  /// Groups by element, charge, isotope, hydrogens, degree, valence, aromaticity and ring
+  /// membership. Plain explicit hydrogens (`IsFolded`) count as implicit ones and are in no cell,
+  /// so that it makes no difference which way they are held. Large values are cut off at limits
+  /// that lie beyond what any invariant tells apart.
+  void Build(const MolView& view);
+  /// Groups by what a SMILES tells of an atom in brackets but its class, by degree, aromaticity and
+  /// ring membership, bonds by what is written of them. Every atom is in a cell. `parts` has a
+  /// number from 1 for each atom index; atoms of one number stand together, in the order of
+  /// numbers. `NumHydrogens` and `Degree` aren't for use after this.
+  void BuildForSmiles(const MolView& view, std::span<const unsigned int> parts);
+  /// Splits cells by a further property of each atom, and refines.
+  void Split(const MolView& view, std::span<const std::uint32_t> property);
+  /// Splits by a property, not 0, of the atoms listed, and refines.
+  void Split(const MolView& view, std::span<const Keyed> listed);
+  /// Gives an atom a cell of its own, and refines.
+  void SetApart(const MolView& view, std::uint32_t atom);
+  /// Sets a kind of 0 to 3 by which bonds are told apart as well, and refines.
+  void SplitBonds(const MolView& view, std::span<const std::uint8_t> kinds);
+
+  bool IsFolded(std::uint32_t atom) const { return cellOf_[atom] == MolView::none; }
+  /// The same number for atoms of one cell; `MolView::none` for folded hydrogens.
+  std::uint32_t CellOf(std::uint32_t atom) const { return cellOf_[atom]; }
+  /// Hydrogens of an atom, implicit or folded.
+  std::uint32_t NumHydrogens(std::uint32_t atom) const { return hydrogens_[atom]; }
+  /// Neighbours that aren't folded.
+  std::uint32_t Degree(std::uint32_t atom) const { return degree_[atom]; }
+  std::uint32_t ColourOf(std::uint32_t bond) const { return colours_[bond]; }
+  std::uint32_t NumCells() const { return numCells_; }
+  /// The atoms in order of their cells. A cell's number is the place of its first atom.
+  std::span<const std::uint32_t> Atoms() const { return atoms_; }
+  std::span<const std::uint32_t> Cell(std::uint32_t cell) const {
+    return {atoms_.data() + cell, size_[cell]};
+  }
+
+ private:
+  void Fold(const MolView& view);
+  void Start(const MolView& view);
+  void SplitCell(std::uint32_t cell, std::span<const Keyed> byKey);
+  void SplitKeyed();
+  void Push(std::uint32_t cell);
+  void Refine(const MolView& view);
+
+  std::vector<std::uint32_t> atoms_;
+  std::vector<std::uint32_t> place_;   // by atom, in atoms_
+  std::vector<std::uint32_t> cellOf_;  // by atom
+  std::vector<std::uint32_t> size_;    // by cell
+  std::vector<std::uint32_t> hydrogens_;
+  std::vector<std::uint32_t> degree_;
+  std::vector<std::uint32_t> colours_;  // by bond
+  std::uint32_t numCells_ = 0;
+  std::vector<Keyed> keyed_;
+  std::vector<std::uint32_t> queue_;
+  std::vector<char> queued_;           // by cell
+  std::vector<std::uint64_t> counts_;  // by atom, all 0 between splitters
+  std::vector<std::uint32_t> splitter_;
+};
+
+}  // namespace Quarnel

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+#include "contract/quarnel/mol.h"
+#include "platform/quarnel/readers/reader_error_local.h"
+
+namespace Quarnel {
+
+/// `ZQMolfileToMol` without the report: a failure fills `error` and leaves the molecule in any
+/// state.
+bool ReadMolfile(ZQMolBase& mol, std::string_view molfile, ReaderError& error);
+
+}  // namespace Quarnel

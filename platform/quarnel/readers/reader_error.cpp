@@ -1,0 +1,53 @@
+#include <cstdio>
+
+#include "contract/bostrel/throw.h"
+#include "platform/quarnel/readers/reader_error_local.h"
+
+namespace Quarnel {
+
+std::string QuoteStart(std::string_view text) {
+  constexpr std::size_t limit = 16;
+  if (text.empty()) return "the end";
+  std::string quoted = "\"";
+  for (const char c : text.substr(0, limit)) {
+    if (c >= ' ' && c <= '~') {
+      quoted += c;
+    } else {
+      char escaped[5];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x",
+                    static_cast<unsigned int>(static_cast<unsigned char>(c)));
+      quoted += escaped;
+    }
+  }
+  quoted += text.size() > limit ? "...\"" : "\"";
+  return quoted;
+}
+
+const char* ExpectedNext(After after, char found, const char* bareAtom) {
+  switch (after) {
+    case After::Start:
+    case After::Dot:
+      return "an atom";
+    case After::Bond:
+      return "an atom or a ring closure";
+    case After::Opening:
+      return "an atom or a bond of the branch";
+    case After::GroupEnd:
+      return "a dot or the end behind a component group";
+    default: {
+      const bool isLetter = (found >= 'A' && found <= 'Z') || (found >= 'a' && found <= 'z');
+      return isLetter ? bareAtom : "an atom, a bond, a branch, a ring closure or a dot";
+    }
+  }
+}
+
+void ReportUnreadable(ZQMolBase& mol, const std::string& where, const char* what,
+                      const ReaderError& error) {
+  mol.Clear();
+  mol.SetValid(false);
+  Bostrel::ZQThrow.Warning("%s%s%s %zu: found %s, expected %s", where.c_str(),
+                           where.empty() ? "" : ": ", what, error.place, error.found.c_str(),
+                           error.expected.c_str());
+}
+
+}  // namespace Quarnel

@@ -1,0 +1,702 @@
+#include "platform/quarnel/substructure/smarts_parser_local.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "platform/quarnel/molecule/elements_local.h"
+
+namespace Quarnel {
+
+namespace {
+
+constexpr std::uint32_t none = SmartsPattern::none;
+constexpr unsigned int maxNesting = 32;  // of $() within $()
+constexpr std::int32_t otherClass = 3;   // of chirality: no turn that a molecule could have
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
+bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+// Bonds of no order have no symbol of their own, in a SMILES as here.
+constexpr std::uint32_t unwrittenBond = BondsOfOrder(0) | BondsOfOrder(1) | aromaticBonds;
+
+// A bond expression as read; the direction is that from the atom before it.
+struct BondExpression {
+  std::uint32_t mask = unwrittenBond;
+  std::int8_t direction = 0;
+  bool orUnspecified = false;
+  bool written = false;
+  std::string text;
+};
+
+class SmartsParser {
+ public:
+  SmartsParser(std::string_view text, bool ignoreStereo, ReaderError& error)
+      : text_(text), ignoreStereo_(ignoreStereo), error_(error) {}
+
+  std::unique_ptr<SmartsPattern> Read() {
+    while (IsBlank(Peek())) ++pos_;
+    return ReadPattern(0);
+  }
+
+ private:
+  struct Branch {
+    std::uint32_t atom;
+    std::size_t column;
+  };
+  struct RingOpening {
+    std::uint32_t atom;
+    std::size_t column;
+    BondExpression bond;
+    std::size_t neighbour;  // its place among those of a centre
+  };
+  // What is open while a pattern is read; those around a $() wait.
+  struct State {
+    std::unique_ptr<SmartsPattern> pattern = std::make_unique<SmartsPattern>();
+    After after = After::Start;
+    std::uint32_t previous = none;
+    BondExpression bond;
+    std::vector<Branch> branches;
+    std::map<std::uint32_t, RingOpening> rings;
+    std::vector<std::uint32_t> centres;  // by atom, none for most
+    std::set<std::pair<std::uint32_t, std::uint32_t>> bonded;
+    std::size_t groupColumn = 0;
+    bool inGroup = false;
+    std::uint32_t numGroups = 0;
+  };
+
+  std::unique_ptr<SmartsPattern> ReadPattern(unsigned int nesting);
+  bool ReadItem(State& state, unsigned int nesting);
+  bool ReadOpening(State& state);
+  bool ReadClosing(State& state);
+  bool ReadEnd(State& state);
+  bool ReadBareAtom(State& state);
+  bool ReadBracketAtom(State& state, unsigned int nesting);
+  bool ReadExpression(AtomExpression& expression, unsigned int nesting);
+  bool ReadPrimitive(AtomExpression& expression, AtomLiteral& literal, unsigned int nesting);
+  bool ReadSymbol(AtomLiteral& literal);
+  bool ReadCharge(AtomLiteral& literal);
+  bool ReadChirality(AtomLiteral& literal);
+  bool ReadRecursive(AtomExpression& expression, AtomLiteral& literal, unsigned int nesting);
+  bool ReadBond(BondExpression& bond);
+  bool ReadRingClosure(State& state);
+  bool ReadRingNumber(std::uint32_t& number);
+  bool ReadCount(std::int32_t& value, std::int32_t limit, const char* expected);
+  bool ReadOptionalCount(AtomLiteral& literal, AtomLiteral::Kind kind);
+  bool IsHydrogenAtom() const;
+  static AtomExpression Resolve(const AtomExpression& expression, std::int32_t turn);
+  void AddAtom(State& state, AtomExpression&& expression, std::string_view text);
+  static bool AddBond(State& state, std::uint32_t bgn, std::uint32_t end,
+                      const BondExpression& bond);
+  static std::size_t AddNeighbour(State& state, std::uint32_t atom, std::uint32_t neighbour);
+
+  bool AtEnd() const { return pos_ >= text_.size(); }
+  char Peek(std::size_t ahead = 0) const {
+    return pos_ + ahead < text_.size() ? text_[pos_ + ahead] : '\0';
+  }
+  bool Fail(std::size_t column, std::string found, std::string expected) {
+    error_ = {column + 1, std::move(found), std::move(expected)};
+    return false;
+  }
+  bool FailHere(const char* expected) {
+    return Fail(pos_, QuoteStart(text_.substr(std::min(pos_, text_.size()))), expected);
+  }
+  bool FailExpectingMore(const State& state);
+
+  std::string_view text_;
+  std::size_t pos_ = 0;
+  bool ignoreStereo_;
+  ReaderError& error_;
+};
+
+bool SmartsParser::FailExpectingMore(const State& state) {
+  return FailHere(ExpectedNext(
+      state.after, Peek(),
+      "an atom (elements other than B C N O P S F Cl Br I K V W Y U and b c n o p s in brackets)"));
+}
+
+// The number at the cursor, at least one digit.
+bool SmartsParser::ReadCount(std::int32_t& value, std::int32_t limit, const char* expected) {
+  const std::size_t start = pos_;
+  value = 0;
+  for (; IsDigit(Peek()); ++pos_) {
+    value = value * 10 + (Peek() - '0');
+    if (value <= limit) continue;
+    pos_ = start;
+    break;
+  }
+  return pos_ != start || FailHere(expected);
+}
+
+// Reads up to the end, or within $() up to its closing parenthesis.
+std::unique_ptr<SmartsPattern> SmartsParser::ReadPattern(unsigned int nesting) {
+  State state;
+  while (!AtEnd() && !(nesting == 0 && IsBlank(Peek()))) {
+    if (nesting != 0 && Peek() == ')' && state.branches.empty() && !state.inGroup) break;
+    if (!ReadItem(state, nesting)) return nullptr;
+  }
+  if (nesting == 0) text_ = text_.substr(0, pos_);  // a blank ends the text
+  if (!ReadEnd(state)) return nullptr;
+  PlanSearch(*state.pattern, nesting != 0);
+  return std::move(state.pattern);
+}
+
+bool SmartsParser::ReadEnd(State& state) {
+  if (state.after != After::Atom && state.after != After::Closing &&
+      state.after != After::GroupEnd) {
+    return FailExpectingMore(state);
+  }
+  if (!state.branches.empty()) {
+    return Fail(state.branches.back().column, "a branch that isn't closed", "its \")\"");
+  }
+  if (state.inGroup) {
+    return Fail(state.groupColumn, "a component group that isn't closed", "its \")\"");
+  }
+  if (!state.rings.empty()) {
+    const auto first = std::min_element(
+        state.rings.begin(), state.rings.end(),
+        [](const auto& a, const auto& b) { return a.second.column < b.second.column; });
+    return Fail(first->second.column, "ring closure " + std::to_string(first->first) + " left open",
+                "the same number at a second atom");
+  }
+  return true;
+}
+
+bool SmartsParser::ReadItem(State& state, unsigned int nesting) {
+  const char c = Peek();
+  const bool afterAtom = state.after == After::Atom || state.after == After::Closing;
+  switch (c) {
+    case '[':
+      return state.after == After::GroupEnd ? FailExpectingMore(state)
+                                            : ReadBracketAtom(state, nesting);
+    case '(':
+      return ReadOpening(state);
+    case ')':
+      return ReadClosing(state);
+    case '.':
+      if (!afterAtom && state.after != After::Opening && state.after != After::GroupEnd) {
+        return FailExpectingMore(state);
+      }
+      ++pos_;
+      state.previous = none;
+      state.after = After::Dot;
+      return true;
+    case '-':
+    case '=':
+    case '#':
+    case '$':
+    case ':':
+    case '~':
+    case '@':
+    case '/':
+    case '\\':
+    case '!':
+      if (!afterAtom && state.after != After::Opening) return FailExpectingMore(state);
+      if (!ReadBond(state.bond)) return false;
+      state.after = After::Bond;
+      return true;
+    default:
+      if (c == '%' || IsDigit(c)) return ReadRingClosure(state);
+      return ReadBareAtom(state);
+  }
+}
+
+bool SmartsParser::ReadOpening(State& state) {
+  if (state.after == After::Atom || state.after == After::Closing) {
+    state.branches.push_back({state.previous, pos_++});
+    state.after = After::Opening;
+    return true;
+  }
+  if ((state.after != After::Start && state.after != After::Dot) || state.inGroup ||
+      !state.branches.empty()) {
+    return FailExpectingMore(state);
+  }
+  state.inGroup = true;
+  state.groupColumn = pos_++;
+  ++state.numGroups;
+  state.after = After::Start;
+  return true;
+}
+
+bool SmartsParser::ReadClosing(State& state) {
+  if (state.after != After::Atom && state.after != After::Closing) return FailExpectingMore(state);
+  if (!state.branches.empty()) {
+    state.previous = state.branches.back().atom;
+    state.branches.pop_back();
+    state.after = After::Closing;
+  } else if (state.inGroup) {
+    state.inGroup = false;
+    state.previous = none;
+    state.after = After::GroupEnd;
+  } else {
+    return FailHere("an atom or a bond, as no branch is open");
+  }
+  ++pos_;
+  return true;
+}
+
+// ---- Atoms
+
+// An atom without brackets.
+bool SmartsParser::ReadBareAtom(State& state) {
+  const std::size_t start = pos_;
+  const char c = Peek();
+  AtomLiteral literal;
+  literal.endsTerm = literal.endsClause = true;
+  if (c == 'C' && Peek(1) == 'l') {
+    literal.kind = AtomLiteral::AliphaticElement;
+    literal.value = 17;
+    pos_ += 2;
+  } else if (c == 'B' && Peek(1) == 'r') {
+    literal.kind = AtomLiteral::AliphaticElement;
+    literal.value = 35;
+    pos_ += 2;
+  } else if (c == '*') {
+    ++pos_;
+  } else if (c == 'a' || c == 'A') {
+    literal.kind = AtomLiteral::Aromatic;
+    literal.negated = c == 'A';
+    ++pos_;
+  } else if (c != '\0' &&
+             std::string_view("BCNOPSFIKVWYUbcnops").find(c) != std::string_view::npos) {
+    const char capital = IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
+    literal.kind = IsLower(c) ? AtomLiteral::AromaticElement : AtomLiteral::AliphaticElement;
+    literal.value = GetAtomicNumOf({&capital, 1});
+    ++pos_;
+  } else {
+    return FailExpectingMore(state);
+  }
+  if (state.after == After::GroupEnd) {
+    pos_ = start;
+    return FailExpectingMore(state);
+  }
+  AtomExpression expression;
+  expression.literals.push_back(literal);
+  AddAtom(state, std::move(expression), text_.substr(start, pos_ - start));
+  return true;
+}
+
+// Whether what stands in brackets is a hydrogen atom: H with at most an isotope and a charge.
+bool SmartsParser::IsHydrogenAtom() const {
+  std::size_t ahead = 0;
+  while (IsDigit(Peek(ahead))) ++ahead;
+  if (Peek(ahead++) != 'H') return false;
+  if (Peek(ahead) == '+' || Peek(ahead) == '-') {
+    const char sign = Peek(ahead);
+    while (Peek(ahead) == sign) ++ahead;
+    while (IsDigit(Peek(ahead))) ++ahead;
+  }
+  return Peek(ahead) == ']' || Peek(ahead) == ':';
+}
+
+bool SmartsParser::ReadBracketAtom(State& state, unsigned int nesting) {
+  const std::size_t open = pos_++;
+  AtomExpression expression;
+  if (!ReadExpression(expression, nesting)) return false;
+  if (Peek() == ':') {
+    ++pos_;
+    std::int32_t mapIdx = 0;
+    if (!ReadCount(mapIdx, 99999999, "an atom class of up to eight digits")) return false;
+  }
+  if (AtEnd()) return Fail(open, "a bracket that isn't closed", "its \"]\"");
+  if (Peek() != ']') return FailHere("an atom primitive, an operator or \"]\"");
+  ++pos_;
+  AddAtom(state, std::move(expression), text_.substr(open, pos_ - open));
+  return true;
+}
+
+bool SmartsParser::ReadExpression(AtomExpression& expression, unsigned int nesting) {
+  const bool hydrogen = IsHydrogenAtom();
+  for (;;) {
+    AtomLiteral literal;
+    for (; Peek() == '!'; ++pos_) literal.negated = !literal.negated;
+    if (hydrogen && Peek() == 'H') {
+      literal.kind = AtomLiteral::Element;
+      literal.value = 1;
+      ++pos_;
+    } else if (!ReadPrimitive(expression, literal, nesting)) {
+      return false;
+    }
+    const char next = Peek();
+    literal.endsClause = next == ';' || next == ']' || next == ':' || next == '\0';
+    literal.endsTerm = literal.endsClause || next == ',';
+    expression.literals.push_back(literal);
+    if (literal.endsClause && next != ';') return true;
+    if (next == '&' || next == ',' || next == ';') ++pos_;
+  }
+}
+
+bool SmartsParser::ReadOptionalCount(AtomLiteral& literal, AtomLiteral::Kind kind) {
+  ++pos_;
+  literal.kind = kind;
+  literal.value = 1;
+  return !IsDigit(Peek()) || ReadCount(literal.value, 999, "a number up to 999");
+}
+
+bool SmartsParser::ReadPrimitive(AtomExpression& expression, AtomLiteral& literal,
+                                 unsigned int nesting) {
+  const char c = Peek();
+  if (IsDigit(c)) {
+    literal.kind = AtomLiteral::Isotope;
+    return ReadCount(literal.value, 65535, "an isotope up to 65535");
+  }
+  if ((IsUpper(c) || IsLower(c)) && ReadSymbol(literal)) return true;
+  switch (c) {
+    case '*':
+      ++pos_;
+      return true;
+    case 'a':
+    case 'A':
+      ++pos_;
+      literal.kind = AtomLiteral::Aromatic;
+      literal.negated ^= c == 'A';
+      return true;
+    case 'D':
+      return ReadOptionalCount(literal, AtomLiteral::Degree);
+    case 'H':
+      return ReadOptionalCount(literal, AtomLiteral::TotalH);
+    case 'X':
+      return ReadOptionalCount(literal, AtomLiteral::Connections);
+    case 'v':
+      return ReadOptionalCount(literal, AtomLiteral::Valence);
+    case 'h':
+      if (IsDigit(Peek(1))) return ReadOptionalCount(literal, AtomLiteral::ImplicitH);
+      // At least one is not none.
+      ++pos_;
+      literal.kind = AtomLiteral::ImplicitH;
+      literal.negated = !literal.negated;
+      return true;
+    case 'R':
+    case 'r':
+    case 'x':
+      if (IsDigit(Peek(1))) {
+        return ReadOptionalCount(literal, c == 'R'   ? AtomLiteral::RingCount
+                                          : c == 'r' ? AtomLiteral::RingSize
+                                                     : AtomLiteral::RingBonds);
+      }
+      ++pos_;
+      literal.kind = AtomLiteral::InRing;
+      return true;
+    case '#':
+      ++pos_;
+      literal.kind = AtomLiteral::Element;
+      return ReadCount(literal.value, 118, "an atomic number up to 118");
+    case '^':
+      ++pos_;
+      literal.kind = AtomLiteral::Hybridization;
+      return ReadCount(literal.value, 5, "a hybridization from 0 to 5");
+    case '+':
+    case '-':
+      return ReadCharge(literal);
+    case '@':
+      return ReadChirality(literal);
+    case '$':
+      return ReadRecursive(expression, literal, nesting);
+    default:
+      return FailHere("an atom primitive");
+  }
+}
+
+// The longest symbol wins: "Cl" is chlorine, "Cc" an aliphatic and an aromatic carbon.
+bool SmartsParser::ReadSymbol(AtomLiteral& literal) {
+  const bool aromatic = IsLower(Peek());
+  const char symbol[2] = {aromatic ? static_cast<char>(Peek() - 'a' + 'A') : Peek(), Peek(1)};
+  for (std::size_t length = IsLower(symbol[1]) ? 2 : 1; length != 0; --length) {
+    const unsigned int atomicNum = GetAtomicNumOf({symbol, length});
+    if (atomicNum == 0 || (aromatic && !IsAromaticElement(atomicNum))) continue;
+    if (length == 1 && atomicNum == 1) continue;  // a count of hydrogens
+    literal.kind = aromatic ? AtomLiteral::AromaticElement : AtomLiteral::AliphaticElement;
+    literal.value = static_cast<std::int32_t>(atomicNum);
+    pos_ += length;
+    return true;
+  }
+  return false;
+}
+
+bool SmartsParser::ReadCharge(AtomLiteral& literal) {
+  constexpr std::int32_t limit = 15;
+  constexpr const char* expected = "a charge from -15 to +15";
+  const char sign = Peek();
+  const std::size_t start = pos_++;
+  literal.kind = AtomLiteral::Charge;
+  if (IsDigit(Peek())) {
+    if (!ReadCount(literal.value, limit, expected)) return false;
+  } else {
+    while (Peek() == sign) ++pos_;
+    literal.value = static_cast<std::int32_t>(std::min(pos_ - start, std::size_t{limit + 1}));
+    if (literal.value > limit) {
+      pos_ = start;
+      return FailHere(expected);
+    }
+  }
+  if (sign == '-') literal.value = -literal.value;
+  return true;
+}
+
+bool SmartsParser::ReadChirality(AtomLiteral& literal) {
+  ++pos_;
+  literal.kind = AtomLiteral::Chirality;
+  literal.value = SmartsPattern::Centre::CounterClockwise;
+  if (Peek() == '@') {
+    ++pos_;
+    literal.value = SmartsPattern::Centre::Clockwise;
+  } else {
+    struct Class {
+      std::string_view name;
+      std::int32_t count;
+      const char* expected;
+    };
+    static constexpr Class classes[] = {{"TH", 2, "the number of a chirality class, 1 or 2"},
+                                        {"AL", 2, "the number of a chirality class, 1 or 2"},
+                                        {"SP", 3, "the number of a chirality class, 1 to 3"},
+                                        {"TB", 20, "the number of a chirality class, 1 to 20"},
+                                        {"OH", 30, "the number of a chirality class, 1 to 30"}};
+    for (const Class& kind : classes) {
+      if (text_.substr(pos_, 2) != kind.name || !IsDigit(Peek(2))) continue;
+      pos_ += 2;
+      std::int32_t number = 0;
+      if (Peek() == '0') return FailHere(kind.expected);
+      if (!ReadCount(number, kind.count, kind.expected)) return false;
+      literal.value = kind.name != "TH" ? otherClass
+                      : number == 1     ? SmartsPattern::Centre::CounterClockwise
+                                        : SmartsPattern::Centre::Clockwise;
+      break;
+    }
+  }
+  if (Peek() == '?') {
+    ++pos_;
+    literal.orUnspecified = true;
+  }
+  if (ignoreStereo_) literal = AtomLiteral();
+  return true;
+}
+
+bool SmartsParser::ReadRecursive(AtomExpression& expression, AtomLiteral& literal,
+                                 unsigned int nesting) {
+  const std::size_t start = pos_;
+  if (nesting == maxNesting) {
+    return FailHere(
+        ("at most " + std::to_string(maxNesting) + " \"$(\" within each other").c_str());
+  }
+  ++pos_;
+  if (Peek() != '(') return FailHere("\"(\" behind \"$\"");
+  ++pos_;
+  std::unique_ptr<SmartsPattern> pattern = ReadPattern(nesting + 1);
+  if (!pattern) return false;
+  if (Peek() != ')') return Fail(start, "\"$(\" that isn't closed", "its \")\"");
+  ++pos_;
+  literal.kind = AtomLiteral::Recursive;
+  literal.value = static_cast<std::int32_t>(expression.patterns.size());
+  expression.patterns.push_back(std::move(pattern));
+  return true;
+}
+
+// What is left of an expression of chirality for an atom that turns so.
+AtomExpression SmartsParser::Resolve(const AtomExpression& expression, std::int32_t turn) {
+  AtomExpression resolved;
+  resolved.literals = expression.literals;
+  resolved.patterns = expression.patterns;
+  for (AtomLiteral& literal : resolved.literals) {
+    if (literal.kind != AtomLiteral::Chirality) continue;
+    const bool holds = literal.value == turn ||
+                       (literal.orUnspecified && turn == SmartsPattern::Centre::Unspecified);
+    literal.kind = AtomLiteral::Any;
+    literal.negated ^= !holds;
+  }
+  return resolved;
+}
+
+void SmartsParser::AddAtom(State& state, AtomExpression&& expression, std::string_view text) {
+  SmartsPattern& pattern = *state.pattern;
+  const auto idx = static_cast<std::uint32_t>(pattern.atoms.size());
+  const bool chiral =
+      std::any_of(expression.literals.begin(), expression.literals.end(),
+                  [](const auto& literal) { return literal.kind == AtomLiteral::Chirality; });
+  // Without stereo the same text has another meaning.
+  const std::string key = (ignoreStereo_ ? "~" : "") + std::string(text);
+  pattern.atoms.push_back(ShareExpression(key, std::move(expression)));
+  pattern.groups.push_back(state.inGroup ? state.numGroups : 0);
+  state.centres.push_back(none);
+  if (chiral) {
+    state.centres[idx] = static_cast<std::uint32_t>(pattern.centres.size());
+    SmartsPattern::Centre& centre = pattern.centres.emplace_back();
+    centre.atom = idx;
+    for (std::int32_t turn = 0; turn < 3; ++turn) {
+      centre.byTurn[static_cast<std::size_t>(turn)] =
+          ShareExpression(key + " " + std::to_string(turn), Resolve(*pattern.atoms[idx], turn));
+    }
+  }
+  if (state.previous != none) {
+    AddNeighbour(state, state.previous, idx);
+    AddNeighbour(state, idx, state.previous);
+    AddBond(state, state.previous, idx, state.bond);
+  }
+  AddNeighbour(state, idx, none);  // a hydrogen or whatever the pattern leaves out
+  state.bond = BondExpression();
+  state.previous = idx;
+  state.after = After::Atom;
+}
+
+std::size_t SmartsParser::AddNeighbour(State& state, std::uint32_t atom, std::uint32_t neighbour) {
+  if (state.centres[atom] == none) return 0;
+  std::vector<std::uint32_t>& list = state.pattern->centres[state.centres[atom]].neighbours;
+  list.push_back(neighbour);
+  return list.size() - 1;
+}
+
+// ---- Bonds
+
+bool SmartsParser::ReadBond(BondExpression& bond) {
+  const std::size_t start = pos_;
+  std::uint32_t clauses = ~0U;
+  std::uint32_t terms = 0;
+  std::uint32_t term = ~0U;
+  unsigned int directions = 0;
+  bond.written = true;
+  for (;;) {
+    bool negated = false;
+    for (; Peek() == '!'; ++pos_) negated = !negated;
+    std::uint32_t mask = 0;
+    switch (Peek()) {
+      case '-':
+        mask = BondsOfOrder(1);
+        break;
+      case '=':
+        mask = BondsOfOrder(2);
+        break;
+      case '#':
+        mask = BondsOfOrder(3);
+        break;
+      case '$':
+        mask = BondsOfOrder(4);
+        break;
+      case ':':
+        mask = aromaticBonds;
+        break;
+      case '~':
+        mask = ~0U;
+        break;
+      case '@':
+        mask = ringBonds;
+        break;
+      case '/':
+      case '\\':
+        // A single bond; its direction is told later, and only by the pair of them. Not to have
+        // the direction is no condition.
+        mask = negated ? 0 : BondsOfOrder(1);
+        directions += negated ? 2 : 1;
+        bond.direction = Peek() == '/' ? 1 : -1;
+        if (Peek(1) == '?') {
+          bond.orUnspecified = true;
+          ++pos_;
+        }
+        break;
+      default:
+        return FailHere("a bond symbol");
+    }
+    ++pos_;
+    term &= negated ? ~mask : mask;
+    const char next = Peek();
+    if (next == ',' || next == ';') {
+      terms |= std::exchange(term, ~0U);
+      if (next == ';') clauses &= std::exchange(terms, 0);
+      ++pos_;
+    } else if (next == '&') {
+      ++pos_;
+    } else if (next == '\0' ||
+               std::string_view("-=#$:~@/\\!").find(next) == std::string_view::npos) {
+      break;
+    }
+  }
+  bond.mask = clauses & (terms | term);
+  if (directions != 1 || ignoreStereo_) bond.direction = 0;
+  bond.text = text_.substr(start, pos_ - start);
+  return true;
+}
+
+bool SmartsParser::AddBond(State& state, std::uint32_t bgn, std::uint32_t end,
+                           const BondExpression& bond) {
+  if (!state.bonded.insert(std::minmax(bgn, end)).second) return false;
+  state.pattern->bonds.push_back({bgn, end, bond.mask, bond.direction, bond.orUnspecified});
+  return true;
+}
+
+bool SmartsParser::ReadRingNumber(std::uint32_t& number) {
+  std::int32_t value = 0;
+  if (Peek() != '%') {
+    number = static_cast<std::uint32_t>(text_[pos_++] - '0');
+    return true;
+  }
+  ++pos_;
+  if (Peek() == '(') {
+    ++pos_;
+    if (!ReadCount(value, 99999, "a ring closure number of up to five digits")) return false;
+    if (Peek() != ')') return FailHere("\")\" behind the ring closure number");
+    ++pos_;
+  } else {
+    if (!IsDigit(Peek()) || !IsDigit(Peek(1))) return FailHere("two digits or \"(\" behind \"%\"");
+    value = (Peek() - '0') * 10 + (Peek(1) - '0');
+    pos_ += 2;
+  }
+  number = static_cast<std::uint32_t>(value);
+  return true;
+}
+
+bool SmartsParser::ReadRingClosure(State& state) {
+  if (state.after != After::Atom && state.after != After::Closing && state.after != After::Bond) {
+    return FailExpectingMore(state);
+  }
+  const std::size_t column = pos_;
+  std::uint32_t number = 0;
+  if (!ReadRingNumber(number)) return false;
+  const std::uint32_t atom = state.previous;
+  const auto found = state.rings.find(number);
+  if (found == state.rings.end()) {
+    state.rings.emplace(number,
+                        RingOpening{atom, column, state.bond, AddNeighbour(state, atom, none)});
+  } else {
+    const RingOpening& opening = found->second;
+    const auto fail = [&](const std::string& what, const std::string& expected) {
+      return Fail(column, "ring closure " + std::to_string(number) + what, expected);
+    };
+    if (opening.atom == atom) return fail(" from an atom to itself", "another atom");
+    if (state.pattern->groups[opening.atom] != state.pattern->groups[atom]) {
+      return fail(" between component groups", "an atom of the same group");
+    }
+    BondExpression bond = opening.bond;
+    if (state.bond.written) {
+      const std::int8_t direction = static_cast<std::int8_t>(-state.bond.direction);
+      if (bond.written && (bond.mask != state.bond.mask || bond.direction * direction < 0)) {
+        return fail(" with the bond \"" + state.bond.text + "\"",
+                    "the bond \"" + bond.text + "\" of its opening at column " +
+                        std::to_string(opening.column + 1));
+      }
+      bond.mask = state.bond.mask;
+      bond.orUnspecified |= state.bond.orUnspecified;
+      if (direction != 0) bond.direction = direction;
+    }
+    if (!AddBond(state, opening.atom, atom, bond)) {
+      return fail(" between atoms that are bonded already", "two other atoms");
+    }
+    AddNeighbour(state, atom, opening.atom);
+    if (state.centres[opening.atom] != none) {
+      state.pattern->centres[state.centres[opening.atom]].neighbours[opening.neighbour] = atom;
+    }
+    state.rings.erase(found);
+  }
+  state.bond = BondExpression();
+  state.after = After::Atom;
+  return true;
+}
+
+}  // namespace
+
+std::unique_ptr<const SmartsPattern> ParseSmarts(std::string_view smarts, bool ignoreStereo,
+                                                 ReaderError& error) {
+  return SmartsParser(smarts, ignoreStereo, error).Read();
+}
+
+}  // namespace Quarnel
