@@ -7,13 +7,13 @@
 using namespace ZQKorvex;
 
 int main(int argc, char** argv) {
-  // Every message of the library comes here. The answer counts for Fatal: true goes on.
+  // Every message of the library goes to the sink. After a Fatal one, true continues.
   ZQThrow.SetSink([](ZQErrorLevel level, const std::string& message) {
     std::fprintf(stderr, "my program: %s: %s\n", ZQGetErrorLevelName(level), message.c_str());
     return true;
   });
 
-  ZQInterface itf("my-program", "Tells what the options stand for.");
+  ZQInterface itf("my-program", "Prints a type and its search options.");
   itf.AddParameter({"-h", "", ZQParamType::Switch, "Shows this help"});
   ZQConfigureFingerPrint(itf, ZQGetFPType(ZQFPType::Path));
   ZQFPDatabaseOptions options;
