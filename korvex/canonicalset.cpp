@@ -101,7 +101,9 @@ bool ZQHashedCanonicalIdGenerator::FillSmallSet(const ZQSubgraph& subgraph) {
 
 // GCC 12 takes the undefined operand of its own intrinsics for an uninitialised variable.
 #pragma GCC diagnostic push
+#ifndef __clang__
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 // All rounds and the last sum, 16 atoms at a time.
 __attribute__((target("avx512f,popcnt"))) unsigned int ZQHashedCanonicalIdGenerator::NameSmallSet(

@@ -106,18 +106,18 @@ std::string ZQFPTypeOfKind<fptype>::GetFPTypeString() const {
 }
 
 template <unsigned int fptype>
-std::uint64_t ZQFPTypeOfKind<fptype>::GetIDFromParams(unsigned int numbits, unsigned int min,
-                                                      unsigned int max, unsigned int atype,
-                                                      unsigned int btype) requires isHashed {
+std::uint64_t ZQFPTypeOfKind<fptype>::GetIDFromParams(
+    unsigned int numbits, unsigned int min, unsigned int max, unsigned int atype,
+    unsigned int btype) requires ZQHashedFPKind<fptype> {
   std::uint64_t id = 0;
   ZQPackFPTypeID(*ZQFindFPKind(fptype), {numbits, min, max, atype, btype}, id);
   return id;
 }
 
 template <unsigned int fptype>
-std::uint64_t ZQFPTypeOfKind<fptype>::GetIDFromParams(unsigned int min, unsigned int max,
-                                                      unsigned int atype,
-                                                      unsigned int btype) requires isUnhashed {
+std::uint64_t ZQFPTypeOfKind<fptype>::GetIDFromParams(
+    unsigned int min, unsigned int max, unsigned int atype,
+    unsigned int btype) requires ZQUnhashedFPKind<fptype> {
   std::uint64_t id = 0;
   ZQPackFPTypeID(*ZQFindFPKind(fptype), {0, min, max, atype, btype}, id);
   return id;
@@ -127,14 +127,14 @@ template <unsigned int fptype>
 void ZQFPTypeOfKind<fptype>::SetParamsFromID(std::uint64_t id, unsigned int& numbits,
                                              unsigned int& min, unsigned int& max,
                                              unsigned int& atype,
-                                             unsigned int& btype) requires isHashed {
+                                             unsigned int& btype) requires ZQHashedFPKind<fptype> {
   std::tie(numbits, min, max, atype, btype) = ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id).AsTuple();
 }
 
 template <unsigned int fptype>
 void ZQFPTypeOfKind<fptype>::SetParamsFromID(std::uint64_t id, unsigned int& min, unsigned int& max,
-                                             unsigned int& atype,
-                                             unsigned int& btype) requires isUnhashed {
+                                             unsigned int& atype, unsigned int& btype) requires
+    ZQUnhashedFPKind<fptype> {
   std::tie(std::ignore, min, max, atype, btype) =
       ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id).AsTuple();
 }

@@ -12,8 +12,13 @@ namespace ZQKorvex {
 
 namespace {
 
+#ifdef __clang__
+#define ZQ_FULL_WIDTH  // its loops are as wide as the target allows
+#else
+#define ZQ_FULL_WIDTH ",prefer-vector-width=512"
+#endif
 #define ZQ_TARGET_AVX512 \
-  __attribute__((target("avx512f,avx512dq,avx512vl,avx512vpopcntdq,prefer-vector-width=512")))
+  __attribute__((target("avx512f,avx512dq,avx512vl,avx512vpopcntdq" ZQ_FULL_WIDTH)))
 #define ZQ_TARGET_AVX2 __attribute__((target("avx2")))
 #define ZQ_TARGET_POPCNT __attribute__((target("popcnt")))
 
@@ -181,8 +186,10 @@ ZQ_TARGET_AVX2 void ScanAvx2(const std::uint64_t* query, const std::uint64_t* wo
 
 // The compiler's own header trips these warnings wherever its intrinsics are inlined.
 #pragma GCC diagnostic push
+#ifndef __clang__
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 bool RunsAvx512() {
   return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&

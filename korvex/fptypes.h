@@ -14,14 +14,18 @@
 
 namespace ZQKorvex {
 
+/// The kinds that have a number of bits among their parameters, and those that have no bits.
+template <unsigned int fptype>
+concept ZQHashedFPKind =
+    fptype == ZQFPType::Path || fptype == ZQFPType::Circular || fptype == ZQFPType::Tree;
+template <unsigned int fptype>
+concept ZQUnhashedFPKind = fptype >= ZQFPType::UnhashedPath;
+
 /// The type class of a kind, by the kind's number.
 template <unsigned int fptype>
 class ZQ_EXPORT ZQFPTypeOfKind final : public ZQFPTypeBase {
  public:
   static constexpr unsigned int number = fptype;
-  static constexpr bool isUnhashed = fptype >= ZQFPType::UnhashedPath;
-  static constexpr bool isHashed =
-      fptype == ZQFPType::Path || fptype == ZQFPType::Circular || fptype == ZQFPType::Tree;
 
   /// A new object, which isn't the interned one: the factories make those.
   explicit ZQFPTypeOfKind(unsigned short version, std::uint64_t id = 0)
@@ -33,19 +37,21 @@ class ZQ_EXPORT ZQFPTypeOfKind final : public ZQFPTypeBase {
   /// atype in 24 to 39, numbits in 44 to 59. An assertion failure for each one beyond the limits
   /// that fingerprint.h gives, and 0.
   static std::uint64_t GetIDFromParams(unsigned int numbits, unsigned int min, unsigned int max,
-                                       unsigned int atype, unsigned int btype) requires isHashed;
+                                       unsigned int atype,
+                                       unsigned int btype) requires ZQHashedFPKind<fptype>;
   /// The same for an unhashed kind, which has no number of bits.
   static std::uint64_t GetIDFromParams(unsigned int min, unsigned int max, unsigned int atype,
-                                       unsigned int btype) requires isUnhashed;
+                                       unsigned int btype) requires ZQUnhashedFPKind<fptype>;
 
   /// The reverse. Bits outside of the fields warn "Unrecognised data in ZQFPPathType!", with the
   /// class at hand, and change nothing; numbits below 16 is an assertion failure.
   static void SetParamsFromID(std::uint64_t id, unsigned int& numbits, unsigned int& min,
                               unsigned int& max, unsigned int& atype,
-                              unsigned int& btype) requires isHashed;
+                              unsigned int& btype) requires ZQHashedFPKind<fptype>;
   /// The same for an unhashed kind, with the warning "Unrecognised data!".
   static void SetParamsFromID(std::uint64_t id, unsigned int& min, unsigned int& max,
-                              unsigned int& atype, unsigned int& btype) requires isUnhashed;
+                              unsigned int& atype,
+                              unsigned int& btype) requires ZQUnhashedFPKind<fptype>;
 };
 
 using ZQFPMACCS166Type = ZQFPTypeOfKind<ZQFPType::MACCS166>;

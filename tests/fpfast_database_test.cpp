@@ -365,12 +365,12 @@ TEST(ImplBase, OperationsKeepTheirSlots) {
     EXPECT_EQ((std::bit_cast<std::array<std::uintptr_t, 2>>(function)[0]), 8 * slot + 1);
     ++slot;
   };
-  using Hits = ZQIter<ZQSimScore> (Base::*)(const ZQFingerPrint&, Options) const;
+  using HitsOf = ZQIter<ZQSimScore> (Base::*)(const ZQFingerPrint&, Options) const;
   expectNext(&Base::IsValid);
   expectNext(&Base::GetMemoryType);
   expectNext(&Base::GetMemoryTypeString);
-  expectNext(static_cast<Hits>(&Base::GetScores));
-  expectNext(static_cast<Hits>(&Base::GetSortedScores));
+  expectNext(static_cast<HitsOf>(&Base::GetScores));
+  expectNext(static_cast<HitsOf>(&Base::GetSortedScores));
   expectNext(static_cast<ZQIter<double> (Base::*)(const ZQFingerPrint&, Options) const>(
       &Base::GetRawScores));
   expectNext(&Base::GetAllScores);

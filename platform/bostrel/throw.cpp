@@ -27,7 +27,7 @@ ZQErrorSink& Sink() {
 }
 thread_local bool insideSink = false;
 
-std::string Format(const char* format, std::va_list args) {
+__attribute__((format(printf, 1, 0))) std::string Format(const char* format, std::va_list args) {
   std::va_list again;
   va_copy(again, args);
   const int size = std::vsnprintf(nullptr, 0, format, args);
@@ -38,7 +38,8 @@ std::string Format(const char* format, std::va_list args) {
   return text;
 }
 
-void Report(ZQErrorLevel level, const char* format, std::va_list args) {
+__attribute__((format(printf, 2, 0))) void Report(ZQErrorLevel level, const char* format,
+                                                  std::va_list args) {
   if (level < threshold.load(std::memory_order_relaxed)) return;
   const std::string message = Format(format, args);
   bool goOn = false;
