@@ -27,8 +27,7 @@ class ZQFPGenerator {
         numThreads_(numThreads),
         tracer_(tracer) {}
 
-  /// Makes all records, on the calling thread if there is to be one, otherwise on that many
-  /// others. The first exception of a thread is thrown on once all have ended.
+  /// Makes all records, as `ZQRunOnThreads` runs the threads.
   void Run();
   /// The body of each thread: makes records until none are left.
   void ThreadWork();
