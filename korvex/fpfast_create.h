@@ -30,7 +30,7 @@ class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
   const ZQFPTypeBase* GetFPTypeBase() const { return type_; }
   /// Threads; 0 (the default) means as many as the machine has processors.
   void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
-  /// What was asked for, at most twice the machine's processors.
+  /// The number set, at most twice the machine's processors.
   unsigned int GetNumProcessors() const;
   /// Reports progress through a copy of the tracer, made here; the caller's object stays as it is.
   /// A tracer of unknown total gets the number of records as its total.
@@ -53,14 +53,14 @@ struct ZQFPCreationCounts {
 /// Makes the database `fpbinFile` (extension "fpbin") of the molecules in `moleculeFile`: one
 /// record for each molecule index, in that order, the same byte for byte for any number of
 /// threads. A molecule that can't be read, or gets no fingerprint, warns with its index and leaves
-/// a record of zeros; the run goes on and the answer is still true. False, after a warning that
+/// a record of zeros; the run goes on and still returns true. False, after a warning that
 /// begins "ZQCreateFastFPDatabaseFile()", for a wrong extension, a molecule file that can't be
 /// opened or is empty, an illegal type, or an output that can't be written; no output file is
 /// touched before the input has been judged. The disk space is reserved before the work begins. A
 /// run that is cut short leaves a file with zeros in place of the missing records. Where fewer
 /// threads can be started, those do the work. Lack of memory is thrown as the standard library's
-/// exception once all threads have ended. `counts`, if not null, is filled where the answer is
-/// true.
+/// exception once all threads have ended. `counts`, if not null, is filled where true is
+/// returned.
 ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
                                           const std::string& moleculeFile,
                                           const ZQCreateFastFPDatabaseOptions& options,

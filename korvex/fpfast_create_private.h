@@ -14,7 +14,7 @@
 namespace ZQKorvex {
 
 /// Lives for one run. Threads take molecule indices in chunks and write each record to the place
-/// that its index gives, so that they may finish in any order.
+/// that follows from its index, so that they may finish in any order.
 class ZQFPGenerator {
  public:
   /// `output` is the mapped file, `tracer` may be null; nothing here is owned.

@@ -23,7 +23,7 @@ std::unique_ptr<ZQFastFPDatabaseImplBase> MakeImpl(const std::string& filename,
     default:
       ZQThrow.Warning("%s : invalid memory type parameter initialized for memory-mapped!", caller);
   }
-  // No build has a GPU back end yet; it would be made here where ZQKorvexIsGPUReady() says so.
+  // No build has a GPU back end yet; it would be made here where ZQKorvexIsGPUReady() is true.
   ZQThrow.Warning("%s : no CUDA-enabled device available falling back to memory-mapped type!",
                   caller);
   return std::make_unique<ZQFastFPMemoryMapDatabaseImpl>(filename);

@@ -35,7 +35,7 @@ void ForBits(std::uint64_t bits, Visit visit) {
 class Query {
  public:
   Query(const ZQFingerPrint& fp, const ZQScanRecords& records) {
-    // The words are looked at before they are counted, as the function takes whole units only.
+    // The number of words is checked before they are counted: the function takes whole units only.
     ZQConvertFP(words_, fp);
     valid_ = ZQ_ASSERT(words_.size() == records.numWords);
     if (valid_) count_ = records.popcount(words_.data(), words_.size());
@@ -175,8 +175,8 @@ void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batc
   ZQScorer scorer(options, records, records.popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
-  // A batch is taken while the one before is scanned, so that memory can be asked for it in time,
-  // and never for records that are another worker's.
+  // A batch is taken while the one before is scanned, so that its records are prefetched in time,
+  // and never those of another worker.
   unsigned long nextBatch = cursor.fetch_add(batch);
   while (nextBatch < records.count) {
     const unsigned long batchBegin = nextBatch;
