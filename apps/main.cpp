@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
   try {
     exitCode = Dispatch({argv + 1, argv + argc});
   } catch (const std::exception& error) {
-    ZQThrow.Error("%s", error.what());  // out of memory, or no thread can be started
+    ZQThrow.Error("%s", error.what());  // out of memory
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
     ZQThrow.Error("cannot write to standard output");

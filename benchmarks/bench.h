@@ -189,8 +189,8 @@ class Open : public BackEnd {
  public:
   using BackEnd::BackEnd;
   const std::uint64_t* Records() const {
-    const std::uint64_t* records = nullptr;
-    Check(BackEnd::GetRecords(records, "bench"), "records");
+    const std::uint64_t* records = BackEnd::GetRecords("bench");
+    Check(records, "records");
     return records;
   }
 };

@@ -16,7 +16,7 @@ void Run(const Database& file, unsigned int rounds, double target) {
   const Open<BackEnd> database(file.Name());
   const std::uint64_t count = database.NumFingerPrints();
   ZQFingerPrint query;
-  Check(database.GetFingerPrint(query, count / 2), "a stored fingerprint");
+  Check(database.MakeQuery(query, count / 2, "bench"), "a stored fingerprint");
   const ZQFPDatabaseOptions ten(10, ZQSimMeasure::Tanimoto);
   const ZQFPDatabaseOptions thousand(1000, ZQSimMeasure::Tanimoto);
   ZQFPDatabaseOptions twoThreads(10, ZQSimMeasure::Tanimoto);

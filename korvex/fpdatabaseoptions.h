@@ -16,7 +16,7 @@ namespace ZQKorvex {
 class ZQ_EXPORT ZQFPDatabaseOptions {
  public:
   ZQFPDatabaseOptions() = default;
-  /// A measure outside 1 to 6 warns, and Tanimoto stands.
+  /// A measure outside 1 to 6 warns, and Tanimoto is kept.
   ZQFPDatabaseOptions(unsigned int limit, unsigned int simFunc);
 
   /// Score threshold: inclusive in unsorted searches, exclusive in sorted ones.
@@ -26,10 +26,10 @@ class ZQ_EXPORT ZQFPDatabaseOptions {
   }
   float GetCutoff() const { return cutoff_; }
   bool HasCutoff() const { return hasCutoff_; }
-  /// A constant of `ZQSimMeasure`; any other number warns, and the old value stands.
+  /// A constant of `ZQSimMeasure`; any other number warns, and the old value is kept.
   void SetSimFunc(unsigned int simFunc);
   unsigned int GetSimFunc() const { return simFunc_; }
-  /// Both in 0 to 1; otherwise warns, and both old values stand. Defaults 0.95 and 0.05.
+  /// Both in 0 to 1; otherwise warns, and both old values are kept. Defaults 0.95 and 0.05.
   void SetTverskyCoeffs(float alpha, float beta);
   float GetTverskyAlpha() const { return tverskyAlpha_; }
   float GetTverskyBeta() const { return tverskyBeta_; }
@@ -41,7 +41,7 @@ class ZQ_EXPORT ZQFPDatabaseOptions {
   unsigned int GetLimit() const { return limit_; }
   /// Threads of a `SortedSearch`, 1 by default; 0 means as many as the machine has processors.
   void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
-  /// What was asked for, at most twice the machine's processors.
+  /// The number set, at most twice the machine's processors.
   unsigned int GetNumProcessors() const;
 
  private:
@@ -94,7 +94,7 @@ ZQ_EXPORT std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(unsigne
                                                                          bool descending,
                                                                          bool hasCutoff,
                                                                          float cutoff);
-/// The same by options, whose limit of 0 stands for `defaultLimit`, the number of fingerprints
+/// The same by options, whose limit of 0 means `defaultLimit`, the number of fingerprints
 /// searched: memory for more entries than that is not reserved, whatever the limit.
 ZQ_EXPORT std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(
     unsigned int defaultLimit, const ZQFPDatabaseOptions& options);

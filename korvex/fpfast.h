@@ -51,7 +51,7 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
   /// of `ZQGetPopCountFingerprintSizeUnit` bits: only then can the records be scanned.
   bool FitsType() const { return fitsType_; }
   /// Whether the header is valid and fits its type, the type may be stored, and the file has
-  /// exactly the size that the header asks for. Warns nothing.
+  /// exactly the size that follows from the header. Warns nothing.
   bool IsConsistent() const;
 
   void SetMoleculeFile(std::string name) { moleculeFile_ = std::move(name); }

@@ -1,7 +1,6 @@
 #include "korvex/fpfast_create.h"
 
 #include <algorithm>
-#include <future>
 #include <limits>
 
 #include "contract/bostrel/strings.h"
@@ -11,6 +10,7 @@
 #include "korvex/fpfast_database.h"
 #include "korvex/fpfast_database_implbase_local.h"
 #include "korvex/fpfast_local.h"
+#include "korvex/threads_local.h"
 
 namespace ZQKorvex {
 
@@ -31,16 +31,7 @@ unsigned int ZQCreateFastFPDatabaseOptions::GetNumProcessors() const {
 }
 
 void ZQFPGenerator::Run() {
-  if (numThreads_ == 1) {
-    ThreadWork();
-    return;
-  }
-  std::vector<std::future<void>> threads;
-  threads.reserve(numThreads_);
-  for (unsigned int i = 0; i < numThreads_; ++i) {
-    threads.push_back(std::async(std::launch::async, &ZQFPGenerator::ThreadWork, this));
-  }
-  for (std::future<void>& thread : threads) thread.get();
+  ZQRunOnThreads(numThreads_, [this] { ThreadWork(); });
 }
 
 void ZQFPGenerator::ThreadWork() {

@@ -14,7 +14,7 @@
 namespace ZQKorvex {
 
 /// Lives for one run. Threads take molecule indices in chunks and write each record to the place
-/// that its index gives, so that they may finish in any order.
+/// that follows from its index, so that they may finish in any order.
 class ZQFPGenerator {
  public:
   /// `output` is the mapped file, `tracer` may be null; nothing here is owned.
@@ -27,8 +27,7 @@ class ZQFPGenerator {
         numThreads_(numThreads),
         tracer_(tracer) {}
 
-  /// Makes all records, on the calling thread if there is to be one, otherwise on that many
-  /// others. The first exception of a thread is thrown on once all have ended.
+  /// Makes all records, as `ZQRunOnThreads` runs the threads.
   void Run();
   /// The body of each thread: makes records until none are left.
   void ThreadWork();

@@ -1,11 +1,9 @@
 #include "korvex/fpfast_database.h"
 
-#include <exception>
-#include <utility>
-
 #include "korvex/fpfast_database_inmemory_impl_local.h"
 #include "korvex/fpfast_database_mmap_impl_local.h"
 #include "korvex/fpfast_local.h"
+#include "korvex/memory_local.h"
 #include "korvex/version.h"
 
 namespace ZQKorvex {
@@ -25,27 +23,34 @@ std::unique_ptr<ZQFastFPDatabaseImplBase> MakeImpl(const std::string& filename,
     default:
       ZQThrow.Warning("%s : invalid memory type parameter initialized for memory-mapped!", caller);
   }
-  // No build has a GPU back end yet; it would be made here where ZQKorvexIsGPUReady() says so.
+  // No build has a GPU back end yet; it would be made here where ZQKorvexIsGPUReady() is true.
   ZQThrow.Warning("%s : no CUDA-enabled device available falling back to memory-mapped type!",
                   caller);
   return std::make_unique<ZQFastFPMemoryMapDatabaseImpl>(filename);
 }
 
-/// The result of a query. Without memory for it warns and gives what `makeEmpty` returns.
-template <class Query, class MakeEmpty>
-auto GuardedOr(const char* caller, MakeEmpty makeEmpty, Query query) {
-  try {
-    return query();
-  } catch (const std::exception& failure) {
-    ZQThrow.Warning("%s : %s!", caller, failure.what());
-    return makeEmpty();
-  }
+// Operations that come in several forms, as messages name them.
+constexpr const char* scoresName = "ZQFastFPDatabase::GetScores()";
+constexpr const char* sortedScoresName = "ZQFastFPDatabase::GetSortedScores()";
+constexpr const char* rawScoresName = "ZQFastFPDatabase::GetRawScores()";
+
+/// Makes the query fingerprint of a molecule, after the checks of all arguments. The message of a
+/// molecule without a fingerprint has `colon` behind the caller's name.
+bool MakeQuery(const ZQFastFPDatabase& database, ZQFingerPrint& fp, const ZQMolBase& mol,
+               const ZQFPDatabaseOptions& options, const char* caller, const char* colon = " :") {
+  return database.IsValidDatabase(caller) && database.IsValidMolecule(mol, caller) &&
+         database.IsValidOptions(options, caller) && ZQWarnOnFailure(caller, [&] {
+           return database.GetImpl().MakeQuery(fp, mol, std::string(caller) + colon);
+         });
 }
 
-template <class Query, class Result>
-Result Guarded(const char* caller, Result empty, Query query) {
-  return GuardedOr(
-      caller, [&empty] { return std::move(empty); }, query);
+/// The same of a record.
+bool MakeQuery(const ZQFastFPDatabase& database, ZQFingerPrint& fp, std::uint64_t index,
+               const ZQFPDatabaseOptions& options, const char* caller) {
+  return database.IsValidDatabase(caller) && database.IsValidFPIndex(index, caller) &&
+         database.IsValidOptions(options, caller) && ZQWarnOnFailure(caller, [&] {
+           return database.GetImpl().MakeQuery(fp, index, std::string(caller) + " :");
+         });
 }
 
 }  // namespace
@@ -123,16 +128,10 @@ const ZQFastFPDatabaseParams& ZQFastFPDatabase::GetHeader() const { return impl_
 bool ZQFastFPDatabase::GetFingerPrint(ZQFingerPrint& fp, std::uint64_t index) const {
   const char* caller = "ZQFastFPDatabase::GetFingerPrint()";
   if (!IsValidDatabase(caller) || !IsValidFPIndex(index, caller)) return false;
-  return Guarded(caller, false, [&] {
+  return ZQWarnOnFailure(caller, [&] {
     fp.SetFPTypeBase(impl_->GetFPTypeBase());
-    std::vector<std::uint64_t> words;
     std::uint64_t moleculeIndex = 0;
-    std::uint64_t popcount = 0;
-    if (!impl_->GetFingerPrint(words, moleculeIndex, popcount, index) ||
-        !ZQConvertFP(fp, impl_->GetFPTypeBase(), words)) {
-      ZQThrow.Warning("%s : cannot access fingerprint!", caller);
-      return false;
-    }
+    if (!impl_->GetFingerPrint(fp, moleculeIndex, index)) return false;
     if (moleculeIndex != index) {
       ZQThrow.Warning("%s : fingerprint and molecule index inconsistency!", caller);
       return false;
@@ -143,125 +142,119 @@ bool ZQFastFPDatabase::GetFingerPrint(ZQFingerPrint& fp, std::uint64_t index) co
 
 std::int64_t ZQFastFPDatabase::GetMoleculeIndex(std::uint64_t index) const {
   const char* caller = "ZQFastFPDatabase::GetMolculeIndex()";
-  if (!IsValidDatabase(caller) || !IsValidFPIndex(index, caller)) return -1;
-  return Guarded(caller, std::int64_t{-1}, [&] {
-    std::vector<std::uint64_t> words;
-    std::uint64_t moleculeIndex = 0;
-    std::uint64_t popcount = 0;
-    if (!impl_->GetFingerPrint(words, moleculeIndex, popcount, index)) {
-      ZQThrow.Warning("%s : cannot access fingerprint!", caller);
-      return std::int64_t{-1};
-    }
-    return static_cast<std::int64_t>(moleculeIndex);
-  });
+  constexpr std::int64_t none = -1;
+  if (!IsValidDatabase(caller) || !IsValidFPIndex(index, caller)) return none;
+  return ZQWarnOnFailure(
+      caller,
+      [&] {
+        std::vector<std::uint64_t> words;
+        std::uint64_t moleculeIndex = 0;
+        std::uint64_t popcount = 0;
+        if (!impl_->GetFingerPrint(words, moleculeIndex, popcount, index)) {
+          ZQThrow.Warning("%s : cannot access fingerprint!", caller);
+          return none;
+        }
+        return static_cast<std::int64_t>(moleculeIndex);
+      },
+      [] { return none; });
 }
 
 // One query against all.
 
 ZQIter<ZQSimScore> ZQFastFPDatabase::GetScores(const ZQFingerPrint& query,
                                                const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetScores()";
-  if (!IsValidDatabase(caller) || !IsValidFPType(query, caller) ||
-      !IsValidOptions(options, caller)) {
+  if (!IsValidDatabase(scoresName) || !IsValidFPType(query, scoresName) ||
+      !IsValidOptions(options, scoresName)) {
     return {};
   }
-  return Guarded(caller, ZQIter<ZQSimScore>(), [&] { return impl_->GetScores(query, options); });
+  return ZQWarnOnFailure(scoresName, [&] { return impl_->GetScores(query, options); });
 }
 
 ZQIter<ZQSimScore> ZQFastFPDatabase::GetScores(const ZQMolBase& query,
                                                const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetScores()";
-  if (!IsValidDatabase(caller) || !IsValidMolecule(query, caller) ||
-      !IsValidOptions(options, caller)) {
-    return {};
-  }
-  return Guarded(caller, ZQIter<ZQSimScore>(), [&] { return impl_->GetScores(query, options); });
+  ZQFingerPrint fp;
+  if (!MakeQuery(*this, fp, query, options, scoresName)) return {};
+  return ZQWarnOnFailure(scoresName, [&] { return impl_->GetScores(fp, options); });
 }
 
 ZQIter<ZQSimScore> ZQFastFPDatabase::GetScores(std::uint64_t index,
                                                const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetScores()";
-  if (!IsValidDatabase(caller) || !IsValidFPIndex(index, caller) ||
-      !IsValidOptions(options, caller)) {
-    return {};
-  }
-  return Guarded(caller, ZQIter<ZQSimScore>(), [&] { return impl_->GetScores(index, options); });
+  ZQFingerPrint fp;
+  if (!MakeQuery(*this, fp, index, options, scoresName)) return {};
+  return ZQWarnOnFailure(scoresName, [&] { return impl_->GetScores(fp, options); });
 }
 
 ZQIter<ZQSimScore> ZQFastFPDatabase::GetSortedScores(const ZQFingerPrint& query,
                                                      const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetSortedScores()";
-  if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return {};
-  return Guarded(caller, ZQIter<ZQSimScore>(),
-                 [&] { return impl_->GetSortedScores(query, options); });
+  if (!IsValidDatabase(sortedScoresName) || !IsValidOptions(options, sortedScoresName)) {
+    return {};
+  }
+  return ZQWarnOnFailure(sortedScoresName, [&] { return impl_->GetSortedScores(query, options); });
 }
 
 ZQIter<ZQSimScore> ZQFastFPDatabase::GetSortedScores(const ZQMolBase& query,
                                                      const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetSortedScores()";
-  if (!IsValidDatabase(caller) || !IsValidMolecule(query, caller) ||
-      !IsValidOptions(options, caller)) {
-    return {};
-  }
-  return Guarded(caller, ZQIter<ZQSimScore>(),
-                 [&] { return impl_->GetSortedScores(query, options); });
+  ZQFingerPrint fp;
+  if (!MakeQuery(*this, fp, query, options, sortedScoresName)) return {};
+  return ZQWarnOnFailure(sortedScoresName, [&] { return impl_->GetSortedScores(fp, options); });
 }
 
 ZQIter<ZQSimScore> ZQFastFPDatabase::GetSortedScores(std::uint64_t index,
                                                      const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetSortedScores()";
-  if (!IsValidDatabase(caller) || !IsValidFPIndex(index, caller) ||
-      !IsValidOptions(options, caller)) {
-    return {};
-  }
-  return Guarded(caller, ZQIter<ZQSimScore>(),
-                 [&] { return impl_->GetSortedScores(index, options); });
+  ZQFingerPrint fp;
+  if (!MakeQuery(*this, fp, index, options, sortedScoresName)) return {};
+  return ZQWarnOnFailure(sortedScoresName, [&] { return impl_->GetSortedScores(fp, options); });
 }
 
 std::vector<ZQIter<ZQSimScore>> ZQFastFPDatabase::GetSortedScores(
     const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetSortedScores()";
-  std::vector<ZQIter<ZQSimScore>> none(queries.size());
-  if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return none;
-  return Guarded(caller, std::move(none), [&] { return impl_->GetSortedScores(queries, options); });
+  const auto none = [&] { return std::vector<ZQIter<ZQSimScore>>(queries.size()); };
+  if (!IsValidDatabase(sortedScoresName) || !IsValidOptions(options, sortedScoresName))
+    return none();
+  return ZQWarnOnFailure(
+      sortedScoresName, [&] { return impl_->GetSortedScores(queries, options); }, none);
 }
 
 ZQIter<double> ZQFastFPDatabase::GetRawScores(const ZQFingerPrint& query,
                                               const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetRawScores()";
-  if (!IsValidDatabase(caller) || !IsValidFPType(query, caller) ||
-      !IsValidOptions(options, caller)) {
+  if (!IsValidDatabase(rawScoresName) || !IsValidFPType(query, rawScoresName) ||
+      !IsValidOptions(options, rawScoresName)) {
     return {};
   }
-  return Guarded(caller, ZQIter<double>(), [&] { return impl_->GetRawScores(query, options); });
+  return ZQWarnOnFailure(rawScoresName, [&] { return impl_->GetRawScores(query, options); });
 }
 
 ZQIter<double> ZQFastFPDatabase::GetRawScores(const ZQMolBase& query,
                                               const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetRawScores()";
-  if (!IsValidDatabase(caller) || !IsValidMolecule(query, caller) ||
-      !IsValidOptions(options, caller)) {
-    return {};
-  }
-  return Guarded(caller, ZQIter<double>(), [&] { return impl_->GetRawScores(query, options); });
+  ZQFingerPrint fp;
+  if (!MakeQuery(*this, fp, query, options, rawScoresName, "")) return {};
+  return ZQWarnOnFailure(rawScoresName, [&] { return impl_->GetRawScores(fp, options); });
 }
 
 ZQIter<double> ZQFastFPDatabase::GetRawScores(std::uint64_t index,
                                               const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetRawScores()";
-  if (!IsValidDatabase(caller) || !IsValidFPIndex(index, caller) ||
-      !IsValidOptions(options, caller)) {
-    return {};
-  }
-  return Guarded(caller, ZQIter<double>(), [&] { return impl_->GetRawScores(index, options); });
+  ZQFingerPrint fp;
+  if (!MakeQuery(*this, fp, index, options, rawScoresName)) return {};
+  return ZQWarnOnFailure(rawScoresName, [&] { return impl_->GetRawScores(fp, options); });
 }
 
 unsigned int ZQFastFPDatabase::SortedSearch(ZQSimSearchResult& result, const ZQMolBase& query,
                                             const ZQFPDatabaseOptions& options) const {
   const char* caller = "ZQFastFPDatabase::Search()";
   if (!IsValidDatabase(caller)) return result.GetSearchStatus();
-  return Guarded(caller, ZQSimSearchStatus::Uninitialized,
-                 [&] { return impl_->SortedSearch(result, query, options); });
+  const auto reset = [&] {
+    result.GetImpl().SetSearchStatus(ZQSimSearchStatus::Uninitialized);
+    return ZQSimSearchStatus::Uninitialized;
+  };
+  return ZQWarnOnFailure(
+      caller,
+      [&] {
+        ZQFingerPrint fp;
+        const unsigned int status = reset();
+        if (!impl_->MakeQuery(fp, query, "ZQFastFPDatabase::SortedSearch()")) return status;
+        return impl_->SortedSearch(result, fp, options);
+      },
+      reset);
 }
 
 // All against all.
@@ -269,7 +262,7 @@ unsigned int ZQFastFPDatabase::SortedSearch(ZQSimSearchResult& result, const ZQM
 ZQIter<float> ZQFastFPDatabase::GetAllScores(const ZQFPDatabaseOptions& options) const {
   const char* caller = "ZQFastFPDatabase::GetAllScores()";
   if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return {};
-  return Guarded(caller, ZQIter<float>(), [&] { return impl_->GetAllScores(options); });
+  return ZQWarnOnFailure(caller, [&] { return impl_->GetAllScores(options); });
 }
 
 ZQFPHistogram ZQFastFPDatabase::GetHistogram(const ZQFPDatabaseOptions& options,
@@ -277,7 +270,8 @@ ZQFPHistogram ZQFastFPDatabase::GetHistogram(const ZQFPDatabaseOptions& options,
   const char* caller = "ZQFastFPDatabase::GetHistogram()";
   const auto none = [bins] { return ZQFPHistogram(bins, 0.0, 1.0); };
   if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return none();
-  return GuardedOr(caller, none, [&] { return impl_->GetHistogram(options, bins); });
+  return ZQWarnOnFailure(
+      caller, [&] { return impl_->GetHistogram(options, bins); }, none);
 }
 
 ZQFPVariogram ZQFastFPDatabase::GetVariogram(const std::vector<float>& values,
@@ -295,13 +289,14 @@ ZQFPVariogram ZQFastFPDatabase::GetVariogram(const std::vector<float>& values,
                     impl_->NumFingerPrints());
     return none();
   }
-  return GuardedOr(caller, none, [&] { return impl_->GetVariogram(values, options, bins); });
+  return ZQWarnOnFailure(
+      caller, [&] { return impl_->GetVariogram(values, options, bins); }, none);
 }
 
 ZQIter<ZQSimScorePair> ZQFastFPDatabase::GetSparseMatrix(const ZQFPDatabaseOptions& options) const {
   const char* caller = "ZQFastFPDatabase::GetSparseMatrix()";
   if (!IsValidDatabase(caller)) return {};
-  return Guarded(caller, ZQIter<ZQSimScorePair>(), [&] { return impl_->GetSparseMatrix(options); });
+  return ZQWarnOnFailure(caller, [&] { return impl_->GetSparseMatrix(options); });
 }
 
 bool ZQIsFastFPDatabaseReady() { return ZQGetPopCountMethod() != 0; }

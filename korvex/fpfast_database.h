@@ -4,8 +4,8 @@
 /// once constructed; all queries are const and may run at once from any threads. A file that
 /// changes under an open database is outside the contract.
 ///
-/// Every query checks its arguments first, in the order told, and answers a failed check with a
-/// warning and the empty value: an empty iterator, false, 0, -1, or a histogram without samples.
+/// Every query checks its arguments first. After a failed check it warns and returns the empty
+/// value: an empty iterator, false, 0, -1, or a histogram without samples.
 /// The scores are those of doubles from bit counts: of two fingerprints without bits 0.0 by
 /// Tanimoto, Cosine, Dice and Tversky. Without memory for a result a query warns and is empty.
 
@@ -68,7 +68,7 @@ class ZQ_EXPORT ZQFastFPDatabase {
                                      const ZQFPDatabaseOptions& options) const;
   ZQIter<ZQSimScore> GetSortedScores(std::uint64_t index, const ZQFPDatabaseOptions& options) const;
   /// The same for many queries in one pass, on the options' number of threads: as many iterators
-  /// as queries, each as the single query would give it.
+  /// as queries, each with what the single query returns.
   std::vector<ZQIter<ZQSimScore>> GetSortedScores(const std::vector<ZQFingerPrint>& queries,
                                                   const ZQFPDatabaseOptions& options) const;
 
@@ -86,7 +86,7 @@ class ZQ_EXPORT ZQFastFPDatabase {
   /// Not for Tversky.
   ZQFPVariogram GetVariogram(const std::vector<float>& values, const ZQFPDatabaseOptions& options,
                              unsigned long bins) const;
-  /// For each fingerprint its nearest ones, itself included: as many as the limit says, greatest
+  /// For each fingerprint its nearest ones, itself included: as many as the limit, greatest
   /// score first, of equals the higher index first. A cutoff leaves those above it, and those equal
   /// to it but for fingerprint 0. A limit above the number of fingerprints is refused; 0 warns and
   /// takes all.

@@ -1,9 +1,9 @@
 #include "korvex/fpfast_database_inmemory_impl_local.h"
 
 #include <algorithm>
-#include <exception>
 
 #include "korvex/fpfast_local.h"
+#include "korvex/memory_local.h"
 
 namespace ZQKorvex {
 
@@ -14,7 +14,7 @@ constexpr const char* constructorName = "ZQFastFPDatabase::ZQFastFPDatabase()";
 }  // namespace
 
 ZQFastFPInMemoryDatabaseImpl::ZQFastFPInMemoryDatabaseImpl(const std::string& filename)
-    : ZQFastFPScanDatabaseImpl(filename) {
+    : ZQFastFPDatabaseImplBase(filename) {
   if (!valid_) {
     ZQThrow.Warning("%s cannot initialize object for in memory search!", constructorName);
     return;
@@ -31,13 +31,12 @@ bool ZQFastFPInMemoryDatabaseImpl::Load() {
   const std::uint64_t present = numWords < words ? std::min(count, words / Stride()) : 0;
   const std::uint64_t size = present * Stride();
   std::vector<unsigned char> record;
-  try {
+  const bool reserved = ZQWarnOnFailure(constructorName, [&] {
     records_.reserve(size);
     if (present > 0) record.resize(8 * Stride());
-  } catch (const std::exception& failure) {
-    ZQThrow.Warning("%s : %s!", constructorName, failure.what());
-    return false;
-  }
+    return true;
+  });
+  if (!reserved) return false;
   if (records_.capacity() != size) {
     ZQThrow.Warning("%s : Cannot allocate enough memory!", constructorName);
     return false;
@@ -69,21 +68,13 @@ bool ZQFastFPInMemoryDatabaseImpl::Load() {
   return true;
 }
 
-bool ZQFastFPInMemoryDatabaseImpl::GetRecords(const std::uint64_t*& records,
-                                              const char* /*caller*/) const {
-  records = records_.data();
-  return true;
+const std::uint64_t* ZQFastFPInMemoryDatabaseImpl::GetRecords(const char* /*caller*/) const {
+  static constexpr std::uint64_t none = 0;  // no records have a null pointer
+  return records_.empty() ? &none : records_.data();
 }
 
 const std::uint64_t* ZQFastFPInMemoryDatabaseImpl::GetRecord(std::uint64_t index) const {
   return &records_[index * Stride()];
-}
-
-void ZQFastFPInMemoryDatabaseImpl::WarnOfLimit(const char* caller, int limit,
-                                               int numRecords) const {
-  ZQThrow.Warning(
-      "%s : set to retrieve more nearest neighbors (%d) than there are fingerprints (%d).", caller,
-      limit, numRecords);
 }
 
 }  // namespace ZQKorvex

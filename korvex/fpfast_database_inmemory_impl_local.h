@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "korvex/fpfast_database_scan_impl_local.h"
+#include "korvex/fpfast_database_implbase_local.h"
 
 namespace ZQKorvex {
 
-class ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
+class ZQFastFPInMemoryDatabaseImpl : public ZQFastFPDatabaseImplBase {
  public:
   explicit ZQFastFPInMemoryDatabaseImpl(const std::string& filename);
 
@@ -18,9 +18,8 @@ class ZQFastFPInMemoryDatabaseImpl : public ZQFastFPScanDatabaseImpl {
   std::string GetMemoryTypeString() const override { return "in-memory"; }
 
  protected:
-  bool GetRecords(const std::uint64_t*& records, const char* caller) const override;
+  const std::uint64_t* GetRecords(const char* caller) const override;
   const std::uint64_t* GetRecord(std::uint64_t index) const override;
-  void WarnOfLimit(const char* caller, int limit, int numRecords) const override;
 
  private:
   /// Reads all records. Takes memory for those that the file has, whatever its header claims.

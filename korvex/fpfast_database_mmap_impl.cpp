@@ -7,7 +7,7 @@
 namespace ZQKorvex {
 
 ZQFastFPMemoryMapDatabaseImpl::ZQFastFPMemoryMapDatabaseImpl(const std::string& filename)
-    : ZQFastFPScanDatabaseImpl(filename) {
+    : ZQFastFPDatabaseImplBase(filename) {
   if (!valid_) return;
   valid_ = file_.Open(in_, filename_, params_.GetFileSize());
   in_.Close();
@@ -37,35 +37,26 @@ const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetBase(const std::string& c
   return static_cast<const std::uint64_t*>(base);
 }
 
-bool ZQFastFPMemoryMapDatabaseImpl::GetRecords(const std::uint64_t*& records,
-                                               const char* caller) const {
+const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetRecords(const char* caller) const {
   const std::uint64_t* base = GetBase(caller);
-  if (!base) return false;
+  if (!base) return nullptr;
   if (!HasPagesFor(NumFingerPrints())) {
     ZQThrow.Warning("%s fingerprint database file %s is shorter than its header says!", caller,
                     filename_.c_str());
-    return false;
+    return nullptr;
   }
   // Mapping all pages at once spares the first scan most of its page faults. A file that leaves
   // little of the memory is better read as the scan goes.
   const auto memory = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
                       static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   if (file_.GetLength() <= memory / 2 && !pagedIn_.exchange(true)) file_.PageIn();
-  records = base + zqHeaderWords;
-  return true;
+  return base + zqHeaderWords;
 }
 
 const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetRecord(std::uint64_t index) const {
   const std::uint64_t* base = GetBase("ZQFastFPDatabase::GetFingerPrint() :");
   if (!base || !HasPagesFor(index + 1)) return nullptr;
   return base + zqHeaderWords + index * Stride();
-}
-
-void ZQFastFPMemoryMapDatabaseImpl::WarnOfLimit(const char* caller, int limit,
-                                                int numRecords) const {
-  ZQThrow.Warning(
-      "%s set to retrieve more nearest neighbors (%d) than there are fingerprints (%d)!", caller,
-      limit, numRecords);
 }
 
 }  // namespace ZQKorvex

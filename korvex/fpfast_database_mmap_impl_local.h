@@ -6,12 +6,12 @@
 #include <cstdint>
 #include <string>
 
-#include "korvex/fpfast_database_scan_impl_local.h"
+#include "korvex/fpfast_database_implbase_local.h"
 #include "korvex/mmapfile.h"
 
 namespace ZQKorvex {
 
-class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl {
+class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPDatabaseImplBase {
  public:
   explicit ZQFastFPMemoryMapDatabaseImpl(const std::string& filename);
 
@@ -23,9 +23,8 @@ class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPScanDatabaseImpl {
   const void* GetFilePtr(const char* caller) const;
 
  protected:
-  bool GetRecords(const std::uint64_t*& records, const char* caller) const override;
+  const std::uint64_t* GetRecords(const char* caller) const override;
   const std::uint64_t* GetRecord(std::uint64_t index) const override;
-  void WarnOfLimit(const char* caller, int limit, int numRecords) const override;
 
   MMapInputFile file_;
 

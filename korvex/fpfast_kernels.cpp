@@ -3,34 +3,19 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <exception>
 #include <functional>
 #include <limits>
-#include <mutex>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "korvex/checked_local.h"
 #include "korvex/fpfast_local.h"
-#include "korvex/fpfast_scorer_local.h"
+#include "korvex/threads_local.h"
 
 namespace ZQKorvex {
 
 namespace {
 
 struct alignas(64) Scores : std::array<double, zqBlockRecords> {};
-
-bool AreRecords(const unsigned long* data, unsigned long numRecords, ZQPopCountFunc popcount) {
-  return ZQ_ASSERT((data || numRecords == 0) && popcount);
-}
-
-/// Calls a long form with what an image's header says.
-template <class Kernel>
-void OnImage(const unsigned long* image, ZQPopCountFunc popcount, Kernel kernel) {
-  if (!ZQ_ASSERT(image && popcount)) return;
-  kernel(image + zqHeaderWords, image[zqNumRecordsPosition], image[zqNumWordsPosition]);
-}
 
 /// Calls `visit(begin, n)` for each block of the records from `begin` to `end`.
 template <class Visit>
@@ -49,11 +34,11 @@ void ForBits(std::uint64_t bits, Visit visit) {
 /// The words and the count of a query.
 class Query {
  public:
-  Query(const ZQFingerPrint& fp, std::uint64_t numWords, ZQPopCountFunc popcount) {
-    // The words are looked at before they are counted, as the function takes whole units only.
+  Query(const ZQFingerPrint& fp, const ZQScanRecords& records) {
+    // The number of words is checked before they are counted: the function takes whole units only.
     ZQConvertFP(words_, fp);
-    valid_ = ZQ_ASSERT(words_.size() == numWords);
-    if (valid_) count_ = popcount(words_.data(), words_.size());
+    valid_ = ZQ_ASSERT(words_.size() == records.numWords);
+    if (valid_) count_ = records.popcount(words_.data(), words_.size());
   }
 
   bool IsValid() const { return valid_; }
@@ -115,51 +100,33 @@ class BinCounter {
   std::vector<unsigned long> counts_;
 };
 
-/// Runs `work` on `numThreads` threads, or on the calling one for 1, and waits for all. What a
-/// thread throws is thrown here. Where no more threads can be had, fewer do the work.
-template <class Work>
-void RunOnThreads(unsigned int numThreads, Work work) {
-  if (numThreads == 1) {
-    work();
-    return;
-  }
-  std::mutex lock;
-  std::exception_ptr failure;
-  const auto guarded = [&] {
-    try {
-      work();
-    } catch (...) {
-      const std::lock_guard guard(lock);
-      failure = std::current_exception();
-    }
-  };
-  std::vector<std::thread> threads;
-  try {
-    for (unsigned int i = 0; i < numThreads; ++i) threads.emplace_back(guarded);
-  } catch (const std::exception&) {
-    if (threads.empty()) guarded();
-  }
-  for (std::thread& thread : threads) thread.join();
-  if (failure) std::rethrow_exception(failure);
-}
-
 }  // namespace
+
+ZQScanRecords::ZQScanRecords(const unsigned long* first, unsigned long numRecords,
+                             unsigned long wordsOfEach, ZQPopCountFunc function)
+    : ZQRecords{first, numRecords, wordsOfEach}, popcount(function) {}
+
+// Without an image there is one record, at no address, which `AreThere` refuses.
+ZQScanRecords::ZQScanRecords(const unsigned long* image, ZQPopCountFunc function)
+    : ZQScanRecords(image ? image + zqHeaderWords : nullptr,
+                    image ? image[zqNumRecordsPosition] : 1, image ? image[zqNumWordsPosition] : 0,
+                    function) {}
+
+bool ZQScanRecords::AreThere() const { return ZQ_ASSERT((data || count == 0) && popcount); }
 
 // One query against all records.
 
 void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
-                      const ZQFPDatabaseOptions& options, const unsigned long* data,
-                      unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+                      const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
   out.clear();
-  if (!AreRecords(data, numRecords, popcount)) return;
-  const Query converted(query, numWords, popcount);
+  if (!records.AreThere()) return;
+  const Query converted(query, records);
   if (!converted.IsValid()) return;
-  out.reserve(numRecords);
-  const ZQRecords records{data, numRecords, numWords};
-  ZQScorer scorer(options, records, popcount);
+  out.reserve(records.count);
+  ZQScorer scorer(options, records, records.popcount);
   const double cutoff = options.GetCutoff();
   Scores scores;
-  ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+  ForBlocks(0, records.count, [&](std::uint64_t begin, std::size_t n) {
     scorer.Scan(converted.Row(), begin, n, scores.data());
     for (std::size_t i = 0; i < n; ++i) {
       const double score = scores[i];
@@ -173,53 +140,47 @@ void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
 }
 
 void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
-                     const ZQFPDatabaseOptions& options, const unsigned long* data,
-                     unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
-  if (!ZQ_ASSERT(list) || !AreRecords(data, numRecords, popcount)) return;
-  const Query converted(query, numWords, popcount);
+                     const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
+  if (!ZQ_ASSERT(list) || !records.AreThere()) return;
+  const Query converted(query, records);
   if (!converted.IsValid()) return;
-  const ZQRecords records{data, numRecords, numWords};
-  ZQScorer scorer(options, records, popcount);
+  ZQScorer scorer(options, records, records.popcount);
   Scores scores;
-  ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+  ForBlocks(0, records.count, [&](std::uint64_t begin, std::size_t n) {
     scorer.Scan(converted.Row(), begin, n, scores.data());
     Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
   });
 }
 
 void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
-                 const ZQFPDatabaseOptions& options, const unsigned long* data,
-                 unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+                 const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
   out.clear();
-  if (!AreRecords(data, numRecords, popcount)) return;
-  const Query converted(query, numWords, popcount);
+  if (!records.AreThere()) return;
+  const Query converted(query, records);
   if (!converted.IsValid() || !ZQSimMeasure::IsValid(options.GetSimFunc())) return;
-  out.resize(numRecords);
-  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
-  ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+  out.resize(records.count);
+  ZQScorer scorer(options, records, records.popcount);
+  ForBlocks(0, records.count, [&](std::uint64_t begin, std::size_t n) {
     scorer.Scan(converted.Row(), begin, n, &out[begin]);
   });
 }
 
 void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batch,
                           ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
-                          const ZQFPDatabaseOptions& options, const unsigned long* data,
-                          unsigned long numRecords, unsigned long numWords,
-                          ZQPopCountFunc popcount) {
-  const auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(numRecords), options);
+                          const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
+  const auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(records.count), options);
   ZQFPHistogram histogram = result->MakeEmptyHistogram();
-  const Query converted(query, numWords, popcount);
+  const Query converted(query, records);
   if (!converted.IsValid()) return;
-  const ZQRecords records{data, numRecords, numWords};
-  ZQScorer scorer(options, records, popcount);
+  ZQScorer scorer(options, records, records.popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
-  // A batch is taken while the one before is scanned, so that memory can be asked for it in time,
-  // and never for records that are another worker's.
+  // A batch is taken while the one before is scanned, so that its records are prefetched in time,
+  // and never those of another worker.
   unsigned long nextBatch = cursor.fetch_add(batch);
-  while (nextBatch < numRecords) {
+  while (nextBatch < records.count) {
     const unsigned long batchBegin = nextBatch;
-    const unsigned long batchEnd = batchBegin + std::min(batch, numRecords - batchBegin);
+    const unsigned long batchEnd = batchBegin + std::min(batch, records.count - batchBegin);
     nextBatch = cursor.fetch_add(batch);
     ForBlocks(batchBegin, batchEnd, [&](std::uint64_t begin, std::size_t n) {
       scorer.Scan(converted.Row(), begin, n, nextBatch + (begin - batchBegin), scores.data());
@@ -233,16 +194,14 @@ void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batc
 }
 
 void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
-                    const ZQFPDatabaseOptions& options, const unsigned long* data,
-                    unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+                    const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
   constexpr unsigned long minRecordsForThreads = 1000;
   const unsigned int numThreads = options.GetNumProcessors();
   if (!ZQ_ASSERT(result) || !ZQ_ASSERT(numThreads > 0)) return;
-  if (!AreRecords(data, numRecords, popcount)) return;
+  if (!records.AreThere()) return;
   std::atomic<unsigned long> cursor = 0;
-  RunOnThreads(numRecords < minRecordsForThreads ? 1 : numThreads, [&] {
-    ZQFastFPResultThread(cursor, zqResultBatch, result, query, options, data, numRecords, numWords,
-                         popcount);
+  ZQRunOnThreads(records.count < minRecordsForThreads ? 1 : numThreads, [&] {
+    ZQFastFPResultThread(cursor, zqResultBatch, result, query, options, records);
   });
 }
 
@@ -250,29 +209,27 @@ void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
 
 void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
                       const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options,
-                      const unsigned long* data, unsigned long numRecords, unsigned long numWords,
-                      ZQPopCountFunc popcount) {
-  if (!ZQ_ASSERT(lists.size() == queries.size()) || !AreRecords(data, numRecords, popcount)) return;
+                      const ZQScanRecords& records) {
+  if (!ZQ_ASSERT(lists.size() == queries.size()) || !records.AreThere()) return;
   if (queries.empty()) return;
   // The words of a share of queries stay in the cache beside a block of records.
   constexpr std::size_t maxShare = 256;
   const std::size_t numThreads = std::max(options.GetNumProcessors(), 1U);
   const std::size_t share = std::min(maxShare, (queries.size() + numThreads - 1) / numThreads);
   const std::size_t numShares = (queries.size() + share - 1) / share;
-  const ZQRecords records{data, numRecords, numWords};
   std::atomic<std::size_t> nextShare = 0;
-  RunOnThreads(static_cast<unsigned int>(std::min(numThreads, numShares)), [&] {
-    ZQScorer scorer(options, records, popcount);
+  ZQRunOnThreads(static_cast<unsigned int>(std::min(numThreads, numShares)), [&] {
+    ZQScorer scorer(options, records, records.popcount);
     Scores scores;
     for (;;) {
       const std::size_t first = nextShare.fetch_add(1) * share;
       if (first >= queries.size()) break;
       std::vector<std::pair<Query, ZQHitList<ZQSimScore>*>> rows;
       for (std::size_t i = first; i < std::min(first + share, queries.size()); ++i) {
-        Query converted(queries[i], numWords, popcount);
+        Query converted(queries[i], records);
         if (converted.IsValid()) rows.emplace_back(std::move(converted), lists[i].get());
       }
-      ForBlocks(0, numRecords, [&](std::uint64_t begin, std::size_t n) {
+      ForBlocks(0, records.count, [&](std::uint64_t begin, std::size_t n) {
         scorer.SetColumns(begin, n);
         for (const auto& [row, list] : rows) {
           scorer.ScoreColumns(row.Row(), scores.data());
@@ -287,30 +244,29 @@ void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>&
 // symmetric measure only rows up to the block's last record are scored.
 
 void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
-                       const unsigned long* data, unsigned long numRecords, unsigned long numWords,
-                       ZQPopCountFunc popcount) {
-  if (!AreRecords(data, numRecords, popcount)) return;
-  out.resize(ZQSaturatedProduct(numRecords, numRecords));
+                       const ZQScanRecords& records) {
+  if (!records.AreThere()) return;
+  out.resize(ZQSaturatedProduct(records.count, records.count));
   const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
-  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
+  ZQScorer scorer(options, records, records.popcount);
   // A few rows at a time, so that the mirror image is written in whole cache lines.
   constexpr std::size_t tileRows = 16;
   std::array<std::array<float, zqBlockRecords>, tileRows> tile;
   Scores scores;
-  ForBlocks(0, numRecords, [&](std::uint64_t columns, std::size_t n) {
+  ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
     scorer.SetColumns(columns, n);
-    const std::uint64_t end = symmetric ? columns + n : numRecords;
+    const std::uint64_t end = symmetric ? columns + n : records.count;
     for (std::uint64_t rows = 0; rows < end; rows += tileRows) {
       const std::size_t m = std::min<std::uint64_t>(tileRows, end - rows);
       for (std::size_t r = 0; r < m; ++r) {
         scorer.ScoreColumns(scorer.RowOf(rows + r), scores.data());
         std::transform(scores.begin(), scores.begin() + n, tile[r].begin(),
                        [](double score) { return ZQCheckedFloat(score); });
-        std::copy_n(tile[r].begin(), n, &out[(rows + r) * numRecords + columns]);
+        std::copy_n(tile[r].begin(), n, &out[(rows + r) * records.count + columns]);
       }
       if (!symmetric) continue;
       for (std::size_t c = 0; c < n; ++c) {
-        float* mirrored = &out[(columns + c) * numRecords + rows];
+        float* mirrored = &out[(columns + c) * records.count + rows];
         for (std::size_t r = 0; r < m; ++r) mirrored[r] = tile[r][c];
       }
     }
@@ -318,16 +274,15 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
 }
 
 void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
-                       const unsigned long* data, unsigned long numRecords, unsigned long numWords,
-                       ZQPopCountFunc popcount) {
-  if (!AreRecords(data, numRecords, popcount)) return;
+                       const ZQScanRecords& records) {
+  if (!records.AreThere()) return;
   const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
-  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
+  ZQScorer scorer(options, records, records.popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
-  ForBlocks(0, numRecords, [&](std::uint64_t columns, std::size_t n) {
+  ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
     scorer.SetColumns(columns, n);
-    for (std::uint64_t row = 0; row < (symmetric ? columns + n : numRecords); ++row) {
+    for (std::uint64_t row = 0; row < (symmetric ? columns + n : records.count); ++row) {
       scorer.ScoreColumns(scorer.RowOf(row), scores.data());
       const std::size_t skip = symmetric && row >= columns ? row + 1 - columns : 0;
       counter.Add(scores.data() + skip, n - skip);
@@ -337,15 +292,14 @@ void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& opti
 }
 
 void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
-                       const ZQFPDatabaseOptions& options, const unsigned long* data,
-                       unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
+                       const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
   if (!ZQ_ASSERT(options.GetSimFunc() != ZQSimMeasure::Tversky)) return;
-  if (!ZQ_ASSERT(values.size() == numRecords) || !AreRecords(data, numRecords, popcount)) return;
-  ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
+  if (!ZQ_ASSERT(values.size() == records.count) || !records.AreThere()) return;
+  ZQScorer scorer(options, records, records.popcount);
   Scores scores;
   // Row by row: the sums of a variogram depend on the order of its samples.
-  for (std::uint64_t row = 0; row < numRecords; ++row) {
-    ForBlocks(row + 1, numRecords, [&](std::uint64_t begin, std::size_t n) {
+  for (std::uint64_t row = 0; row < records.count; ++row) {
+    ForBlocks(row + 1, records.count, [&](std::uint64_t begin, std::size_t n) {
       scorer.Scan(scorer.RowOf(row), begin, n, scores.data());
       for (std::size_t i = 0; i < n; ++i) {
         variogram.AddSample(1.0F - ZQCheckedFloat(scores[i]), values[row] - values[begin + i]);
@@ -455,45 +409,42 @@ class NearestLists {
 }  // namespace
 
 void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
-                          const unsigned long* data, unsigned long numRecords,
-                          unsigned long numWords, ZQPopCountFunc popcount, unsigned long k) {
+                          const ZQScanRecords& records, unsigned long k) {
   // The lists of all rows at once if they don't take much memory: then each pair is scored once.
   // Otherwise those of a few rows, which stay in the cache: whole blocks, or a part of one.
   constexpr std::size_t maxSlots = (std::size_t{40} << 20) / NearestLists::bytesPerSlot;
   constexpr std::size_t slotsInCache = (std::size_t{1} << 20) / NearestLists::bytesPerSlot;
   constexpr std::size_t minBand = 16;
-  k = std::min(k, numRecords);
+  k = std::min(k, records.count);
   if (k == 0) return;
   std::size_t band = std::max(slotsInCache / k, minBand);
   if (band > zqBlockRecords) band -= band % zqBlockRecords;
-  if (numRecords <= maxSlots / k) band = numRecords;
-  ZQFastFPSparseMatrixInBands(out, options, data, numRecords, numWords, popcount, k, band);
+  if (records.count <= maxSlots / k) band = records.count;
+  ZQFastFPSparseMatrixInBands(out, options, records, k, band);
 }
 
 void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
-                                 const ZQFPDatabaseOptions& options, const unsigned long* data,
-                                 unsigned long numRecords, unsigned long numWords,
-                                 ZQPopCountFunc popcount, unsigned long k, unsigned long band) {
-  if (!AreRecords(data, numRecords, popcount)) return;
-  k = std::min(k, numRecords);
-  band = std::min(band, numRecords);
+                                 const ZQFPDatabaseOptions& options, const ZQScanRecords& records,
+                                 unsigned long k, unsigned long band) {
+  if (!records.AreThere()) return;
+  k = std::min(k, records.count);
+  band = std::min(band, records.count);
   if (k == 0 || !ZQ_ASSERT(band > 0)) return;
   // Scores serve both ways where every block of columns lies inside one band or outside of it.
   const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
-  const bool mirrored = symmetric && (band % zqBlockRecords == 0 || band == numRecords);
-  const ZQRecords records{data, numRecords, numWords};
-  ZQScorer scorer(options, records, popcount);
+  const bool mirrored = symmetric && (band % zqBlockRecords == 0 || band == records.count);
+  ZQScorer scorer(options, records, records.popcount);
   const ZQScanVariant& variant = scorer.Variant();
   NearestLists lists(band, k);
   Scores scores;
 
-  for (std::uint64_t bandBegin = 0; bandBegin < numRecords; bandBegin += band) {
-    const std::uint64_t bandEnd = std::min<std::uint64_t>(bandBegin + band, numRecords);
+  for (std::uint64_t bandBegin = 0; bandBegin < records.count; bandBegin += band) {
+    const std::uint64_t bandEnd = std::min<std::uint64_t>(bandBegin + band, records.count);
     lists.Clear();
     // Every row meets its columns in ascending order. Where a block's records have rows in the
     // band themselves, a record of the block meets the rows before its block when that block has
     // its turn, and the records behind as their blocks follow.
-    ForBlocks(0, numRecords, [&](std::uint64_t columns, std::size_t n) {
+    ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
       scorer.SetColumns(columns, n);
       const bool mirror = mirrored && columns >= bandBegin && columns < bandEnd;
       const std::uint64_t end = mirror ? columns + n : bandEnd;
@@ -526,70 +477,6 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
       }
     }
   }
-}
-
-// The short forms.
-
-void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
-                      const ZQFPDatabaseOptions& options, const unsigned long* image,
-                      ZQPopCountFunc popcount) {
-  OnImage(image, popcount,
-          [&](auto... records) { ZQFastFPSimScore(out, query, options, records..., popcount); });
-}
-
-void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
-                     const ZQFPDatabaseOptions& options, const unsigned long* image,
-                     ZQPopCountFunc popcount) {
-  OnImage(image, popcount,
-          [&](auto... records) { ZQFastFPHitList(list, query, options, records..., popcount); });
-}
-
-void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
-                 const ZQFPDatabaseOptions& options, const unsigned long* image,
-                 ZQPopCountFunc popcount) {
-  OnImage(image, popcount,
-          [&](auto... records) { ZQFastFPRaw(out, query, options, records..., popcount); });
-}
-
-void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
-                    const ZQFPDatabaseOptions& options, const unsigned long* image,
-                    ZQPopCountFunc popcount) {
-  OnImage(image, popcount,
-          [&](auto... records) { ZQFastFPResult(result, query, options, records..., popcount); });
-}
-
-void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>& lists,
-                      const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options,
-                      const unsigned long* image, ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPHitLists(lists, queries, options, records..., popcount);
-  });
-}
-
-void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
-                       const unsigned long* image, ZQPopCountFunc popcount) {
-  OnImage(image, popcount,
-          [&](auto... records) { ZQFastFPAllScores(out, options, records..., popcount); });
-}
-
-void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
-                       const unsigned long* image, ZQPopCountFunc popcount) {
-  OnImage(image, popcount,
-          [&](auto... records) { ZQFastFPHistogram(histogram, options, records..., popcount); });
-}
-
-void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
-                       const ZQFPDatabaseOptions& options, const unsigned long* image,
-                       ZQPopCountFunc popcount) {
-  OnImage(image, popcount, [&](auto... records) {
-    ZQFastFPVariogram(variogram, values, options, records..., popcount);
-  });
-}
-
-void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
-                          const unsigned long* image, ZQPopCountFunc popcount, unsigned long k) {
-  OnImage(image, popcount,
-          [&](auto... records) { ZQFastFPSparseMatrix(out, options, records..., popcount, k); });
 }
 
 }  // namespace ZQKorvex

@@ -1,7 +1,7 @@
 #pragma once
 
 /// Inside the `.fpbin` format: conversions between bytes, words and fingerprints, and the writers
-/// of headers and records. The conversions work byte by byte and give the same on any host.
+/// of headers and records. The conversions work byte by byte and return the same on any host.
 
 #include <bit>
 #include <cstddef>
@@ -30,7 +30,7 @@ inline constexpr bool ZQIsUInit64LittleEndian() {
 
 /// Least significant byte first.
 std::string ZQConvert(std::uint64_t value);
-/// A text of any other length than 8 bytes is an assertion failure and gives 0.
+/// A text of any other length than 8 bytes is an assertion failure and returns 0.
 std::uint64_t ZQConvert(const std::string& bytes);
 std::uint64_t ZQConvert(const unsigned char* bytes);
 
@@ -41,7 +41,7 @@ std::size_t ZQConvertHeader(std::string& header, const std::vector<std::uint64_t
 
 /// The words of a fingerprint.
 bool ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint& fp);
-/// The same; returns the count that `popcount` gives for the words.
+/// The same; returns the count by `popcount` of the words.
 std::uint64_t ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint& fp,
                           ZQPopCountFunc popcount);
 /// A fingerprint of 64 bits a word; without words one of no bits.
@@ -54,7 +54,7 @@ bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type, const unsigned cha
                  std::size_t count);
 
 /// The 800 bytes of a header, from molecule file name, type and count. A null type is an
-/// assertion failure and gives an empty text. A name too long leaves a header that can't be read.
+/// assertion failure and returns an empty text. A name too long leaves a header that can't be read.
 std::string ZQWriteFastFPDatabaseHeaderBlob(const ZQFastFPDatabaseParams& params);
 /// Writes that header to the start of the mapping; false for a null type or an output that isn't
 /// mapped.

@@ -5,11 +5,11 @@
 #include <functional>
 #include <limits>
 #include <numeric>
-#include <stdexcept>
 #include <type_traits>
 #include <utility>
 
 #include "korvex/checked_local.h"
+#include "korvex/memory_local.h"
 
 namespace ZQKorvex {
 
@@ -20,13 +20,11 @@ constexpr double tolerance = 1e-5;
 
 template <class T>
 std::vector<T> MakeBins(unsigned long bins, const char* caller) {
-  try {
-    return std::vector<T>(bins);
-  } catch (const std::bad_alloc&) {
-  } catch (const std::length_error&) {
-  }
-  ZQThrow.Warning("%s : not enough memory for %lu bins!", caller, bins);
-  return {};
+  return ZQCatch([bins] { return std::vector<T>(bins); },
+                 [bins, caller](const std::exception&) {
+                   ZQThrow.Warning("%s : not enough memory for %lu bins!", caller, bins);
+                   return std::vector<T>();
+                 });
 }
 
 template <class T>

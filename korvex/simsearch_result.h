@@ -39,10 +39,10 @@ class ZQ_EXPORT ZQSimSearchResult {
   unsigned long NumTargets() const;
   unsigned long NumSearched() const;
   /// The histogram of the scores so far. Before any search warns "%s : result object is
-  /// uninitialized!" and gives 200 empty bins from 0.0 to 1.0.
+  /// uninitialized!" and returns 200 empty bins from 0.0 to 1.0.
   ZQFPHistogram GetHistogram() const;
   /// The hits, best first, once the search has finished. Before that a snapshot in no order, of
-  /// up to twice the limit, of what finished threads have handed in. Before any search an
+  /// up to twice the limit, of what finished threads have merged. Before any search an
   /// assertion failure and an empty iterator.
   ZQIter<ZQSimScore> GetSortedScores();
 

@@ -30,7 +30,7 @@ class ZQSimSearchResultImpl {
   unsigned int GetSearchStatus() const { return status_; }
   unsigned long NumTargets() const { return numTargets_; }
   unsigned long NumSearched() const { return numSearched_; }
-  /// As the constructor was told; `GetHistogram` has one bin for 0.
+  /// As passed to the constructor; `GetHistogram` has one bin for 0.
   unsigned long NumBins() const { return bins_; }
   ZQFPHistogram GetHistogram() const;
   /// A histogram of the same bins without samples, for a worker.

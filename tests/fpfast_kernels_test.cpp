@@ -58,10 +58,13 @@ struct Data {
     return PlainScore(options, At(i), At(j), numWords);
   }
 
+  ZQScanRecords Scanned(ZQPopCountFunc popCount = ZQPopCountPOPCNT) const {
+    return {data, count, numWords, popCount};
+  }
   std::vector<double> Raw(const ZQFPDatabaseOptions& options, std::size_t query,
                           ZQPopCountFunc popCount = ZQPopCountPOPCNT) const {
     std::vector<double> scores;
-    ZQFastFPRaw(scores, fps[query], options, data, count, numWords, popCount);
+    ZQFastFPRaw(scores, fps[query], options, Scanned(popCount));
     return scores;
   }
 
@@ -159,9 +162,9 @@ TEST(Scores, OfEmptyAndFullFingerPrints) {
   };
   for (unsigned int measure = 1; measure <= 6; ++measure) {
     std::vector<double> scores;
-    ZQFastFPRaw(scores, fps[2], {0, measure}, records.data(), 4, 4, ZQPopCountPOPCNT);
+    ZQFastFPRaw(scores, fps[2], {0, measure}, {records.data(), 4, 4, ZQPopCountPOPCNT});
     EXPECT_EQ(scores, expected[measure - 1]) << measure;
-    ZQFastFPRaw(scores, fps[0], {0, measure}, records.data(), 1, 4, ZQPopCountPOPCNT);
+    ZQFastFPRaw(scores, fps[0], {0, measure}, {records.data(), 1, 4, ZQPopCountPOPCNT});
     EXPECT_EQ(scores, std::vector<double>{measure == ZQSimMeasure::Euclid ? 1.0 : 0.0}) << measure;
   }
 }
@@ -173,7 +176,7 @@ TEST(Scores, CutoffIsInclusiveInBothOrders) {
     options.SetDescendingOrder(descending);
     options.SetCutoff(static_cast<float>(0.5));
     std::vector<ZQSimScore> out(3);
-    ZQFastFPSimScore(out, records.fps[0], options, records.data, 200, 4, ZQPopCountPOPCNT);
+    ZQFastFPSimScore(out, records.fps[0], options, records.Scanned());
     Hits expected;
     for (std::size_t i = 0; i < 200; ++i) {
       const double score = records.Score(options, 0, i);
@@ -204,7 +207,7 @@ TEST_P(EveryVariant, HitListIsThatOfOneRecordAfterAnother) {
       }
       expected->SortScores(true);
       const auto list = ZQInitFPDatabaseHitList(3000, options);
-      ZQFastFPHitList(list.get(), records.fps[7], options, records.data, 3000, 4, ZQPopCountPOPCNT);
+      ZQFastFPHitList(list.get(), records.fps[7], options, records.Scanned());
       list->SortScores(true);
       ASSERT_EQ(HitsOf(list->GetItems()), HitsOf(expected->GetItems())) << limit << " " << variety;
     }
@@ -218,7 +221,7 @@ TEST_P(EveryVariant, ManyQueriesHitWhatEachHits) {
   std::vector<Hits> expected;
   for (const ZQFingerPrint& query : queries) {
     const auto list = ZQInitFPDatabaseHitList(1500, options);
-    ZQFastFPHitList(list.get(), query, options, records.data, 1500, 8, ZQPopCountPOPCNT);
+    ZQFastFPHitList(list.get(), query, options, records.Scanned());
     list->SortScores(true);
     expected.push_back(HitsOf(list->GetItems()));
   }
@@ -226,7 +229,7 @@ TEST_P(EveryVariant, ManyQueriesHitWhatEachHits) {
     options.SetNumProcessors(threads);
     std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>> lists(queries.size());
     for (auto& list : lists) list = ZQInitFPDatabaseHitList(1500, options);
-    ZQFastFPHitLists(lists, queries, options, records.data, 1500, 8, ZQPopCountPOPCNT);
+    ZQFastFPHitLists(lists, queries, options, records.Scanned());
     for (std::size_t i = 0; i < lists.size(); ++i) {
       lists[i]->SortScores(true);
       ASSERT_EQ(HitsOf(lists[i]->GetItems()), expected[i]) << threads << " threads, query " << i;
@@ -235,21 +238,21 @@ TEST_P(EveryVariant, ManyQueriesHitWhatEachHits) {
 }
 
 TEST_P(EveryVariant, ResultHasAllScoresOnAnyNumberOfThreads) {
-  const Data records(5000, 256, 1);
+  const Data records(5037, 256, 1);
   ZQFPHistogram expected(37, 0.0, 1.0);
   std::multiset<double, std::greater<>> scores;
   ZQFPDatabaseOptions options(50, ZQSimMeasure::Tanimoto);
-  for (std::size_t i = 0; i < 5000; ++i) {
+  for (std::size_t i = 0; i < 5037; ++i) {
     expected.AddSample(records.Score(options, 3, i));
     scores.insert(records.Score(options, 3, i));
   }
   for (const unsigned int threads : {1U, 2U, 4U}) {
     options.SetNumProcessors(threads);
     ZQSimSearchResultImpl result(37, 0.0, 1.0);
-    result.Init(5000, options);
-    ZQFastFPResult(&result, records.fps[3], options, records.data, 5000, 4, ZQPopCountPOPCNT);
+    result.Init(5037, options);
+    ZQFastFPResult(&result, records.fps[3], options, records.Scanned());
     result.SetSearchStatus(ZQSimSearchStatus::Finished);
-    EXPECT_EQ(result.NumSearched(), 5000U);
+    EXPECT_EQ(result.NumSearched(), 5037U);
     const ZQFPHistogram histogram = result.GetHistogram();
     auto count = histogram.GetCounts();
     for (auto want = expected.GetCounts(); want; ++want, ++count) EXPECT_EQ(*count, *want);
@@ -271,7 +274,7 @@ TEST(Kernels, ThreadsStartAtAThousandRecords) {
     callers.clear();
     ZQSimSearchResultImpl result(10, 0.0, 1.0);
     result.Init(count, options);
-    ZQFastFPResult(&result, records.fps[0], options, records.data, count, 4, CountingPopCount);
+    ZQFastFPResult(&result, records.fps[0], options, {records.data, count, 4, CountingPopCount});
     EXPECT_EQ(callers.contains(std::this_thread::get_id()), count == 999);
     EXPECT_EQ(callers.size(), count == 999 ? 1U : options.GetNumProcessors());
   }
@@ -284,7 +287,7 @@ TEST_P(EveryVariant, AllAgainstAll) {
       const ZQFPDatabaseOptions options(0, measure);
       const bool symmetric = measure != ZQSimMeasure::Tversky;
       std::vector<float> matrix;
-      ZQFastFPAllScores(matrix, options, records.data, count, 4, ZQPopCountPOPCNT);
+      ZQFastFPAllScores(matrix, options, records.Scanned());
       ASSERT_EQ(matrix.size(), count * count);
       // Many bins: scores of few bits fall onto the edges of some.
       for (const unsigned long bins : {1UL, 10UL, 49UL, 200UL, 66000UL}) {
@@ -297,7 +300,7 @@ TEST_P(EveryVariant, AllAgainstAll) {
           }
         }
         ZQFPHistogram histogram(bins, 0.0, 1.0);
-        ZQFastFPHistogram(histogram, options, records.data, count, 4, ZQPopCountPOPCNT);
+        ZQFastFPHistogram(histogram, options, records.Scanned());
         EXPECT_EQ(histogram.NumSamples(),
                   symmetric ? count * (count - (count > 0)) / 2 : count * count);
         auto got = histogram.GetCounts();
@@ -320,7 +323,7 @@ TEST_P(EveryVariant, VariogramIsSummedRowByRow) {
     }
   }
   ZQFPVariogram variogram(20, 0.0, 1.0);
-  ZQFastFPVariogram(variogram, values, options, records.data, 150, 4, ZQPopCountPOPCNT);
+  ZQFastFPVariogram(variogram, values, options, records.Scanned());
   auto got = variogram.GetVariogram();
   for (auto want = expected.GetVariogram(); want; ++want, ++got) EXPECT_EQ(*got, *want);
 }
@@ -383,8 +386,7 @@ void ExpectEntries(const Entries& got, const Entries& expected, const std::strin
 void ExpectPlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options, std::size_t k,
                              std::size_t step = 1) {
   std::vector<ZQSimScorePair> out;
-  ZQFastFPSparseMatrix(out, options, records.data, records.count, records.numWords,
-                       ZQPopCountPOPCNT, k);
+  ZQFastFPSparseMatrix(out, options, records.Scanned(), k);
   ExpectEntries(EntriesOf(out, step), PlainSparseMatrix(records, options, k, step),
                 std::to_string(k));
 }
@@ -425,8 +427,7 @@ TEST_P(EveryVariant, SparseMatrixIsTheSameInAnyBands) {
         for (const std::size_t band : std::vector<std::size_t>{1, 16, 48, 63, 64, 65, 96, 100, 128,
                                                                192, 319, count, count + 1}) {
           std::vector<ZQSimScorePair> out;
-          ZQFastFPSparseMatrixInBands(out, options, records.data, count, 4, ZQPopCountPOPCNT, k,
-                                      band);
+          ZQFastFPSparseMatrixInBands(out, options, records.Scanned(), k, band);
           ExpectEntries(EntriesOf(out), expected,
                         "measure " + std::to_string(measure) + ", band " + std::to_string(band));
         }
@@ -443,10 +444,10 @@ TEST(Kernels, ShortFormsReadTheHeader) {
   const Data records(100, 256);
   const ZQFPDatabaseOptions options;
   std::vector<double> shortForm;
-  ZQFastFPRaw(shortForm, fps[2], options, image.data(), ZQPopCountPOPCNT);
+  ZQFastFPRaw(shortForm, fps[2], options, {image.data(), ZQPopCountPOPCNT});
   EXPECT_EQ(shortForm, records.Raw(options, 2));
   std::vector<ZQSimScorePair> pairs;
-  ZQFastFPSparseMatrix(pairs, options, image.data(), ZQPopCountPOPCNT, 3);
+  ZQFastFPSparseMatrix(pairs, options, {image.data(), ZQPopCountPOPCNT}, 3);
   EXPECT_EQ(pairs.size(), 300U);
 }
 
@@ -455,18 +456,16 @@ TEST(Kernels, BadArgumentsAreAssertionFailures) {
   const ZQFPDatabaseOptions options;
   CapturedReports reports;
   std::vector<double> scores;
-  ZQFastFPRaw(scores, records.fps[0], options, nullptr, 100, 4, ZQPopCountPOPCNT);
-  ZQFastFPRaw(scores, records.fps[0], options, nullptr, ZQPopCountPOPCNT);
-  ZQFastFPRaw(scores, RandomFingerPrints(1, 512)[0], options, records.data, 100, 4,
-              ZQPopCountPOPCNT);
-  ZQFastFPRaw(scores, records.fps[0], options, records.data, 100, 4, nullptr);
-  ZQFastFPHitList(nullptr, records.fps[0], options, records.data, 100, 4, ZQPopCountPOPCNT);
-  ZQFastFPResult(nullptr, records.fps[0], options, records.data, 100, 4, ZQPopCountPOPCNT);
+  ZQFastFPRaw(scores, records.fps[0], options, {nullptr, 100, 4, ZQPopCountPOPCNT});
+  ZQFastFPRaw(scores, records.fps[0], options, {nullptr, ZQPopCountPOPCNT});
+  ZQFastFPRaw(scores, RandomFingerPrints(1, 512)[0], options, records.Scanned());
+  ZQFastFPRaw(scores, records.fps[0], options, {records.data, 100, 4, nullptr});
+  ZQFastFPHitList(nullptr, records.fps[0], options, records.Scanned());
+  ZQFastFPResult(nullptr, records.fps[0], options, records.Scanned());
   ZQFPVariogram variogram(10, 0.0, 1.0);
-  ZQFastFPVariogram(variogram, std::vector<float>(100), {0, ZQSimMeasure::Tversky}, records.data,
-                    100, 4, ZQPopCountPOPCNT);
-  ZQFastFPVariogram(variogram, std::vector<float>(99), options, records.data, 100, 4,
-                    ZQPopCountPOPCNT);
+  ZQFastFPVariogram(variogram, std::vector<float>(100), {0, ZQSimMeasure::Tversky},
+                    records.Scanned());
+  ZQFastFPVariogram(variogram, std::vector<float>(99), options, records.Scanned());
   EXPECT_TRUE(scores.empty());
   EXPECT_EQ(variogram.NumSamples(), 0U);
   EXPECT_EQ(reports.Take(), Texts(8, "Assertion"));
@@ -477,7 +476,7 @@ TEST(Kernels, AMatrixBeyondAnyMemoryThrows) {
   std::vector<float> matrix;
   // The number of scores wraps to 0.
   EXPECT_THROW(
-      ZQFastFPAllScores(matrix, {}, records.data, std::uint64_t{1} << 32, 4, ZQPopCountPOPCNT),
+      ZQFastFPAllScores(matrix, {}, {records.data, std::uint64_t{1} << 32, 4, ZQPopCountPOPCNT}),
       std::length_error);
 }
 
@@ -507,7 +506,7 @@ TEST_P(EveryVariant, FalseCountsGiveScoresFromZeroToOne) {
   for (unsigned int measure = 1; measure <= 6; ++measure) {
     for (const ZQPopCountFunc popcount : {ZQPopCountPOPCNT, &CountingPopCount}) {
       std::vector<double> scores;
-      ZQFastFPRaw(scores, query, {0, measure}, words.data(), 3, 4, popcount);
+      ZQFastFPRaw(scores, query, {0, measure}, {words.data(), 3, 4, popcount});
       EXPECT_EQ(scores, expected[measure - 1]) << measure;
     }
   }
@@ -523,14 +522,14 @@ TEST_P(EveryVariant, AFalseCountIsNoOtherRecordsBusiness) {
     for (const std::size_t i : {1U, 62U, 65U, 149U}) records.words[6 * i + 1] = i % 3;
     const auto raw = records.Raw(options, 5);
     std::vector<float> matrix;
-    ZQFastFPAllScores(matrix, options, records.data, count, 4, ZQPopCountPOPCNT);
+    ZQFastFPAllScores(matrix, options, records.Scanned());
     // Now a count that can't be true in each of the three blocks.
     for (const std::size_t i : {60U, 64U, 140U}) records.words[6 * i + 1] = ~std::uint64_t{0} - i;
     const auto isChanged = [](std::size_t i) { return i == 60 || i == 64 || i == 140; };
     EXPECT_EQ(records.Raw(options, 5), records.Raw(options, 5, CountingPopCount));
     const auto rawAfter = records.Raw(options, 5);
     std::vector<float> matrixAfter;
-    ZQFastFPAllScores(matrixAfter, options, records.data, count, 4, ZQPopCountPOPCNT);
+    ZQFastFPAllScores(matrixAfter, options, records.Scanned());
     for (std::size_t i = 0; i < count; ++i) {
       ASSERT_TRUE(isChanged(i) || rawAfter[i] == raw[i]) << measure << " " << i;
       for (std::size_t j = 0; j < count; ++j) {
@@ -541,18 +540,17 @@ TEST_P(EveryVariant, AFalseCountIsNoOtherRecordsBusiness) {
     }
     // The kernels agree, and no histogram meets a score outside of its range.
     ZQFPHistogram histogram(10, 0.0, 1.0);
-    ZQFastFPHistogram(histogram, options, records.data, count, 4, ZQPopCountPOPCNT);
+    ZQFastFPHistogram(histogram, options, records.Scanned());
     EXPECT_GE(histogram.NumSamples(), count * (count - 1) / 2);
     std::vector<ZQSimScorePair> pairs;
-    ZQFastFPSparseMatrixInBands(pairs, options, records.data, count, 4, ZQPopCountPOPCNT, count,
-                                64);
+    ZQFastFPSparseMatrixInBands(pairs, options, records.Scanned(), count, 64);
     ASSERT_EQ(pairs.size(), count * count);
     for (const ZQSimScorePair& pair : pairs) {
       ASSERT_EQ(pair.GetScore(), matrixAfter[pair.GetIdx1() * count + pair.GetIdx2()]);
     }
     ZQSimSearchResultImpl result(10, 0.0, 1.0);
     result.Init(count, options);
-    ZQFastFPResult(&result, records.fps[5], options, records.data, count, 4, ZQPopCountPOPCNT);
+    ZQFastFPResult(&result, records.fps[5], options, records.Scanned());
     result.SetSearchStatus(ZQSimSearchStatus::Finished);
     EXPECT_EQ(result.GetHistogram().NumSamples(), count);
     for (auto hit = result.GetSortedScores(); hit; ++hit) {
