@@ -6,9 +6,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <ext/stdio_filebuf.h>
+
+#include "contract/bostrel/characters_local.h"
 
 namespace Vantrel {
 
@@ -42,8 +43,9 @@ std::int64_t zqifstream::Size() {
 
 bool zqifstream::ReadToken(std::string& token, std::size_t limit) {
   token.clear();
-  while (std::isspace(peek())) get();
-  while (token.size() < limit && peek() != traits_type::eof() && !std::isspace(peek())) {
+  const auto isAtSpace = [this] { return Bostrel::IsSpace(static_cast<char>(peek())); };
+  while (isAtSpace()) get();
+  while (token.size() < limit && peek() != traits_type::eof() && !isAtSpace()) {
     token += static_cast<char>(get());
   }
   return !token.empty();

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "contract/bostrel/characters_local.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/adjacency_local.h"
@@ -21,6 +22,8 @@
 // molecule is worked out after that, once for both.
 
 namespace Quarnel {
+
+using Bostrel::Trimmed;
 
 namespace {
 
@@ -44,13 +47,6 @@ Point Cross(const Point& a, const Point& b) {
 Point Normalized(const Point& a) {
   const double length = std::sqrt(Dot(a, a));
   return length > 0 ? a * (1 / length) : a;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
-  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  return text;
 }
 
 // A whole number, blanks around it allowed; a blank field counts as 0.
@@ -555,7 +551,7 @@ bool MolfileParser::SetSymbol(Atom& atom, std::string_view symbol) {
   }
   if (symbol == "L" || symbol.starts_with('[') || symbol.starts_with("NOT[")) return true;
   if (symbol.size() == 2) {  // some programs write capitals only
-    const char cased[2] = {symbol[0], static_cast<char>(symbol[1] | 0x20)};
+    const char cased[2] = {symbol[0], Bostrel::ToLower(symbol[1])};
     atom.atomicNum = GetAtomicNumOf({cased, 2});
     if (atom.atomicNum != 0) return true;
   }
