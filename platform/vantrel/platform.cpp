@@ -6,19 +6,24 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <ext/stdio_filebuf.h>
+#include <system_error>
 
 #include "contract/bostrel/characters_local.h"
 
 namespace Vantrel {
 
-bool zqifstream::Open(const std::string& name) {
+bool zqifstream::Open(const std::string& name, std::string* cause) {
   Close();
   // Without O_NONBLOCK the opening of a pipe would wait for a writer.
   const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   struct stat status {};
-  if (descriptor < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+  int error = descriptor >= 0 && fstat(descriptor, &status) == 0 ? 0 : errno;
+  if (S_ISDIR(status.st_mode)) error = EISDIR;
+  if (error != 0 || !S_ISREG(status.st_mode)) {
+    if (cause) *cause = error ? std::generic_category().message(error) : "Not a regular file";
     if (descriptor >= 0) close(descriptor);
     setstate(failbit);
     return false;
