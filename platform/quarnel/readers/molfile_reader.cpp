@@ -1,5 +1,3 @@
-#include "platform/quarnel/readers/molfile_reader_local.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -17,6 +15,7 @@
 #include "platform/quarnel/molecule/adjacency_local.h"
 #include "platform/quarnel/molecule/elements_local.h"
 #include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/readers/file_format_local.h"
 
 // Both versions of the format are read into the same flat arrays; what the numbers mean for the
 // molecule is worked out after that, once for both.
@@ -810,16 +809,43 @@ bool MolfileParser::Fill(ZQMolBase& mol) {
   return true;
 }
 
-}  // namespace
-
 bool ReadMolfile(ZQMolBase& mol, std::string_view molfile, ReaderError& error) {
   return MolfileParser().Read(mol, molfile, error);
 }
 
+// ---- Files: a molfile and data fields up to each line that begins with "$$$$"
+
+std::size_t FindSdfRecord(std::string_view text, std::size_t& from) {
+  const std::size_t start = from;
+  std::size_t end = text.find("$$$$", start);
+  while (end != std::string_view::npos && end != 0 && text[end - 1] != '\n') {
+    end = text.find("$$$$", end + 1);
+  }
+  from = text.size();
+  if (end != std::string_view::npos) {
+    from = std::min(text.find('\n', end), text.size() - 1) + 1;
+    return start;
+  }
+  // A file may end with blank lines behind the last delimiter.
+  return Trimmed(text.substr(start)).empty() ? end : start;
+}
+
+std::string_view GetTitleOfMolfile(std::string_view record) {
+  return Trimmed(record.substr(0, record.find('\n')));
+}
+
+}  // namespace
+
+const FileFormat mdlFiles{
+    ".sdf .sd .mol",   "molfile line",
+    FindSdfRecord,     ReadMolfile,
+    GetTitleOfMolfile, [](std::string_view, const ZQMolBase& mol) {
+      return ZQMolToSmiles(mol); }};
+
 bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile, const std::string& where) {
   ReaderError error;
   if (ReadMolfile(mol, molfile, error)) return true;
-  ReportUnreadable(mol, where, "molfile line", error);
+  ReportUnreadable(mol, where, mdlFiles.place, error);
   return false;
 }
 

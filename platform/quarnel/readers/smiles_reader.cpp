@@ -1,5 +1,4 @@
-#include "platform/quarnel/readers/smiles_reader_local.h"
-
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -10,12 +9,15 @@
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/elements_local.h"
 #include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/readers/file_format_local.h"
 #include "platform/quarnel/readers/smiles_scanner_local.h"
 
 // The text is read into flat arrays first; the molecule is only filled once the syntax is known to
 // be right. The arrays stay with the thread, so that a molecule in a row of many costs no memory.
 
 namespace Quarnel {
+
+using Bostrel::Trimmed;
 
 namespace {
 
@@ -609,17 +611,52 @@ bool SmilesParser::Fill(ZQMolBase& mol) {
   return true;
 }
 
-}  // namespace
-
 bool ReadSmiles(ZQMolBase& mol, std::string_view smiles, ReaderError& error) {
   thread_local SmilesParser parser;
   return parser.Read(mol, smiles, error);
 }
 
+// ---- Files: a SMILES, white space and a title on each line that isn't blank
+
+std::size_t FindLine(std::string_view text, std::size_t& from) {
+  while (from < text.size() && IsBlank(text[from])) ++from;
+  if (from == text.size()) return std::string_view::npos;
+  const std::size_t start = from;
+  from = std::min(text.find('\n', start), text.size() - 1) + 1;
+  return start;
+}
+
+std::string_view GetSmilesOfLine(std::string_view record) {
+  return record.substr(0, record.find_first_of(" \t\r\n"));
+}
+
+// What is behind the SMILES, up to a further column.
+std::string_view GetTitleOfLine(std::string_view record) {
+  record = record.substr(0, record.find('\n'));
+  const std::string_view title = Trimmed(record.substr(GetSmilesOfLine(record).size()));
+  return Trimmed(title.substr(0, title.find('\t')));
+}
+
+bool ReadLine(ZQMolBase& mol, std::string_view record, ReaderError& error) {
+  if (!ReadSmiles(mol, GetSmilesOfLine(record), error)) return false;
+  mol.SetTitle(std::string(GetTitleOfLine(record)));
+  return true;
+}
+
+}  // namespace
+
+const FileFormat smilesFiles{
+    ".smi .ism .can .smiles",
+    "SMILES column",
+    FindLine,
+    ReadLine,
+    GetTitleOfLine,
+    [](std::string_view record, const ZQMolBase&) { return std::string(GetSmilesOfLine(record)); }};
+
 bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles, const std::string& where) {
   ReaderError error;
   if (ReadSmiles(mol, smiles, error)) return true;
-  ReportUnreadable(mol, where, "SMILES column", error);
+  ReportUnreadable(mol, where, smilesFiles.place, error);
   return false;
 }
 
