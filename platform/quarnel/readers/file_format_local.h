@@ -1,10 +1,9 @@
 #pragma once
 
-/// The formats of molecule files, all that differs between them in one row each. A new format is a
-/// line in the table below and the file that reads it and defines its row.
+/// The formats of molecule files. All that differs between them is a column of `FileFormat`. A new
+/// format has its name in the two lines at the end, and a file that reads it and defines its row.
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 #include "contract/quarnel/mol.h"
@@ -22,8 +21,8 @@ struct FileFormat {
   /// state.
   bool (*read)(ZQMolBase& mol, std::string_view record, ReaderError& error);
   std::string_view (*getTitle)(std::string_view record);
-  /// The SMILES of a record that was read as `mol`.
-  std::string (*getSmiles)(std::string_view record, const ZQMolBase& mol);
+  /// The record's own SMILES; null for a format that has none.
+  std::string_view (*getSmiles)(std::string_view record);
 };
 
 extern const FileFormat smilesFiles;

@@ -15,6 +15,7 @@
 #include "contract/bostrel/strings.h"
 #include "contract/bostrel/throw.h"
 #include "contract/quarnel/graphmol.h"
+#include "contract/quarnel/readers.h"
 #include "contract/vantrel/platform.h"
 #include "platform/quarnel/readers/file_format_local.h"
 
@@ -197,7 +198,8 @@ std::string ZQMolDatabase::GetTitle(unsigned int idx) const {
 std::string ZQMolDatabase::GetSmiles(unsigned int idx) const {
   ZQMol mol;
   if (!GetMolecule(mol, idx)) return {};
-  return impl_->GetFormat().getSmiles(impl_->GetRecord(idx), mol);
+  const auto getSmiles = impl_->GetFormat().getSmiles;
+  return getSmiles ? std::string(getSmiles(impl_->GetRecord(idx))) : ZQMolToSmiles(mol);
 }
 
 }  // namespace Quarnel

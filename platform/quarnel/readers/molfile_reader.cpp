@@ -836,11 +836,8 @@ std::string_view GetTitleOfMolfile(std::string_view record) {
 
 }  // namespace
 
-const FileFormat mdlFiles{
-    ".sdf .sd .mol",   "molfile line",
-    FindSdfRecord,     ReadMolfile,
-    GetTitleOfMolfile, [](std::string_view, const ZQMolBase& mol) {
-      return ZQMolToSmiles(mol); }};
+const FileFormat mdlFiles{".sdf .sd .mol", "molfile line",    FindSdfRecord,
+                          ReadMolfile,     GetTitleOfMolfile, nullptr};
 
 bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile, const std::string& where) {
   ReaderError error;

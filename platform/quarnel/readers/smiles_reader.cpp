@@ -645,13 +645,8 @@ bool ReadLine(ZQMolBase& mol, std::string_view record, ReaderError& error) {
 
 }  // namespace
 
-const FileFormat smilesFiles{
-    ".smi .ism .can .smiles",
-    "SMILES column",
-    FindLine,
-    ReadLine,
-    GetTitleOfLine,
-    [](std::string_view record, const ZQMolBase&) { return std::string(GetSmilesOfLine(record)); }};
+const FileFormat smilesFiles{".smi .ism .can .smiles", "SMILES column", FindLine, ReadLine,
+                             GetTitleOfLine,           GetSmilesOfLine};
 
 bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles, const std::string& where) {
   ReaderError error;
