@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include "apps/molecules.h"
 #include "apps/options.h"
 #include "contract/bostrel/dots.h"
 #include "contract/bostrel/strings.h"
@@ -18,7 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 void Configure(ZQInterface& interface) {
-  AddArgument(interface, "MOLFILE", "Molecules (.smi .ism .can .smiles .sdf .sd .mol, or .gz)");
+  AddMoleculeFile(interface);
   AddArgument(interface, "OUT.fpbin",
               "The database to write; an existing one is replaced at the end");
   AddThreads(interface);

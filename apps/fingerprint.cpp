@@ -10,7 +10,7 @@ namespace KorvexProgram {
 namespace {
 
 void Configure(ZQInterface& interface) {
-  AddArgument(interface, "MOLFILE", "Molecules (.smi .ism .can .smiles .sdf .sd .mol, or .gz)");
+  AddMoleculeFile(interface);
   AddTypeOptions(interface, Kinds::All);
 }
 

@@ -3,11 +3,17 @@
 #include <filesystem>
 #include <utility>
 
+#include "apps/options.h"
 #include "contract/quarnel/readers.h"
 
 namespace KorvexProgram {
 
 namespace fs = std::filesystem;
+
+void AddMoleculeFile(ZQInterface& interface) {
+  const std::string brief = "Molecules (" + ZQGetMolFileExtensions() + ", or .gz)";
+  AddArgument(interface, "MOLFILE", brief.c_str());
+}
 
 bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename) {
   if (!molecules.Open(filename)) return false;
@@ -35,11 +41,11 @@ bool MoleculeArgument::Open(const std::string& argument) {
     cause = "no atoms";
   }
   if (!read) {
-    const char* file = exists ? "it isn't called .smi .ism .can .smiles .sdf .sd .mol or the same "
-                                "with .gz"
-                              : "there is none of this name";
-    ZQThrow.Error("'%s' is neither a molecule file (%s) nor a SMILES (%s)", argument.c_str(), file,
-                  cause.c_str());
+    const std::string file =
+        exists ? "it isn't called " + ZQGetMolFileExtensions() + " or the same with .gz"
+               : "there is none of this name";
+    ZQThrow.Error("'%s' is neither a molecule file (%s) nor a SMILES (%s)", argument.c_str(),
+                  file.c_str(), cause.c_str());
   }
   return read;
 }

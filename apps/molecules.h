@@ -11,6 +11,9 @@
 
 namespace KorvexProgram {
 
+/// Adds the positional parameter MOLFILE.
+void AddMoleculeFile(ZQInterface& interface);
+
 /// Opens a molecule file; false after a message, also for one without records.
 bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename);
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <span>
 
+#include "contract/bostrel/characters_local.h"
 #include "contract/quarnel/perception.h"
 #include "korvex/fingerprint.h"
 #include "korvex/fpatomtypes_local.h"
@@ -209,9 +209,7 @@ void AddSmilesAtomSymbol(std::string& text, const ZQAtomBase& atom, unsigned int
       return;
     }
     symbol += ZQGetAtomicSymbol(z);
-    if (aromatic) {
-      symbol[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(symbol[0])));
-    }
+    if (aromatic) symbol[0] = ToLower(symbol[0]);
   };
   // Donors and acceptors become one class of elements; false for what is neither.
   const auto addHydrogenBondClass = [&] {

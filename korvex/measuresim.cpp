@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "contract/bostrel/characters_local.h"
 #include "korvex/lingo.h"
 #include "korvex/measure_formulae_local.h"
 
@@ -21,7 +22,6 @@ bool IsUnhashed(const ZQFingerPrint& fp) {
 
 // The tokens of the NUL-terminated text that an unhashed fingerprint holds, sorted by byte.
 std::vector<std::string_view> SortedTokens(const ZQFingerPrint& fp) {
-  constexpr std::string_view whiteSpace = " \t\n\v\f\r";
   const std::string_view bytes(reinterpret_cast<const char*>(fp.Words()),
                                std::size_t{fp.NumWords()} * sizeof(std::uint64_t));
   std::string_view text = bytes.substr(0, bytes.find('\0'));

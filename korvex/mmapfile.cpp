@@ -8,17 +8,11 @@
 
 namespace ZQKorvex {
 
-bool MMapFile::Map(std::uint64_t length, int protection, const char* message,
-                   const char* filename) {
-  void* base = mmap(nullptr, length, protection, MAP_SHARED, descriptor_, 0);
-  if (base == MAP_FAILED) {
-    ZQThrow.Error("%s%s", message, filename);
-    CloseDescriptor();
-    return false;
-  }
-  base_ = base;
-  length_ = length;
-  return true;
+bool MMapFile::Map(std::uint64_t length, bool writable, const char* message, const char* filename) {
+  if (mapping_.Map(descriptor_, length, writable)) return true;
+  ZQThrow.Error("%s%s", message, filename);
+  CloseDescriptor();
+  return false;
 }
 
 void MMapFile::CloseDescriptor() {
@@ -27,11 +21,9 @@ void MMapFile::CloseDescriptor() {
 }
 
 void MMapFile::Close() {
-  if (!base_ || length_ == 0) return;
-  if (munmap(base_, length_) != 0) ZQThrow.Error("Error un-mmapping the file");
+  if (!mapping_.GetBase()) return;
+  if (!mapping_.Unmap()) ZQThrow.Error("Error un-mmapping the file");
   CloseDescriptor();
-  length_ = 0;
-  base_ = nullptr;
 }
 
 bool MMapInputFile::Open(const std::string& filename, std::uint64_t length) {
@@ -49,13 +41,13 @@ bool MMapInputFile::Take(int descriptor, const std::string& filename, std::uint6
     ZQThrow.Error("Error opening file for reading: %s", filename.c_str());
     return false;
   }
-  return Map(length, PROT_READ, "Error mmapping the file: ", filename.c_str());
+  return Map(length, false, "Error mmapping the file: ", filename.c_str());
 }
 
 void MMapInputFile::PageIn() const {
   // The kernel maps what lies in the page cache in large steps, and reads the rest ahead. One
   // that doesn't know the advice answers an error, and the scan takes its faults one by one.
-  madvise(base_, length_, MADV_POPULATE_READ);
+  madvise(mapping_.GetBase(), mapping_.GetLength(), MADV_POPULATE_READ);
 }
 
 bool MMapOutputFile::Open(const std::string& filename, std::uint64_t length) {
@@ -79,7 +71,7 @@ bool MMapOutputFile::Open(const std::string& filename, std::uint64_t length) {
     CloseDescriptor();
     return false;
   }
-  return Map(length, PROT_READ | PROT_WRITE, "Error mmapping the file", "");
+  return Map(length, true, "Error mmapping the file", "");
 }
 
 }  // namespace ZQKorvex

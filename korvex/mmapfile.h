@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "contract/bostrel/filemapping.h"
 #include "korvex/siblings.h"
 
 namespace ZQKorvex {
@@ -21,18 +22,17 @@ class ZQ_EXPORT MMapFile {
   /// "Error un-mmapping the file".
   void Close();
   /// Mapped bytes.
-  std::uint64_t GetLength() const { return length_; }
+  std::uint64_t GetLength() const { return mapping_.GetLength(); }
 
  protected:
   MMapFile() = default;
   ~MMapFile() { Close(); }
   /// Maps `length` bytes of the open descriptor; on failure reports and closes the descriptor.
-  bool Map(std::uint64_t length, int protection, const char* message, const char* filename);
+  bool Map(std::uint64_t length, bool writable, const char* message, const char* filename);
   void CloseDescriptor();
 
   int descriptor_ = -1;
-  std::uint64_t length_ = 0;
-  void* base_ = nullptr;
+  ZQFileMapping mapping_;
 };
 
 /// A file mapped read-only. A mapping may be longer than its file; pages that lie wholly beyond
@@ -45,7 +45,7 @@ class ZQ_EXPORT MMapInputFile : public MMapFile {
   /// The same of a file that is open as a stream, which may be closed then. The name is for
   /// messages.
   bool Open(const zqifstream& in, const std::string& filename, std::uint64_t length);
-  const void* GetBase() const { return base_; }
+  const void* GetBase() const { return mapping_.GetBase(); }
   /// Asks the kernel to map all pages at once, which costs a fraction of the faults that a scan
   /// would take. Returns when the pages are there.
   void PageIn() const;
@@ -64,7 +64,7 @@ class ZQ_EXPORT MMapOutputFile : public MMapFile {
   /// "Error opening file for writing: %s", "Error calling lseek() to 'stretch' the file", "Error
   /// writing last byte of the file", "Error mmapping the file".
   bool Open(const std::string& filename, std::uint64_t length);
-  void* GetBase() const { return base_; }
+  void* GetBase() const { return mapping_.GetBase(); }
 };
 
 }  // namespace ZQKorvex

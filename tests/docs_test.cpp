@@ -8,6 +8,8 @@
 #include <map>
 #include <set>
 
+#include "contract/bostrel/strings.h"
+#include "contract/quarnel/moldatabase.h"
 #include "tests/program_helpers.h"
 
 namespace {
@@ -195,6 +197,15 @@ TEST_F(DocsTest, MessagesOfTheSourcesAreListed) {
   }
   for (const std::string& text : missing) ADD_FAILURE() << text;
   EXPECT_GT(messages, 120U);
+}
+
+TEST_F(DocsTest, GuideNamesTheExtensionsOfMoleculeFiles) {
+  std::string guide = ReadFile(root / "docs/guide.md");
+  std::replace(guide.begin(), guide.end(), '`', ' ');
+  for (const std::string& name :
+       Bostrel::ZQStringTokenize(Quarnel::ZQGetMolFileExtensions(), ' ')) {
+    EXPECT_NE(guide.find(" " + name + " "), std::string::npos) << name;
+  }
 }
 
 TEST_F(DocsTest, OneHeaderHasTheWholeInterface) {

@@ -117,11 +117,11 @@ TEST_F(MolDatabase, RefusesWhatItCannotOpen) {
   ASSERT_EQ(mkfifo(Path("pipe.smi").c_str(), 0600), 0);
   std::string damaged = packedFirst;
   damaged[damaged.size() - 8] ^= 1;  // the checksum
-  const char* unknown =
-      "Not one of .smi .ism .can .smiles .sdf .sd .mol, each also with .gz behind it";
+  const std::string unknown =
+      "Not one of " + ZQGetMolFileExtensions() + ", each also with .gz behind it";
   const char* noHeader = "The gzip data is damaged: incorrect header check";
   const char* cut = "The gzip data is cut short";
-  std::vector<std::pair<std::string, const char*>> cases{
+  std::vector<std::pair<std::string, std::string>> cases{
       {Path("none.smi"), "No such file or directory"},
       {Path("folder.smi"), "Is a directory"},
       {Path("pipe.smi"), "Not a regular file"},

@@ -191,6 +191,7 @@ TEST(SmilesReader, ReportsPlaceFindingAndExpectation) {
       {"F/C=C/1CCCCCCC/1", 16, "ring closure 1 with the bond \"/\"",
        "the bond \"\\\" to match its opening at column 7"},
       {"C%1C", 3, "\"1C\"", "two digits or \"(\" behind \"%\""},
+      {"C%()", 4, "\")\"", "a ring closure number"},
       {"C%(123456)", 4, "\"123456)\"", "a ring closure number of up to five digits"},
       {"C[]", 3, "\"]\"", "an element symbol"},
       {"[Xx]", 2, "\"Xx]\"", "an element symbol"},

@@ -131,6 +131,7 @@ TEST(SubSearch, ReportsWhatCantBeParsed) {
        "the bond \"/\" of its opening at column 3"},
       {"(C1).(C1)", 8, "ring closure 1 between component groups", "an atom of the same group"},
       {"C%1", 3, "\"1\"", "two digits or \"(\" behind \"%\""},
+      {"C%()", 4, "\")\"", "a ring closure number of up to five digits"},
       {"C%(123456)", 4, "\"123456)\"", "a ring closure number of up to five digits"},
       {"C%(12C", 6, "\"C\"", "\")\" behind the ring closure number"},
       {"[]", 2, "\"]\"", "an atom primitive"},

@@ -12,6 +12,10 @@
 
 namespace Quarnel {
 
+/// The extensions of the molecule files that can be opened, such as ".smi .sdf": in lower case,
+/// with their points, blanks between them.
+ZQ_EXPORT std::string ZQGetMolFileExtensions();
+
 class ZQ_EXPORT ZQMolDatabase {
  public:
   ZQMolDatabase();
@@ -19,9 +23,10 @@ class ZQ_EXPORT ZQMolDatabase {
   ZQMolDatabase(const ZQMolDatabase&) = delete;
   ZQMolDatabase& operator=(const ZQMolDatabase&) = delete;
 
-  /// Opens `.smi .ism .can .smiles` (a SMILES, white space and a title on each line; blank lines
-  /// are no records) or `.sdf .sd .mol`, each also with `.gz` behind it. False after a warning
-  /// that names the file and the cause.
+  /// Opens a file of SMILES (a SMILES, white space and a title on each line; blank lines are no
+  /// records) or of molfiles (one, or many that "$$$$" ends). The extension decides, in any case:
+  /// one of `ZQGetMolFileExtensions`, also with `.gz` behind it. False after a warning that names
+  /// the file and the cause.
   bool Open(const std::string& filename);
   /// Whether the name's extension is one that `Open` reads.
   static bool IsReadable(const std::string& filename);

@@ -24,8 +24,9 @@ class ZQ_EXPORT zqifstream : public std::istream {
  public:
   zqifstream() : std::istream(nullptr) {}
   explicit zqifstream(const std::string& name) : std::istream(nullptr) { Open(name); }
-  /// False for anything that isn't a readable regular file, a directory included.
-  bool Open(const std::string& name);
+  /// False for anything that isn't a readable regular file, a directory included. The cause, such
+  /// as "Is a directory", goes to `cause` if not null.
+  bool Open(const std::string& name, std::string* cause = nullptr);
   void Close();
   /// The file's descriptor, which stays the stream's; -1 if not open.
   int GetDescriptor() const { return descriptor_; }

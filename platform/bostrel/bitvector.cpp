@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "contract/bostrel/characters_local.h"
 #include "contract/bostrel/throw.h"
 
 namespace Bostrel {
@@ -15,10 +16,9 @@ namespace {
 constexpr unsigned int inlineBits = 64;
 
 int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
+  if (IsDigit(c)) return c - '0';
+  const char lower = ToLower(c);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
 }  // namespace

@@ -6,18 +6,24 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
+#include <cerrno>
 #include <chrono>
 #include <ext/stdio_filebuf.h>
+#include <system_error>
+
+#include "contract/bostrel/characters_local.h"
 
 namespace Vantrel {
 
-bool zqifstream::Open(const std::string& name) {
+bool zqifstream::Open(const std::string& name, std::string* cause) {
   Close();
   // Without O_NONBLOCK the opening of a pipe would wait for a writer.
   const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   struct stat status {};
-  if (descriptor < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+  int error = descriptor >= 0 && fstat(descriptor, &status) == 0 ? 0 : errno;
+  if (S_ISDIR(status.st_mode)) error = EISDIR;
+  if (error != 0 || !S_ISREG(status.st_mode)) {
+    if (cause) *cause = error ? std::generic_category().message(error) : "Not a regular file";
     if (descriptor >= 0) close(descriptor);
     setstate(failbit);
     return false;
@@ -42,8 +48,9 @@ std::int64_t zqifstream::Size() {
 
 bool zqifstream::ReadToken(std::string& token, std::size_t limit) {
   token.clear();
-  while (std::isspace(peek())) get();
-  while (token.size() < limit && peek() != traits_type::eof() && !std::isspace(peek())) {
+  const auto isAtSpace = [this] { return Bostrel::IsSpace(static_cast<char>(peek())); };
+  while (isAtSpace()) get();
+  while (token.size() < limit && peek() != traits_type::eof() && !isAtSpace()) {
     token += static_cast<char>(get());
   }
   return !token.empty();

@@ -5,10 +5,16 @@
 #include <cstring>
 #include <string_view>
 
+#include "contract/bostrel/characters_local.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/elements_local.h"
 
 namespace Quarnel {
+
+using Bostrel::IsDigit;
+using Bostrel::IsLower;
+using Bostrel::ToLower;
+using Bostrel::ToUpper;
 
 namespace {
 
@@ -21,11 +27,7 @@ constexpr std::string_view letters =
     "MJTDEXGAQZZZUZZZZZZZZZZZMMMMMMMMMJTDEXG";
 static_assert(letters.size() == 119);
 
-bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-char WithCaseOf(char letter, char model) {
-  return IsLower(model) ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
+char WithCaseOf(char letter, char model) { return IsLower(model) ? ToLower(letter) : letter; }
 
 // Appends what stands between brackets at the start of `smiles`, both brackets included; returns
 // its length there.
@@ -35,8 +37,7 @@ std::size_t AppendBracketAtom(std::string& text, std::string_view smiles) {
   text.append(smiles.substr(0, at));
   const char first = smiles[at];
   if (IsLower(smiles[at + 1])) {
-    const char symbol[] = {IsLower(first) ? static_cast<char>(first - 'a' + 'A') : first,
-                           smiles[at + 1]};
+    const char symbol[] = {ToUpper(first), smiles[at + 1]};
     text += WithCaseOf(letters[GetAtomicNumOf({symbol, 2})], first);
     at += 2;
   }

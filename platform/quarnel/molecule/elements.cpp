@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "contract/bostrel/characters_local.h"
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/molecule/valence_electrons_local.h"
 
@@ -69,9 +70,9 @@ const char* ZQGetAtomicSymbol(unsigned int atomicNum) {
 unsigned int ZQGetAtomicNum(const std::string& symbol) { return GetAtomicNumOf(symbol); }
 
 std::uint8_t GetAtomicNumOf(std::string_view symbol) noexcept {
-  if (symbol.empty() || symbol.size() > 2 || symbol[0] < 'A' || symbol[0] > 'Z') return 0;
+  if (symbol.empty() || symbol.size() > 2 || !Bostrel::IsUpper(symbol[0])) return 0;
   if (symbol.size() == 1) return symbolTable[SymbolSlot(symbol[0], 0)];
-  if (symbol[1] < 'a' || symbol[1] > 'z') return 0;
+  if (!Bostrel::IsLower(symbol[1])) return 0;
   return symbolTable[SymbolSlot(symbol[0], symbol[1])];
 }
 

@@ -1,28 +1,23 @@
 #include "contract/quarnel/moldatabase.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
-#include <cstring>
 #include <limits>
 #include <new>
 #include <system_error>
-#include <utility>
 #include <vector>
 
+#include "contract/bostrel/characters_local.h"
+#include "contract/bostrel/filemapping.h"
 #include "contract/bostrel/strings.h"
 #include "contract/bostrel/throw.h"
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/readers.h"
-#include "platform/quarnel/readers/molfile_reader_local.h"
-#include "platform/quarnel/readers/smiles_reader_local.h"
+#include "contract/vantrel/platform.h"
+#include "platform/quarnel/readers/file_format_local.h"
 
 namespace Quarnel {
 
@@ -30,87 +25,20 @@ using Bostrel::ZQThrow;
 
 namespace {
 
-enum class Format : std::uint8_t { Unknown, Smiles, Sdf };
-
-struct FileKind {
-  Format format = Format::Unknown;
-  bool isPacked = false;
-};
-
-FileKind GetFileKind(const std::string& filename) {
-  const auto lowered = [](std::string text) {
-    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-  };
-  FileKind kind;
-  std::string extension = lowered(Bostrel::ZQFileExtension(filename));
-  if (extension == "gz") {
-    kind.isPacked = true;
-    extension = lowered(Bostrel::ZQFileExtension(filename.substr(0, filename.size() - 3)));
+// The format that the name's extension stands for, null if none.
+const FileFormat* FindFormat(const std::string& filename, bool& isPacked) {
+  std::string extension = Bostrel::ZQFileExtension(filename);
+  std::transform(extension.begin(), extension.end(), extension.begin(), Bostrel::ToLower);
+  if (extension == "gz" && !isPacked) {
+    isPacked = true;
+    return FindFormat(filename.substr(0, filename.size() - 3), isPacked);
   }
-  for (const char* name : {"smi", "ism", "can", "smiles"}) {
-    if (extension == name) kind.format = Format::Smiles;
-  }
-  for (const char* name : {"sdf", "sd", "mol"}) {
-    if (extension == name) kind.format = Format::Sdf;
-  }
-  return kind;
-}
-
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
-/// A file's bytes, mapped.
-class Mapping {
- public:
-  Mapping() = default;
-  Mapping(const Mapping&) = delete;
-  Mapping& operator=(const Mapping&) = delete;
-  ~Mapping() {
-    if (data_) munmap(data_, size_);
-  }
-
-  bool Open(const std::string& filename, std::string& cause);
-  std::string_view GetText() const { return {static_cast<const char*>(data_), size_}; }
-
- private:
-  void* data_ = nullptr;
-  std::size_t size_ = 0;
-};
-
-bool Mapping::Open(const std::string& filename, std::string& cause) {
-  const auto fail = [&cause](int error) {
-    cause = std::generic_category().message(error);
-    return false;
-  };
-  // A pipe that nobody writes to would keep a plain open waiting.
-  const int file = open(filename.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) return fail(errno);
-  struct stat status {};
-  int error = fstat(file, &status) == 0 ? 0 : errno;
-  if (error == 0 && S_ISDIR(status.st_mode)) error = EISDIR;
-  if (error == 0 && !S_ISREG(status.st_mode)) {
-    close(file);
-    cause = "Not a regular file";
-    return false;
-  }
-  if (error == 0 && status.st_size > 0) {
-    const auto size = static_cast<std::size_t>(status.st_size);
-    void* data = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0);
-    if (data == MAP_FAILED) {
-      error = errno;
-    } else {
-      data_ = data;
-      size_ = size;
+  for (const FileFormat* format : fileFormats) {
+    for (const std::string& known : Bostrel::ZQStringTokenize(format->extensions, ' ')) {
+      if (known == '.' + extension) return format;
     }
   }
-  close(file);
-  return error == 0 || fail(error);
+  return nullptr;
 }
 
 /// All members of a gzip file, one after another.
@@ -160,16 +88,15 @@ class ZQMolDatabase::Impl {
   std::string GetWhere(unsigned int idx) const {
     return "record " + std::to_string(std::uint64_t{idx} + 1) + " of " + filename_;
   }
-  bool IsSmiles() const { return format_ == Format::Smiles; }
+  const FileFormat& GetFormat() const { return *format_; }
 
  private:
-  bool AddRecord(std::size_t start);
-  bool IndexLines();
-  bool IndexSdf();
+  bool Map(std::string& cause);
+  void AddRecord(std::size_t start);
 
   std::string filename_;
-  Format format_ = Format::Unknown;
-  Mapping mapping_;
+  const FileFormat* format_ = nullptr;
+  Bostrel::ZQFileMapping mapping_;
   std::string unpacked_;
   std::string_view text_;
   std::vector<std::uint64_t> starts_;
@@ -177,25 +104,38 @@ class ZQMolDatabase::Impl {
 
 bool ZQMolDatabase::Impl::Open(const std::string& filename, std::string& cause) {
   filename_ = filename;
-  const FileKind kind = GetFileKind(filename);
-  format_ = kind.format;
-  if (format_ == Format::Unknown) {
-    cause = "Not one of .smi .ism .can .smiles .sdf .sd .mol, each also with .gz behind it";
+  bool isPacked = false;
+  format_ = FindFormat(filename, isPacked);
+  if (!format_) {
+    cause = "Not one of " + ZQGetMolFileExtensions() + ", each also with .gz behind it";
     return false;
   }
-  if (!mapping_.Open(filename, cause)) return false;
-  text_ = mapping_.GetText();
-  if (kind.isPacked) {
+  if (!Map(cause)) return false;
+  text_ = {static_cast<const char*>(mapping_.GetBase()), mapping_.GetLength()};
+  if (isPacked) {
     if (!Unpack(text_, unpacked_, cause)) return false;
     text_ = unpacked_;
   }
-  if (IsSmiles() ? IndexLines() : IndexSdf()) return true;
+  for (std::size_t from = 0;;) {
+    const std::size_t start = format_->findRecord(text_, from);
+    if (start == std::string_view::npos) return true;
+    if (starts_.size() == std::numeric_limits<unsigned int>::max()) break;
+    AddRecord(start);
+  }
   cause = "More than 4294967295 records";
   return false;
 }
 
-bool ZQMolDatabase::Impl::AddRecord(std::size_t start) {
-  if (starts_.size() == std::numeric_limits<unsigned int>::max()) return false;
+bool ZQMolDatabase::Impl::Map(std::string& cause) {
+  Vantrel::zqifstream file;
+  if (!file.Open(filename_, &cause)) return false;
+  const auto size = static_cast<std::uint64_t>(file.Size());
+  if (size == 0 || mapping_.Map(file.GetDescriptor(), size)) return true;
+  cause = std::generic_category().message(errno);
+  return false;
+}
+
+void ZQMolDatabase::Impl::AddRecord(std::size_t start) {
   // The first records tell about how many there will be, so that the index isn't moved about.
   constexpr std::size_t sample = 1000;
   if (starts_.size() == sample) {
@@ -203,38 +143,14 @@ bool ZQMolDatabase::Impl::AddRecord(std::size_t start) {
     starts_.reserve(static_cast<std::size_t>(share * sample * 1.1));
   }
   starts_.push_back(start);
-  return true;
 }
 
-bool ZQMolDatabase::Impl::IndexLines() {
-  for (std::size_t start = 0; start < text_.size();) {
-    const std::size_t end = std::min(text_.find('\n', start), text_.size());
-    std::size_t first = start;
-    while (first < end && IsBlank(text_[first])) ++first;
-    if (first < end && !AddRecord(first)) return false;
-    start = end + 1;
+std::string ZQGetMolFileExtensions() {
+  std::string all;
+  for (const FileFormat* format : fileFormats) {
+    all.append(all.empty() ? "" : " ").append(format->extensions);
   }
-  return true;
-}
-
-bool ZQMolDatabase::Impl::IndexSdf() {
-  constexpr std::string_view delimiter = "$$$$";
-  std::size_t start = 0;
-  std::size_t from = 0;
-  while (true) {
-    const std::size_t found = text_.find(delimiter, from);
-    if (found != std::string_view::npos && found != 0 && text_[found - 1] != '\n') {
-      from = found + 1;
-      continue;
-    }
-    const std::size_t end = std::min(found, text_.size());
-    // A file may end with blank lines behind the last delimiter.
-    const bool isRecord = found != std::string_view::npos || !Trimmed(text_.substr(start)).empty();
-    if (isRecord && !AddRecord(start)) return false;
-    if (end == text_.size()) return true;
-    start = from = std::min(text_.find('\n', end), text_.size() - 1) + 1;
-    if (start == text_.size()) return true;
-  }
+  return all;
 }
 
 ZQMolDatabase::ZQMolDatabase() = default;
@@ -254,23 +170,11 @@ bool ZQMolDatabase::Open(const std::string& filename) {
 }
 
 bool ZQMolDatabase::IsReadable(const std::string& filename) {
-  return GetFileKind(filename).format != Format::Unknown;
+  bool isPacked = false;
+  return FindFormat(filename, isPacked) != nullptr;
 }
 
 unsigned int ZQMolDatabase::GetMaxMolIdx() const { return impl_ ? impl_->NumRecords() : 0; }
-
-namespace {
-
-// The SMILES of a line and the title behind it.
-std::pair<std::string_view, std::string_view> SplitLine(std::string_view record) {
-  const std::string_view line = record.substr(0, std::min(record.find('\n'), record.size()));
-  const std::size_t end = std::min(line.find_first_of(" \t\r"), line.size());
-  std::string_view title = Trimmed(line.substr(end));
-  title = Trimmed(title.substr(0, std::min(title.find('\t'), title.size())));
-  return {line.substr(0, end), title};
-}
-
-}  // namespace
 
 bool ZQMolDatabase::GetMolecule(ZQMolBase& mol, unsigned int idx) const {
   if (idx >= GetMaxMolIdx()) {
@@ -279,34 +183,23 @@ bool ZQMolDatabase::GetMolecule(ZQMolBase& mol, unsigned int idx) const {
     ZQThrow.Warning("There is no molecule of index %u among %u", idx, GetMaxMolIdx());
     return false;
   }
-  const std::string_view record = impl_->GetRecord(idx);
+  const FileFormat& format = impl_->GetFormat();
   ReaderError error;
-  if (!impl_->IsSmiles()) {
-    if (ReadMolfile(mol, record, error)) return true;
-    ReportUnreadable(mol, impl_->GetWhere(idx), "molfile line", error);
-    return false;
-  }
-  const auto [smiles, title] = SplitLine(record);
-  if (!ReadSmiles(mol, smiles, error)) {
-    ReportUnreadable(mol, impl_->GetWhere(idx), "SMILES column", error);
-    return false;
-  }
-  mol.SetTitle(std::string(title));
-  return true;
+  if (format.read(mol, impl_->GetRecord(idx), error)) return true;
+  ReportUnreadable(mol, impl_->GetWhere(idx), format.place, error);
+  return false;
 }
 
 std::string ZQMolDatabase::GetTitle(unsigned int idx) const {
   if (idx >= GetMaxMolIdx()) return {};
-  const std::string_view record = impl_->GetRecord(idx);
-  if (impl_->IsSmiles()) return std::string(SplitLine(record).second);
-  return std::string(Trimmed(record.substr(0, std::min(record.find('\n'), record.size()))));
+  return std::string(impl_->GetFormat().getTitle(impl_->GetRecord(idx)));
 }
 
 std::string ZQMolDatabase::GetSmiles(unsigned int idx) const {
   ZQMol mol;
   if (!GetMolecule(mol, idx)) return {};
-  return impl_->IsSmiles() ? std::string(SplitLine(impl_->GetRecord(idx)).first)
-                           : ZQMolToSmiles(mol);
+  const auto getSmiles = impl_->GetFormat().getSmiles;
+  return getSmiles ? std::string(getSmiles(impl_->GetRecord(idx))) : ZQMolToSmiles(mol);
 }
 
 }  // namespace Quarnel

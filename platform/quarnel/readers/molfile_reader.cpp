@@ -1,5 +1,3 @@
-#include "platform/quarnel/readers/molfile_reader_local.h"
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -11,16 +9,20 @@
 #include <utility>
 #include <vector>
 
+#include "contract/bostrel/characters_local.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/adjacency_local.h"
 #include "platform/quarnel/molecule/elements_local.h"
 #include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/readers/file_format_local.h"
 
 // Both versions of the format are read into the same flat arrays; what the numbers mean for the
 // molecule is worked out after that, once for both.
 
 namespace Quarnel {
+
+using Bostrel::Trimmed;
 
 namespace {
 
@@ -44,13 +46,6 @@ Point Cross(const Point& a, const Point& b) {
 Point Normalized(const Point& a) {
   const double length = std::sqrt(Dot(a, a));
   return length > 0 ? a * (1 / length) : a;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
-  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  return text;
 }
 
 // A whole number, blanks around it allowed; a blank field counts as 0.
@@ -555,7 +550,7 @@ bool MolfileParser::SetSymbol(Atom& atom, std::string_view symbol) {
   }
   if (symbol == "L" || symbol.starts_with('[') || symbol.starts_with("NOT[")) return true;
   if (symbol.size() == 2) {  // some programs write capitals only
-    const char cased[2] = {symbol[0], static_cast<char>(symbol[1] | 0x20)};
+    const char cased[2] = {symbol[0], Bostrel::ToLower(symbol[1])};
     atom.atomicNum = GetAtomicNumOf({cased, 2});
     if (atom.atomicNum != 0) return true;
   }
@@ -814,16 +809,40 @@ bool MolfileParser::Fill(ZQMolBase& mol) {
   return true;
 }
 
-}  // namespace
-
 bool ReadMolfile(ZQMolBase& mol, std::string_view molfile, ReaderError& error) {
   return MolfileParser().Read(mol, molfile, error);
 }
 
+// ---- Files: a molfile and data fields up to each line that begins with "$$$$"
+
+std::size_t FindSdfRecord(std::string_view text, std::size_t& from) {
+  const std::size_t start = from;
+  std::size_t end = text.find("$$$$", start);
+  while (end != std::string_view::npos && end != 0 && text[end - 1] != '\n') {
+    end = text.find("$$$$", end + 1);
+  }
+  from = text.size();
+  if (end != std::string_view::npos) {
+    from = std::min(text.find('\n', end), text.size() - 1) + 1;
+    return start;
+  }
+  // A file may end with blank lines behind the last delimiter.
+  return Trimmed(text.substr(start)).empty() ? end : start;
+}
+
+std::string_view GetTitleOfMolfile(std::string_view record) {
+  return Trimmed(record.substr(0, record.find('\n')));
+}
+
+}  // namespace
+
+const FileFormat mdlFiles{".sdf .sd .mol", "molfile line",    FindSdfRecord,
+                          ReadMolfile,     GetTitleOfMolfile, nullptr};
+
 bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile, const std::string& where) {
   ReaderError error;
   if (ReadMolfile(mol, molfile, error)) return true;
-  ReportUnreadable(mol, where, "molfile line", error);
+  ReportUnreadable(mol, where, mdlFiles.place, error);
   return false;
 }
 

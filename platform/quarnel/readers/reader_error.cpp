@@ -23,24 +23,6 @@ std::string QuoteStart(std::string_view text) {
   return quoted;
 }
 
-const char* ExpectedNext(After after, char found, const char* bareAtom) {
-  switch (after) {
-    case After::Start:
-    case After::Dot:
-      return "an atom";
-    case After::Bond:
-      return "an atom or a ring closure";
-    case After::Opening:
-      return "an atom or a bond of the branch";
-    case After::GroupEnd:
-      return "a dot or the end behind a component group";
-    default: {
-      const bool isLetter = (found >= 'A' && found <= 'Z') || (found >= 'a' && found <= 'z');
-      return isLetter ? bareAtom : "an atom, a bond, a branch, a ring closure or a dot";
-    }
-  }
-}
-
 void ReportUnreadable(ZQMolBase& mol, const std::string& where, const char* what,
                       const ReaderError& error) {
   mol.Clear();

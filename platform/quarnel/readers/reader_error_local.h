@@ -4,7 +4,6 @@
 /// a report is only put together when there is one to make.
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -21,12 +20,6 @@ struct ReaderError {
 /// The start of `text` in quotes, at most 16 bytes of it, unprintable bytes as "\x1b"; "the end"
 /// for an empty text.
 std::string QuoteStart(std::string_view text);
-
-/// What was read last of a text of atoms, bonds and branches.
-enum class After : std::uint8_t { Start, Atom, Bond, Opening, Closing, Dot, GroupEnd };
-
-/// What may follow, `bareAtom` being the words for an atom where a letter stands that begins none.
-const char* ExpectedNext(After after, char found, const char* bareAtom);
 
 /// Empties the molecule, marks it as not valid and reports one warning, such as "record 3 of
 /// a.smi: SMILES column 7: found the end, expected an atom".

@@ -1,5 +1,4 @@
-#include "platform/quarnel/readers/smiles_reader_local.h"
-
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -10,20 +9,21 @@
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/elements_local.h"
 #include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/readers/file_format_local.h"
+#include "platform/quarnel/readers/smiles_scanner_local.h"
 
 // The text is read into flat arrays first; the molecule is only filled once the syntax is known to
 // be right. The arrays stay with the thread, so that a molecule in a row of many costs no memory.
 
 namespace Quarnel {
 
+using Bostrel::Trimmed;
+
 namespace {
 
 constexpr std::uint32_t none = ~0U;
 constexpr std::uint32_t nineDigits = 999999999;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
-bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool IsMark(char c) { return c == '/' || c == '\\'; }
 // Coordination bonds, "->" and "<-", are known by the tip of the arrow.
 bool IsArrow(char c) { return c == '<' || c == '>'; }
@@ -36,7 +36,6 @@ char TurnedOver(char c) {
   const std::size_t at = symbols.find(c);
   return at == std::string_view::npos ? c : symbols[at ^ 1];
 }
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 // By character: the element of an atom without brackets, and whether it is aromatic.
 constexpr std::uint8_t organicKnown = 0x40;
@@ -68,7 +67,7 @@ constexpr std::array<std::uint8_t, 128> MakeOrganicTable() {
 
 constexpr std::array<std::uint8_t, 128> organicTable = MakeOrganicTable();
 
-class SmilesParser {
+class SmilesParser : SmilesScanner {
  public:
   bool Read(ZQMolBase& mol, std::string_view text, ReaderError& error);
 
@@ -130,11 +129,8 @@ class SmilesParser {
   bool ReadBracket();
   bool ReadBracketSymbol(Atom& atom);
   bool ReadChirality(ZQAtomStereo& stereo);
-  bool ReadCharge(Atom& atom);
-  bool ReadRingNumber(std::uint32_t& number);
   bool ReadRingClosure();
   bool ReadEnd();
-  bool ReadUnsigned(std::uint32_t limit, std::uint32_t& value);
   void AddAtom(const Atom& atom, ZQAtomStereo stereo);
   void AddBond(std::uint32_t bgn, std::uint32_t end, char symbol, std::uint32_t column);
   std::uint32_t AddLink(std::uint32_t atom, std::uint32_t bond);
@@ -144,18 +140,11 @@ class SmilesParser {
   bool Fill(ZQMolBase& mol);
   void Reset();
 
-  char Peek(std::size_t ahead = 0) const {
-    return pos_ + ahead < text_.size() ? text_[pos_ + ahead] : '\0';
+  bool FailExpectingMore() {
+    return SmilesScanner::FailExpectingMore(
+        after_, "an atom (other than B C N O P S F Cl Br I b c n o p s in brackets)");
   }
-  bool Fail(std::size_t column, std::string found, std::string expected);
-  bool FailHere(const char* expected) {
-    return Fail(pos_, QuoteStart(text_.substr(pos_)), expected);
-  }
-  bool FailExpectingMore();
 
-  std::string_view text_;
-  std::size_t pos_ = 0;
-  ReaderError* error_ = nullptr;
   After after_ = After::Start;
   std::uint32_t previous_ = none;
   char symbol_ = 0;  // of the bond to come
@@ -176,34 +165,11 @@ class SmilesParser {
   std::vector<ZQAtomBase*> made_;   // by atom
 };
 
-bool SmilesParser::Fail(std::size_t column, std::string found, std::string expected) {
-  error_->place = column + 1;
-  error_->found = std::move(found);
-  error_->expected = std::move(expected);
-  return false;
-}
-
-bool SmilesParser::FailExpectingMore() {
-  return FailHere(ExpectedNext(
-      after_, Peek(), "an atom (other than B C N O P S F Cl Br I b c n o p s in brackets)"));
-}
-
-bool SmilesParser::ReadUnsigned(std::uint32_t limit, std::uint32_t& value) {
-  std::uint64_t sum = 0;
-  for (; IsDigit(Peek()); ++pos_) {
-    sum = sum * 10 + static_cast<std::uint64_t>(Peek() - '0');
-    if (sum > limit) return false;
-  }
-  value = static_cast<std::uint32_t>(sum);
-  return true;
-}
-
 bool SmilesParser::Read(ZQMolBase& mol, std::string_view text, ReaderError& error) {
   Reset();
-  error_ = &error;
-  text_ = text;
+  Begin(text, error);
   if (text.size() >= none) return Fail(0, "4 gigabytes of text", "a SMILES");
-  while (pos_ < text_.size() && IsBlank(text_[pos_])) ++pos_;
+  SkipBlanks();
   if (!ReadText() || !ReadEnd()) return false;
   if (anyMark_) SetDoubleBondStereo();
   return Fill(mol);
@@ -216,7 +182,6 @@ void SmilesParser::Reset() {
       branches_.capacity() > keep) {
     *this = SmilesParser();
   }
-  pos_ = 0;
   after_ = After::Start;
   previous_ = none;
   symbol_ = 0;
@@ -309,18 +274,14 @@ bool SmilesParser::ReadEnd() {
   if (after_ != After::Atom && after_ != After::Closing && after_ != After::Start) {
     return FailExpectingMore();
   }
-  if (!branches_.empty()) {
-    const std::uint32_t column = branches_.back().column;
-    return Fail(column, "a branch that isn't closed", "its \")\"");
-  }
+  if (!branches_.empty()) return FailOpenBranch(branches_.back().column);
   if (openRings_ != 0) {
-    std::size_t first = rings_.size();
-    for (std::size_t i = 0; i < rings_.size(); ++i) {
+    std::uint32_t first = none;
+    for (std::uint32_t i = 0; i < rings_.size(); ++i) {
       if (rings_[i].atom == none) continue;
-      if (first == rings_.size() || rings_[i].column < rings_[first].column) first = i;
+      if (first == none || rings_[i].column < rings_[first].column) first = i;
     }
-    return Fail(rings_[first].column, "ring closure " + std::to_string(first) + " left open",
-                "the same number at a second atom");
+    return FailRing(rings_[first].column, first, " left open", "the same number at a second atom");
   }
   return true;
 }
@@ -416,31 +377,6 @@ void SmilesParser::AddBond(std::uint32_t bgn, std::uint32_t end, char symbol,
   bonds_.push_back(bond);
 }
 
-bool SmilesParser::ReadRingNumber(std::uint32_t& number) {
-  if (Peek() != '%') {
-    number = static_cast<std::uint32_t>(Peek() - '0');
-    ++pos_;
-    return true;
-  }
-  ++pos_;
-  if (Peek() == '(') {
-    ++pos_;
-    const std::size_t start = pos_;
-    if (!IsDigit(Peek())) return FailHere("a ring closure number");
-    if (!ReadUnsigned(99999, number)) {
-      pos_ = start;
-      return FailHere("a ring closure number of up to five digits");
-    }
-    if (Peek() != ')') return FailHere("\")\" behind the ring closure number");
-    ++pos_;
-    return true;
-  }
-  if (!IsDigit(Peek()) || !IsDigit(Peek(1))) return FailHere("two digits or \"(\" behind \"%\"");
-  number = static_cast<std::uint32_t>((Peek() - '0') * 10 + (Peek(1) - '0'));
-  pos_ += 2;
-  return true;
-}
-
 bool SmilesParser::ReadRingClosure() {
   if (after_ == After::Start || after_ == After::Opening || after_ == After::Dot ||
       previous_ == none) {
@@ -448,7 +384,7 @@ bool SmilesParser::ReadRingClosure() {
   }
   const auto column = static_cast<std::uint32_t>(pos_);
   std::uint32_t number = 0;
-  if (!ReadRingNumber(number)) return false;
+  if (!ReadRingNumber(number, "a ring closure number")) return false;
   if (number >= rings_.size()) rings_.resize(number + 1, {none, 0, none, 0});
   RingOpening& ring = rings_[number];
   if (ring.atom == none) {
@@ -461,15 +397,12 @@ bool SmilesParser::ReadRingClosure() {
     if (symbol == 0 || (symbol == '-' && IsMark(opening))) {
       symbol = opening;
     } else if (opening != 0 && opening != symbol && !(opening == '-' && IsMark(symbol))) {
-      return Fail(
-          column,
-          "ring closure " + std::to_string(number) + " with the bond \"" + TextOf(symbol) + "\"",
-          "the bond \"" + TextOf(opening) + "\" to match its opening at column " +
-              std::to_string(ring.column + 1));
+      return FailRing(column, number, " with the bond \"" + TextOf(symbol) + "\"",
+                      "the bond \"" + TextOf(opening) + "\" to match its opening at column " +
+                          std::to_string(ring.column + 1));
     }
     if (ring.atom == previous_) {
-      return Fail(column, "ring closure " + std::to_string(number) + " from an atom to itself",
-                  "another atom");
+      return FailRing(column, number, " from an atom to itself", "another atom");
     }
     const auto bond = static_cast<std::uint32_t>(bonds_.size());
     AddLink(previous_, bond);
@@ -484,24 +417,16 @@ bool SmilesParser::ReadRingClosure() {
 }
 
 bool SmilesParser::ReadBracketSymbol(Atom& atom) {
-  const char first = Peek();
-  const char second = Peek(1);
-  if (first == '*') {
+  if (Peek() == '*') {
     ++pos_;
     return true;
   }
-  atom.aromatic = IsLower(first);
-  const char capital = atom.aromatic ? static_cast<char>(first - 'a' + 'A') : first;
-  if (IsUpper(capital)) {
-    const char both[2] = {capital, second};
-    const std::size_t length = IsLower(second) ? 2 : 1;
-    atom.atomicNum = GetAtomicNumOf(std::string_view(both, length));
-    if (atom.atomicNum != 0 && (!atom.aromatic || IsAromaticElement(atom.atomicNum))) {
-      pos_ += length;
-      return true;
-    }
-  }
-  return FailHere("an element symbol");
+  const std::size_t length = IsLower(Peek(1)) ? 2 : 1;
+  atom.atomicNum = PeekElement(length);
+  if (atom.atomicNum == 0) return FailHere("an element symbol");
+  atom.aromatic = IsLower(Peek());
+  pos_ += length;
+  return true;
 }
 
 bool SmilesParser::ReadChirality(ZQAtomStereo& stereo) {
@@ -513,47 +438,22 @@ bool SmilesParser::ReadChirality(ZQAtomStereo& stereo) {
     stereo = ZQAtomStereo::Clockwise;
     return true;
   }
-  struct Class {
-    const char* name;
-    std::uint32_t count;
-  };
-  for (const Class& kind : {Class{"TH", 2}, {"AL", 2}, {"SP", 3}, {"TB", 20}, {"OH", 30}}) {
-    if (Peek() != kind.name[0] || Peek(1) != kind.name[1]) continue;
-    pos_ += 2;
-    const std::size_t start = pos_;
-    std::uint32_t number = 0;
-    if (!ReadUnsigned(kind.count, number) || number == 0) {
-      pos_ = start;
-      return FailHere("the number of a chirality class");
-    }
-    if (kind.count == 2 && kind.name[0] == 'T') {
-      if (number == 2) stereo = ZQAtomStereo::Clockwise;
-    } else {
-      stereo = ZQAtomStereo::None;
-    }
-    return true;
-  }
-  return true;
-}
-
-bool SmilesParser::ReadCharge(Atom& atom) {
-  const char sign = Peek();
-  if (sign != '+' && sign != '-') return true;
+  const ChiralityClass* kind = PeekChiralityClass();
+  if (!kind) return true;
+  pos_ += kind->name.size();
   const std::size_t start = pos_;
-  std::uint32_t size = 1;
-  ++pos_;
-  bool inRange = true;
-  if (IsDigit(Peek())) {
-    inRange = ReadUnsigned(nineDigits, size);
-  } else {
-    for (; Peek() == sign; ++pos_) ++size;
-    inRange = size <= nineDigits;
-  }
-  if (!inRange) {
+  const char* expected = "the number of a chirality class";
+  std::uint32_t number = 0;
+  if (!ReadNumber(number, kind->count, expected)) return false;
+  if (number == 0) {
     pos_ = start;
-    return FailHere("a charge of up to nine digits");
+    return FailHere(expected);
   }
-  atom.charge = sign == '+' ? static_cast<int>(size) : -static_cast<int>(size);
+  if (kind->name != "TH") {
+    stereo = ZQAtomStereo::None;
+  } else if (number == 2) {
+    stereo = ZQAtomStereo::Clockwise;
+  }
   return true;
 }
 
@@ -562,10 +462,8 @@ bool SmilesParser::ReadBracket() {
   atom.column = static_cast<std::uint32_t>(pos_);
   atom.bracket = true;
   ++pos_;
-  const std::size_t isotopeAt = pos_;
-  if (!ReadUnsigned(nineDigits, atom.isotope)) {
-    pos_ = isotopeAt;
-    return FailHere("an isotope of up to nine digits");
+  if (IsDigit(Peek()) && !ReadNumber(atom.isotope, nineDigits, "an isotope of up to nine digits")) {
+    return false;
   }
   ZQAtomStereo stereo = ZQAtomStereo::None;
   if (!ReadBracketSymbol(atom) || !ReadChirality(stereo)) return false;
@@ -574,15 +472,18 @@ bool SmilesParser::ReadBracket() {
     atom.hCount = 1;
     if (IsDigit(Peek())) atom.hCount = static_cast<std::uint8_t>(text_[pos_++] - '0');
   }
-  if (!ReadCharge(atom)) return false;
+  if (Peek() == '+' || Peek() == '-') {
+    const std::size_t sign = pos_;
+    const char* expected = "a charge of up to nine digits";
+    if (!ReadCharge(atom.charge, nineDigits, expected)) {
+      pos_ = sign;
+      return FailHere(expected);
+    }
+  }
   if (Peek() == ':') {
     ++pos_;
-    const std::size_t start = pos_;
     if (!IsDigit(Peek())) return FailHere("the number of an atom class");
-    if (!ReadUnsigned(nineDigits, atom.mapIdx)) {
-      pos_ = start;
-      return FailHere("an atom class of up to nine digits");
-    }
+    if (!ReadNumber(atom.mapIdx, nineDigits, "an atom class of up to nine digits")) return false;
   }
   if (Peek() != ']') return FailHere("\"]\"");
   ++pos_;
@@ -710,17 +611,47 @@ bool SmilesParser::Fill(ZQMolBase& mol) {
   return true;
 }
 
-}  // namespace
-
 bool ReadSmiles(ZQMolBase& mol, std::string_view smiles, ReaderError& error) {
   thread_local SmilesParser parser;
   return parser.Read(mol, smiles, error);
 }
 
+// ---- Files: a SMILES, white space and a title on each line that isn't blank
+
+std::size_t FindLine(std::string_view text, std::size_t& from) {
+  while (from < text.size() && IsBlank(text[from])) ++from;
+  if (from == text.size()) return std::string_view::npos;
+  const std::size_t start = from;
+  from = std::min(text.find('\n', start), text.size() - 1) + 1;
+  return start;
+}
+
+std::string_view GetSmilesOfLine(std::string_view record) {
+  return record.substr(0, record.find_first_of(" \t\r\n"));
+}
+
+// What is behind the SMILES, up to a further column.
+std::string_view GetTitleOfLine(std::string_view record) {
+  record = record.substr(0, record.find('\n'));
+  const std::string_view title = Trimmed(record.substr(GetSmilesOfLine(record).size()));
+  return Trimmed(title.substr(0, title.find('\t')));
+}
+
+bool ReadLine(ZQMolBase& mol, std::string_view record, ReaderError& error) {
+  if (!ReadSmiles(mol, GetSmilesOfLine(record), error)) return false;
+  mol.SetTitle(std::string(GetTitleOfLine(record)));
+  return true;
+}
+
+}  // namespace
+
+const FileFormat smilesFiles{".smi .ism .can .smiles", "SMILES column", FindLine, ReadLine,
+                             GetTitleOfLine,           GetSmilesOfLine};
+
 bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles, const std::string& where) {
   ReaderError error;
   if (ReadSmiles(mol, smiles, error)) return true;
-  ReportUnreadable(mol, where, "SMILES column", error);
+  ReportUnreadable(mol, where, smilesFiles.place, error);
   return false;
 }
 

@@ -5,7 +5,29 @@
 #include <set>
 #include <utility>
 
-#include "platform/quarnel/molecule/elements_local.h"
+#include "platform/quarnel/readers/smiles_scanner_local.h"
+
+// A SMARTS is a SMILES whose atoms and bonds are expressions. There are two grammars, and each has
+// a way of its own through the text.
+//
+// The graph (atoms, bonds, branches, ring closures, dots, component groups) is read in one loop
+// from left to right: `State` holds the atom that comes before, and what is still open. An item is
+// legal or not by what was read last, `After`. "$(...)" within an atom begins a pattern of its own,
+// with a fresh state; the recursion is as deep as the nesting, which is bounded.
+//
+// Expressions have four operators, which bind from loosest to tightest: ";" (and), "," (or), "&"
+// (and; also where nothing is written between two primitives), "!" (not). No parentheses group
+// them, so an expression is never deeper than three levels: clauses joined by ";", terms joined by
+// ",", literals joined by "&". No tree is needed:
+//
+// - An atom's is the flat list of its literals, each with two flags for the last of a term and of a
+//   clause.
+// - A bond has but 32 classes to tell apart, so the operators are computed on the spot over sets of
+//   these, and one mask is left.
+//
+// Atom expressions are shared by their text among all patterns of the process, so that a target
+// looks up once what many patterns need. The order of the search is planned as soon as a pattern has
+// been read, for those within "$()" from their first atom.
 
 namespace Quarnel {
 
@@ -14,11 +36,6 @@ namespace {
 constexpr std::uint32_t none = SmartsPattern::none;
 constexpr unsigned int maxNesting = 32;  // of $() within $()
 constexpr std::int32_t otherClass = 3;   // of chirality: no turn that a molecule could have
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
-bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 // Bonds of no order have no symbol of their own, in a SMILES as here.
 constexpr std::uint32_t unwrittenBond = BondsOfOrder(0) | BondsOfOrder(1) | aromaticBonds;
@@ -32,13 +49,15 @@ struct BondExpression {
   std::string text;
 };
 
-class SmartsParser {
+class SmartsParser : SmilesScanner {
  public:
   SmartsParser(std::string_view text, bool ignoreStereo, ReaderError& error)
-      : text_(text), ignoreStereo_(ignoreStereo), error_(error) {}
+      : ignoreStereo_(ignoreStereo) {
+    Begin(text, error);
+  }
 
   std::unique_ptr<SmartsPattern> Read() {
-    while (IsBlank(Peek())) ++pos_;
+    SkipBlanks();
     return ReadPattern(0);
   }
 
@@ -78,13 +97,11 @@ class SmartsParser {
   bool ReadExpression(AtomExpression& expression, unsigned int nesting);
   bool ReadPrimitive(AtomExpression& expression, AtomLiteral& literal, unsigned int nesting);
   bool ReadSymbol(AtomLiteral& literal);
-  bool ReadCharge(AtomLiteral& literal);
   bool ReadChirality(AtomLiteral& literal);
   bool ReadRecursive(AtomExpression& expression, AtomLiteral& literal, unsigned int nesting);
   bool ReadBond(BondExpression& bond);
   bool ReadRingClosure(State& state);
-  bool ReadRingNumber(std::uint32_t& number);
-  bool ReadCount(std::int32_t& value, std::int32_t limit, const char* expected);
+  bool ReadCount(AtomLiteral& literal, std::uint32_t most, const char* expected);
   bool ReadOptionalCount(AtomLiteral& literal, AtomLiteral::Kind kind);
   bool IsHydrogenAtom() const;
   static AtomExpression Resolve(const AtomExpression& expression, std::int32_t turn);
@@ -94,41 +111,20 @@ class SmartsParser {
   static std::size_t AddNeighbour(State& state, std::uint32_t atom, std::uint32_t neighbour);
 
   bool AtEnd() const { return pos_ >= text_.size(); }
-  char Peek(std::size_t ahead = 0) const {
-    return pos_ + ahead < text_.size() ? text_[pos_ + ahead] : '\0';
+  bool FailExpectingMore(const State& state) {
+    return SmilesScanner::FailExpectingMore(state.after,
+                                            "an atom (elements other than B C N O P S F Cl Br I K "
+                                            "V W Y U and b c n o p s in brackets)");
   }
-  bool Fail(std::size_t column, std::string found, std::string expected) {
-    error_ = {column + 1, std::move(found), std::move(expected)};
-    return false;
-  }
-  bool FailHere(const char* expected) {
-    return Fail(pos_, QuoteStart(text_.substr(std::min(pos_, text_.size()))), expected);
-  }
-  bool FailExpectingMore(const State& state);
 
-  std::string_view text_;
-  std::size_t pos_ = 0;
   bool ignoreStereo_;
-  ReaderError& error_;
 };
 
-bool SmartsParser::FailExpectingMore(const State& state) {
-  return FailHere(ExpectedNext(
-      state.after, Peek(),
-      "an atom (elements other than B C N O P S F Cl Br I K V W Y U and b c n o p s in brackets)"));
-}
-
-// The number at the cursor, at least one digit.
-bool SmartsParser::ReadCount(std::int32_t& value, std::int32_t limit, const char* expected) {
-  const std::size_t start = pos_;
-  value = 0;
-  for (; IsDigit(Peek()); ++pos_) {
-    value = value * 10 + (Peek() - '0');
-    if (value <= limit) continue;
-    pos_ = start;
-    break;
-  }
-  return pos_ != start || FailHere(expected);
+bool SmartsParser::ReadCount(AtomLiteral& literal, std::uint32_t most, const char* expected) {
+  std::uint32_t number = 0;
+  if (!ReadNumber(number, most, expected)) return false;
+  literal.value = static_cast<std::int32_t>(number);
+  return true;
 }
 
 // Reads up to the end, or within $() up to its closing parenthesis.
@@ -149,9 +145,7 @@ bool SmartsParser::ReadEnd(State& state) {
       state.after != After::GroupEnd) {
     return FailExpectingMore(state);
   }
-  if (!state.branches.empty()) {
-    return Fail(state.branches.back().column, "a branch that isn't closed", "its \")\"");
-  }
+  if (!state.branches.empty()) return FailOpenBranch(state.branches.back().column);
   if (state.inGroup) {
     return Fail(state.groupColumn, "a component group that isn't closed", "its \")\"");
   }
@@ -159,8 +153,8 @@ bool SmartsParser::ReadEnd(State& state) {
     const auto first = std::min_element(
         state.rings.begin(), state.rings.end(),
         [](const auto& a, const auto& b) { return a.second.column < b.second.column; });
-    return Fail(first->second.column, "ring closure " + std::to_string(first->first) + " left open",
-                "the same number at a second atom");
+    return FailRing(first->second.column, first->first, " left open",
+                    "the same number at a second atom");
   }
   return true;
 }
@@ -262,9 +256,8 @@ bool SmartsParser::ReadBareAtom(State& state) {
     ++pos_;
   } else if (c != '\0' &&
              std::string_view("BCNOPSFIKVWYUbcnops").find(c) != std::string_view::npos) {
-    const char capital = IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
     literal.kind = IsLower(c) ? AtomLiteral::AromaticElement : AtomLiteral::AliphaticElement;
-    literal.value = GetAtomicNumOf({&capital, 1});
+    literal.value = PeekElement(1);
     ++pos_;
   } else {
     return FailExpectingMore(state);
@@ -298,8 +291,8 @@ bool SmartsParser::ReadBracketAtom(State& state, unsigned int nesting) {
   if (!ReadExpression(expression, nesting)) return false;
   if (Peek() == ':') {
     ++pos_;
-    std::int32_t mapIdx = 0;
-    if (!ReadCount(mapIdx, 99999999, "an atom class of up to eight digits")) return false;
+    std::uint32_t mapIdx = 0;
+    if (!ReadNumber(mapIdx, 99999999, "an atom class of up to eight digits")) return false;
   }
   if (AtEnd()) return Fail(open, "a bracket that isn't closed", "its \"]\"");
   if (Peek() != ']') return FailHere("an atom primitive, an operator or \"]\"");
@@ -333,7 +326,7 @@ bool SmartsParser::ReadOptionalCount(AtomLiteral& literal, AtomLiteral::Kind kin
   ++pos_;
   literal.kind = kind;
   literal.value = 1;
-  return !IsDigit(Peek()) || ReadCount(literal.value, 999, "a number up to 999");
+  return !IsDigit(Peek()) || ReadCount(literal, 999, "a number up to 999");
 }
 
 bool SmartsParser::ReadPrimitive(AtomExpression& expression, AtomLiteral& literal,
@@ -341,7 +334,7 @@ bool SmartsParser::ReadPrimitive(AtomExpression& expression, AtomLiteral& litera
   const char c = Peek();
   if (IsDigit(c)) {
     literal.kind = AtomLiteral::Isotope;
-    return ReadCount(literal.value, 65535, "an isotope up to 65535");
+    return ReadCount(literal, 65535, "an isotope up to 65535");
   }
   if ((IsUpper(c) || IsLower(c)) && ReadSymbol(literal)) return true;
   switch (c) {
@@ -383,14 +376,15 @@ bool SmartsParser::ReadPrimitive(AtomExpression& expression, AtomLiteral& litera
     case '#':
       ++pos_;
       literal.kind = AtomLiteral::Element;
-      return ReadCount(literal.value, 118, "an atomic number up to 118");
+      return ReadCount(literal, 118, "an atomic number up to 118");
     case '^':
       ++pos_;
       literal.kind = AtomLiteral::Hybridization;
-      return ReadCount(literal.value, 5, "a hybridization from 0 to 5");
+      return ReadCount(literal, 5, "a hybridization from 0 to 5");
     case '+':
     case '-':
-      return ReadCharge(literal);
+      literal.kind = AtomLiteral::Charge;
+      return ReadCharge(literal.value, 15, "a charge from -15 to +15");
     case '@':
       return ReadChirality(literal);
     case '$':
@@ -403,37 +397,16 @@ bool SmartsParser::ReadPrimitive(AtomExpression& expression, AtomLiteral& litera
 // The longest symbol wins: "Cl" is chlorine, "Cc" an aliphatic and an aromatic carbon.
 bool SmartsParser::ReadSymbol(AtomLiteral& literal) {
   const bool aromatic = IsLower(Peek());
-  const char symbol[2] = {aromatic ? static_cast<char>(Peek() - 'a' + 'A') : Peek(), Peek(1)};
-  for (std::size_t length = IsLower(symbol[1]) ? 2 : 1; length != 0; --length) {
-    const unsigned int atomicNum = GetAtomicNumOf({symbol, length});
-    if (atomicNum == 0 || (aromatic && !IsAromaticElement(atomicNum))) continue;
-    if (length == 1 && atomicNum == 1) continue;  // a count of hydrogens
+  for (std::size_t length = IsLower(Peek(1)) ? 2 : 1; length != 0; --length) {
+    const std::uint8_t atomicNum = PeekElement(length);
+    if (atomicNum <= 1 && length == 1) break;  // an "H" is a count of hydrogens
+    if (atomicNum == 0) continue;
     literal.kind = aromatic ? AtomLiteral::AromaticElement : AtomLiteral::AliphaticElement;
-    literal.value = static_cast<std::int32_t>(atomicNum);
+    literal.value = atomicNum;
     pos_ += length;
     return true;
   }
   return false;
-}
-
-bool SmartsParser::ReadCharge(AtomLiteral& literal) {
-  constexpr std::int32_t limit = 15;
-  constexpr const char* expected = "a charge from -15 to +15";
-  const char sign = Peek();
-  const std::size_t start = pos_++;
-  literal.kind = AtomLiteral::Charge;
-  if (IsDigit(Peek())) {
-    if (!ReadCount(literal.value, limit, expected)) return false;
-  } else {
-    while (Peek() == sign) ++pos_;
-    literal.value = static_cast<std::int32_t>(std::min(pos_ - start, std::size_t{limit + 1}));
-    if (literal.value > limit) {
-      pos_ = start;
-      return FailHere(expected);
-    }
-  }
-  if (sign == '-') literal.value = -literal.value;
-  return true;
 }
 
 bool SmartsParser::ReadChirality(AtomLiteral& literal) {
@@ -443,28 +416,16 @@ bool SmartsParser::ReadChirality(AtomLiteral& literal) {
   if (Peek() == '@') {
     ++pos_;
     literal.value = SmartsPattern::Centre::Clockwise;
-  } else {
-    struct Class {
-      std::string_view name;
-      std::int32_t count;
-      const char* expected;
-    };
-    static constexpr Class classes[] = {{"TH", 2, "the number of a chirality class, 1 or 2"},
-                                        {"AL", 2, "the number of a chirality class, 1 or 2"},
-                                        {"SP", 3, "the number of a chirality class, 1 to 3"},
-                                        {"TB", 20, "the number of a chirality class, 1 to 20"},
-                                        {"OH", 30, "the number of a chirality class, 1 to 30"}};
-    for (const Class& kind : classes) {
-      if (text_.substr(pos_, 2) != kind.name || !IsDigit(Peek(2))) continue;
-      pos_ += 2;
-      std::int32_t number = 0;
-      if (Peek() == '0') return FailHere(kind.expected);
-      if (!ReadCount(number, kind.count, kind.expected)) return false;
-      literal.value = kind.name != "TH" ? otherClass
-                      : number == 1     ? SmartsPattern::Centre::CounterClockwise
-                                        : SmartsPattern::Centre::Clockwise;
-      break;
-    }
+  } else if (const ChiralityClass* kind = PeekChiralityClass(); kind && IsDigit(Peek(2))) {
+    pos_ += kind->name.size();
+    const std::string expected = "the number of a chirality class, 1 " +
+                                 ((kind->count == 2 ? "or " : "to ") + std::to_string(kind->count));
+    std::uint32_t number = 0;
+    if (Peek() == '0') return FailHere(expected);
+    if (!ReadNumber(number, kind->count, expected.c_str())) return false;
+    literal.value = kind->name != "TH" ? otherClass
+                    : number == 1      ? SmartsPattern::Centre::CounterClockwise
+                                       : SmartsPattern::Centre::Clockwise;
   }
   if (Peek() == '?') {
     ++pos_;
@@ -478,8 +439,7 @@ bool SmartsParser::ReadRecursive(AtomExpression& expression, AtomLiteral& litera
                                  unsigned int nesting) {
   const std::size_t start = pos_;
   if (nesting == maxNesting) {
-    return FailHere(
-        ("at most " + std::to_string(maxNesting) + " \"$(\" within each other").c_str());
+    return FailHere("at most " + std::to_string(maxNesting) + " \"$(\" within each other");
   }
   ++pos_;
   if (Peek() != '(') return FailHere("\"(\" behind \"$\"");
@@ -624,34 +584,13 @@ bool SmartsParser::AddBond(State& state, std::uint32_t bgn, std::uint32_t end,
   return true;
 }
 
-bool SmartsParser::ReadRingNumber(std::uint32_t& number) {
-  std::int32_t value = 0;
-  if (Peek() != '%') {
-    number = static_cast<std::uint32_t>(text_[pos_++] - '0');
-    return true;
-  }
-  ++pos_;
-  if (Peek() == '(') {
-    ++pos_;
-    if (!ReadCount(value, 99999, "a ring closure number of up to five digits")) return false;
-    if (Peek() != ')') return FailHere("\")\" behind the ring closure number");
-    ++pos_;
-  } else {
-    if (!IsDigit(Peek()) || !IsDigit(Peek(1))) return FailHere("two digits or \"(\" behind \"%\"");
-    value = (Peek() - '0') * 10 + (Peek(1) - '0');
-    pos_ += 2;
-  }
-  number = static_cast<std::uint32_t>(value);
-  return true;
-}
-
 bool SmartsParser::ReadRingClosure(State& state) {
   if (state.after != After::Atom && state.after != After::Closing && state.after != After::Bond) {
     return FailExpectingMore(state);
   }
   const std::size_t column = pos_;
   std::uint32_t number = 0;
-  if (!ReadRingNumber(number)) return false;
+  if (!ReadRingNumber(number, "a ring closure number of up to five digits")) return false;
   const std::uint32_t atom = state.previous;
   const auto found = state.rings.find(number);
   if (found == state.rings.end()) {
@@ -660,7 +599,7 @@ bool SmartsParser::ReadRingClosure(State& state) {
   } else {
     const RingOpening& opening = found->second;
     const auto fail = [&](const std::string& what, const std::string& expected) {
-      return Fail(column, "ring closure " + std::to_string(number) + what, expected);
+      return FailRing(column, number, what, expected);
     };
     if (opening.atom == atom) return fail(" from an atom to itself", "another atom");
     if (state.pattern->groups[opening.atom] != state.pattern->groups[atom]) {

@@ -1,0 +1,29 @@
+#pragma once
+
+/// Tests of single characters, the same in every locale: letters and digits are those of ASCII.
+
+#include <string_view>
+
+namespace Bostrel {
+
+constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
+constexpr bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+constexpr char ToLower(char c) { return IsUpper(c) ? static_cast<char>(c - 'A' + 'a') : c; }
+constexpr char ToUpper(char c) { return IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c; }
+
+/// What separates words of a header or of a fingerprint's text.
+inline constexpr std::string_view whiteSpace = " \t\n\v\f\r";
+constexpr bool IsSpace(char c) { return whiteSpace.find(c) != std::string_view::npos; }
+
+/// What separates words of a molecule file, where vertical tabs and form feeds are errors.
+constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+/// The text without blanks at its ends.
+constexpr std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace Bostrel
