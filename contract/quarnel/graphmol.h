@@ -9,8 +9,6 @@
 
 namespace Quarnel {
 
-class ZQGraphAtom;
-class ZQGraphBond;
 class ZQGraph;  // the store of atoms and bonds that both molecules stand on
 
 /// Everything of a molecule over the flat store, for a base class of either kind.

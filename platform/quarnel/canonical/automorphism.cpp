@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/quarnel/perception/stereo_local.h"
+
 namespace Quarnel {
 
 namespace {
@@ -202,22 +204,22 @@ bool AutomorphismSearch::KeepsCentre(std::uint32_t atom, bool last) const {
   if (image == none) return true;
   const std::span<const MolView::Edge> own = view_->Edges(atom);
   const std::span<const MolView::Edge> others = view_->Edges(image);
-  std::array<std::ptrdiff_t, 4> places{};
-  bool odd = view_->atoms[atom].atom->GetStereo() != view_->atoms[image].atom->GetStereo();
+  std::array<std::uint32_t, 4> places{};
   for (std::size_t i = 0; i < own.size(); ++i) {
     const std::uint32_t moved = ImageOf(own[i].atom, last);
     if (moved == none) return true;
-    places[i] = std::ranges::find(others, moved, &MolView::Edge::atom) - others.begin();
-    for (std::size_t j = 0; j < i; ++j) odd ^= places[j] > places[i];
+    places[i] = static_cast<std::uint32_t>(std::ranges::find(others, moved, &MolView::Edge::atom) -
+                                           others.begin());
   }
-  return odd == watched_[atom].turned;
+  const ZQAtomStereo carried =
+      Turned(view_->atoms[atom].atom->GetStereo(), IsOdd({places.data(), own.size()}));
+  return (carried != view_->atoms[image].atom->GetStereo()) == watched_[atom].turned;
 }
 
 bool AutomorphismSearch::KeepsBond(std::uint32_t atom, bool last) const {
   const MolView::Bond& bond = view_->bonds[watched_[atom].bond];
-  const auto firstBut = [this](std::uint32_t end, std::uint32_t other) {
-    const auto edges = view_->Edges(end);
-    return edges[edges.front().atom == other ? 1 : 0].atom;
+  const auto referenceOf = [this](std::uint32_t end, std::uint32_t other) {
+    return ReferenceOf(view_->Edges(end).data(), other);
   };
   const std::uint32_t bgn = ImageOf(bond.bgn, last);
   const std::uint32_t end = ImageOf(bond.end, last);
@@ -225,10 +227,10 @@ bool AutomorphismSearch::KeepsBond(std::uint32_t atom, bool last) const {
   const MolView::Bond& moved = view_->bonds[watched_[bgn].bond];
   bool odd = bond.bond->GetStereo() != moved.bond->GetStereo();
   for (const std::uint32_t side : {bond.bgn, bond.end}) {
-    const std::uint32_t reference = ImageOf(firstBut(side, bond.Other(side)), last);
+    const std::uint32_t reference = ImageOf(referenceOf(side, bond.Other(side)), last);
     if (reference == none) return true;
     odd ^= reference !=
-           firstBut(image_[side] == none ? side : image_[side], ImageOf(bond.Other(side), last));
+           referenceOf(image_[side] == none ? side : image_[side], ImageOf(bond.Other(side), last));
   }
   return odd == watched_[atom].turned;
 }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/quarnel/molecule/molgraph_view_local.h"
-#include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/perception/partition_local.h"
 
 namespace Quarnel {
 

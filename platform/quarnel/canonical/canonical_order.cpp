@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platform/quarnel/molecule/mix_local.h"
-#include "platform/quarnel/perception/small_ring_local.h"
 
 namespace Quarnel {
 
@@ -20,70 +19,6 @@ constexpr std::uint64_t limitPerAtom = 1000;  // of one search for an automorphi
 constexpr std::uint64_t baseLimit = 50000;
 constexpr std::uint64_t costOfTrial = 8;  // per atom
 constexpr std::uint64_t costOfNode = 64;  // per atom
-
-/// Whether a nitrogen of three bonds keeps its configuration: all three in rings, or two in a ring
-/// of three. Others turn over.
-bool IsLocked(const MolView& view, std::uint32_t a) {
-  const std::span<const MolView::Edge> edges = view.Edges(a);
-  const auto isRing = [&](const MolView::Edge& edge) { return view.bonds[edge.bond].inRing; };
-  if (std::ranges::all_of(edges, isRing)) return true;
-  const auto isNeighbour = [&](const MolView::Edge& edge) {
-    return std::ranges::find(edges, edge.atom, &MolView::Edge::atom) != edges.end();
-  };
-  return std::ranges::any_of(edges, [&](const MolView::Edge& edge) {
-    return std::ranges::any_of(view.Edges(edge.atom), isNeighbour);
-  });
-}
-
-/// Whether the atom has four ligands, or three and a lone pair, that could hold a configuration.
-bool CanHold(const MolView& view, std::uint32_t a) {
-  const MolView::Atom& atom = view.atoms[a];
-  const unsigned int ligands = atom.degree + atom.implicitH;
-  if (atom.aromatic || atom.implicitH > 1 || atom.degree < 3) return false;
-  if (ligands != 3) return ligands == 4;
-  const auto isSingle = [&](const MolView::Edge& e) { return view.bonds[e.bond].order == 1; };
-  // Beside a lone pair a hydrogen holds none, whether it is counted or an atom.
-  const auto isPlainHydrogen = [&](const MolView::Edge& e) {
-    const MolView::Atom& neighbour = view.atoms[e.atom];
-    return neighbour.element == 1 && neighbour.isotope == 0 && neighbour.charge == 0 &&
-           neighbour.atom->GetMapIdx() == 0;
-  };
-  if (std::ranges::any_of(view.Edges(a), isPlainHydrogen)) return false;
-  switch (atom.element) {
-    case 6:
-    case 14:
-    case 32:
-    case 50:
-    case 82:
-      return false;
-    case 7:
-      return atom.charge == 0 && std::ranges::all_of(view.Edges(a), isSingle) && IsLocked(view, a);
-    default:
-      return true;
-  }
-}
-
-bool IsStereoEnd(const MolView& view, std::uint32_t a, std::uint32_t other) {
-  const MolView::Atom& atom = view.atoms[a];
-  if (atom.degree < 2 || atom.degree > 3) return false;
-  for (const MolView::Edge& edge : view.Edges(a)) {
-    if (edge.atom == other) continue;
-    const MolView::Bond& bond = view.bonds[edge.bond];
-    if (bond.order == 2 && !bond.aromatic) return false;
-    // A hydrogen that is an atom is the same as one that is counted.
-    const MolView::Atom& neighbour = view.atoms[edge.atom];
-    if (atom.degree == 2 && atom.implicitH != 0 && neighbour.element == 1 &&
-        neighbour.isotope == 0 && neighbour.charge == 0 && neighbour.atom->GetMapIdx() == 0) {
-      return false;
-    }
-  }
-  return true;
-}
-
-bool CanHold(const MolView& view, const MolView::Bond& bond) {
-  return bond.order == 2 && !bond.aromatic && IsStereoEnd(view, bond.bgn, bond.end) &&
-         IsStereoEnd(view, bond.end, bond.bgn) && !(bond.inRing && IsInSmallRing(*bond.bond));
-}
 
 }  // namespace
 
@@ -127,26 +62,22 @@ void CanonicalOrder::FindCentres() {
   unreal_.clear();
   for (std::uint32_t a = 0; a < view_->NumAtoms(); ++a) {
     if (view_->atoms[a].atom->GetStereo() == ZQAtomStereo::None) continue;
-    const bool canBeReal = CanHold(*view_, a) && !HasTwins(a);
+    const bool canBeReal = CanHold(*view_, a) && !HasLeafTwins(a);
     (canBeReal ? node_.untold : unreal_).push_back({a, none});
   }
   for (std::uint32_t b = 0; b < view_->NumBonds(); ++b) {
     const MolView::Bond& bond = view_->bonds[b];
     if (bond.bond->GetStereo() == ZQBondStereo::None) continue;
-    const bool canBeReal = CanHold(*view_, bond) && !HasTwins(bond.bgn) && !HasTwins(bond.end);
+    const bool canBeReal =
+        CanHold(*view_, bond) && !HasLeafTwins(bond.bgn) && !HasLeafTwins(bond.end);
     (canBeReal ? node_.untold : unreal_).push_back({none, b});
   }
 }
 
-bool CanonicalOrder::HasTwins(std::uint32_t atom) const {
-  const std::span<const MolView::Edge> edges = view_->Edges(atom);
-  for (std::size_t i = 0; i < edges.size(); ++i) {
-    if (view_->atoms[edges[i].atom].degree != 1) continue;
-    for (std::size_t j = i + 1; j < edges.size(); ++j) {
-      if (RankOf(edges[i].atom) == RankOf(edges[j].atom)) return true;
-    }
-  }
-  return false;
+bool CanonicalOrder::HasLeafTwins(std::uint32_t atom) const {
+  return HasTwins(view_->Edges(atom), none, [this](std::uint32_t a, std::uint32_t b) {
+    return view_->atoms[a].degree == 1 && RankOf(a) == RankOf(b);
+  });
 }
 
 // Of the centres whose configuration the cells of the root don't tell, the first by rank that isn't
@@ -256,16 +187,9 @@ bool CanonicalOrder::IsReal(const StereoCentre& centre) {
 }
 
 bool CanonicalOrder::CanTurn(std::uint32_t around, std::uint32_t except) {
-  const std::span<const MolView::Edge> edges = view_->Edges(around);
-  for (std::size_t i = 0; i < edges.size(); ++i) {
-    for (std::size_t j = i + 1; j < edges.size(); ++j) {
-      const std::uint32_t a = edges[i].atom;
-      const std::uint32_t b = edges[j].atom;
-      if (a == except || b == except || RankOf(a) != RankOf(b)) continue;
-      if (search_.Find(a, b)) return true;
-    }
-  }
-  return false;
+  return HasTwins(view_->Edges(around), except, [this](std::uint32_t a, std::uint32_t b) {
+    return RankOf(a) == RankOf(b) && search_.Find(a, b);
+  });
 }
 
 void CanonicalOrder::SetApart(std::uint32_t atom) {

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "platform/quarnel/canonical/automorphism_local.h"
-#include "platform/quarnel/perception/configuration_local.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
-#include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/perception/partition_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 
@@ -43,7 +43,7 @@ class CanonicalOrder {
   using Automorphism = std::vector<AutomorphismSearch::Move>;
 
   void FindCentres();
-  bool HasTwins(std::uint32_t atom) const;
+  bool HasLeafTwins(std::uint32_t atom) const;
   void FindUnreal(Node& root);
   void OrderParts(std::span<const std::uint32_t> sizes);
   void SplitByLargeValues();

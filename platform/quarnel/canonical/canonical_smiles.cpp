@@ -7,6 +7,7 @@
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/canonical/canonical_order_local.h"
 #include "platform/quarnel/canonical/smiles_writer_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 
@@ -17,13 +18,6 @@ bool IsPrepared(const ZQMolBase& mol) {
   return mol.IsPerceived(ZQPerceived::Rings) && mol.IsPerceived(ZQPerceived::Aromaticity) &&
          mol.GetData(ZQAromaticityModelTag, model) && model == 2 && !ZQHasExplicitHydrogens(mol) &&
          !HasBondsWithoutOrder(mol);
-}
-
-void DropStereo(ZQAtomBase& atom) {
-  atom.SetStereo(ZQAtomStereo::None);
-  for (ZQBondBase* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) {
-    b->SetStereo(ZQBondStereo::None);
-  }
 }
 
 void Prepare(ZQMolBase& mol) {

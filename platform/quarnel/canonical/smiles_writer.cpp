@@ -15,7 +15,7 @@
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/adjacency_local.h"
 #include "platform/quarnel/molecule/elements_local.h"
-#include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 
@@ -469,22 +469,16 @@ ZQAtomStereo SmilesWriter::GetWrittenStereo(std::uint32_t idx) const {
   const Atom& own = atoms_[idx];
   const ZQAtomStereo stereo = own.atom->GetStereo();
   if (stereo == ZQAtomStereo::None || own.isCoordinated) return ZQAtomStereo::None;
-  const unsigned int hCount = own.atom->GetImplicitHCount();
-  const bool hasImplicit = own.degree == 3 && hCount <= 1;
-  if (!hasImplicit && !(own.degree == 4 && hCount == 0)) return ZQAtomStereo::None;
+  if (!HasFourPlaces(own.degree, own.atom->GetImplicitHCount())) return ZQAtomStereo::None;
   // Bonds count from 1 here, so that the hydrogen or lone pair sorts in front.
   std::array<std::uint32_t, 4> order{};
   std::size_t count = 0;
   if (own.parentBond != none) order[count++] = own.parentBond + 1;
-  if (hasImplicit) order[count++] = 0;
+  if (own.degree == 3) order[count++] = 0;
   for (const std::vector<Edge>* edges : {&closings_, &openings_, &children_}) {
     for (const Edge& edge : *edges) order[count++] = edge.bond + 1;
   }
-  bool clockwise = stereo == ZQAtomStereo::Clockwise;
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    for (std::size_t j = i + 1; j < order.size(); ++j) clockwise ^= order[i] > order[j];
-  }
-  return clockwise ? ZQAtomStereo::Clockwise : ZQAtomStereo::CounterClockwise;
+  return Turned(stereo, IsOdd(order));
 }
 
 // Whether an atom without brackets would be read back as another one.

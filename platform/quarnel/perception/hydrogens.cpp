@@ -1,4 +1,5 @@
 #include "contract/quarnel/perception.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 namespace {
@@ -22,9 +23,7 @@ void MoveToFront(ZQAtomBase& centre, const ZQBondBase& toHydrogen) {
   for (const ZQBondBase* b = centre.NextBond(nullptr); b != &toHydrogen; b = centre.NextBond(b)) {
     ++position;
   }
-  if (position % 2 == 0) return;
-  centre.SetStereo(centre.GetStereo() == ZQAtomStereo::Clockwise ? ZQAtomStereo::CounterClockwise
-                                                                 : ZQAtomStereo::Clockwise);
+  centre.SetStereo(Turned(centre.GetStereo(), position % 2 != 0));
 }
 
 /// The bond of the lowest index that isn't `doubleBond` nor `left`.
@@ -62,7 +61,7 @@ void ReleaseStereo(ZQAtomBase& parent, const ZQBondBase& toLeaving, bool becomes
     if (!becomesHydrogen || !FirstOther(parent, *b, &toLeaving)) {
       b->SetStereo(ZQBondStereo::None);
     } else if (FirstOther(parent, *b, nullptr) == &toLeaving) {
-      b->SetStereo(b->GetStereo() == ZQBondStereo::Cis ? ZQBondStereo::Trans : ZQBondStereo::Cis);
+      b->SetStereo(Turned(b->GetStereo(), true));
     }
   }
 }

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <bit>
 
+#include "platform/quarnel/perception/stereo_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
 
 namespace Quarnel {
@@ -234,7 +236,7 @@ bool SmartsSearch::CentreHolds(std::size_t index) const {
   }
   // The places of the pattern's neighbours among the target's; a place left over belongs to the
   // neighbour left out.
-  std::uint32_t places[4];
+  std::array<std::uint32_t, 4> places{};
   std::uint32_t sum = 0;
   std::size_t leftOut = 4;
   for (std::size_t i = 0; i < 4; ++i) {
@@ -250,12 +252,9 @@ bool SmartsSearch::CentreHolds(std::size_t index) const {
     sum += places[i];
   }
   if (leftOut != 4) places[leftOut] = 6 - sum;
-  bool clockwise = stereo == ZQAtomStereo::Clockwise;
-  for (std::size_t i = 0; i < 4; ++i) {
-    for (std::size_t j = i + 1; j < 4; ++j) clockwise ^= places[i] > places[j];
-  }
-  return holds(clockwise ? SmartsPattern::Centre::Clockwise
-                         : SmartsPattern::Centre::CounterClockwise);
+  return holds(Turned(stereo, IsOdd(places)) == ZQAtomStereo::Clockwise
+                   ? SmartsPattern::Centre::Clockwise
+                   : SmartsPattern::Centre::CounterClockwise);
 }
 
 bool SmartsSearch::DoubleBondHolds(const SmartsPattern::DoubleBond& bond) const {
@@ -266,12 +265,11 @@ bool SmartsSearch::DoubleBondHolds(const SmartsPattern::DoubleBond& bond) const 
   const ZQBondStereo stereo = target_->bonds[edge.bond].bond->GetStereo();
   if (stereo == ZQBondStereo::None) return bond.orUnspecified;
   const auto isReference = [this](std::uint32_t at, std::uint32_t other, std::uint32_t neighbour) {
-    const Target::Edge* first = &target_->edges[target_->atoms[at].firstEdge];
-    return (first->atom == other ? first[1] : *first).atom == neighbour;
+    return ReferenceOf(&target_->edges[target_->atoms[at].firstEdge], other) == neighbour;
   };
   const bool turned = isReference(bgn, end, images_[bond.bgnReference]) !=
                       isReference(end, bgn, images_[bond.endReference]);
-  return (stereo == ZQBondStereo::Cis) == (bond.cis != turned);
+  return (Turned(stereo, turned) == ZQBondStereo::Cis) == bond.cis;
 }
 
 }  // namespace Quarnel

@@ -7,6 +7,7 @@
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/canonical/canonical_order_local.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 namespace {
@@ -318,15 +319,6 @@ void Sextets::Walk(std::uint32_t length) {
   }
 }
 
-void DropStereo(ZQMolBase& mol) {
-  for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
-    if (ZQAtomBase* atom = mol.GetAtomAt(i)) atom->SetStereo(ZQAtomStereo::None);
-  }
-  for (unsigned int i = 0; i < mol.GetMaxBondIdx(); ++i) {
-    if (ZQBondBase* bond = mol.GetBondAt(i)) bond->SetStereo(ZQBondStereo::None);
-  }
-}
-
 /// Ranks by atom index, in which the order of atoms makes no difference, nor whether hydrogens are
 /// atoms. Orders of the candidates play no part.
 std::vector<std::uint32_t> RankAtoms(const ZQMolBase& mol, const MolView& view,
@@ -346,7 +338,9 @@ std::vector<std::uint32_t> RankAtoms(const ZQMolBase& mol, const MolView& view,
   std::vector<unsigned int> parts;
   std::vector<std::uint32_t> ranks;
   for (const bool withStereo : {true, false}) {
-    if (!withStereo) DropStereo(copy);
+    for (unsigned int i = 0; !withStereo && i < copy.GetMaxAtomIdx(); ++i) {
+      if (ZQAtomBase* atom = copy.GetAtomAt(i)) DropStereo(*atom);
+    }
     ZQSuppressHydrogens(copy);
     const unsigned int numParts = ZQDetermineComponents(copy, parts);
     MolView& copied = MolView::Read(copy, MolView::Properties);
