@@ -117,9 +117,8 @@ ZQ_EXPORT void ZQAssignHybridization(ZQMolBase& mol);
 /// refinement. Explicit hydrogens without charge and isotope count like implicit ones.
 ///
 /// An atom: four distinct neighbours, a hydrogen among them or not, around C Si Ge Sn Pb, B(-1), P
-/// As
-/// (+1, or 0 with one double bond) and S Se Te (two double bonds, or a positive charge for each one
-/// less); four distinct heavy neighbours around N(+1); three and a lone pair around P As and S Se
+/// As (+1, or 0 with one double bond) and S Se Te (two double bonds, or a positive charge for each
+/// one less); four distinct heavy neighbours around N(+1); three and a lone pair around P As and S Se
 /// Te (0 with one double bond, +1 with none). Aromatic atoms and amines don't count.
 ///
 /// A double bond that isn't aromatic and in no ring of fewer than eight atoms: C or N at either

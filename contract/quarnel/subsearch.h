@@ -47,6 +47,8 @@
 
 namespace Quarnel {
 
+class SmartsTarget;  // the tables of a molecule that a search reads
+
 /// An atom or bond of a pattern and the one of the molecule that it is mapped onto.
 template <class T>
 struct ZQMatchPair {
@@ -94,11 +96,9 @@ class ZQ_EXPORT ZQSubSearchTarget {
   ZQSubSearchTarget(const ZQSubSearchTarget&) = delete;
   ZQSubSearchTarget& operator=(const ZQSubSearchTarget&) = delete;
 
-  class Impl;
-  Impl& GetImpl() const { return *impl_; }
-
  private:
-  std::unique_ptr<Impl> impl_;
+  friend class ZQSubSearch;
+  std::unique_ptr<SmartsTarget> target_;
 };
 
 /// A pattern, parsed once. Any number of threads may search with one object; one that was moved
@@ -111,8 +111,7 @@ class ZQ_EXPORT ZQSubSearch {
  public:
   /// A text that can't be parsed gives an object that isn't valid and matches nothing, after one
   /// warning: "SMARTS column 4: found "Q", expected an atom primitive". `ignoreStereo` takes `@`
-  /// and
-  /// `@@` as if they weren't there, `/` and `\` for single bonds.
+  /// and `@@` as if they weren't there, `/` and `\` for single bonds.
   explicit ZQSubSearch(const std::string& smarts, bool ignoreStereo = false);
   ~ZQSubSearch();
   ZQSubSearch(ZQSubSearch&& other) noexcept;

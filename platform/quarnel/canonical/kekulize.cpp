@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <vector>
 
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/canonical/canonical_order_local.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 #include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
@@ -334,6 +334,7 @@ std::vector<std::uint32_t> RankAtoms(const ZQMolBase& mol, const MolView& view,
     changed.SetAromatic(false);
     changed.SetOrder(candidate[b] ? candidateOrder : order == 0 ? noOrder : order);
   }
+  const Workspace<MolView> workspace;
   CanonicalOrder order;
   std::vector<unsigned int> parts;
   std::vector<std::uint32_t> ranks;
@@ -343,7 +344,7 @@ std::vector<std::uint32_t> RankAtoms(const ZQMolBase& mol, const MolView& view,
     }
     ZQSuppressHydrogens(copy);
     const unsigned int numParts = ZQDetermineComponents(copy, parts);
-    MolView& copied = MolView::Read(copy, MolView::Properties);
+    MolView& copied = workspace->Read(copy, MolView::Properties);
     copied.FindRings();
     if (!order.Find(copied, parts, numParts)) continue;  // not all of the stereo is real
     ranks.assign(mol.GetMaxAtomIdx(), 0);
@@ -363,10 +364,10 @@ bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit) {
     Sextets sextets;
     std::vector<char> candidate;  // by bond
   };
-  // On the heap, so that the thread's copy is looked up once and not at every use.
-  thread_local const auto scratch = std::make_unique<Scratch>();
+  const Workspace<MolView> workspace;
+  const Workspace<Scratch> scratch;
   auto& [matching, sextets, candidate] = *scratch;
-  MolView& view = MolView::Read(mol, MolView::Properties);
+  MolView& view = workspace->Read(mol, MolView::Properties);
   bool anyAromatic = false;
   for (const MolView::Atom& atom : view.atoms) anyAromatic |= atom.aromatic;
   if (!anyAromatic) return true;
@@ -403,7 +404,6 @@ bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit) {
   if ((anyOptional || !sextets.Cover(view, candidate, matching)) &&
       view.NumAtoms() <= maxAtomsToOrder) {
     const std::vector<std::uint32_t> rankByIdx = RankAtoms(mol, view, candidate);
-    MolView::Read(mol, MolView::Properties);  // the view was used for the ranks
     std::vector<std::uint32_t> rank;
     for (const MolView::Atom& atom : view.atoms) rank.push_back(rankByIdx[atom.atom->GetIdx()]);
     matching.ChooseFirst(view, candidate, rank);

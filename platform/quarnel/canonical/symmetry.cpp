@@ -5,6 +5,7 @@
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/canonical/automorphism_local.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 #include "platform/quarnel/perception/hybridization_local.h"
 #include "platform/quarnel/perception/partition_local.h"
 #include "platform/quarnel/perception/stereo_local.h"
@@ -126,9 +127,10 @@ void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
     std::vector<std::uint8_t> hyb;
     std::vector<std::uint32_t> classes;
   };
-  thread_local Scratch scratch;
-  auto& [partition, chirality, orbits, hyb, classes] = scratch;  // looked up once
-  const MolView& view = MolView::Read(mol, MolView::Properties);
+  const Workspace<MolView> workspace;
+  const Workspace<Scratch> scratch;
+  auto& [partition, chirality, orbits, hyb, classes] = *scratch;
+  const MolView& view = workspace->Read(mol, MolView::Properties);
   const std::uint32_t n = view.NumAtoms();
   const bool findHyb = !mol.IsPerceived(ZQPerceived::Hybridization);
   const bool findChiral = !mol.IsPerceived(ZQPerceived::Chirality);

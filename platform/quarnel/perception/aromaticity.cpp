@@ -8,6 +8,7 @@
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/molecule/valence_electrons_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 
 // The graph of atoms that could take part is contracted: atoms with two such neighbours vanish
 // into chains between the branching atoms. A drug's ring system has a handful of chains, and a
@@ -588,13 +589,14 @@ bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear, unsig
     return false;
   }
   if (!mol.IsPerceived(ZQPerceived::Rings)) ZQFindRingAtomsAndBonds(mol);
-  thread_local AromaticSystems systems;
-  MolView& view = MolView::Read(mol, MolView::Properties);
+  const Workspace<MolView> workspace;
+  const Workspace<AromaticSystems> systems;
+  MolView& view = workspace->Read(mol, MolView::Properties);
   if (clear) {
     for (MolView::Atom& atom : view.atoms) atom.aromatic = false;
     for (MolView::Bond& bond : view.bonds) bond.aromatic = false;
   }
-  systems.Run(view, maxRing == 0 ? largestRing : std::min(maxRing, largestRing));
+  systems->Run(view, maxRing == 0 ? largestRing : std::min(maxRing, largestRing));
   for (const unsigned int follower :
        {ZQPerceived::Hybridization, ZQPerceived::Chirality, ZQPerceived::Symmetry}) {
     if (mol.IsPerceived(follower) && HasOtherFlags(view)) mol.SetPerceived(follower, false);

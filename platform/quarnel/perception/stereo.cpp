@@ -4,6 +4,7 @@
 #include <array>
 
 #include "contract/quarnel/perception.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 
 namespace Quarnel {
 namespace {
@@ -241,9 +242,14 @@ void DropStereo(ZQAtomBase& atom) {
 void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly) {
   if (!specifiedOnly && mol.IsPerceived(ZQPerceived::Chirality)) return;
   mol.SetPerceived(ZQPerceived::Chirality, false);
-  thread_local Partition partition;
-  thread_local Chirality chirality;
-  const MolView& view = MolView::Read(mol, MolView::Properties);
+  struct Scratch {
+    Partition partition;
+    Chirality chirality;
+  };
+  const Workspace<MolView> workspace;
+  const Workspace<Scratch> scratch;
+  auto& [partition, chirality] = *scratch;
+  const MolView& view = workspace->Read(mol, MolView::Properties);
   partition.Build(view);
   chirality.Find(view, partition);
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {

@@ -17,7 +17,7 @@ bool Has(const std::uint64_t* set, std::uint32_t atom) {
 
 }  // namespace
 
-bool SmartsSearch::Start(const SmartsPattern& pattern, Target& target) {
+bool SmartsSearch::Start(const SmartsPattern& pattern, SmartsTarget& target) {
   pattern_ = &pattern;
   target_ = &target;
   isSmall_ = target.NumAtoms() <= 64;
@@ -109,7 +109,7 @@ void SmartsSearch::Enter(Level& level) {
     level.next = 0;
     level.end = target_->NumAtoms();
   } else {
-    const Target::Atom& from = target_->atoms[images_[level.step->parent]];
+    const SmartsTarget::Atom& from = target_->atoms[images_[level.step->parent]];
     level.next = from.firstEdge;
     level.end = from.firstEdge + from.degree;
   }
@@ -144,7 +144,7 @@ bool SmartsSearch::GroupAdmits(const Level& level, std::uint32_t atom) const {
 bool SmartsSearch::Closes(const SmartsPattern::Step& step, std::uint32_t atom) const {
   const SmartsPattern::Closure* closure = &pattern_->closures[step.firstClosure];
   return std::all_of(closure, closure + step.numClosures, [&](const auto& bond) {
-    const Target::Edge* edge = target_->FindEdge(atom, images_[bond.atom]);
+    const SmartsTarget::Edge* edge = target_->FindEdge(atom, images_[bond.atom]);
     return edge && (edge->bondClass & bond.mask) != 0;
   });
 }
@@ -162,7 +162,7 @@ std::uint32_t SmartsSearch::NextCandidate(Level& level) {
   const SmartsPattern::Step& step = *level.step;
   if (step.parent == none) return NextRoot(level);
   while (level.next < level.end) {
-    const Target::Edge& edge = target_->edges[level.next++];
+    const SmartsTarget::Edge& edge = target_->edges[level.next++];
     if ((edge.bondClass & step.mask) != 0 && Has(level.domain, edge.atom) &&
         !Has(used_.data(), edge.atom) && (step.numClosures == 0 || Closes(step, edge.atom))) {
       return edge.atom;
@@ -222,7 +222,7 @@ bool SmartsSearch::StereoHolds() const {
 bool SmartsSearch::CentreHolds(std::size_t index) const {
   const SmartsPattern::Centre& centre = pattern_->centres[index];
   const std::uint32_t image = images_[centre.atom];
-  const Target::Atom& atom = target_->atoms[image];
+  const SmartsTarget::Atom& atom = target_->atoms[image];
   const auto holds = [&](std::size_t turn) {
     return Has(target_->Words(sets_[pattern_->domains.size() + index * 3 + turn]), image);
   };
@@ -260,7 +260,7 @@ bool SmartsSearch::CentreHolds(std::size_t index) const {
 bool SmartsSearch::DoubleBondHolds(const SmartsPattern::DoubleBond& bond) const {
   const std::uint32_t bgn = images_[pattern_->bonds[bond.bond].bgn];
   const std::uint32_t end = images_[pattern_->bonds[bond.bond].end];
-  const Target::Edge& edge = *target_->FindEdge(bgn, end);
+  const SmartsTarget::Edge& edge = *target_->FindEdge(bgn, end);
   if ((edge.bondClass & BondsOfOrder(2)) == 0) return true;
   const ZQBondStereo stereo = target_->bonds[edge.bond].bond->GetStereo();
   if (stereo == ZQBondStereo::None) return bond.orUnspecified;

@@ -14,7 +14,7 @@
 
 namespace Quarnel {
 
-class ZQSubSearchTarget::Impl {
+class SmartsTarget {
  public:
   struct Edge {
     std::uint32_t atom;
@@ -47,7 +47,7 @@ class ZQSubSearchTarget::Impl {
     std::uint32_t count;
   };
 
-  explicit Impl(const ZQMolBase& mol);
+  explicit SmartsTarget(const ZQMolBase& mol);
 
   std::uint32_t NumAtoms() const { return static_cast<std::uint32_t>(atoms.size()); }
   /// The atoms that satisfy the expression, whatever it says of chirality. The words of a set move
