@@ -85,8 +85,8 @@ class ZQ_EXPORT ZQMatch final : public ZQMatchBase {
   std::vector<ZQMatchPair<ZQBondBase>> bonds_;
 };
 
-/// A molecule made ready to be searched by many patterns: what they ask of an atom is looked up
-/// once. Reads the molecule's aromaticity as it stands; ring membership and hybridization are found
+/// A molecule made ready to be searched by many patterns: what they need of an atom is looked up
+/// once. Reads the molecule's aromaticity as it is; ring membership and hybridization are found
 /// on the side if they aren't perceived. The molecule must outlive it, unchanged. Belongs to one
 /// thread.
 class ZQ_EXPORT ZQSubSearchTarget {

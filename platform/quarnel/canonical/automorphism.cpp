@@ -5,6 +5,13 @@
 
 #include "platform/quarnel/perception/stereo_local.h"
 
+// Backtracking over images of atoms. Most automorphisms of a sparse graph move few atoms (P. T.
+// Darga, K. A. Sakallah and I. L. Markov, DAC 2008, 149-154), so that a search only assigns what
+// the first pair forces: neighbours of an atom that moved, and atoms whose place was taken. All
+// others stay. Cells are equitable, hence a partial mapping that keeps cells and bonds seldom fails
+// late. A configuration is checked as soon as all its neighbours have images, and those that are
+// still broken at the end force further atoms to move.
+
 namespace Quarnel {
 
 namespace {
@@ -63,7 +70,7 @@ bool AutomorphismSearch::Find(std::uint32_t from, std::uint32_t to) {
 }
 
 // Once no atom waits, atoms that lost their place make up another component, which takes the first
-// one's place. All others stay, unless a configuration asks for more moves: two other neighbours
+// one's place. All others stay, unless a configuration needs more moves: two other neighbours
 // may have to change places, too.
 bool AutomorphismSearch::Complete() {
   while (true) {
@@ -73,7 +80,7 @@ bool AutomorphismSearch::Complete() {
     }
     const std::uint32_t broken = watched_.empty() ? none : FindBroken();
     if (broken == none) return true;
-    if (!AskAround(broken) && !Backtrack()) return false;
+    if (!QueueAround(broken) && !Backtrack()) return false;
   }
 }
 
@@ -89,10 +96,10 @@ std::uint32_t AutomorphismSearch::FindBroken() {
   return none;
 }
 
-// Asks for images of what the configuration is about; false if all have one.
-bool AutomorphismSearch::AskAround(std::uint32_t atom) {
+// Queues the atoms without an image that the configuration depends on; false if all have one.
+bool AutomorphismSearch::QueueAround(std::uint32_t atom) {
   const std::size_t before = queue_.size();
-  const auto ask = [this](std::uint32_t a) {
+  const auto queue = [this](std::uint32_t a) {
     if (image_[a] == none) {
       queue_.push_back(a);
       return;
@@ -101,9 +108,9 @@ bool AutomorphismSearch::AskAround(std::uint32_t atom) {
       if (image_[edge.atom] == none) queue_.push_back(edge.atom);
     }
   };
-  ask(atom);
+  queue(atom);
   const std::uint32_t bond = watched_[atom].bond;
-  if (bond != none && image_[atom] != none) ask(view_->bonds[bond].Other(atom));
+  if (bond != none && image_[atom] != none) queue(view_->bonds[bond].Other(atom));
   return queue_.size() != before;
 }
 

@@ -6,19 +6,29 @@
 
 #include "platform/quarnel/molecule/mix_local.h"
 
+// Refine and set apart, after B. D. McKay (Congr. Numer. 30, 45-87, 1981): properties and numbers
+// of neighbours split the atoms into cells until nothing more splits; then one atom of the first
+// cell that has several gets a cell of its own, and so on until all cells are single. Which atom
+// makes no difference if symmetry takes it to all others of its cell, and in molecules it nearly
+// always does; else each kind is tried and the least result taken. Configurations take part as soon
+// as the neighbours of their atoms are in distinct cells. One that stays undetermined although the
+// order is complete is real unless an automorphism turns it, and nothing else, into its opposite.
+
 namespace Quarnel {
 
 namespace {
 
 constexpr std::uint32_t none = MolView::none;
 
-/// What the search may look at, and what its steps cost, in bonds.
+/// What the search may look at, and what its steps cost, in bonds. Of 38,000 molecules, 8,000 of
+/// them picked as hard, the most costly one took 654 bonds an atom in all, and a search for an
+/// automorphism 6,171 bonds. The rest is for graphs of thousands of equal atoms.
 constexpr std::uint64_t budgetPerAtom = 10000;
 constexpr std::uint64_t baseBudget = std::uint64_t{1} << 24;
 constexpr std::uint64_t limitPerAtom = 1000;  // of one search for an automorphism
 constexpr std::uint64_t baseLimit = 50000;
-constexpr std::uint64_t costOfTrial = 8;  // per atom
-constexpr std::uint64_t costOfNode = 64;  // per atom
+constexpr std::uint64_t costOfTrial = 8;  // per atom: copies the cells and refines
+constexpr std::uint64_t costOfNode = 64;  // per atom: keeps all tables of a partition for later
 
 }  // namespace
 
@@ -30,14 +40,14 @@ bool CanonicalOrder::Find(const MolView& view, std::span<const unsigned int> par
   SplitByLargeValues();
   FindCentres();
   if (!unreal_.empty()) return false;
-  if (!node_.untold.empty()) SplitByStereo();
+  if (!node_.undetermined.empty()) SplitByStereo();
   search_.SetGraph(view, node_.partition, baseBudget + budgetPerAtom * n,
                    baseLimit + limitPerAtom * n);
   parent_.resize(n);
   numMoves_.resize(n);
   std::vector<std::uint32_t> sizes(numParts + 1, 0);
   for (const MolView::Atom& atom : view.atoms) ++sizes[parts[atom.atom->GetIdx()]];
-  if (node_.untold.empty()) {
+  if (node_.undetermined.empty()) {
     OrderParts(sizes);
     return true;
   }
@@ -55,22 +65,22 @@ void CanonicalOrder::OrderParts(std::span<const std::uint32_t> sizes) {
   }
 }
 
-// All centres are untold at first, but those that can't be real: of a kind that holds no
+// All centres are undetermined at first, but those that can't be real: of a kind that holds no
 // configuration, or with two equal ligands of one atom each.
 void CanonicalOrder::FindCentres() {
-  node_.untold.clear();
+  node_.undetermined.clear();
   unreal_.clear();
   for (std::uint32_t a = 0; a < view_->NumAtoms(); ++a) {
     if (view_->atoms[a].atom->GetStereo() == ZQAtomStereo::None) continue;
     const bool canBeReal = CanHold(*view_, a) && !HasLeafTwins(a);
-    (canBeReal ? node_.untold : unreal_).push_back({a, none});
+    (canBeReal ? node_.undetermined : unreal_).push_back({a, none});
   }
   for (std::uint32_t b = 0; b < view_->NumBonds(); ++b) {
     const MolView::Bond& bond = view_->bonds[b];
     if (bond.bond->GetStereo() == ZQBondStereo::None) continue;
     const bool canBeReal =
         CanHold(*view_, bond) && !HasLeafTwins(bond.bgn) && !HasLeafTwins(bond.end);
-    (canBeReal ? node_.untold : unreal_).push_back({none, b});
+    (canBeReal ? node_.undetermined : unreal_).push_back({none, b});
   }
 }
 
@@ -80,15 +90,15 @@ bool CanonicalOrder::HasLeafTwins(std::uint32_t atom) const {
   });
 }
 
-// Of the centres whose configuration the cells of the root don't tell, the first by rank that isn't
-// real: without it others may be.
+// Of the centres whose configuration the cells of the root leave undetermined, the first by rank
+// that isn't real: without it others may be.
 void CanonicalOrder::FindUnreal(Node& root) {
   const auto rankOf = [this](const StereoCentre& centre) {
     if (!centre.IsBond()) return std::pair(RankOf(centre.atom), 0U);
     const MolView::Bond& bond = view_->bonds[centre.bond];
     return std::pair(std::min(RankOf(bond.bgn), RankOf(bond.end)), 1U);
   };
-  std::vector<StereoCentre> centres = root.untold;
+  std::vector<StereoCentre> centres = root.undetermined;
   std::ranges::sort(centres, {}, rankOf);
   const Node ordered = std::exchange(node_, std::move(root));
   for (const StereoCentre& centre : centres) {
@@ -107,7 +117,7 @@ void CanonicalOrder::SplitByLargeValues() {
       [](const MolView::Atom& atom) { return atom.isotope; },
       [](const MolView::Atom& atom) { return static_cast<std::uint32_t>(atom.charge); },
       [](const MolView::Atom& atom) { return atom.implicitH; }};
-  constexpr int limit = 31;
+  constexpr int limit = 31;  // the first key has 5 bits for hydrogens and 10 for an isotope
   const auto isLarge = [](const MolView::Atom& atom) {
     return atom.atom->GetMapIdx() != 0 || atom.isotope >= 1023 || atom.charge > limit ||
            atom.charge < -limit || atom.implicitH >= limit;
@@ -124,36 +134,36 @@ void CanonicalOrder::SplitByLargeValues() {
 void CanonicalOrder::SplitByStereo() {
   for (const bool bonds : {false, true}) {
     labels_.clear();
-    for (const StereoCentre& centre : node_.untold) {
+    for (const StereoCentre& centre : node_.undetermined) {
       if (centre.IsBond() != bonds) continue;
       if (bonds) {
-        labels_.push_back({Untold, view_->bonds[centre.bond].bgn});
-        labels_.push_back({Untold, view_->bonds[centre.bond].end});
+        labels_.push_back({Undetermined, view_->bonds[centre.bond].bgn});
+        labels_.push_back({Undetermined, view_->bonds[centre.bond].end});
       } else {
-        labels_.push_back({Untold, centre.atom});
+        labels_.push_back({Undetermined, centre.atom});
       }
     }
     node_.partition.Split(*view_, labels_);
   }
-  while (SplitByToldOf(false) || SplitByToldOf(true)) {
+  while (SplitByDetermined(false) || SplitByDetermined(true)) {
   }
 }
 
-// By the configurations that cells have come to tell; false if there were none.
-bool CanonicalOrder::SplitByToldOf(bool bonds) {
+// By the configurations that cells have come to determine; false if there were none.
+bool CanonicalOrder::SplitByDetermined(bool bonds) {
   labels_.clear();
-  std::erase_if(node_.untold, [&](const StereoCentre& centre) {
+  std::erase_if(node_.undetermined, [&](const StereoCentre& centre) {
     if (centre.IsBond() != bonds) return false;
     if (bonds) {
       const MolView::Bond& bond = view_->bonds[centre.bond];
-      const Configuration told = ConfigurationOf(*view_, node_.partition, bond);
-      if (told == Untold) return false;
-      labels_.push_back({told, bond.bgn});
-      labels_.push_back({told, bond.end});
+      const Configuration configuration = ConfigurationOf(*view_, node_.partition, bond);
+      if (configuration == Undetermined) return false;
+      labels_.push_back({configuration, bond.bgn});
+      labels_.push_back({configuration, bond.end});
     } else {
-      const Configuration told = ConfigurationOf(*view_, node_.partition, centre.atom);
-      if (told == Untold) return false;
-      labels_.push_back({told, centre.atom});
+      const Configuration configuration = ConfigurationOf(*view_, node_.partition, centre.atom);
+      if (configuration == Undetermined) return false;
+      labels_.push_back({configuration, centre.atom});
     }
     return true;
   });
@@ -166,7 +176,7 @@ bool CanonicalOrder::SplitByToldOf(bool bonds) {
 // opposite: then both are one molecule.
 bool CanonicalOrder::IsReal(const StereoCentre& centre) {
   const Node before = node_;
-  std::erase_if(node_.untold, [&](const StereoCentre& other) {
+  std::erase_if(node_.undetermined, [&](const StereoCentre& other) {
     return other.atom == centre.atom && other.bond == centre.bond;
   });
   bool canTurn = false;
@@ -174,11 +184,11 @@ bool CanonicalOrder::IsReal(const StereoCentre& centre) {
     const MolView::Bond& bond = view_->bonds[centre.bond];
     SetApart(bond.bgn);
     SetApart(bond.end);
-    search_.Watch(node_.untold, &centre);
+    search_.Watch(node_.undetermined, &centre);
     canTurn = CanTurn(bond.bgn, bond.end) || CanTurn(bond.end, bond.bgn);
   } else {
     SetApart(centre.atom);
-    search_.Watch(node_.untold, &centre);
+    search_.Watch(node_.undetermined, &centre);
     canTurn = CanTurn(centre.atom, none);
   }
   node_ = before;
@@ -194,7 +204,7 @@ bool CanonicalOrder::CanTurn(std::uint32_t around, std::uint32_t except) {
 
 void CanonicalOrder::SetApart(std::uint32_t atom) {
   node_.partition.SetApart(*view_, atom);
-  while (SplitByToldOf(false) || SplitByToldOf(true)) {
+  while (SplitByDetermined(false) || SplitByDetermined(true)) {
   }
 }
 
@@ -241,7 +251,7 @@ bool CanonicalOrder::IsOneOrbit(std::uint32_t cell) {
   const std::span<const std::uint32_t> members = node_.partition.Cell(cell);
   for (const std::uint32_t a : members) parent_[a] = a;
   for (const Automorphism& automorphism : known_) JoinMoved(automorphism, cell);
-  search_.Watch(node_.untold);
+  search_.Watch(node_.undetermined);
   return std::ranges::all_of(members, [&](std::uint32_t a) {
     return IsMapped(members.front(), a, cell) || search_.BudgetLeft() == 0;
   });
@@ -315,13 +325,13 @@ std::uint32_t CanonicalOrder::LeastMoved(std::uint32_t cell) {
   return *std::ranges::min_element(members, {}, [this](std::uint32_t a) { return numMoves_[a]; });
 }
 
-// The colour of a bond and its configuration as the cells tell it.
-std::uint64_t CanonicalOrder::Tell(std::uint32_t bond) const {
+// The colour of a bond and its configuration in the order of the cells.
+std::uint64_t CanonicalOrder::ColourWithStereo(std::uint32_t bond) const {
   return std::uint64_t{node_.partition.ColourOf(bond)} << 2 |
          ConfigurationOf(*view_, node_.partition, view_->bonds[bond]);
 }
 
-// In an equitable partition one atom tells of its whole cell.
+// In an equitable partition one atom stands for its whole cell.
 std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const {
   const Partition& partition = node_.partition;
   std::uint64_t hash = 0;
@@ -330,7 +340,7 @@ std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const
     std::uint64_t sum =
         std::uint64_t{cell - begin} << 2 | ConfigurationOf(*view_, partition, first);
     for (const MolView::Edge& edge : view_->Edges(first)) {
-      sum += Mix(std::uint64_t{RankOf(edge.atom) - begin} << 32 | Tell(edge.bond));
+      sum += Mix(std::uint64_t{RankOf(edge.atom) - begin} << 32 | ColourWithStereo(edge.bond));
     }
     hash = Mix(hash ^ Mix(sum));
     cell += static_cast<std::uint32_t>(partition.Cell(cell).size());
@@ -348,7 +358,8 @@ std::vector<std::uint64_t> CanonicalOrder::Certificate(std::uint32_t begin,
     const auto firstBond = static_cast<std::ptrdiff_t>(certificate.size());
     for (const MolView::Edge& edge : view_->Edges(a)) {
       if (RankOf(edge.atom) > RankOf(a)) continue;
-      certificate.push_back(std::uint64_t{RankOf(edge.atom) + 1} << 32 | Tell(edge.bond));
+      certificate.push_back(std::uint64_t{RankOf(edge.atom) + 1} << 32 |
+                            ColourWithStereo(edge.bond));
     }
     std::sort(certificate.begin() + firstBond, certificate.end());
   }

@@ -30,8 +30,8 @@ char WithCaseOf(char letter, char model) {
   return IsLower(model) ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-// Appends what stands between brackets at the start of `smiles`, both brackets included; returns
-// its length there.
+// Appends the atom in brackets at the start of `smiles`, brackets included; returns its length
+// there.
 std::size_t AppendBracketAtom(std::string& text, std::string_view smiles) {
   std::size_t at = 1;
   while (IsDigit(smiles[at])) ++at;

@@ -125,7 +125,7 @@ class Slots {
   void Shrink(unsigned int size) { size_ = size; }
 
  private:
-  static constexpr unsigned int blockSize = 64;
+  static constexpr unsigned int blockSize = 64;  // a drug-like molecule fits in one
   std::vector<std::unique_ptr<T[]>> blocks_;
   unsigned int size_ = 0;
 };

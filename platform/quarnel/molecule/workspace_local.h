@@ -9,6 +9,9 @@ namespace Quarnel {
 /// next: it lives as long as the workspace and then waits for the thread's next one. Two workspaces
 /// that live at a time have an object each, so that no call overwrites what another still reads.
 /// The object comes in the state that its last user left.
+///
+/// Objects made anew instead cost 18 % more instructions for the path fingerprint of a drug-like
+/// molecule, read from SMILES, 20 % for Lingo and 66 % for MACCS keys.
 template <class T>
 class Workspace {
  public:

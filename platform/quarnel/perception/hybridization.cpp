@@ -17,7 +17,7 @@ struct Orbitals {
 Orbitals CountOrbitals(const MolView& view, std::uint32_t a) {
   const MolView::Atom& atom = view.atoms[a];
   const unsigned int outer = GetValenceElectrons(atom.element);
-  // In the d and f blocks the neighbours alone tell.
+  // In the d and f blocks only the neighbours count.
   if (outer == 0) return {atom.implicitH + atom.degree, 0};
   Orbitals orbitals{atom.implicitH, 0};
   unsigned int valence = atom.implicitH;

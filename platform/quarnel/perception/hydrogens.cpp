@@ -15,8 +15,8 @@ unsigned int NumBonds(const ZQAtomBase& atom) {
   return count;
 }
 
-/// The atom told its configuration by four explicit neighbours, the hydrogen among them: without
-/// it the configuration still stands, with the hydrogen now first in the order of neighbours. With
+/// The configuration was given by four explicit neighbours, the hydrogen among them: without
+/// it the configuration stays, with the hydrogen now first in the order of neighbours. With
 /// three, a lone pair being the fourth, it doesn't.
 void MoveToFront(ZQAtomBase& centre, const ZQBondBase& toHydrogen) {
   unsigned int position = 0;
@@ -34,7 +34,7 @@ const ZQBondBase* FirstOther(const ZQAtomBase& end, const ZQBondBase& doubleBond
   return b;
 }
 
-/// Whether stereo of the parent or of a double bond at it can't be told without the hydrogen.
+/// Whether stereo of the parent or of a double bond at it can't be described without the hydrogen.
 bool HasStereoRole(const ZQAtomBase& parent, const ZQBondBase& toHydrogen) {
   const unsigned int numBonds = NumBonds(parent);
   if (numBonds == 3) {

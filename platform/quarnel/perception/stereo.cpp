@@ -130,9 +130,9 @@ Configuration ConfigurationOf(const MolView& view, const Partition& partition, s
   if (view.atoms[a].degree < 4) cells[count++] = none;
   for (const MolView::Edge& edge : view.Edges(a)) {
     const std::uint32_t cell = partition.CellOf(edge.atom);
-    if (count == 4) return Untold;
+    if (count == 4) return Undetermined;
     for (std::size_t i = 0; i < count; ++i) {
-      if (cells[i] == cell) return Untold;
+      if (cells[i] == cell) return Undetermined;
     }
     cells[count++] = cell;
   }
@@ -150,7 +150,7 @@ Configuration ConfigurationOf(const MolView& view, const Partition& partition,
     for (const MolView::Edge& edge : view.Edges(end)) {
       if (edge.atom == bond.Other(end)) continue;
       const std::uint32_t cell = partition.CellOf(edge.atom);
-      if (known && cell == first) return Untold;
+      if (known && cell == first) return Undetermined;
       if (known) odd ^= first > cell;
       if (!known) first = cell;
       known = true;
@@ -262,7 +262,7 @@ void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly) {
     bond.SetChiral(chirality.bonds[b] != 0 &&
                    (!specifiedOnly || bond.GetStereo() != ZQBondStereo::None));
   }
-  // The step stands for all that could carry stereo.
+  // The step means all that could carry stereo.
   if (!specifiedOnly) mol.SetPerceived(ZQPerceived::Chirality, true);
 }
 

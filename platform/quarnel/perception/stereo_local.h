@@ -7,7 +7,7 @@
 /// There are three rules of what can hold a configuration. Perception (`Chirality`) follows a table
 /// of elements, so that invariants are the same everywhere. The canonical order (`CanHold`) takes
 /// what was drawn unless it can't be real. A molfile (`CanBeDrawn`, `CanBeDrawnEnd`) has to
-/// interpret a drawing, in which wedges also stand at atoms that hold nothing.
+/// interpret a drawing, in which wedges also start at atoms that hold nothing.
 
 #include <cstdint>
 #include <span>
@@ -47,9 +47,9 @@ std::uint32_t ReferenceOf(const AnyEdge* edges, std::uint32_t other) {
   return edges[edges[0].atom == other ? 1 : 0].atom;
 }
 
-/// How a configuration reads when neighbours are taken in the order of their cells. Untold: two of
-/// them share a cell.
-enum Configuration : std::uint8_t { NoStereo, Even, Odd, Untold };
+/// How a configuration reads when neighbours are taken in the order of their cells. Undetermined:
+/// two of them share a cell.
+enum Configuration : std::uint8_t { NoStereo, Even, Odd, Undetermined };
 
 Configuration ConfigurationOf(const MolView& view, const Partition& partition, std::uint32_t atom);
 Configuration ConfigurationOf(const MolView& view, const Partition& partition,
@@ -88,7 +88,7 @@ struct Chirality {
   std::vector<char> bonds;
 };
 
-/// Whether a configuration of the atom or bond could be real, for what stands there itself. Needs
+/// Whether a configuration of the atom or bond could be real, for its own ligands. Needs
 /// the view's ring membership.
 bool CanHold(const MolView& view, std::uint32_t atom);
 bool CanHold(const MolView& view, const MolView::Bond& bond);

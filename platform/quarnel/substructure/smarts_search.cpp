@@ -5,6 +5,14 @@
 #include "platform/quarnel/perception/stereo_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
 
+// Backtracking over sets of candidates, as in J. R. Ullmann (J. ACM 23, 31-42, 1976): the atoms
+// that satisfy each expression are found beforehand, so that a pattern fails at once where a set is
+// too small, and the search begins with the atom that has the fewest. The order of all others was
+// fixed with the pattern: each is bonded to one mapped before. With up to 64 atoms in the molecule
+// a set is one word, and the candidates of an atom are the intersection of its set with the
+// neighbours of the atoms that it is bonded to; in larger molecules they come from the bonds of one
+// of those. Configurations are compared once all atoms are mapped.
+
 namespace Quarnel {
 
 namespace {
@@ -230,7 +238,7 @@ bool SmartsSearch::CentreHolds(std::size_t index) const {
   if (stereo == ZQAtomStereo::None) return holds(SmartsPattern::Centre::Unspecified);
   const bool implicit = atom.degree == 3;
   if (centre.neighbours.empty() || (atom.degree != 4 && !implicit)) {
-    // The pattern doesn't tell one turn from the other.
+    // The pattern doesn't distinguish the turns.
     return holds(SmartsPattern::Centre::CounterClockwise) ||
            holds(SmartsPattern::Centre::Clockwise);
   }

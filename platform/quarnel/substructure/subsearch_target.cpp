@@ -10,13 +10,21 @@
 #include "platform/quarnel/perception/hybridization_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
 
+// Many patterns need the same of an atom: the 166 MACCS keys share 25 primitives. Each primitive
+// and each expression is evaluated once for all atoms of the molecule, into a set of bits;
+// expressions combine the sets of their primitives word by word. Sets lie one behind the other in
+// one array, found by a hash table of open addressing whose key is the serial number of the
+// expression, which no two expressions of a process share, or the code of the primitive. A
+// recursive primitive runs a search of its own from each atom that the rest of its expression
+// leaves.
+
 namespace Quarnel {
 
 ZQSubSearchTarget::ZQSubSearchTarget(const ZQMolBase& mol)
     : target_(std::make_unique<SmartsTarget>(mol)) {}
 ZQSubSearchTarget::~ZQSubSearchTarget() = default;
 
-SmartsTarget::SmartsTarget(const ZQMolBase& mol) : mol_(mol), table_(256) {
+SmartsTarget::SmartsTarget(const ZQMolBase& mol) : mol_(mol), table_(firstTableSize) {
   const Workspace<MolView> workspace;
   MolView& view = workspace->Read(mol, MolView::Properties);
   if (!mol.IsPerceived(ZQPerceived::Rings)) view.FindRings();
@@ -43,7 +51,7 @@ SmartsTarget::SmartsTarget(const ZQMolBase& mol) : mol_(mol), table_(256) {
     }
   }
   numWords_ = (NumAtoms() + 63) / 64;
-  words_.reserve(std::size_t{numWords_} * 128);
+  words_.reserve(numWords_ * firstTableSize / 2);
 }
 
 namespace {
@@ -55,7 +63,7 @@ class WordBuffer {
   std::uint64_t* Get() { return many_.empty() ? few_ : many_.data(); }
 
  private:
-  static constexpr std::size_t few = 8;
+  static constexpr std::size_t few = 8;  // 512 atoms: small molecules need no memory
   std::uint64_t few_[few];
   std::vector<std::uint64_t> many_;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-/// A molecule in flat arrays, and for each atom expression asked of it the set of atoms that
+/// A molecule in flat arrays, and for each atom expression looked up in it the set of atoms that
 /// satisfy it, found once.
 
 #include <array>
@@ -50,7 +50,7 @@ class SmartsTarget {
   explicit SmartsTarget(const ZQMolBase& mol);
 
   std::uint32_t NumAtoms() const { return static_cast<std::uint32_t>(atoms.size()); }
-  /// The atoms that satisfy the expression, whatever it says of chirality. The words of a set move
+  /// The atoms that satisfy the expression, chirality aside. The words of a set move
   /// when another is looked up for the first time.
   Set Find(const AtomExpression& expression, std::uint64_t serial) {
     const Entry& entry = *Place(serial);
@@ -79,6 +79,9 @@ class SmartsTarget {
     std::uint64_t key;  // the expression's serial or the literal's code; 0 for a free place
     Set set;
   };
+
+  /// The MACCS keys look up 69 sets, and the table is at most half full.
+  static constexpr std::size_t firstTableSize = 256;
 
   Entry* Place(std::uint64_t key) {
     std::size_t place = key & (table_.size() - 1);
