@@ -135,36 +135,37 @@ void CanonicalOrder::SplitByStereo() {
   for (const bool bonds : {false, true}) {
     labels_.clear();
     for (const StereoCentre& centre : node_.undetermined) {
-      if (centre.IsBond() != bonds) continue;
-      if (bonds) {
-        labels_.push_back({Undetermined, view_->bonds[centre.bond].bgn});
-        labels_.push_back({Undetermined, view_->bonds[centre.bond].end});
-      } else {
-        labels_.push_back({Undetermined, centre.atom});
-      }
+      if (centre.IsBond() == bonds) Label(centre, Undetermined);
     }
     node_.partition.Split(*view_, labels_);
   }
+  SplitByDetermined();
+}
+
+void CanonicalOrder::Label(const StereoCentre& centre, Configuration configuration) {
+  if (!centre.IsBond()) {
+    labels_.push_back({configuration, centre.atom});
+    return;
+  }
+  const MolView::Bond& bond = view_->bonds[centre.bond];
+  labels_.insert(labels_.end(), {{configuration, bond.bgn}, {configuration, bond.end}});
+}
+
+// By the configurations that cells have come to determine, until there are no more.
+void CanonicalOrder::SplitByDetermined() {
   while (SplitByDetermined(false) || SplitByDetermined(true)) {
   }
 }
 
-// By the configurations that cells have come to determine; false if there were none.
 bool CanonicalOrder::SplitByDetermined(bool bonds) {
   labels_.clear();
   std::erase_if(node_.undetermined, [&](const StereoCentre& centre) {
     if (centre.IsBond() != bonds) return false;
-    if (bonds) {
-      const MolView::Bond& bond = view_->bonds[centre.bond];
-      const Configuration configuration = ConfigurationOf(*view_, node_.partition, bond);
-      if (configuration == Undetermined) return false;
-      labels_.push_back({configuration, bond.bgn});
-      labels_.push_back({configuration, bond.end});
-    } else {
-      const Configuration configuration = ConfigurationOf(*view_, node_.partition, centre.atom);
-      if (configuration == Undetermined) return false;
-      labels_.push_back({configuration, centre.atom});
-    }
+    const Configuration configuration =
+        bonds ? ConfigurationOf(*view_, node_.partition, view_->bonds[centre.bond])
+              : ConfigurationOf(*view_, node_.partition, centre.atom);
+    if (configuration == Undetermined) return false;
+    Label(centre, configuration);
     return true;
   });
   if (labels_.empty()) return false;
@@ -204,8 +205,7 @@ bool CanonicalOrder::CanTurn(std::uint32_t around, std::uint32_t except) {
 
 void CanonicalOrder::SetApart(std::uint32_t atom) {
   node_.partition.SetApart(*view_, atom);
-  while (SplitByDetermined(false) || SplitByDetermined(true)) {
-  }
+  SplitByDetermined();
 }
 
 void CanonicalOrder::OrderPart(std::uint32_t begin, std::uint32_t end) {

@@ -48,6 +48,8 @@ class CanonicalOrder {
   void OrderParts(std::span<const std::uint32_t> sizes);
   void SplitByLargeValues();
   void SplitByStereo();
+  void Label(const StereoCentre& centre, Configuration configuration);
+  void SplitByDetermined();
   bool SplitByDetermined(bool bonds);
   bool IsReal(const StereoCentre& centre);
   bool CanTurn(std::uint32_t around, std::uint32_t except);

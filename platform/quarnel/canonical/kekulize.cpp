@@ -33,16 +33,18 @@ Need NeedOf(unsigned int element, int charge, unsigned int sigma) {
 /// 1965), which also may end by freeing an optional atom.
 class Matching {
  public:
-  void Reset(std::uint32_t numAtoms) {
-    need.assign(numAtoms, Need::Never);
-    mate.assign(numAtoms, none);
+  /// No atom has a need yet. View and candidates, by bond, must stay.
+  void SetGraph(const MolView& view, const std::vector<char>& candidate) {
+    view_ = &view;
+    candidate_ = &candidate;
+    need.assign(view.NumAtoms(), Need::Never);
+    mate.assign(view.NumAtoms(), none);
   }
-  void Start(const MolView& view, const std::vector<char>& candidate);
-  bool Augment(const MolView& view, const std::vector<char>& candidate, std::uint32_t root);
+  void Start();
+  bool Augment(std::uint32_t root);
   /// Turns the matching into the first one by rank: the first atom has the first partner that it
   /// can have, and so on. Leaves no needs.
-  void ChooseFirst(const MolView& view, const std::vector<char>& candidate,
-                   const std::vector<std::uint32_t>& rank);
+  void ChooseFirst(const std::vector<std::uint32_t>& rank);
 
   std::vector<Need> need;
   std::vector<std::uint32_t> mate;
@@ -50,12 +52,14 @@ class Matching {
 
  private:
   bool IsOpen(std::uint32_t atom) const { return need[atom] != Need::Never && mate[atom] == none; }
-  bool Settle(const MolView& view, const std::vector<char>& candidate, std::uint32_t a,
-              std::uint32_t b);
+  bool IsCandidate(const MolView::Edge& edge) const { return (*candidate_)[edge.bond] != 0; }
+  bool Settle(std::uint32_t a, std::uint32_t b);
   std::uint32_t CommonBase(std::uint32_t a, std::uint32_t b);
   void MarkPath(std::uint32_t atom, std::uint32_t base, std::uint32_t child);
   void Flip(std::uint32_t end);
 
+  const MolView* view_ = nullptr;
+  const std::vector<char>* candidate_ = nullptr;
   std::vector<std::uint32_t> choices_;  // open neighbours of an atom
   std::vector<std::uint32_t> queue_;
   std::vector<std::uint32_t> before_;  // mate, to go back to
@@ -67,15 +71,15 @@ class Matching {
   std::vector<std::uint32_t> base_;
 };
 
-void Matching::Start(const MolView& view, const std::vector<char>& candidate) {
-  choices_.assign(view.NumAtoms(), 0);
+void Matching::Start() {
+  choices_.assign(view_->NumAtoms(), 0);
   queue_.clear();
   const auto isChoice = [&](const MolView::Edge& edge) {
-    return candidate[edge.bond] && IsOpen(edge.atom);
+    return IsCandidate(edge) && IsOpen(edge.atom);
   };
-  for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
+  for (std::uint32_t a = 0; a < view_->NumAtoms(); ++a) {
     if (need[a] == Need::Never) continue;
-    for (const MolView::Edge& edge : view.Edges(a)) choices_[a] += isChoice(edge);
+    for (const MolView::Edge& edge : view_->Edges(a)) choices_[a] += isChoice(edge);
     if (choices_[a] == 1) queue_.push_back(a);
   }
   std::uint32_t next = 0;
@@ -85,15 +89,15 @@ void Matching::Start(const MolView& view, const std::vector<char>& candidate) {
     if (!queue_.empty()) {
       a = queue_.back();
       queue_.pop_back();
-    } else if (next++ >= view.NumAtoms()) {
-      free.resize(view.NumAtoms(), 0);
+    } else if (next++ >= view_->NumAtoms()) {
+      free.resize(view_->NumAtoms(), 0);
       return;
     } else if (free.empty() && IsOpen(a)) {
-      free.resize(view.NumAtoms());
-      for (std::uint32_t other = 0; other < view.NumAtoms(); ++other) free[other] = IsOpen(other);
+      free.resize(view_->NumAtoms());
+      for (std::uint32_t other = 0; other < view_->NumAtoms(); ++other) free[other] = IsOpen(other);
     }
     if (!IsOpen(a)) continue;
-    for (const MolView::Edge& edge : view.Edges(a)) {
+    for (const MolView::Edge& edge : view_->Edges(a)) {
       if (!isChoice(edge)) continue;
       mate[a] = edge.atom;
       mate[edge.atom] = a;
@@ -101,16 +105,15 @@ void Matching::Start(const MolView& view, const std::vector<char>& candidate) {
     }
     if (mate[a] == none) continue;
     for (const std::uint32_t taken : {a, mate[a]}) {
-      for (const MolView::Edge& edge : view.Edges(taken)) {
+      for (const MolView::Edge& edge : view_->Edges(taken)) {
         if (isChoice(edge) && --choices_[edge.atom] == 1) queue_.push_back(edge.atom);
       }
     }
   }
 }
 
-bool Matching::Augment(const MolView& view, const std::vector<char>& candidate,
-                       std::uint32_t root) {
-  const std::uint32_t n = view.NumAtoms();
+bool Matching::Augment(std::uint32_t root) {
+  const std::uint32_t n = view_->NumAtoms();
   outer_.assign(n, 0);
   parent_.assign(n, none);
   base_.resize(n);
@@ -125,9 +128,9 @@ bool Matching::Augment(const MolView& view, const std::vector<char>& candidate,
       Flip(released);
       return true;
     }
-    for (const MolView::Edge& edge : view.Edges(from)) {
+    for (const MolView::Edge& edge : view_->Edges(from)) {
       const std::uint32_t to = edge.atom;
-      if (!candidate[edge.bond] || need[to] == Need::Never) continue;
+      if (!IsCandidate(edge) || need[to] == Need::Never) continue;
       if (base_[from] == base_[to] || mate[from] == to) continue;
       if (outer_[to]) {  // an odd cycle
         const std::uint32_t base = CommonBase(from, to);
@@ -187,11 +190,10 @@ void Matching::Flip(std::uint32_t end) {
   }
 }
 
-void Matching::ChooseFirst(const MolView& view, const std::vector<char>& candidate,
-                           const std::vector<std::uint32_t>& rank) {
+void Matching::ChooseFirst(const std::vector<std::uint32_t>& rank) {
   const auto isBefore = [&](std::uint32_t a, std::uint32_t b) { return rank[a] < rank[b]; };
   std::vector<std::uint32_t> order;
-  for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
+  for (std::uint32_t a = 0; a < view_->NumAtoms(); ++a) {
     if (need[a] != Need::Never) order.push_back(a);
   }
   std::ranges::sort(order, isBefore);
@@ -199,18 +201,17 @@ void Matching::ChooseFirst(const MolView& view, const std::vector<char>& candida
   for (const std::uint32_t a : order) {
     if (need[a] == Need::Never) continue;  // settled
     partners.clear();
-    for (const MolView::Edge& edge : view.Edges(a)) {
-      if (candidate[edge.bond] && need[edge.atom] != Need::Never) partners.push_back(edge.atom);
+    for (const MolView::Edge& edge : view_->Edges(a)) {
+      if (IsCandidate(edge) && need[edge.atom] != Need::Never) partners.push_back(edge.atom);
     }
     std::ranges::sort(partners, isBefore);
-    std::ranges::any_of(partners, [&](std::uint32_t b) { return Settle(view, candidate, a, b); });
+    std::ranges::any_of(partners, [&](std::uint32_t b) { return Settle(a, b); });
     need[a] = Need::Never;
   }
 }
 
 // Joins the two for good, if those that they leave find others.
-bool Matching::Settle(const MolView& view, const std::vector<char>& candidate, std::uint32_t a,
-                      std::uint32_t b) {
+bool Matching::Settle(std::uint32_t a, std::uint32_t b) {
   const Need needOfA = need[a];
   const Need needOfB = need[b];
   need[a] = need[b] = Need::Never;
@@ -223,8 +224,7 @@ bool Matching::Settle(const MolView& view, const std::vector<char>& candidate, s
   mate[a] = b;
   mate[b] = a;
   const auto canDo = [&](std::uint32_t atom) {
-    return atom == none || need[atom] != Need::Always || mate[atom] != none ||
-           Augment(view, candidate, atom);
+    return atom == none || need[atom] != Need::Always || mate[atom] != none || Augment(atom);
   };
   if (std::ranges::all_of(left, canDo)) return true;
   mate = before_;
@@ -381,7 +381,7 @@ bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit) {
   }
 
   bool anyOptional = false;
-  matching.Reset(view.NumAtoms());
+  matching.SetGraph(view, candidate);
   const auto fail = [&](std::uint32_t a) {
     if (culprit) *culprit = view.atoms[a].atom->GetIdx();
     return false;
@@ -397,17 +397,17 @@ bool ZQKekulize(ZQMolBase& mol, unsigned int* culprit) {
     matching.need[a] = NeedOf(atom.element, atom.charge, sigma);
     anyOptional |= matching.need[a] == Need::Optional;
   }
-  matching.Start(view, candidate);
+  matching.Start();
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
     if (matching.need[a] != Need::Always || matching.mate[a] != none) continue;
-    if (!matching.Augment(view, candidate, a)) return fail(a);
+    if (!matching.Augment(a)) return fail(a);
   }
   if ((anyOptional || !sextets.Cover(view, candidate, matching)) &&
       view.NumAtoms() <= maxAtomsToOrder) {
     const std::vector<std::uint32_t> rankByIdx = RankAtoms(mol, view, candidate);
     std::vector<std::uint32_t> rank;
     for (const MolView::Atom& atom : view.atoms) rank.push_back(rankByIdx[atom.atom->GetIdx()]);
-    matching.ChooseFirst(view, candidate, rank);
+    matching.ChooseFirst(rank);
   }
 
   for (std::uint32_t b = 0; b < view.NumBonds(); ++b) {

@@ -65,9 +65,44 @@ void ForEachLingo(const char* text, unsigned int step, Visit visit) {
 // quarter full.
 class LingoCounts final : public ZQLingoSim::Impl {
  public:
-  LingoCounts(const char* text, unsigned int step);
+  LingoCounts(const char* text, unsigned int step) : step_(step) {
+    const std::size_t numSlots = std::bit_ceil(4 * std::strlen(text) + 4);
+    slots_.resize(numSlots);
+    shift_ = 32U - static_cast<unsigned int>(std::countr_zero(numSlots));
+    ForEachLingo(text, step_, [this](std::uint32_t lingo) {
+      Slot& slot = slots_[SlotOf(lingo)];
+      if (slot.lingo == 0) {
+        slot = {lingo, static_cast<std::uint32_t>(counts_.size())};
+        counts_.push_back(0);
+      }
+      ++counts_[slot.place];
+      ++total_;
+    });
+    // What isn't found has the last count, which is 0.
+    for (Slot& slot : slots_) {
+      if (slot.lingo == 0) slot.place = static_cast<std::uint32_t>(counts_.size());
+    }
+    counts_.push_back(0);
+  }
+
   void Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
-               unsigned int* both) const override;
+               unsigned int* both) const override {
+    const Workspace<std::vector<unsigned int>> scratch;
+    scratch->assign(counts_.begin(), counts_.end());
+    unsigned int* const left = scratch->data();  // of each of the own ones
+    unsigned int common = 0;
+    unsigned int ofOther = 0;
+    ForEachLingo(other, step_, [&](std::uint32_t lingo) {
+      ++ofOther;
+      unsigned int& count = left[slots_[SlotOf(lingo)].place];
+      const unsigned int taken = count != 0 ? 1 : 0;
+      count -= taken;
+      common += taken;
+    });
+    *onlyA = total_ - common;
+    *onlyB = ofOther - common;
+    *both = common;
+  }
 
  private:
   struct Slot {
@@ -75,7 +110,12 @@ class LingoCounts final : public ZQLingoSim::Impl {
     std::uint32_t place;  // in counts_
   };
 
-  std::size_t SlotOf(std::uint32_t lingo) const;
+  // Where the substring is, or would be (Fibonacci hashing).
+  std::size_t SlotOf(std::uint32_t lingo) const {
+    std::size_t at = (lingo * 0x9E3779B9U) >> shift_;
+    while (slots_[at].lingo != lingo && slots_[at].lingo != 0) at = (at + 1) & (slots_.size() - 1);
+    return at;
+  }
 
   unsigned int step_;
   unsigned int total_ = 0;
@@ -83,52 +123,6 @@ class LingoCounts final : public ZQLingoSim::Impl {
   std::vector<Slot> slots_;
   std::vector<unsigned int> counts_;
 };
-
-LingoCounts::LingoCounts(const char* text, unsigned int step) : step_(step) {
-  const std::size_t numSlots = std::bit_ceil(4 * std::strlen(text) + 4);
-  slots_.resize(numSlots);
-  shift_ = 32U - static_cast<unsigned int>(std::countr_zero(numSlots));
-  ForEachLingo(text, step_, [this](std::uint32_t lingo) {
-    Slot& slot = slots_[SlotOf(lingo)];
-    if (slot.lingo == 0) {
-      slot = {lingo, static_cast<std::uint32_t>(counts_.size())};
-      counts_.push_back(0);
-    }
-    ++counts_[slot.place];
-    ++total_;
-  });
-  // What isn't found has the last count, which is 0.
-  for (Slot& slot : slots_) {
-    if (slot.lingo == 0) slot.place = static_cast<std::uint32_t>(counts_.size());
-  }
-  counts_.push_back(0);
-}
-
-// Where the substring is, or would be (Fibonacci hashing).
-std::size_t LingoCounts::SlotOf(std::uint32_t lingo) const {
-  std::size_t at = (lingo * 0x9E3779B9U) >> shift_;
-  while (slots_[at].lingo != lingo && slots_[at].lingo != 0) at = (at + 1) & (slots_.size() - 1);
-  return at;
-}
-
-void LingoCounts::Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
-                          unsigned int* both) const {
-  const Workspace<std::vector<unsigned int>> scratch;
-  scratch->assign(counts_.begin(), counts_.end());
-  unsigned int* const left = scratch->data();  // of each of the own ones
-  unsigned int common = 0;
-  unsigned int ofOther = 0;
-  ForEachLingo(other, step_, [&](std::uint32_t lingo) {
-    ++ofOther;
-    unsigned int& count = left[slots_[SlotOf(lingo)].place];
-    const unsigned int taken = count != 0 ? 1 : 0;
-    count -= taken;
-    common += taken;
-  });
-  *onlyA = total_ - common;
-  *onlyB = ofOther - common;
-  *both = common;
-}
 
 }  // namespace
 

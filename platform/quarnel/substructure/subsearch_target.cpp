@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "contract/quarnel/perception.h"
-#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/molecule/workspace_local.h"
 #include "platform/quarnel/perception/hybridization_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
@@ -38,9 +37,7 @@ SmartsTarget::SmartsTarget(const ZQMolBase& mol) : mol_(mol), table_(firstTableS
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
     const MolView::Atom& from = view.atoms[a];
     Atom& atom = atoms[a];
-    atom = {from.atom,     from.firstEdge, from.degree,    from.element,   from.isotope,
-            from.charge,   from.implicitH, from.implicitH, from.implicitH, 0,
-            from.aromatic, from.inRing};
+    atom = {from, from.implicitH, from.implicitH, 0};
     for (std::uint32_t e = from.firstEdge; e < from.firstEdge + from.degree; ++e) {
       const MolView::Edge edge = view.edges[e];
       const MolView::Bond& bond = view.bonds[edge.bond];

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "contract/quarnel/subsearch.h"
+#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/perception/relevant_cycles_local.h"
 #include "platform/quarnel/substructure/smarts_parser_local.h"
 
@@ -21,19 +22,10 @@ class SmartsTarget {
     std::uint32_t bond;
     std::uint32_t bondClass;
   };
-  struct Atom {
-    ZQAtomBase* atom;
-    std::uint32_t firstEdge;
-    std::uint32_t degree;
-    std::uint32_t element;
-    std::uint32_t isotope;
-    std::int32_t charge;
-    std::uint32_t implicitH;
+  struct Atom : MolView::Atom {
     std::uint32_t totalH;
     std::uint32_t valence;
     std::uint32_t ringBonds;
-    bool aromatic;
-    bool inRing;
   };
   struct Bond {
     ZQBondBase* bond;
