@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
-# Keeps the arrows between the rooms: apps -> korvex -> contract <- platform.
+# Keeps the arrows between the rooms: apps -> korvex -> contract <- platform. Within
+# platform/quarnel: readers, canonical, substructure -> perception -> molecule, and the SMARTS parser
+# reports errors as the readers do.
 set -euo pipefail
 cd "$1"
 status=0
@@ -14,6 +16,12 @@ check contract 'contract/'
 check platform 'contract/|platform/'
 check korvex 'contract/|korvex/'
 check apps 'contract/|korvex/|apps/'
+quarnel='contract/|platform/quarnel/'
+check platform/quarnel/molecule "${quarnel}molecule/"
+check platform/quarnel/perception "$quarnel(molecule|perception)/"
+check platform/quarnel/readers "$quarnel(molecule|perception|readers)/"
+check platform/quarnel/canonical "$quarnel(molecule|perception|canonical)/"
+check platform/quarnel/substructure "$quarnel(molecule|perception|readers|substructure)/"
 if grep -rnE '#include "korvex/.*_(local|private)\.h"' apps; then
   echo "apps may include public headers only"
   status=1

@@ -7,7 +7,7 @@
 namespace Quarnel {
 
 /// A set of atoms and bonds of one molecule, by pointer, in the order of addition; a second
-/// addition of the same one, or of null, does nothing and answers false. The molecule must outlive
+/// addition of the same one, or of null, does nothing and returns false. The molecule must outlive
 /// it.
 class ZQ_EXPORT ZQAtomBondSet {
  public:

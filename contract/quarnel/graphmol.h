@@ -9,9 +9,7 @@
 
 namespace Quarnel {
 
-class ZQGraphAtom;
-class ZQGraphBond;
-class ZQGraph;  // the store of atoms and bonds that both molecules stand on
+class ZQGraph;  // the store of atoms and bonds that both molecules share
 
 /// Everything of a molecule over the flat store, for a base class of either kind.
 template <class Base>

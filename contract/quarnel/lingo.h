@@ -3,10 +3,8 @@
 /// LINGO: similarity of molecules by the substrings of their canonical SMILES (D. Vidal, M.
 /// Thormann and M. Pons, J. Chem. Inf. Model. 45, 386-393, 2005).
 
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "contract/quarnel/mol.h"
 
@@ -35,27 +33,13 @@ class ZQ_EXPORT ZQLingoSim {
   /// Substrings of four characters, each counted as often as it occurs.
   class ZQ_EXPORT Impl {
    public:
-    Impl(const char* text, unsigned int step);
+    virtual ~Impl() = default;
     /// Substrings of the own text alone, of `other` alone, and of both, as multisets. A text of
     /// fewer than four characters has none. Takes time in proportion to the length of `other` and
     /// the distinct substrings of the own text, and no memory once a thread has compared with as
     /// long a text.
-    void Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
-                 unsigned int* both) const;
-
-   private:
-    struct Slot {
-      std::uint32_t lingo;  // 0: empty
-      std::uint32_t place;  // in counts_
-    };
-
-    std::size_t SlotOf(std::uint32_t lingo) const;
-
-    unsigned int step_;
-    unsigned int total_ = 0;
-    unsigned int shift_;       // from a hash to a slot
-    std::vector<Slot> slots_;  // open addressing, at most a quarter full
-    std::vector<unsigned int> counts_;
+    virtual void Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
+                         unsigned int* both) const = 0;
   };
 
   /// `step` is the distance between the starts of neighbouring substrings, of this text and of

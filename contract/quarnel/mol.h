@@ -1,10 +1,10 @@
 #pragma once
 
-/// The molecule as korvex sees it: three abstract classes that any toolkit's molecule can stand
-/// behind. `ZQMol` and `ZQGraphMol` (graphmol.h) are the built-in implementations.
+/// The molecule as korvex sees it: three abstract classes that any toolkit's molecule can
+/// implement. `ZQMol` and `ZQGraphMol` (graphmol.h) are the built-in implementations.
 ///
 /// Indices are small non-negative integers, stable while the molecule isn't edited; deletion
-/// leaves holes, so that a slot accessor may answer null. Atom and bond pointers belong to the
+/// leaves holes, so that a slot accessor may return null. Atom and bond pointers belong to the
 /// molecule and live until they are deleted or the molecule is cleared. A molecule may be read
 /// from many threads at once, but perception and edits need it alone.
 
@@ -26,7 +26,7 @@ class ZQMolBase;
 /// lone pair first, then the atom's bonds by ascending bond index.
 enum class ZQAtomStereo : std::uint8_t { None, CounterClockwise, Clockwise };
 
-/// What a double bond was drawn as, told of two reference atoms: on either end the neighbour
+/// What a double bond was drawn as, of two reference atoms: on either end the neighbour
 /// (not the other end) that is reached by the bond of the lowest index.
 enum class ZQBondStereo : std::uint8_t { None, Cis, Trans };
 
@@ -65,7 +65,7 @@ class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
   virtual void SetChiral(bool chiral) = 0;
 
   /// The incident bonds one by one, by ascending bond index: the bond after `previous`, or the
-  /// first for null; null at the end. The walk without an allocation.
+  /// first for null; null at the end. Without an allocation.
   virtual ZQBondBase* NextBond(const ZQBondBase* previous) const = 0;
 
   // What follows from the operations above.
@@ -223,7 +223,7 @@ class ZQHasAtomicNum final : public ZQPredicate<ZQAtomBase> {
 };
 
 /// A neighbour carbon (alpha) has another neighbour carbon (beta) with a multiple bond or, where
-/// `orAromatic` says so, an aromatic one.
+/// `orAromatic` is set, an aromatic one.
 class ZQ_EXPORT ZQHasAlphaBetaUnsat final : public ZQPredicate<ZQAtomBase> {
  public:
   explicit ZQHasAlphaBetaUnsat(bool orAromatic = true) : orAromatic_(orAromatic) {}

@@ -21,7 +21,7 @@ ZQ_EXPORT const char* ZQGetAtomicSymbol(unsigned int atomicNum);
 /// The atomic number of a symbol in its proper case ("Cl"); 0 for "*" and for what is no element.
 ZQ_EXPORT unsigned int ZQGetAtomicNum(const std::string& symbol);
 
-/// Hydrogens that the usual valence model adds to an atom which doesn't tell its own: the lowest
+/// Hydrogens that the usual valence model adds to an atom without a count of its own: the lowest
 /// of the element's standard valences, moved by the charge to those of the element with as many
 /// electrons, that holds `bondOrderSum`. 0 for metals and noble gases.
 ZQ_EXPORT unsigned int ZQDefaultHCount(unsigned int atomicNum, int charge,
@@ -48,7 +48,7 @@ ZQ_EXPORT bool ZQHasExplicitHydrogens(const ZQMolBase& mol);
 /// Turns explicit hydrogens into counts on their neighbours. Kept are hydrogens that are charged,
 /// bridging, bonded to another hydrogen, to nothing or by other than a single bond, or hold
 /// hydrogens themselves, and those with an isotope, an atom class or a role in stereo, unless the
-/// flag of each says otherwise. A role in stereo means that a configuration can't be told without
+/// flag of each allows it. A role in stereo means that a configuration can't be described without
 /// the hydrogen: it is the only other neighbour at the end of a double bond, or beside a lone pair
 /// on a centre. Other configurations are restated for the new order of neighbours; one that is lost
 /// with a hydrogen of a role is cleared.
@@ -57,8 +57,8 @@ ZQ_EXPORT void ZQSuppressHydrogens(ZQMolBase& mol, bool deleteIsotopes = false,
 
 /// Deletes an atom of the molecule; does nothing for another's, or null. With `becomesHydrogen`
 /// each of its neighbours gets one implicit hydrogen in its place, and configurations are restated
-/// as for `ZQSuppressHydrogens`; those that can't be told any more are cleared. Without it nothing
-/// takes the place, and the neighbours and their double bonds lose their configurations.
+/// as for `ZQSuppressHydrogens`; those that can't be described any more are cleared. Without it
+/// nothing takes the place, and the neighbours and their double bonds lose their configurations.
 ZQ_EXPORT void ZQRemoveAtom(ZQMolBase& mol, ZQAtomBase* atom, bool becomesHydrogen);
 
 /// Ring membership of atoms and bonds, in linear time: a bond is in a ring if it isn't a bridge
@@ -102,7 +102,7 @@ inline constexpr unsigned int ZQAromaticityModelTag = 58;
 /// lowers the limit of 24. `prune` is for the call's usual form: systems that can't be aromatic are
 /// always skipped early, without effect on the flags. Finds ring membership if that isn't
 /// perceived. Records the model as generic data under `ZQAromaticityModelTag`, and undoes the steps
-/// that follow from aromaticity if any flag changes. A model other than 2 warns and answers false.
+/// that follow from aromaticity if any flag changes. A model other than 2 warns and returns false.
 ZQ_EXPORT bool ZQAssignAromaticFlags(ZQMolBase& mol, unsigned int model, bool clear,
                                      unsigned int maxRing, bool prune);
 
@@ -117,10 +117,9 @@ ZQ_EXPORT void ZQAssignHybridization(ZQMolBase& mol);
 /// refinement. Explicit hydrogens without charge and isotope count like implicit ones.
 ///
 /// An atom: four distinct neighbours, a hydrogen among them or not, around C Si Ge Sn Pb, B(-1), P
-/// As
-/// (+1, or 0 with one double bond) and S Se Te (two double bonds, or a positive charge for each one
-/// less); four distinct heavy neighbours around N(+1); three and a lone pair around P As and S Se
-/// Te (0 with one double bond, +1 with none). Aromatic atoms and amines don't count.
+/// As (+1, or 0 with one double bond) and S Se Te (two double bonds, or a positive charge for each
+/// one less); four distinct heavy neighbours around N(+1); three and a lone pair around P As and S
+/// Se Te (0 with one double bond, +1 with none). Aromatic atoms and amines don't count.
 ///
 /// A double bond that isn't aromatic and in no ring of fewer than eight atoms: C or N at either
 /// end, with two distinct neighbours, a hydrogen or a nitrogen's lone pair among them, all by
@@ -135,8 +134,8 @@ ZQ_EXPORT void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly);
 /// could carry stereo are perceived on the way, where they aren't perceived already.
 /// `automorphisms` false stops at partition refinement, which is cheaper and may merge more, such
 /// as a ring of six and two of three; the step then doesn't count as perceived. `stereo` true also
-/// separates by the configuration drawn; an atom whose configuration the classes around it can't
-/// tell has a class of its own.
+/// separates by the configuration drawn; an atom whose configuration the classes around it don't
+/// determine has a class of its own.
 ///
 /// The search for automorphisms may look at 50,000 bonds and 1,000 more an atom; where that isn't
 /// enough, as for a star of thousands of neighbours, atoms keep classes of their own.

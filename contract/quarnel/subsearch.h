@@ -47,6 +47,8 @@
 
 namespace Quarnel {
 
+class SmartsTarget;  // the tables of a molecule that a search reads
+
 /// An atom or bond of a pattern and the one of the molecule that it is mapped onto.
 template <class T>
 struct ZQMatchPair {
@@ -83,8 +85,8 @@ class ZQ_EXPORT ZQMatch final : public ZQMatchBase {
   std::vector<ZQMatchPair<ZQBondBase>> bonds_;
 };
 
-/// A molecule made ready to be searched by many patterns: what they ask of an atom is looked up
-/// once. Reads the molecule's aromaticity as it stands; ring membership and hybridization are found
+/// A molecule made ready to be searched by many patterns: what they need of an atom is looked up
+/// once. Reads the molecule's aromaticity as it is; ring membership and hybridization are found
 /// on the side if they aren't perceived. The molecule must outlive it, unchanged. Belongs to one
 /// thread.
 class ZQ_EXPORT ZQSubSearchTarget {
@@ -94,11 +96,9 @@ class ZQ_EXPORT ZQSubSearchTarget {
   ZQSubSearchTarget(const ZQSubSearchTarget&) = delete;
   ZQSubSearchTarget& operator=(const ZQSubSearchTarget&) = delete;
 
-  class Impl;
-  Impl& GetImpl() const { return *impl_; }
-
  private:
-  std::unique_ptr<Impl> impl_;
+  friend class ZQSubSearch;
+  std::unique_ptr<SmartsTarget> target_;
 };
 
 /// A pattern, parsed once. Any number of threads may search with one object; one that was moved
@@ -111,8 +111,7 @@ class ZQ_EXPORT ZQSubSearch {
  public:
   /// A text that can't be parsed gives an object that isn't valid and matches nothing, after one
   /// warning: "SMARTS column 4: found "Q", expected an atom primitive". `ignoreStereo` takes `@`
-  /// and
-  /// `@@` as if they weren't there, `/` and `\` for single bonds.
+  /// and `@@` as if they weren't there, `/` and `\` for single bonds.
   explicit ZQSubSearch(const std::string& smarts, bool ignoreStereo = false);
   ~ZQSubSearch();
   ZQSubSearch(ZQSubSearch&& other) noexcept;

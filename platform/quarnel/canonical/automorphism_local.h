@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/quarnel/molecule/molgraph_view_local.h"
-#include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/perception/partition_local.h"
 
 namespace Quarnel {
 
@@ -35,7 +35,7 @@ class AutomorphismSearch {
   void SetGraph(const MolView& view, const Partition& partition, std::uint64_t budget,
                 std::uint64_t limit);
   /// Configurations of these centres are to be kept as well, those of `turned`, if there is one, to
-  /// be turned into the opposite. Those that the partition's cells tell need no watch.
+  /// be turned into the opposite. Those that the partition's cells determine need no watch.
   void Watch(std::span<const StereoCentre> centres, const StereoCentre* turned = nullptr);
 
   /// Searches one with this mapping; false, too, when the budget or limit is spent.
@@ -71,7 +71,7 @@ class AutomorphismSearch {
   void ListTargets(std::uint32_t atom);
   bool Fits(std::uint32_t atom, std::uint32_t target);
   std::uint32_t FindBroken();
-  bool AskAround(std::uint32_t atom);
+  bool QueueAround(std::uint32_t atom);
   bool Keeps(std::uint32_t atom, bool last) const;
   bool KeepsCentre(std::uint32_t atom, bool last) const;
   bool KeepsBond(std::uint32_t atom, bool last) const;

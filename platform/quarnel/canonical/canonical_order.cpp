@@ -5,7 +5,14 @@
 #include <utility>
 
 #include "platform/quarnel/molecule/mix_local.h"
-#include "platform/quarnel/perception/small_ring_local.h"
+
+// Refine and set apart, after B. D. McKay (Congr. Numer. 30, 45-87, 1981): properties and numbers
+// of neighbours split the atoms into cells until nothing more splits; then one atom of the first
+// cell that has several gets a cell of its own, and so on until all cells are single. Which atom
+// makes no difference if symmetry takes it to all others of its cell, and in molecules it nearly
+// always does; else each kind is tried and the least result taken. Configurations take part as soon
+// as the neighbours of their atoms are in distinct cells. One that stays undetermined although the
+// order is complete is real unless an automorphism turns it, and nothing else, into its opposite.
 
 namespace Quarnel {
 
@@ -13,77 +20,15 @@ namespace {
 
 constexpr std::uint32_t none = MolView::none;
 
-/// What the search may look at, and what its steps cost, in bonds.
+/// What the search may look at, and what its steps cost, in bonds. Of 38,000 molecules, 8,000 of
+/// them picked as hard, the most costly one took 654 bonds an atom in all, and a search for an
+/// automorphism 6,171 bonds. The rest is for graphs of thousands of equal atoms.
 constexpr std::uint64_t budgetPerAtom = 10000;
 constexpr std::uint64_t baseBudget = std::uint64_t{1} << 24;
 constexpr std::uint64_t limitPerAtom = 1000;  // of one search for an automorphism
 constexpr std::uint64_t baseLimit = 50000;
-constexpr std::uint64_t costOfTrial = 8;  // per atom
-constexpr std::uint64_t costOfNode = 64;  // per atom
-
-/// Whether a nitrogen of three bonds keeps its configuration: all three in rings, or two in a ring
-/// of three. Others turn over.
-bool IsLocked(const MolView& view, std::uint32_t a) {
-  const std::span<const MolView::Edge> edges = view.Edges(a);
-  const auto isRing = [&](const MolView::Edge& edge) { return view.bonds[edge.bond].inRing; };
-  if (std::ranges::all_of(edges, isRing)) return true;
-  const auto isNeighbour = [&](const MolView::Edge& edge) {
-    return std::ranges::find(edges, edge.atom, &MolView::Edge::atom) != edges.end();
-  };
-  return std::ranges::any_of(edges, [&](const MolView::Edge& edge) {
-    return std::ranges::any_of(view.Edges(edge.atom), isNeighbour);
-  });
-}
-
-/// Whether the atom has four ligands, or three and a lone pair, that could hold a configuration.
-bool CanHold(const MolView& view, std::uint32_t a) {
-  const MolView::Atom& atom = view.atoms[a];
-  const unsigned int ligands = atom.degree + atom.implicitH;
-  if (atom.aromatic || atom.implicitH > 1 || atom.degree < 3) return false;
-  if (ligands != 3) return ligands == 4;
-  const auto isSingle = [&](const MolView::Edge& e) { return view.bonds[e.bond].order == 1; };
-  // Beside a lone pair a hydrogen holds none, whether it is counted or an atom.
-  const auto isPlainHydrogen = [&](const MolView::Edge& e) {
-    const MolView::Atom& neighbour = view.atoms[e.atom];
-    return neighbour.element == 1 && neighbour.isotope == 0 && neighbour.charge == 0 &&
-           neighbour.atom->GetMapIdx() == 0;
-  };
-  if (std::ranges::any_of(view.Edges(a), isPlainHydrogen)) return false;
-  switch (atom.element) {
-    case 6:
-    case 14:
-    case 32:
-    case 50:
-    case 82:
-      return false;
-    case 7:
-      return atom.charge == 0 && std::ranges::all_of(view.Edges(a), isSingle) && IsLocked(view, a);
-    default:
-      return true;
-  }
-}
-
-bool IsStereoEnd(const MolView& view, std::uint32_t a, std::uint32_t other) {
-  const MolView::Atom& atom = view.atoms[a];
-  if (atom.degree < 2 || atom.degree > 3) return false;
-  for (const MolView::Edge& edge : view.Edges(a)) {
-    if (edge.atom == other) continue;
-    const MolView::Bond& bond = view.bonds[edge.bond];
-    if (bond.order == 2 && !bond.aromatic) return false;
-    // A hydrogen that is an atom is the same as one that is counted.
-    const MolView::Atom& neighbour = view.atoms[edge.atom];
-    if (atom.degree == 2 && atom.implicitH != 0 && neighbour.element == 1 &&
-        neighbour.isotope == 0 && neighbour.charge == 0 && neighbour.atom->GetMapIdx() == 0) {
-      return false;
-    }
-  }
-  return true;
-}
-
-bool CanHold(const MolView& view, const MolView::Bond& bond) {
-  return bond.order == 2 && !bond.aromatic && IsStereoEnd(view, bond.bgn, bond.end) &&
-         IsStereoEnd(view, bond.end, bond.bgn) && !(bond.inRing && IsInSmallRing(*bond.bond));
-}
+constexpr std::uint64_t costOfTrial = 8;  // per atom: copies the cells and refines
+constexpr std::uint64_t costOfNode = 64;  // per atom: keeps all tables of a partition for later
 
 }  // namespace
 
@@ -95,14 +40,14 @@ bool CanonicalOrder::Find(const MolView& view, std::span<const unsigned int> par
   SplitByLargeValues();
   FindCentres();
   if (!unreal_.empty()) return false;
-  if (!node_.untold.empty()) SplitByStereo();
+  if (!node_.undetermined.empty()) SplitByStereo();
   search_.SetGraph(view, node_.partition, baseBudget + budgetPerAtom * n,
                    baseLimit + limitPerAtom * n);
   parent_.resize(n);
   numMoves_.resize(n);
   std::vector<std::uint32_t> sizes(numParts + 1, 0);
   for (const MolView::Atom& atom : view.atoms) ++sizes[parts[atom.atom->GetIdx()]];
-  if (node_.untold.empty()) {
+  if (node_.undetermined.empty()) {
     OrderParts(sizes);
     return true;
   }
@@ -120,44 +65,40 @@ void CanonicalOrder::OrderParts(std::span<const std::uint32_t> sizes) {
   }
 }
 
-// All centres are untold at first, but those that can't be real: of a kind that holds no
+// All centres are undetermined at first, but those that can't be real: of a kind that holds no
 // configuration, or with two equal ligands of one atom each.
 void CanonicalOrder::FindCentres() {
-  node_.untold.clear();
+  node_.undetermined.clear();
   unreal_.clear();
   for (std::uint32_t a = 0; a < view_->NumAtoms(); ++a) {
     if (view_->atoms[a].atom->GetStereo() == ZQAtomStereo::None) continue;
-    const bool canBeReal = CanHold(*view_, a) && !HasTwins(a);
-    (canBeReal ? node_.untold : unreal_).push_back({a, none});
+    const bool canBeReal = CanHold(*view_, a) && !HasLeafTwins(a);
+    (canBeReal ? node_.undetermined : unreal_).push_back({a, none});
   }
   for (std::uint32_t b = 0; b < view_->NumBonds(); ++b) {
     const MolView::Bond& bond = view_->bonds[b];
     if (bond.bond->GetStereo() == ZQBondStereo::None) continue;
-    const bool canBeReal = CanHold(*view_, bond) && !HasTwins(bond.bgn) && !HasTwins(bond.end);
-    (canBeReal ? node_.untold : unreal_).push_back({none, b});
+    const bool canBeReal =
+        CanHold(*view_, bond) && !HasLeafTwins(bond.bgn) && !HasLeafTwins(bond.end);
+    (canBeReal ? node_.undetermined : unreal_).push_back({none, b});
   }
 }
 
-bool CanonicalOrder::HasTwins(std::uint32_t atom) const {
-  const std::span<const MolView::Edge> edges = view_->Edges(atom);
-  for (std::size_t i = 0; i < edges.size(); ++i) {
-    if (view_->atoms[edges[i].atom].degree != 1) continue;
-    for (std::size_t j = i + 1; j < edges.size(); ++j) {
-      if (RankOf(edges[i].atom) == RankOf(edges[j].atom)) return true;
-    }
-  }
-  return false;
+bool CanonicalOrder::HasLeafTwins(std::uint32_t atom) const {
+  return HasTwins(view_->Edges(atom), none, [this](std::uint32_t a, std::uint32_t b) {
+    return view_->atoms[a].degree == 1 && RankOf(a) == RankOf(b);
+  });
 }
 
-// Of the centres whose configuration the cells of the root don't tell, the first by rank that isn't
-// real: without it others may be.
+// Of the centres whose configuration the cells of the root leave undetermined, the first by rank
+// that isn't real: without it others may be.
 void CanonicalOrder::FindUnreal(Node& root) {
   const auto rankOf = [this](const StereoCentre& centre) {
     if (!centre.IsBond()) return std::pair(RankOf(centre.atom), 0U);
     const MolView::Bond& bond = view_->bonds[centre.bond];
     return std::pair(std::min(RankOf(bond.bgn), RankOf(bond.end)), 1U);
   };
-  std::vector<StereoCentre> centres = root.untold;
+  std::vector<StereoCentre> centres = root.undetermined;
   std::ranges::sort(centres, {}, rankOf);
   const Node ordered = std::exchange(node_, std::move(root));
   for (const StereoCentre& centre : centres) {
@@ -176,7 +117,7 @@ void CanonicalOrder::SplitByLargeValues() {
       [](const MolView::Atom& atom) { return atom.isotope; },
       [](const MolView::Atom& atom) { return static_cast<std::uint32_t>(atom.charge); },
       [](const MolView::Atom& atom) { return atom.implicitH; }};
-  constexpr int limit = 31;
+  constexpr int limit = 31;  // the first key has 5 bits for hydrogens and 10 for an isotope
   const auto isLarge = [](const MolView::Atom& atom) {
     return atom.atom->GetMapIdx() != 0 || atom.isotope >= 1023 || atom.charge > limit ||
            atom.charge < -limit || atom.implicitH >= limit;
@@ -193,37 +134,38 @@ void CanonicalOrder::SplitByLargeValues() {
 void CanonicalOrder::SplitByStereo() {
   for (const bool bonds : {false, true}) {
     labels_.clear();
-    for (const StereoCentre& centre : node_.untold) {
-      if (centre.IsBond() != bonds) continue;
-      if (bonds) {
-        labels_.push_back({Untold, view_->bonds[centre.bond].bgn});
-        labels_.push_back({Untold, view_->bonds[centre.bond].end});
-      } else {
-        labels_.push_back({Untold, centre.atom});
-      }
+    for (const StereoCentre& centre : node_.undetermined) {
+      if (centre.IsBond() == bonds) Label(centre, Undetermined);
     }
     node_.partition.Split(*view_, labels_);
   }
-  while (SplitByToldOf(false) || SplitByToldOf(true)) {
+  SplitByDetermined();
+}
+
+void CanonicalOrder::Label(const StereoCentre& centre, Configuration configuration) {
+  if (!centre.IsBond()) {
+    labels_.push_back({configuration, centre.atom});
+    return;
+  }
+  const MolView::Bond& bond = view_->bonds[centre.bond];
+  labels_.insert(labels_.end(), {{configuration, bond.bgn}, {configuration, bond.end}});
+}
+
+// By the configurations that cells have come to determine, until there are no more.
+void CanonicalOrder::SplitByDetermined() {
+  while (SplitByDetermined(false) || SplitByDetermined(true)) {
   }
 }
 
-// By the configurations that cells have come to tell; false if there were none.
-bool CanonicalOrder::SplitByToldOf(bool bonds) {
+bool CanonicalOrder::SplitByDetermined(bool bonds) {
   labels_.clear();
-  std::erase_if(node_.untold, [&](const StereoCentre& centre) {
+  std::erase_if(node_.undetermined, [&](const StereoCentre& centre) {
     if (centre.IsBond() != bonds) return false;
-    if (bonds) {
-      const MolView::Bond& bond = view_->bonds[centre.bond];
-      const Configuration told = ConfigurationOf(*view_, node_.partition, bond);
-      if (told == Untold) return false;
-      labels_.push_back({told, bond.bgn});
-      labels_.push_back({told, bond.end});
-    } else {
-      const Configuration told = ConfigurationOf(*view_, node_.partition, centre.atom);
-      if (told == Untold) return false;
-      labels_.push_back({told, centre.atom});
-    }
+    const Configuration configuration =
+        bonds ? ConfigurationOf(*view_, node_.partition, view_->bonds[centre.bond])
+              : ConfigurationOf(*view_, node_.partition, centre.atom);
+    if (configuration == Undetermined) return false;
+    Label(centre, configuration);
     return true;
   });
   if (labels_.empty()) return false;
@@ -235,7 +177,7 @@ bool CanonicalOrder::SplitByToldOf(bool bonds) {
 // opposite: then both are one molecule.
 bool CanonicalOrder::IsReal(const StereoCentre& centre) {
   const Node before = node_;
-  std::erase_if(node_.untold, [&](const StereoCentre& other) {
+  std::erase_if(node_.undetermined, [&](const StereoCentre& other) {
     return other.atom == centre.atom && other.bond == centre.bond;
   });
   bool canTurn = false;
@@ -243,11 +185,11 @@ bool CanonicalOrder::IsReal(const StereoCentre& centre) {
     const MolView::Bond& bond = view_->bonds[centre.bond];
     SetApart(bond.bgn);
     SetApart(bond.end);
-    search_.Watch(node_.untold, &centre);
+    search_.Watch(node_.undetermined, &centre);
     canTurn = CanTurn(bond.bgn, bond.end) || CanTurn(bond.end, bond.bgn);
   } else {
     SetApart(centre.atom);
-    search_.Watch(node_.untold, &centre);
+    search_.Watch(node_.undetermined, &centre);
     canTurn = CanTurn(centre.atom, none);
   }
   node_ = before;
@@ -256,22 +198,14 @@ bool CanonicalOrder::IsReal(const StereoCentre& centre) {
 }
 
 bool CanonicalOrder::CanTurn(std::uint32_t around, std::uint32_t except) {
-  const std::span<const MolView::Edge> edges = view_->Edges(around);
-  for (std::size_t i = 0; i < edges.size(); ++i) {
-    for (std::size_t j = i + 1; j < edges.size(); ++j) {
-      const std::uint32_t a = edges[i].atom;
-      const std::uint32_t b = edges[j].atom;
-      if (a == except || b == except || RankOf(a) != RankOf(b)) continue;
-      if (search_.Find(a, b)) return true;
-    }
-  }
-  return false;
+  return HasTwins(view_->Edges(around), except, [this](std::uint32_t a, std::uint32_t b) {
+    return RankOf(a) == RankOf(b) && search_.Find(a, b);
+  });
 }
 
 void CanonicalOrder::SetApart(std::uint32_t atom) {
   node_.partition.SetApart(*view_, atom);
-  while (SplitByToldOf(false) || SplitByToldOf(true)) {
-  }
+  SplitByDetermined();
 }
 
 void CanonicalOrder::OrderPart(std::uint32_t begin, std::uint32_t end) {
@@ -317,7 +251,7 @@ bool CanonicalOrder::IsOneOrbit(std::uint32_t cell) {
   const std::span<const std::uint32_t> members = node_.partition.Cell(cell);
   for (const std::uint32_t a : members) parent_[a] = a;
   for (const Automorphism& automorphism : known_) JoinMoved(automorphism, cell);
-  search_.Watch(node_.untold);
+  search_.Watch(node_.undetermined);
   return std::ranges::all_of(members, [&](std::uint32_t a) {
     return IsMapped(members.front(), a, cell) || search_.BudgetLeft() == 0;
   });
@@ -391,13 +325,13 @@ std::uint32_t CanonicalOrder::LeastMoved(std::uint32_t cell) {
   return *std::ranges::min_element(members, {}, [this](std::uint32_t a) { return numMoves_[a]; });
 }
 
-// The colour of a bond and its configuration as the cells tell it.
-std::uint64_t CanonicalOrder::Tell(std::uint32_t bond) const {
+// The colour of a bond and its configuration in the order of the cells.
+std::uint64_t CanonicalOrder::ColourWithStereo(std::uint32_t bond) const {
   return std::uint64_t{node_.partition.ColourOf(bond)} << 2 |
          ConfigurationOf(*view_, node_.partition, view_->bonds[bond]);
 }
 
-// In an equitable partition one atom tells of its whole cell.
+// In an equitable partition one atom stands for its whole cell.
 std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const {
   const Partition& partition = node_.partition;
   std::uint64_t hash = 0;
@@ -406,7 +340,7 @@ std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const
     std::uint64_t sum =
         std::uint64_t{cell - begin} << 2 | ConfigurationOf(*view_, partition, first);
     for (const MolView::Edge& edge : view_->Edges(first)) {
-      sum += Mix(std::uint64_t{RankOf(edge.atom) - begin} << 32 | Tell(edge.bond));
+      sum += Mix(std::uint64_t{RankOf(edge.atom) - begin} << 32 | ColourWithStereo(edge.bond));
     }
     hash = Mix(hash ^ Mix(sum));
     cell += static_cast<std::uint32_t>(partition.Cell(cell).size());
@@ -424,7 +358,8 @@ std::vector<std::uint64_t> CanonicalOrder::Certificate(std::uint32_t begin,
     const auto firstBond = static_cast<std::ptrdiff_t>(certificate.size());
     for (const MolView::Edge& edge : view_->Edges(a)) {
       if (RankOf(edge.atom) > RankOf(a)) continue;
-      certificate.push_back(std::uint64_t{RankOf(edge.atom) + 1} << 32 | Tell(edge.bond));
+      certificate.push_back(std::uint64_t{RankOf(edge.atom) + 1} << 32 |
+                            ColourWithStereo(edge.bond));
     }
     std::sort(certificate.begin() + firstBond, certificate.end());
   }

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "platform/quarnel/canonical/automorphism_local.h"
-#include "platform/quarnel/perception/configuration_local.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
-#include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/perception/partition_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 
@@ -29,7 +29,7 @@ class CanonicalOrder {
  public:
   /// Orders the atoms of the view, which has no bonds of order 0 and stays for later calls. Its
   /// parts are numbered from 1 by atom index. False if there are configurations that aren't real;
-  /// ranks are of no use then. Such are, all at once, those that can't be for what stands at the
+  /// ranks are of no use then. Such are, all at once, those that can't be for the ligands of the
   /// atom or bond; else one, the first by rank, since without it others may become real.
   bool Find(const MolView& view, std::span<const unsigned int> parts, unsigned int numParts);
   std::span<const StereoCentre> Unreal() const { return unreal_; }
@@ -38,17 +38,19 @@ class CanonicalOrder {
  private:
   struct Node {
     Partition partition;
-    std::vector<StereoCentre> untold;  // centres whose configuration the cells don't tell yet
+    std::vector<StereoCentre> undetermined;  // centres that the cells don't determine yet
   };
   using Automorphism = std::vector<AutomorphismSearch::Move>;
 
   void FindCentres();
-  bool HasTwins(std::uint32_t atom) const;
+  bool HasLeafTwins(std::uint32_t atom) const;
   void FindUnreal(Node& root);
   void OrderParts(std::span<const std::uint32_t> sizes);
   void SplitByLargeValues();
   void SplitByStereo();
-  bool SplitByToldOf(bool bonds);
+  void Label(const StereoCentre& centre, Configuration configuration);
+  void SplitByDetermined();
+  bool SplitByDetermined(bool bonds);
   bool IsReal(const StereoCentre& centre);
   bool CanTurn(std::uint32_t around, std::uint32_t except);
   void SetApart(std::uint32_t atom);
@@ -64,7 +66,7 @@ class CanonicalOrder {
     while (parent_[atom] != atom) atom = parent_[atom] = parent_[parent_[atom]];
     return atom;
   }
-  std::uint64_t Tell(std::uint32_t bond) const;
+  std::uint64_t ColourWithStereo(std::uint32_t bond) const;
   std::uint64_t Hash(std::uint32_t begin, std::uint32_t end) const;
   std::vector<std::uint64_t> Certificate(std::uint32_t begin, std::uint32_t end) const;
 

@@ -7,6 +7,8 @@
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/canonical/canonical_order_local.h"
 #include "platform/quarnel/canonical/smiles_writer_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 
@@ -17,13 +19,6 @@ bool IsPrepared(const ZQMolBase& mol) {
   return mol.IsPerceived(ZQPerceived::Rings) && mol.IsPerceived(ZQPerceived::Aromaticity) &&
          mol.GetData(ZQAromaticityModelTag, model) && model == 2 && !ZQHasExplicitHydrogens(mol) &&
          !HasBondsWithoutOrder(mol);
-}
-
-void DropStereo(ZQAtomBase& atom) {
-  atom.SetStereo(ZQAtomStereo::None);
-  for (ZQBondBase* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) {
-    b->SetStereo(ZQBondStereo::None);
-  }
 }
 
 void Prepare(ZQMolBase& mol) {
@@ -44,8 +39,8 @@ void Prepare(ZQMolBase& mol) {
 // Where a configuration turns out not to be real, or can't be written, the work starts again
 // without it, so that the text reads back to the molecule that it is the text of.
 std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol) {
-  thread_local CanonicalOrder scratch;
-  CanonicalOrder& order = scratch;  // looked up once
+  const Workspace<MolView> workspace;
+  const Workspace<CanonicalOrder> order;
   ZQGraphMol copy;
   const ZQMolBase* current = &mol;
   if (!IsPrepared(mol)) {
@@ -58,12 +53,12 @@ std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol) {
   std::vector<ZQBondBase*> lost;
   while (true) {
     const unsigned int numParts = ZQDetermineComponents(*current, parts);
-    const MolView& view = MolView::Read(*current, MolView::Properties);
-    const bool isReal = order.Find(view, parts, numParts);
+    const MolView& view = workspace->Read(*current, MolView::Properties);
+    const bool isReal = order->Find(view, parts, numParts);
     if (isReal) {
       ranks.assign(current->GetMaxAtomIdx(), 0);
       for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
-        ranks[view.atoms[a].atom->GetIdx()] = order.RankOf(a);
+        ranks[view.atoms[a].atom->GetIdx()] = order->RankOf(a);
       }
       std::vector<std::string> texts = WriteSmilesParts(*current, ranks, &lost);
       if (lost.empty()) {
@@ -77,7 +72,7 @@ std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol) {
       copy.GetBondAt(bond->GetIdx())->SetStereo(ZQBondStereo::None);
     }
     if (!isReal) {
-      for (const StereoCentre& centre : order.Unreal()) {
+      for (const StereoCentre& centre : order->Unreal()) {
         if (centre.IsBond()) {
           copy.GetBondAt(view.bonds[centre.bond].bond->GetIdx())->SetStereo(ZQBondStereo::None);
         } else {

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "contract/bostrel/characters_local.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/elements_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 
 namespace Quarnel {
 
@@ -29,8 +32,8 @@ static_assert(letters.size() == 119);
 
 char WithCaseOf(char letter, char model) { return IsLower(model) ? ToLower(letter) : letter; }
 
-// Appends what stands between brackets at the start of `smiles`, both brackets included; returns
-// its length there.
+// Appends the atom in brackets at the start of `smiles`, brackets included; returns its length
+// there.
 std::size_t AppendBracketAtom(std::string& text, std::string_view smiles) {
   std::size_t at = 1;
   while (IsDigit(smiles[at])) ++at;
@@ -59,6 +62,69 @@ void ForEachLingo(const char* text, unsigned int step, Visit visit) {
   }
 }
 
+// The substrings of a text with their counts, in a table of open addressing that is at most a
+// quarter full.
+class LingoCounts final : public ZQLingoSim::Impl {
+ public:
+  LingoCounts(const char* text, unsigned int step) : step_(step) {
+    const std::size_t numSlots = std::bit_ceil(4 * std::strlen(text) + 4);
+    slots_.resize(numSlots);
+    shift_ = 32U - static_cast<unsigned int>(std::countr_zero(numSlots));
+    ForEachLingo(text, step_, [this](std::uint32_t lingo) {
+      Slot& slot = slots_[SlotOf(lingo)];
+      if (slot.lingo == 0) {
+        slot = {lingo, static_cast<std::uint32_t>(counts_.size())};
+        counts_.push_back(0);
+      }
+      ++counts_[slot.place];
+      ++total_;
+    });
+    // What isn't found has the last count, which is 0.
+    for (Slot& slot : slots_) {
+      if (slot.lingo == 0) slot.place = static_cast<std::uint32_t>(counts_.size());
+    }
+    counts_.push_back(0);
+  }
+
+  void Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
+               unsigned int* both) const override {
+    const Workspace<std::vector<unsigned int>> scratch;
+    scratch->assign(counts_.begin(), counts_.end());
+    unsigned int* const left = scratch->data();  // of each of the own ones
+    unsigned int common = 0;
+    unsigned int ofOther = 0;
+    ForEachLingo(other, step_, [&](std::uint32_t lingo) {
+      ++ofOther;
+      unsigned int& count = left[slots_[SlotOf(lingo)].place];
+      const unsigned int taken = count != 0 ? 1 : 0;
+      count -= taken;
+      common += taken;
+    });
+    *onlyA = total_ - common;
+    *onlyB = ofOther - common;
+    *both = common;
+  }
+
+ private:
+  struct Slot {
+    std::uint32_t lingo;  // 0: empty
+    std::uint32_t place;  // in counts_
+  };
+
+  // Where the substring is, or would be (Fibonacci hashing).
+  std::size_t SlotOf(std::uint32_t lingo) const {
+    std::size_t at = (lingo * 0x9E3779B9U) >> shift_;
+    while (slots_[at].lingo != lingo && slots_[at].lingo != 0) at = (at + 1) & (slots_.size() - 1);
+    return at;
+  }
+
+  unsigned int step_;
+  unsigned int total_ = 0;
+  unsigned int shift_;  // from a hash to a slot
+  std::vector<Slot> slots_;
+  std::vector<unsigned int> counts_;
+};
+
 }  // namespace
 
 void ZQLingoMap::CreateString(std::string& text, const ZQMolBase& mol) const {
@@ -81,55 +147,9 @@ void ZQLingoMap::CreateString(std::string& text, const ZQMolBase& mol) const {
   }
 }
 
-ZQLingoSim::Impl::Impl(const char* text, unsigned int step) : step_(step) {
-  const std::size_t numSlots = std::bit_ceil(4 * std::strlen(text) + 4);
-  slots_.resize(numSlots);
-  shift_ = 32U - static_cast<unsigned int>(std::countr_zero(numSlots));
-  ForEachLingo(text, step_, [this](std::uint32_t lingo) {
-    Slot& slot = slots_[SlotOf(lingo)];
-    if (slot.lingo == 0) {
-      slot = {lingo, static_cast<std::uint32_t>(counts_.size())};
-      counts_.push_back(0);
-    }
-    ++counts_[slot.place];
-    ++total_;
-  });
-  // What isn't found has the last count, which is 0.
-  for (Slot& slot : slots_) {
-    if (slot.lingo == 0) slot.place = static_cast<std::uint32_t>(counts_.size());
-  }
-  counts_.push_back(0);
-}
-
-// Where the substring is, or would be (Fibonacci hashing).
-inline std::size_t ZQLingoSim::Impl::SlotOf(std::uint32_t lingo) const {
-  std::size_t at = (lingo * 0x9E3779B9U) >> shift_;
-  while (slots_[at].lingo != lingo && slots_[at].lingo != 0) at = (at + 1) & (slots_.size() - 1);
-  return at;
-}
-
-void ZQLingoSim::Impl::Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
-                               unsigned int* both) const {
-  thread_local std::vector<unsigned int> scratch;
-  scratch.assign(counts_.begin(), counts_.end());
-  unsigned int* const left = scratch.data();  // of each of the own ones
-  unsigned int common = 0;
-  unsigned int ofOther = 0;
-  ForEachLingo(other, step_, [&](std::uint32_t lingo) {
-    ++ofOther;
-    unsigned int& count = left[slots_[SlotOf(lingo)].place];
-    const unsigned int taken = count != 0 ? 1 : 0;
-    count -= taken;
-    common += taken;
-  });
-  *onlyA = total_ - common;
-  *onlyB = ofOther - common;
-  *both = common;
-}
-
 ZQLingoSim::ZQLingoSim(const char* text, unsigned int step) {
   if (step != 0 && std::strlen(text) >= lingoLength) {
-    impl_ = std::make_unique<const Impl>(text, step);
+    impl_ = std::make_unique<const LingoCounts>(text, step);
   }
 }
 

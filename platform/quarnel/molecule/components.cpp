@@ -1,5 +1,6 @@
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 
 namespace Quarnel {
 
@@ -10,7 +11,7 @@ namespace {
 template <class Crosses>
 unsigned int LabelConnected(const ZQMolBase& mol, const MolView& view, bool aloneCounts,
                             std::vector<unsigned int>& labels, Crosses crosses) {
-  thread_local std::vector<std::uint32_t> pending;
+  std::vector<std::uint32_t> pending;
   labels.assign(mol.GetMaxAtomIdx(), 0);
   const auto labelOf = [&](std::uint32_t a) -> unsigned int& {
     return labels[view.atoms[a].atom->GetIdx()];
@@ -42,13 +43,15 @@ unsigned int LabelConnected(const ZQMolBase& mol, const MolView& view, bool alon
 }  // namespace
 
 unsigned int ZQDetermineComponents(const ZQMolBase& mol, std::vector<unsigned int>& parts) {
-  return LabelConnected(mol, MolView::Read(mol, MolView::Graph), true, parts,
+  const Workspace<MolView> view;
+  return LabelConnected(mol, view->Read(mol, MolView::Graph), true, parts,
                         [](const MolView::Bond&) { return true; });
 }
 
 unsigned int ZQDetermineAromaticRingSystems(const ZQMolBase& mol,
                                             std::vector<unsigned int>& systems) {
-  const MolView& view = MolView::Read(mol, MolView::Properties);
+  const Workspace<MolView> workspace;
+  const MolView& view = workspace->Read(mol, MolView::Properties);
   // A triple bond has no flag of its own.
   return LabelConnected(mol, view, false, systems, [&view](const MolView::Bond& bond) {
     return bond.aromatic ||

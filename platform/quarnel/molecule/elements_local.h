@@ -32,8 +32,8 @@ constexpr bool IsAromaticElement(unsigned int atomicNum) {
 unsigned int GetReferenceMass(unsigned int atomicNum) noexcept;
 
 /// Implicit hydrogens of an atom that is written as aromatic. `sigmaSum` counts an aromatic bond as
-/// 1; `hasMultiple` tells of a double or triple bond among the others, which leaves no electron for
-/// the ring.
+/// 1; `hasMultiple`: there is a double or triple bond among the others, which leaves no electron
+/// for the ring.
 unsigned int GetAromaticHCount(unsigned int atomicNum, int charge, unsigned int sigmaSum,
                                bool hasMultiple) noexcept;
 

@@ -20,13 +20,13 @@ constexpr unsigned int none = ~0U;
 /// A set of perception steps.
 using Steps = std::uint8_t;
 constexpr unsigned int maxSteps = 8;
-constexpr Steps Step(unsigned int step) { return static_cast<Steps>(1U << step); }
+constexpr Steps SetOf(unsigned int step) { return static_cast<Steps>(1U << step); }
 
 // The steps that read a property. Rings are found by the graph alone.
-constexpr Steps readersOfIsotope = Step(ZQPerceived::Chirality) | Step(ZQPerceived::Symmetry);
+constexpr Steps readersOfIsotope = SetOf(ZQPerceived::Chirality) | SetOf(ZQPerceived::Symmetry);
 constexpr Steps readersOfValence =
-    readersOfIsotope | Step(ZQPerceived::Aromaticity) | Step(ZQPerceived::Hybridization);
-constexpr Steps readersOfStereo = Step(ZQPerceived::Symmetry);
+    readersOfIsotope | SetOf(ZQPerceived::Aromaticity) | SetOf(ZQPerceived::Hybridization);
+constexpr Steps readersOfStereo = SetOf(ZQPerceived::Symmetry);
 constexpr Steps allSteps = 0xFF;
 
 }  // namespace
@@ -125,7 +125,7 @@ class Slots {
   void Shrink(unsigned int size) { size_ = size; }
 
  private:
-  static constexpr unsigned int blockSize = 64;
+  static constexpr unsigned int blockSize = 64;  // a drug-like molecule fits in one
   std::vector<std::unique_ptr<T[]>> blocks_;
   unsigned int size_ = 0;
 };
@@ -233,11 +233,11 @@ class ZQGraph {
 void ZQGraph::Forget(Steps steps) {
   steps &= perceived;
   perceived ^= steps;
-  const bool rings = (steps & Step(ZQPerceived::Rings)) != 0;
-  const bool aromaticity = (steps & Step(ZQPerceived::Aromaticity)) != 0;
-  const bool hybridization = (steps & Step(ZQPerceived::Hybridization)) != 0;
-  const bool chirality = (steps & Step(ZQPerceived::Chirality)) != 0;
-  const bool symmetry = (steps & Step(ZQPerceived::Symmetry)) != 0;
+  const bool rings = (steps & SetOf(ZQPerceived::Rings)) != 0;
+  const bool aromaticity = (steps & SetOf(ZQPerceived::Aromaticity)) != 0;
+  const bool hybridization = (steps & SetOf(ZQPerceived::Hybridization)) != 0;
+  const bool chirality = (steps & SetOf(ZQPerceived::Chirality)) != 0;
+  const bool symmetry = (steps & SetOf(ZQPerceived::Symmetry)) != 0;
   const auto forgetFlags = [&](auto& item) {
     if (rings) item.inRing = false;
     if (aromaticity) item.aromatic = false;
@@ -399,16 +399,16 @@ void ZQStoredMol<Base>::Clear() {
 
 template <class Base>
 bool ZQStoredMol<Base>::IsPerceived(unsigned int step) const {
-  return step < maxSteps && (graph_->perceived & Step(step)) != 0;
+  return step < maxSteps && (graph_->perceived & SetOf(step)) != 0;
 }
 
 template <class Base>
 void ZQStoredMol<Base>::SetPerceived(unsigned int step, bool done) {
   if (step >= maxSteps) return;
   if (done) {
-    graph_->perceived |= Step(step);
+    graph_->perceived |= SetOf(step);
   } else {
-    graph_->Undo(Step(step));
+    graph_->Undo(SetOf(step));
   }
 }
 

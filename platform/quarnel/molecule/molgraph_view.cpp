@@ -5,18 +5,16 @@
 namespace Quarnel {
 
 MolView& MolView::Read(const ZQMolBase& mol, Depth depth) {
-  thread_local MolView scratch;
-  MolView& view = scratch;
   const unsigned int atomSlots = mol.GetMaxAtomIdx();
   const unsigned int bondSlots = mol.GetMaxBondIdx();
-  view.atoms.clear();
-  view.bonds.clear();
-  view.dense_.resize(atomSlots);
+  atoms.clear();
+  bonds.clear();
+  dense_.resize(atomSlots);
   for (unsigned int idx = 0; idx < atomSlots; ++idx) {
     ZQAtomBase* atom = mol.GetAtomAt(idx);
     if (!atom) continue;
-    view.dense_[idx] = view.NumAtoms();
-    Atom& entry = view.atoms.emplace_back();
+    dense_[idx] = NumAtoms();
+    Atom& entry = atoms.emplace_back();
     entry.atom = atom;
     if (depth == Graph) continue;
     entry.element = atom->GetAtomicNum();
@@ -29,19 +27,19 @@ MolView& MolView::Read(const ZQMolBase& mol, Depth depth) {
   for (unsigned int idx = 0; idx < bondSlots; ++idx) {
     ZQBondBase* bond = mol.GetBondAt(idx);
     if (!bond) continue;
-    Bond& entry = view.bonds.emplace_back();
+    Bond& entry = bonds.emplace_back();
     entry.bond = bond;
-    entry.bgn = view.dense_[bond->GetBgn()->GetIdx()];
-    entry.end = view.dense_[bond->GetEnd()->GetIdx()];
-    ++view.atoms[entry.bgn].degree;
-    ++view.atoms[entry.end].degree;
+    entry.bgn = dense_[bond->GetBgn()->GetIdx()];
+    entry.end = dense_[bond->GetEnd()->GetIdx()];
+    ++atoms[entry.bgn].degree;
+    ++atoms[entry.end].degree;
     if (depth == Graph) continue;
     entry.order = bond->GetOrder();
     entry.aromatic = bond->IsAromatic();
     entry.inRing = bond->IsInRing();
   }
-  LinkBonds(view.atoms, view.bonds, view.edges);
-  return view;
+  LinkBonds(atoms, bonds, edges);
+  return *this;
 }
 
 // A tree bond of a depth-first search is a bridge if nothing below it reaches above it; every

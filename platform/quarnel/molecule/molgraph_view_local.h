@@ -45,8 +45,8 @@ struct MolView {
     Properties  ///< everything
   };
 
-  /// Reads the molecule into this thread's view, which the next call on the thread overwrites.
-  static MolView& Read(const ZQMolBase& mol, Depth depth);
+  /// Fills the view from the molecule, whatever it held before; returns it.
+  MolView& Read(const ZQMolBase& mol, Depth depth);
 
   std::uint32_t NumAtoms() const { return static_cast<std::uint32_t>(atoms.size()); }
   std::uint32_t NumBonds() const { return static_cast<std::uint32_t>(bonds.size()); }

@@ -4,6 +4,7 @@
 
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/molecule/valence_electrons_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 
 namespace Quarnel {
 namespace {
@@ -16,7 +17,7 @@ struct Orbitals {
 Orbitals CountOrbitals(const MolView& view, std::uint32_t a) {
   const MolView::Atom& atom = view.atoms[a];
   const unsigned int outer = GetValenceElectrons(atom.element);
-  // In the d and f blocks the neighbours alone tell.
+  // In the d and f blocks only the neighbours count.
   if (outer == 0) return {atom.implicitH + atom.degree, 0};
   Orbitals orbitals{atom.implicitH, 0};
   unsigned int valence = atom.implicitH;
@@ -68,8 +69,9 @@ void FindHybridization(const MolView& view, std::vector<std::uint8_t>& hyb) {
 
 void ZQAssignHybridization(ZQMolBase& mol) {
   if (mol.IsPerceived(ZQPerceived::Hybridization)) return;
-  thread_local std::vector<std::uint8_t> hyb;
-  const MolView& view = MolView::Read(mol, MolView::Properties);
+  const Workspace<MolView> workspace;
+  const MolView& view = workspace->Read(mol, MolView::Properties);
+  std::vector<std::uint8_t> hyb;
   FindHybridization(view, hyb);
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) view.atoms[a].atom->SetHyb(hyb[a]);
   mol.SetPerceived(ZQPerceived::Hybridization, true);

@@ -1,4 +1,5 @@
 #include "contract/quarnel/perception.h"
+#include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
 namespace {
@@ -14,17 +15,15 @@ unsigned int NumBonds(const ZQAtomBase& atom) {
   return count;
 }
 
-/// The atom told its configuration by four explicit neighbours, the hydrogen among them: without
-/// it the configuration still stands, with the hydrogen now first in the order of neighbours. With
+/// The configuration was given by four explicit neighbours, the hydrogen among them: without
+/// it the configuration stays, with the hydrogen now first in the order of neighbours. With
 /// three, a lone pair being the fourth, it doesn't.
 void MoveToFront(ZQAtomBase& centre, const ZQBondBase& toHydrogen) {
   unsigned int position = 0;
   for (const ZQBondBase* b = centre.NextBond(nullptr); b != &toHydrogen; b = centre.NextBond(b)) {
     ++position;
   }
-  if (position % 2 == 0) return;
-  centre.SetStereo(centre.GetStereo() == ZQAtomStereo::Clockwise ? ZQAtomStereo::CounterClockwise
-                                                                 : ZQAtomStereo::Clockwise);
+  centre.SetStereo(Turned(centre.GetStereo(), position % 2 != 0));
 }
 
 /// The bond of the lowest index that isn't `doubleBond` nor `left`.
@@ -35,7 +34,7 @@ const ZQBondBase* FirstOther(const ZQAtomBase& end, const ZQBondBase& doubleBond
   return b;
 }
 
-/// Whether stereo of the parent or of a double bond at it can't be told without the hydrogen.
+/// Whether stereo of the parent or of a double bond at it can't be described without the hydrogen.
 bool HasStereoRole(const ZQAtomBase& parent, const ZQBondBase& toHydrogen) {
   const unsigned int numBonds = NumBonds(parent);
   if (numBonds == 3) {
@@ -62,7 +61,7 @@ void ReleaseStereo(ZQAtomBase& parent, const ZQBondBase& toLeaving, bool becomes
     if (!becomesHydrogen || !FirstOther(parent, *b, &toLeaving)) {
       b->SetStereo(ZQBondStereo::None);
     } else if (FirstOther(parent, *b, nullptr) == &toLeaving) {
-      b->SetStereo(b->GetStereo() == ZQBondStereo::Cis ? ZQBondStereo::Trans : ZQBondStereo::Cis);
+      b->SetStereo(Turned(b->GetStereo(), true));
     }
   }
 }

@@ -7,12 +7,21 @@
 
 #include "platform/quarnel/molecule/adjacency_local.h"
 
+// A cycle is relevant if it isn't the sum of shorter ones; the relevant cycles together are the
+// union of all minimum cycle bases. There can be exponentially many, but they fall into few
+// families (P. Vismara, Electron. J. Combin. 4, R9, 1997): those of one family have the same root,
+// their atom of the highest number, and differ only in which shortest paths lead from it to the two
+// atoms across. All of a family are relevant or none is, so that one of them, as a vector of bonds
+// over GF(2), is tested by elimination against the basis so far, in order of length, and the others
+// are counted by counting paths.
+
 namespace Quarnel {
 
 namespace {
 
 constexpr std::uint32_t none = ~0U;
-constexpr std::size_t maxFamilies = 16384;  // of one range of lengths
+/// Of one range of lengths. Molecules picked for their ring systems have up to 84.
+constexpr std::size_t maxFamilies = 16384;
 
 std::uint32_t Saturated(std::uint64_t count) {
   return static_cast<std::uint32_t>(
@@ -95,6 +104,7 @@ CycleCounter::CycleCounter(std::uint32_t numAtoms,
 RingCounts CycleCounter::Count() {
   std::uint32_t missing = Rank();
   std::uint32_t minLength = 3;
+  // Doubled ranges: most rings need the shallow search only.
   for (std::uint32_t maxLength = 8; missing != 0; maxLength *= 2) {
     families_.clear();
     for (std::uint32_t root = 0; root < atoms_.size(); ++root) {

@@ -1,5 +1,6 @@
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 
 namespace Quarnel {
 
@@ -9,7 +10,8 @@ void ZQFindRingAtomsAndBonds(ZQMolBase& mol) {
     mol.SetPerceived(ZQPerceived::Chirality, false);
     mol.SetPerceived(ZQPerceived::Symmetry, false);
   }
-  MolView& view = MolView::Read(mol, MolView::Graph);
+  const Workspace<MolView> workspace;
+  MolView& view = workspace->Read(mol, MolView::Graph);
   view.FindRings();
   for (const MolView::Atom& atom : view.atoms) atom.atom->SetInRing(atom.inRing);
   for (const MolView::Bond& bond : view.bonds) bond.bond->SetInRing(bond.inRing);

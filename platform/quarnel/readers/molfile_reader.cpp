@@ -14,7 +14,7 @@
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/adjacency_local.h"
 #include "platform/quarnel/molecule/elements_local.h"
-#include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 #include "platform/quarnel/readers/file_format_local.h"
 
 // Both versions of the format are read into the same flat arrays; what the numbers mean for the
@@ -178,6 +178,10 @@ class MolfileParser {
   void SetStereo();
   bool HasTwins(std::uint32_t atom, std::uint32_t without) const;
   bool MayBeCentre(std::uint32_t atom) const;
+  DrawnAtom DrawingOf(std::uint32_t idx) const {
+    const Atom& atom = atoms_[idx];
+    return {atom.atomicNum, atom.degree, atom.hCount, atom.doubles, atom.multiple, atom.aromatic};
+  }
   ZQAtomStereo GetDrawnStereo(std::uint32_t atom) const;
   ZQAtomStereo GetParityStereo(std::uint32_t atom) const;
   ZQBondStereo GetBondStereo(std::uint32_t bond) const;
@@ -654,36 +658,22 @@ void MolfileParser::SetStereo() {
 
 // Whether two neighbours of the atom, `without` left out, are single atoms of one kind.
 bool MolfileParser::HasTwins(std::uint32_t atom, std::uint32_t without) const {
-  const auto edges = Edges(atom);
-  const auto isPlainHydrogen = [](const Atom& a) {
-    return a.atomicNum == 1 && a.isotope == 0 && a.charge == 0;
+  const auto isHydrogen = [&](const Edge& edge) {
+    const Atom& a = atoms_[edge.atom];
+    return edge.atom != without && a.degree == 1 &&
+           IsPlainHydrogen(a.atomicNum, static_cast<unsigned int>(a.isotope), a.charge);
   };
-  for (std::size_t i = 0; i < edges.size(); ++i) {
-    const Atom& a = atoms_[edges[i].atom];
-    if (edges[i].atom == without || a.degree != 1) continue;
-    if (atoms_[atom].hCount != 0 && isPlainHydrogen(a)) return true;
-    for (std::size_t j = i + 1; j < edges.size(); ++j) {
-      const Atom& b = atoms_[edges[j].atom];
-      if (edges[j].atom != without && b.degree == 1 && a.atomicNum == b.atomicNum &&
-          a.isotope == b.isotope && a.charge == b.charge && a.hCount == b.hCount) {
-        return true;
-      }
-    }
-  }
-  return false;
+  if (atoms_[atom].hCount != 0 && std::ranges::any_of(Edges(atom), isHydrogen)) return true;
+  return Quarnel::HasTwins(Edges(atom), without, [this](std::uint32_t i, std::uint32_t j) {
+    const Atom& a = atoms_[i];
+    const Atom& b = atoms_[j];
+    return a.degree == 1 && b.degree == 1 && a.atomicNum == b.atomicNum && a.isotope == b.isotope &&
+           a.charge == b.charge && a.hCount == b.hCount;
+  });
 }
 
-// Four places around the atom, one at most of them a hydrogen count or a lone pair, that stay
-// where they are: no double bonds but those of the third period on, no amine, whose lone pair
-// swings through.
 bool MolfileParser::MayBeCentre(std::uint32_t idx) const {
-  const Atom& atom = atoms_[idx];
-  if (atom.numWithoutOrder != 0) return false;
-  const bool hasFour = atom.degree == 4 && atom.hCount == 0;
-  if (!hasFour && !(atom.degree == 3 && atom.hCount <= 1)) return false;
-  if (atom.aromatic || (atom.multiple && atom.atomicNum <= 10)) return false;
-  if (atom.atomicNum == 7 && atom.degree + atom.hCount == 3) return false;
-  return !HasTwins(idx, none);
+  return atoms_[idx].numWithoutOrder == 0 && CanBeDrawn(DrawingOf(idx)) && !HasTwins(idx, none);
 }
 
 ZQAtomStereo MolfileParser::GetDrawnStereo(std::uint32_t idx) const {
@@ -732,11 +722,8 @@ ZQAtomStereo MolfileParser::GetParityStereo(std::uint32_t idx) const {
   }
   // In the order of the parity, turned to begin with the last, they are counterclockwise for an
   // odd one; the turn of four is three swaps.
-  bool clockwise = atom.parity == 1;
-  for (std::size_t i = 0; i < 4; ++i) {
-    for (std::size_t j = i + 1; j < 4; ++j) clockwise ^= keys[i] > keys[j];
-  }
-  return clockwise ? ZQAtomStereo::Clockwise : ZQAtomStereo::CounterClockwise;
+  return Turned(atom.parity == 1 ? ZQAtomStereo::Clockwise : ZQAtomStereo::CounterClockwise,
+                IsOdd(keys));
 }
 
 ZQBondStereo MolfileParser::GetBondStereo(std::uint32_t idx) const {
@@ -748,20 +735,12 @@ ZQBondStereo MolfileParser::GetBondStereo(std::uint32_t idx) const {
     const std::uint32_t near = side == 0 ? bond.bgn : bond.end;
     const std::uint32_t far = side == 0 ? bond.end : bond.bgn;
     const Atom& atom = atoms_[near];
-    const unsigned int z = atom.atomicNum;
-    const bool hasLonePair =
-        (z == 15 || z == 16 || z == 33 || z == 34) && atom.degree == 2 && atom.hCount == 0;
-    const bool canBeEnd = (z == 6 || z == 7 || z == 14 || z == 32 || hasLonePair) &&
-                          atom.doubles == 1 && (atom.degree == 2 || atom.degree == 3) &&
-                          !HasTwins(near, far);
-    if (!canBeEnd) return ZQBondStereo::None;
-    std::uint32_t reference = none;
+    if (!CanBeDrawnEnd(DrawingOf(near)) || HasTwins(near, far)) return ZQBondStereo::None;
     for (const Edge& edge : Edges(near)) {
       const Bond& other = bonds_[edge.bond];
       if (other.wedge == Wedge::Either && other.bgn == near) return ZQBondStereo::None;
-      if (edge.bond != idx && reference == none) reference = edge.atom;
     }
-    const Point arm = Normalized(atoms_[reference].at - atom.at);
+    const Point arm = Normalized(atoms_[ReferenceOf(Edges(near).data(), far)].at - atom.at);
     const Point across = arm - axis * Dot(arm, axis);
     constexpr double leastBend = 0.1;
     if (Dot(across, across) < leastBend * leastBend) return ZQBondStereo::None;

@@ -8,7 +8,8 @@
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/elements_local.h"
-#include "platform/quarnel/perception/small_ring_local.h"
+#include "platform/quarnel/molecule/workspace_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
 #include "platform/quarnel/readers/file_format_local.h"
 #include "platform/quarnel/readers/smiles_scanner_local.h"
 
@@ -99,7 +100,7 @@ class SmilesParser : SmilesScanner {
     std::uint32_t atom;
     std::uint32_t first;
     std::uint32_t last;
-    bool clockwise;
+    ZQAtomStereo stereo;
     bool hasPrevious;
   };
   struct Link {
@@ -313,7 +314,7 @@ void SmilesParser::AddAtom(const Atom& atom, ZQAtomStereo stereo) {
   atoms_[idx].centre = none;
   if (stereo != ZQAtomStereo::None) {
     atoms_[idx].centre = static_cast<std::uint32_t>(centres_.size());
-    centres_.push_back({idx, none, none, stereo == ZQAtomStereo::Clockwise, previous_ != none});
+    centres_.push_back({idx, none, none, stereo, previous_ != none});
   }
   if (previous_ != none) {
     const auto bond = static_cast<std::uint32_t>(bonds_.size());
@@ -493,32 +494,20 @@ bool SmilesParser::ReadBracket() {
 
 // Carries the order of the text over to the order of bond indices, hydrogen or lone pair first.
 ZQAtomStereo SmilesParser::GetStereo(const Centre& centre) {
-  constexpr std::uint32_t implicit = 0;  // bonds are numbered from 1 here, to sort behind it
-  std::uint32_t order[4];
-  std::size_t count = 0;
-  const auto add = [&](std::uint32_t item) {
-    if (count < 4) order[count] = item;
-    ++count;
-  };
-  const unsigned int hCount = atoms_[centre.atom].hCount;
-  std::size_t neighbours = hCount;
-  for (std::uint32_t link = centre.first; link != none && neighbours <= 4;
-       link = links_[link].next) {
-    ++neighbours;
+  unsigned int numBonds = 0;
+  for (std::uint32_t link = centre.first; link != none && numBonds <= 4; link = links_[link].next) {
+    ++numBonds;
   }
-  // Three neighbours and no hydrogen leave the place to a lone pair.
-  const bool hasImplicit = hCount == 1 || (hCount == 0 && neighbours == 3);
-  if (!centre.hasPrevious && hasImplicit) add(implicit);
-  for (std::uint32_t link = centre.first; link != none && count <= 4; link = links_[link].next) {
-    add(links_[link].bond + 1);
-    if (count == 1 && centre.hasPrevious && hasImplicit) add(implicit);
+  if (!HasFourPlaces(numBonds, atoms_[centre.atom].hCount)) return ZQAtomStereo::None;
+  // Bonds count from 1 here, so that the hydrogen or lone pair sorts in front. In the text it
+  // stands behind the atom before, if there is one.
+  std::array<std::uint32_t, 4> order{};
+  std::size_t place = numBonds == 3 && !centre.hasPrevious ? 1 : 0;
+  for (std::uint32_t link = centre.first; link != none; link = links_[link].next) {
+    order[place] = links_[link].bond + 1;
+    place += place == 0 && numBonds == 3 ? 2 : 1;
   }
-  if (count != 4 || hCount > 1) return ZQAtomStereo::None;
-  bool clockwise = centre.clockwise;
-  for (std::size_t i = 0; i < 4; ++i) {
-    for (std::size_t j = i + 1; j < 4; ++j) clockwise ^= order[i] > order[j];
-  }
-  return clockwise ? ZQAtomStereo::Clockwise : ZQAtomStereo::CounterClockwise;
+  return Turned(centre.stereo, IsOdd(order));
 }
 
 void SmilesParser::SetDoubleBondStereo() {
@@ -612,8 +601,8 @@ bool SmilesParser::Fill(ZQMolBase& mol) {
 }
 
 bool ReadSmiles(ZQMolBase& mol, std::string_view smiles, ReaderError& error) {
-  thread_local SmilesParser parser;
-  return parser.Read(mol, smiles, error);
+  const Workspace<SmilesParser> parser;
+  return parser->Read(mol, smiles, error);
 }
 
 // ---- Files: a SMILES, white space and a title on each line that isn't blank

@@ -14,7 +14,8 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = SmartsPattern::none;
-constexpr std::uint32_t maxWays = 4;  // atoms that a part may begin with
+/// Atoms that a part may begin with. From two to eight, MACCS keys cost the same.
+constexpr std::uint32_t maxWays = 4;
 
 /// How many atoms in one satisfy a literal, about, in an organic molecule.
 double GuessFrequency(const AtomLiteral& literal) {
@@ -146,8 +147,8 @@ void Planner::ReadGraph() {
   graph_.FindRings();
 }
 
-// What the graph of the pattern asks of any match: a ring is mapped to a ring, and an atom to one
-// with as many bonds.
+// What the graph of the pattern requires of any match: a ring is mapped to a ring, and an atom to
+// one with as many bonds.
 void Planner::Sharpen() {
   for (std::size_t b = 0; b < pattern_.bonds.size(); ++b) {
     if (graph_.bonds[b].inRing) pattern_.bonds[b].mask &= ringBonds;

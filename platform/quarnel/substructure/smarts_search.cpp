@@ -1,7 +1,17 @@
 #include <algorithm>
+#include <array>
 #include <bit>
 
+#include "platform/quarnel/perception/stereo_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
+
+// Backtracking over sets of candidates, as in J. R. Ullmann (J. ACM 23, 31-42, 1976): the atoms
+// that satisfy each expression are found beforehand, so that a pattern fails at once where a set is
+// too small, and the search begins with the atom that has the fewest. The order of all others was
+// fixed with the pattern: each is bonded to one mapped before. With up to 64 atoms in the molecule
+// a set is one word, and the candidates of an atom are the intersection of its set with the
+// neighbours of the atoms that it is bonded to; in larger molecules they come from the bonds of one
+// of those. Configurations are compared once all atoms are mapped.
 
 namespace Quarnel {
 
@@ -15,7 +25,7 @@ bool Has(const std::uint64_t* set, std::uint32_t atom) {
 
 }  // namespace
 
-bool SmartsSearch::Start(const SmartsPattern& pattern, Target& target) {
+bool SmartsSearch::Start(const SmartsPattern& pattern, SmartsTarget& target) {
   pattern_ = &pattern;
   target_ = &target;
   isSmall_ = target.NumAtoms() <= 64;
@@ -107,7 +117,7 @@ void SmartsSearch::Enter(Level& level) {
     level.next = 0;
     level.end = target_->NumAtoms();
   } else {
-    const Target::Atom& from = target_->atoms[images_[level.step->parent]];
+    const SmartsTarget::Atom& from = target_->atoms[images_[level.step->parent]];
     level.next = from.firstEdge;
     level.end = from.firstEdge + from.degree;
   }
@@ -142,7 +152,7 @@ bool SmartsSearch::GroupAdmits(const Level& level, std::uint32_t atom) const {
 bool SmartsSearch::Closes(const SmartsPattern::Step& step, std::uint32_t atom) const {
   const SmartsPattern::Closure* closure = &pattern_->closures[step.firstClosure];
   return std::all_of(closure, closure + step.numClosures, [&](const auto& bond) {
-    const Target::Edge* edge = target_->FindEdge(atom, images_[bond.atom]);
+    const SmartsTarget::Edge* edge = target_->FindEdge(atom, images_[bond.atom]);
     return edge && (edge->bondClass & bond.mask) != 0;
   });
 }
@@ -160,7 +170,7 @@ std::uint32_t SmartsSearch::NextCandidate(Level& level) {
   const SmartsPattern::Step& step = *level.step;
   if (step.parent == none) return NextRoot(level);
   while (level.next < level.end) {
-    const Target::Edge& edge = target_->edges[level.next++];
+    const SmartsTarget::Edge& edge = target_->edges[level.next++];
     if ((edge.bondClass & step.mask) != 0 && Has(level.domain, edge.atom) &&
         !Has(used_.data(), edge.atom) && (step.numClosures == 0 || Closes(step, edge.atom))) {
       return edge.atom;
@@ -220,7 +230,7 @@ bool SmartsSearch::StereoHolds() const {
 bool SmartsSearch::CentreHolds(std::size_t index) const {
   const SmartsPattern::Centre& centre = pattern_->centres[index];
   const std::uint32_t image = images_[centre.atom];
-  const Target::Atom& atom = target_->atoms[image];
+  const SmartsTarget::Atom& atom = target_->atoms[image];
   const auto holds = [&](std::size_t turn) {
     return Has(target_->Words(sets_[pattern_->domains.size() + index * 3 + turn]), image);
   };
@@ -228,13 +238,13 @@ bool SmartsSearch::CentreHolds(std::size_t index) const {
   if (stereo == ZQAtomStereo::None) return holds(SmartsPattern::Centre::Unspecified);
   const bool implicit = atom.degree == 3;
   if (centre.neighbours.empty() || (atom.degree != 4 && !implicit)) {
-    // The pattern doesn't tell one turn from the other.
+    // The pattern doesn't distinguish the turns.
     return holds(SmartsPattern::Centre::CounterClockwise) ||
            holds(SmartsPattern::Centre::Clockwise);
   }
   // The places of the pattern's neighbours among the target's; a place left over belongs to the
   // neighbour left out.
-  std::uint32_t places[4];
+  std::array<std::uint32_t, 4> places{};
   std::uint32_t sum = 0;
   std::size_t leftOut = 4;
   for (std::size_t i = 0; i < 4; ++i) {
@@ -250,28 +260,24 @@ bool SmartsSearch::CentreHolds(std::size_t index) const {
     sum += places[i];
   }
   if (leftOut != 4) places[leftOut] = 6 - sum;
-  bool clockwise = stereo == ZQAtomStereo::Clockwise;
-  for (std::size_t i = 0; i < 4; ++i) {
-    for (std::size_t j = i + 1; j < 4; ++j) clockwise ^= places[i] > places[j];
-  }
-  return holds(clockwise ? SmartsPattern::Centre::Clockwise
-                         : SmartsPattern::Centre::CounterClockwise);
+  return holds(Turned(stereo, IsOdd(places)) == ZQAtomStereo::Clockwise
+                   ? SmartsPattern::Centre::Clockwise
+                   : SmartsPattern::Centre::CounterClockwise);
 }
 
 bool SmartsSearch::DoubleBondHolds(const SmartsPattern::DoubleBond& bond) const {
   const std::uint32_t bgn = images_[pattern_->bonds[bond.bond].bgn];
   const std::uint32_t end = images_[pattern_->bonds[bond.bond].end];
-  const Target::Edge& edge = *target_->FindEdge(bgn, end);
+  const SmartsTarget::Edge& edge = *target_->FindEdge(bgn, end);
   if ((edge.bondClass & BondsOfOrder(2)) == 0) return true;
   const ZQBondStereo stereo = target_->bonds[edge.bond].bond->GetStereo();
   if (stereo == ZQBondStereo::None) return bond.orUnspecified;
   const auto isReference = [this](std::uint32_t at, std::uint32_t other, std::uint32_t neighbour) {
-    const Target::Edge* first = &target_->edges[target_->atoms[at].firstEdge];
-    return (first->atom == other ? first[1] : *first).atom == neighbour;
+    return ReferenceOf(&target_->edges[target_->atoms[at].firstEdge], other) == neighbour;
   };
   const bool turned = isReference(bgn, end, images_[bond.bgnReference]) !=
                       isReference(end, bgn, images_[bond.endReference]);
-  return (stereo == ZQBondStereo::Cis) == (bond.cis != turned);
+  return (Turned(stereo, turned) == ZQBondStereo::Cis) == bond.cis;
 }
 
 }  // namespace Quarnel

@@ -13,10 +13,8 @@ namespace Quarnel {
 /// new expression may be looked up in the target.
 class SmartsSearch {
  public:
-  using Target = ZQSubSearchTarget::Impl;
-
   /// False if there can't be a match.
-  bool Start(const SmartsPattern& pattern, Target& target);
+  bool Start(const SmartsPattern& pattern, SmartsTarget& target);
   /// Finds the next match.
   bool Next();
   /// Finds a match of the pattern's first atom, where the pattern begins with it, onto this one.
@@ -61,10 +59,10 @@ class SmartsSearch {
   bool DoubleBondHolds(const SmartsPattern::DoubleBond& bond) const;
 
   const SmartsPattern* pattern_ = nullptr;
-  Target* target_ = nullptr;
+  SmartsTarget* target_ = nullptr;
   bool isSmall_ = false;
   const std::uint32_t* components_ = nullptr;  // where the pattern has groups
-  std::vector<Target::Set> sets_;              // by domain, then three for each centre
+  std::vector<SmartsTarget::Set> sets_;        // by domain, then three for each centre
   std::vector<Level> levels_;
   std::vector<Tie> ties_;
   std::vector<std::uint32_t> images_;

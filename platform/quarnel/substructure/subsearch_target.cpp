@@ -5,17 +5,27 @@
 #include <utility>
 
 #include "contract/quarnel/perception.h"
+#include "platform/quarnel/molecule/workspace_local.h"
 #include "platform/quarnel/perception/hybridization_local.h"
-#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
+
+// Many patterns need the same of an atom: the 166 MACCS keys share 25 primitives. Each primitive
+// and each expression is evaluated once for all atoms of the molecule, into a set of bits;
+// expressions combine the sets of their primitives word by word. Sets lie one behind the other in
+// one array, found by a hash table of open addressing whose key is the serial number of the
+// expression, which no two expressions of a process share, or the code of the primitive. A
+// recursive primitive runs a search of its own from each atom that the rest of its expression
+// leaves.
 
 namespace Quarnel {
 
-ZQSubSearchTarget::ZQSubSearchTarget(const ZQMolBase& mol) : impl_(std::make_unique<Impl>(mol)) {}
+ZQSubSearchTarget::ZQSubSearchTarget(const ZQMolBase& mol)
+    : target_(std::make_unique<SmartsTarget>(mol)) {}
 ZQSubSearchTarget::~ZQSubSearchTarget() = default;
 
-ZQSubSearchTarget::Impl::Impl(const ZQMolBase& mol) : mol_(mol), table_(256) {
-  MolView& view = MolView::Read(mol, MolView::Properties);
+SmartsTarget::SmartsTarget(const ZQMolBase& mol) : mol_(mol), table_(firstTableSize) {
+  const Workspace<MolView> workspace;
+  MolView& view = workspace->Read(mol, MolView::Properties);
   if (!mol.IsPerceived(ZQPerceived::Rings)) view.FindRings();
   atoms.resize(view.NumAtoms());
   bonds.resize(view.NumBonds());
@@ -27,9 +37,7 @@ ZQSubSearchTarget::Impl::Impl(const ZQMolBase& mol) : mol_(mol), table_(256) {
   for (std::uint32_t a = 0; a < view.NumAtoms(); ++a) {
     const MolView::Atom& from = view.atoms[a];
     Atom& atom = atoms[a];
-    atom = {from.atom,     from.firstEdge, from.degree,    from.element,   from.isotope,
-            from.charge,   from.implicitH, from.implicitH, from.implicitH, 0,
-            from.aromatic, from.inRing};
+    atom = {from, from.implicitH, from.implicitH, 0};
     for (std::uint32_t e = from.firstEdge; e < from.firstEdge + from.degree; ++e) {
       const MolView::Edge edge = view.edges[e];
       const MolView::Bond& bond = view.bonds[edge.bond];
@@ -40,7 +48,7 @@ ZQSubSearchTarget::Impl::Impl(const ZQMolBase& mol) : mol_(mol), table_(256) {
     }
   }
   numWords_ = (NumAtoms() + 63) / 64;
-  words_.reserve(std::size_t{numWords_} * 128);
+  words_.reserve(numWords_ * firstTableSize / 2);
 }
 
 namespace {
@@ -52,15 +60,14 @@ class WordBuffer {
   std::uint64_t* Get() { return many_.empty() ? few_ : many_.data(); }
 
  private:
-  static constexpr std::size_t few = 8;
+  static constexpr std::size_t few = 8;  // 512 atoms: small molecules need no memory
   std::uint64_t few_[few];
   std::vector<std::uint64_t> many_;
 };
 
 }  // namespace
 
-ZQSubSearchTarget::Impl::Set ZQSubSearchTarget::Impl::Keep(std::uint64_t key,
-                                                           const std::uint64_t* words) {
+SmartsTarget::Set SmartsTarget::Keep(std::uint64_t key, const std::uint64_t* words) {
   if (++numEntries_ * 2 > table_.size()) {
     std::vector<Entry> old(table_.size() * 2);
     old.swap(table_);
@@ -77,13 +84,13 @@ ZQSubSearchTarget::Impl::Set ZQSubSearchTarget::Impl::Keep(std::uint64_t key,
   return set;
 }
 
-ZQSubSearchTarget::Impl::Set ZQSubSearchTarget::Impl::Make(const AtomExpression& expression) {
+SmartsTarget::Set SmartsTarget::Make(const AtomExpression& expression) {
   WordBuffer result(numWords_);
   Evaluate(expression, result.Get());
   return Keep(expression.serial, result.Get());
 }
 
-void ZQSubSearchTarget::Impl::Evaluate(const AtomExpression& expression, std::uint64_t* result) {
+void SmartsTarget::Evaluate(const AtomExpression& expression, std::uint64_t* result) {
   if (expression.base) {
     const Set base = Find(*expression.base);
     std::copy_n(Words(base), numWords_, result);
@@ -130,8 +137,8 @@ void ZQSubSearchTarget::Impl::Evaluate(const AtomExpression& expression, std::ui
 }
 
 // Takes away the atoms that don't satisfy the literal.
-void ZQSubSearchTarget::Impl::Restrict(const AtomExpression& expression, const AtomLiteral& literal,
-                                       std::uint64_t* result) {
+void SmartsTarget::Restrict(const AtomExpression& expression, const AtomLiteral& literal,
+                            std::uint64_t* result) {
   if (literal.kind == AtomLiteral::Chirality) return;  // for the search to decide
   if (literal.kind != AtomLiteral::Recursive) {
     const std::uint64_t* words = Words(Find(literal));
@@ -154,7 +161,7 @@ void ZQSubSearchTarget::Impl::Restrict(const AtomExpression& expression, const A
 }
 
 // The atoms that satisfy the primitive, its negation aside.
-ZQSubSearchTarget::Impl::Set ZQSubSearchTarget::Impl::Find(const AtomLiteral& literal) {
+SmartsTarget::Set SmartsTarget::Find(const AtomLiteral& literal) {
   // Apart from all serials, and with neighbouring values side by side.
   const std::uint64_t key = std::uint64_t{1} << 63 |
                             static_cast<std::uint64_t>(literal.kind) << 48 |
@@ -167,7 +174,7 @@ ZQSubSearchTarget::Impl::Set ZQSubSearchTarget::Impl::Find(const AtomLiteral& li
 }
 
 template <class Condition>
-void ZQSubSearchTarget::Impl::Select(std::uint64_t* result, Condition condition) const {
+void SmartsTarget::Select(std::uint64_t* result, Condition condition) const {
   for (std::uint32_t first = 0; first < NumAtoms(); first += 64, ++result) {
     const std::uint32_t size = std::min(NumAtoms() - first, 64U);
     *result = 0;
@@ -177,7 +184,7 @@ void ZQSubSearchTarget::Impl::Select(std::uint64_t* result, Condition condition)
   }
 }
 
-void ZQSubSearchTarget::Impl::SelectLiteral(const AtomLiteral& literal, std::uint64_t* result) {
+void SmartsTarget::SelectLiteral(const AtomLiteral& literal, std::uint64_t* result) {
   const auto value = static_cast<std::uint32_t>(literal.value);
   const auto select = [&](auto condition) { Select(result, condition); };
   const auto selectBy = [&](const auto& values) {
@@ -227,7 +234,7 @@ void ZQSubSearchTarget::Impl::SelectLiteral(const AtomLiteral& literal, std::uin
   }
 }
 
-const RingCounts& ZQSubSearchTarget::Impl::Rings() {
+const RingCounts& SmartsTarget::Rings() {
   if (rings_.count.empty()) {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> inRing;
     for (const Bond& bond : bonds) {
@@ -238,9 +245,10 @@ const RingCounts& ZQSubSearchTarget::Impl::Rings() {
   return rings_;
 }
 
-const std::vector<std::uint8_t>& ZQSubSearchTarget::Impl::Hybridizations() {
+const std::vector<std::uint8_t>& SmartsTarget::Hybridizations() {
   if (hybridization_.empty()) {
-    FindHybridization(MolView::Read(mol_, MolView::Properties), hybridization_);
+    const Workspace<MolView> view;
+    FindHybridization(view->Read(mol_, MolView::Properties), hybridization_);
     if (mol_.IsPerceived(ZQPerceived::Hybridization)) {
       for (std::uint32_t a = 0; a < NumAtoms(); ++a) {
         hybridization_[a] = static_cast<std::uint8_t>(atoms[a].atom->GetHyb());
@@ -250,7 +258,7 @@ const std::vector<std::uint8_t>& ZQSubSearchTarget::Impl::Hybridizations() {
   return hybridization_;
 }
 
-const std::uint64_t* ZQSubSearchTarget::Impl::Neighbours(std::uint32_t mask) {
+const std::uint64_t* SmartsTarget::Neighbours(std::uint32_t mask) {
   for (std::size_t i = 0; i < masks_.size(); ++i) {
     if (masks_[i] == mask) return neighbours_[i].data();
   }
@@ -266,7 +274,7 @@ const std::uint64_t* ZQSubSearchTarget::Impl::Neighbours(std::uint32_t mask) {
   return sets.data();
 }
 
-const std::vector<std::uint32_t>& ZQSubSearchTarget::Impl::Components() {
+const std::vector<std::uint32_t>& SmartsTarget::Components() {
   if (!components_.empty()) return components_;
   std::vector<unsigned int> parts;
   ZQDetermineComponents(mol_, parts);

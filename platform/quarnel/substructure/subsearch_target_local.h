@@ -1,6 +1,6 @@
 #pragma once
 
-/// A molecule in flat arrays, and for each atom expression asked of it the set of atoms that
+/// A molecule in flat arrays, and for each atom expression looked up in it the set of atoms that
 /// satisfy it, found once.
 
 #include <array>
@@ -9,31 +9,23 @@
 #include <vector>
 
 #include "contract/quarnel/subsearch.h"
+#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/perception/relevant_cycles_local.h"
 #include "platform/quarnel/substructure/smarts_parser_local.h"
 
 namespace Quarnel {
 
-class ZQSubSearchTarget::Impl {
+class SmartsTarget {
  public:
   struct Edge {
     std::uint32_t atom;
     std::uint32_t bond;
     std::uint32_t bondClass;
   };
-  struct Atom {
-    ZQAtomBase* atom;
-    std::uint32_t firstEdge;
-    std::uint32_t degree;
-    std::uint32_t element;
-    std::uint32_t isotope;
-    std::int32_t charge;
-    std::uint32_t implicitH;
+  struct Atom : MolView::Atom {
     std::uint32_t totalH;
     std::uint32_t valence;
     std::uint32_t ringBonds;
-    bool aromatic;
-    bool inRing;
   };
   struct Bond {
     ZQBondBase* bond;
@@ -47,10 +39,10 @@ class ZQSubSearchTarget::Impl {
     std::uint32_t count;
   };
 
-  explicit Impl(const ZQMolBase& mol);
+  explicit SmartsTarget(const ZQMolBase& mol);
 
   std::uint32_t NumAtoms() const { return static_cast<std::uint32_t>(atoms.size()); }
-  /// The atoms that satisfy the expression, whatever it says of chirality. The words of a set move
+  /// The atoms that satisfy the expression, chirality aside. The words of a set move
   /// when another is looked up for the first time.
   Set Find(const AtomExpression& expression, std::uint64_t serial) {
     const Entry& entry = *Place(serial);
@@ -79,6 +71,9 @@ class ZQSubSearchTarget::Impl {
     std::uint64_t key;  // the expression's serial or the literal's code; 0 for a free place
     Set set;
   };
+
+  /// The MACCS keys look up 69 sets, and the table is at most half full.
+  static constexpr std::size_t firstTableSize = 256;
 
   Entry* Place(std::uint64_t key) {
     std::size_t place = key & (table_.size() - 1);

@@ -1,4 +1,4 @@
-#include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/perception/partition_local.h"
 
 #include <algorithm>
 #include <array>

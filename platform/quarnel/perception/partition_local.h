@@ -21,11 +21,11 @@ class Partition {
   /// Groups by element, charge, isotope, hydrogens, degree, valence, aromaticity and ring
   /// membership. Plain explicit hydrogens (`IsFolded`) count as implicit ones and are in no cell,
   /// so that it makes no difference which way they are held. Large values are cut off at limits
-  /// that lie beyond what any invariant tells apart.
+  /// that lie beyond what any invariant distinguishes.
   void Build(const MolView& view);
-  /// Groups by what a SMILES tells of an atom in brackets but its class, by degree, aromaticity and
-  /// ring membership, bonds by what is written of them. Every atom is in a cell. `parts` has a
-  /// number from 1 for each atom index; atoms of one number stand together, in the order of
+  /// Groups by what a SMILES writes of an atom in brackets but its class, by degree, aromaticity
+  /// and ring membership, bonds by what is written of them. Every atom is in a cell. `parts` has a
+  /// number from 1 for each atom index; atoms of one number come together, in the order of
   /// numbers. `NumHydrogens` and `Degree` aren't for use after this.
   void BuildForSmiles(const MolView& view, std::span<const unsigned int> parts);
   /// Splits cells by a further property of each atom, and refines.
@@ -34,7 +34,7 @@ class Partition {
   void Split(const MolView& view, std::span<const Keyed> listed);
   /// Gives an atom a cell of its own, and refines.
   void SetApart(const MolView& view, std::uint32_t atom);
-  /// Sets a kind of 0 to 3 by which bonds are told apart as well, and refines.
+  /// Sets a kind of 0 to 3 by which bonds differ as well, and refines.
   void SplitBonds(const MolView& view, std::span<const std::uint8_t> kinds);
 
   bool IsFolded(std::uint32_t atom) const { return cellOf_[atom] == MolView::none; }

@@ -1,0 +1,123 @@
+#pragma once
+
+/// Configurations of atoms and double bonds: how one reads in another order of neighbours, which
+/// atoms and bonds can hold one, and which neighbours are equal. All readers, writers and searches
+/// use these.
+///
+/// There are three rules of what can hold a configuration. Perception (`Chirality`) follows a table
+/// of elements, so that invariants are the same everywhere. The canonical order (`CanHold`) takes
+/// what was drawn unless it can't be real. A molfile (`CanBeDrawn`, `CanBeDrawnEnd`) has to
+/// interpret a drawing, in which wedges also start at atoms that hold nothing.
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/perception/partition_local.h"
+
+namespace Quarnel {
+
+// ---- Reading in another order
+
+/// Whether an odd number of swaps sorts the keys.
+constexpr bool IsOdd(std::span<const std::uint32_t> keys) {
+  bool odd = false;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    for (std::size_t j = i + 1; j < keys.size(); ++j) odd ^= keys[i] > keys[j];
+  }
+  return odd;
+}
+
+/// The opposite configuration if `odd`. None stays none.
+constexpr ZQAtomStereo Turned(ZQAtomStereo stereo, bool odd) {
+  if (!odd || stereo == ZQAtomStereo::None) return stereo;
+  return stereo == ZQAtomStereo::Clockwise ? ZQAtomStereo::CounterClockwise
+                                           : ZQAtomStereo::Clockwise;
+}
+constexpr ZQBondStereo Turned(ZQBondStereo stereo, bool odd) {
+  if (!odd || stereo == ZQBondStereo::None) return stereo;
+  return stereo == ZQBondStereo::Cis ? ZQBondStereo::Trans : ZQBondStereo::Cis;
+}
+
+/// The reference atom at one end of a double bond, which leads to `other`. `edges` ascend by bond,
+/// two at least.
+template <class AnyEdge>
+std::uint32_t ReferenceOf(const AnyEdge* edges, std::uint32_t other) {
+  return edges[edges[0].atom == other ? 1 : 0].atom;
+}
+
+/// How a configuration reads when neighbours are taken in the order of their cells. Undetermined:
+/// two of them share a cell.
+enum Configuration : std::uint8_t { NoStereo, Even, Odd, Undetermined };
+
+Configuration ConfigurationOf(const MolView& view, const Partition& partition, std::uint32_t atom);
+Configuration ConfigurationOf(const MolView& view, const Partition& partition,
+                              const MolView::Bond& bond);
+
+// ---- What can hold a configuration
+
+/// Whether neighbours and hydrogens, or three neighbours and a lone pair, fill the four places of a
+/// tetrahedron, and at most one of them isn't a neighbour.
+constexpr bool HasFourPlaces(unsigned int numNeighbours, unsigned int numHydrogens) {
+  return numNeighbours == 3 ? numHydrogens <= 1 : numNeighbours == 4 && numHydrogens == 0;
+}
+
+constexpr bool IsPlainHydrogen(unsigned int element, unsigned int isotope, int charge) {
+  return element == 1 && isotope == 0 && charge == 0;
+}
+
+/// Whether two of the edges, that to `except` left out, lead to atoms that are equal: twins. Each
+/// pair is compared once, in the order of the edges.
+template <class AreEqual>
+bool HasTwins(std::span<const Edge> edges, std::uint32_t except, AreEqual areEqual) {
+  for (std::size_t i = 0; i < edges.size(); ++i) {
+    if (edges[i].atom == except) continue;
+    for (std::size_t j = i + 1; j < edges.size(); ++j) {
+      if (edges[j].atom != except && areEqual(edges[i].atom, edges[j].atom)) return true;
+    }
+  }
+  return false;
+}
+
+/// Which atoms and bonds of the view could carry stereo, as `ZQPerceiveChiral` finds it.
+struct Chirality {
+  void Find(const MolView& view, const Partition& partition);
+
+  std::vector<char> atoms;
+  std::vector<char> bonds;
+};
+
+/// Whether a configuration of the atom or bond could be real, for its own ligands. Needs
+/// the view's ring membership.
+bool CanHold(const MolView& view, std::uint32_t atom);
+bool CanHold(const MolView& view, const MolView::Bond& bond);
+
+/// What the rules for drawings read of an atom. Bonds of no order count as neighbours.
+struct DrawnAtom {
+  unsigned int element;
+  unsigned int numNeighbours;
+  unsigned int numHydrogens;  // not drawn
+  unsigned int numDoubles;
+  bool hasMultiple;  // a double or triple bond
+  bool isAromatic;
+};
+
+/// Whether a drawing can give the atom, without twins, a configuration.
+bool CanBeDrawn(const DrawnAtom& atom);
+/// Whether the atom can be an end of a double bond that a drawing gives a configuration.
+bool CanBeDrawnEnd(const DrawnAtom& atom);
+
+/// Whether the bond is in a ring of up to seven atoms, where a double bond can only be cis. Looks
+/// at the neighbourhood alone and needs no perception.
+bool IsInSmallRing(const ZQBondBase& bond);
+
+// ---- Taking configurations back
+
+/// Those of double bonds in small rings, as readers do.
+void DropSmallRingStereo(ZQMolBase& mol);
+
+/// Those of the atom and its bonds.
+void DropStereo(ZQAtomBase& atom);
+
+}  // namespace Quarnel
