@@ -25,6 +25,10 @@ inline constexpr unsigned int UnhashedCircular = 9001;
 inline constexpr unsigned int UnhashedTree = 9002;
 }  // namespace ZQFPType
 
+class ZQFPTypeBase;
+ZQ_EXPORT const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
+                                             std::uint64_t id);  // fptypes.h
+
 class ZQ_EXPORT ZQFPTypeBase {
  public:
   virtual ~ZQFPTypeBase() = default;
@@ -41,12 +45,18 @@ class ZQ_EXPORT ZQFPTypeBase {
   unsigned short GetVersion() const { return version_; }
   /// Packed parameters; 0 for MACCS-166 and Lingo.
   std::uint64_t GetID() const { return id_; }
+  /// Whether this is the one object of its kind, version and parameters.
+  bool IsInterned() const { return interned_; }
 
  protected:
   ZQFPTypeBase(unsigned short version, std::uint64_t id) : version_(version), id_(id) {}
 
  private:
+  friend const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
+                                            std::uint64_t id);
+
   unsigned short version_;
+  bool interned_ = false;
   std::uint64_t id_;
 };
 
