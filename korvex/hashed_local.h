@@ -17,9 +17,13 @@ void ZQRepairParams(const ZQFPKind& kind, ZQFPTypeValues& values);
 using ZQFoldIds = void (*)(const ZQMolBase& mol, std::vector<unsigned int>& atomInvariants,
                            std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values,
                            ZQFolder fold);
-
-/// A `ZQFillFP` but for its last argument.
 bool ZQFillHashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
                     const ZQFPTypeValues& values, ZQFoldIds foldIds);
+/// The `ZQFillFP` of a hashed kind.
+template <ZQFoldIds foldIds>
+bool ZQFillHashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+                    const ZQFPTypeValues& values) {
+  return ZQFillHashedFP(fp, mol, kind, values, foldIds);
+}
 
 }  // namespace ZQKorvex

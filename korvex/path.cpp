@@ -8,17 +8,14 @@ namespace ZQKorvex {
 
 namespace {
 
-bool Fill(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
-          const ZQFPTypeValues& values) {
-  return ZQFillHashedFP(
-      fp, mol, kind, values,
-      [](const ZQMolBase& copy, std::vector<unsigned int>& atomInvariants,
-         std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& of, ZQFolder fold) {
-        PathGenerator<unsigned int>(copy, atomInvariants, bondInvariants, of.minDistance,
-                                    of.maxDistance)
-            .ForEachPath(fold);
-      });
+void FoldIds(const ZQMolBase& mol, std::vector<unsigned int>& atomInvariants,
+             std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values,
+             ZQFolder fold) {
+  PathGenerator<unsigned int>(mol, atomInvariants, bondInvariants, values.minDistance,
+                              values.maxDistance)
+      .ForEachPath(fold);
 }
+constexpr ZQFillFP fill = ZQFillHashedFP<FoldIds>;
 
 const ZQFPKind& Kind() { return ZQGetFPKind(ZQFPType::Path); }
 
@@ -38,15 +35,15 @@ unsigned int GenerateIds(const char* name, Ids& ids, const ZQMolBase& mol,
 bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int numbits,
                   unsigned int minbonds, unsigned int maxbonds, unsigned int atype,
                   unsigned int btype) {
-  return ZQMakeFP(fp, mol, Kind(), {numbits, minbonds, maxbonds, atype, btype}, Fill);
+  return ZQMakeFP(fp, mol, Kind(), {numbits, minbonds, maxbonds, atype, btype}, fill);
 }
 
 bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  return ZQMakeFP(fp, mol, Kind(), Kind().defaults, Fill);
+  return ZQMakeFP(fp, mol, Kind(), Kind().defaults, fill);
 }
 
 bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return ZQMakeFP(fp, mol, Kind(), type, Fill);
+  return ZQMakeFP(fp, mol, Kind(), type, fill);
 }
 
 unsigned int ZQPathIdGenerator(std::set<unsigned int>& ids, const ZQMolBase& mol,

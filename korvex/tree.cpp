@@ -8,17 +8,14 @@ namespace ZQKorvex {
 
 namespace {
 
-bool Fill(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
-          const ZQFPTypeValues& values) {
-  return ZQFillHashedFP(
-      fp, mol, kind, values,
-      [](const ZQMolBase& copy, std::vector<unsigned int>& atomInvariants,
-         std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& of, ZQFolder fold) {
-        TreeGenerator<unsigned int>(copy, atomInvariants, bondInvariants, of.minDistance,
-                                    of.maxDistance)
-            .ForEachTree(fold);
-      });
+void FoldIds(const ZQMolBase& mol, std::vector<unsigned int>& atomInvariants,
+             std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values,
+             ZQFolder fold) {
+  TreeGenerator<unsigned int>(mol, atomInvariants, bondInvariants, values.minDistance,
+                              values.maxDistance)
+      .ForEachTree(fold);
 }
+constexpr ZQFillFP fill = ZQFillHashedFP<FoldIds>;
 
 const ZQFPKind& Kind() { return ZQGetFPKind(ZQFPType::Tree); }
 
@@ -38,15 +35,15 @@ unsigned int GenerateIds(std::vector<T>& ids, const ZQMolBase& mol,
 bool ZQMakeTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int numbits,
                   unsigned int minbonds, unsigned int maxbonds, unsigned int atype,
                   unsigned int btype) {
-  return ZQMakeFP(fp, mol, Kind(), {numbits, minbonds, maxbonds, atype, btype}, Fill);
+  return ZQMakeFP(fp, mol, Kind(), {numbits, minbonds, maxbonds, atype, btype}, fill);
 }
 
 bool ZQMakeTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  return ZQMakeFP(fp, mol, Kind(), Kind().defaults, Fill);
+  return ZQMakeFP(fp, mol, Kind(), Kind().defaults, fill);
 }
 
 bool ZQMakeTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return ZQMakeFP(fp, mol, Kind(), type, Fill);
+  return ZQMakeFP(fp, mol, Kind(), type, fill);
 }
 
 unsigned int ZQTreeIdGenerator(std::vector<unsigned int>& ids, const ZQMolBase& mol,

@@ -66,46 +66,44 @@ bool HasNameableEnvironments(const ZQMolBase& mol) {
   return true;
 }
 
-bool FillPath(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
-              const ZQFPTypeValues& values) {
-  return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 1, .isReadBack = false},
-                          [](std::unordered_set<std::string>& ids, const ZQMolBase& copy,
-                             std::vector<std::string>& atomIds, std::vector<std::string>& bondIds,
-                             const ZQFPTypeValues& of) {
-                            PathGenerator<std::string>(copy, atomIds, bondIds, of.minDistance,
-                                                       of.maxDistance)
-                                .ForEachPath([&ids](const std::string& id) { ids.insert(id); });
-                            return true;
-                          });
+bool AddPaths(const ZQMolBase& mol, std::vector<std::string>& atomIds,
+              std::vector<std::string>& bondIds, const ZQFPTypeValues& values, ZQAddText add) {
+  PathGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
+      .ForEachPath(add);
+  return true;
 }
 
-bool FillCircular(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
-                  const ZQFPTypeValues& values) {
-  return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 0, .isReadBack = true},
-                          [](std::unordered_set<std::string>& ids, const ZQMolBase& copy,
-                             std::vector<std::string>& atomIds, std::vector<std::string>& bondIds,
-                             const ZQFPTypeValues& of) {
-                            if (of.maxDistance != 0 && !HasNameableEnvironments(copy)) return false;
-                            if (of.minDistance > of.maxDistance)
-                              return true;  // no environment has such a radius
-                            CircularGenerator<std::string>(copy, atomIds, bondIds, of.minDistance,
-                                                           of.maxDistance)
-                                .ForEachCircular([&ids](const std::string& id) { ids.insert(id); });
-                            return true;
-                          });
+bool FillPaths(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+               const ZQFPTypeValues& values) {
+  return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 1, .isReadBack = false}, AddPaths);
 }
 
-bool FillTree(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
-              const ZQFPTypeValues& values) {
+bool AddEnvironments(const ZQMolBase& mol, std::vector<std::string>& atomIds,
+                     std::vector<std::string>& bondIds, const ZQFPTypeValues& values,
+                     ZQAddText add) {
+  if (values.maxDistance != 0 && !HasNameableEnvironments(mol)) return false;
+  if (values.minDistance > values.maxDistance) return true;  // no environment has such a radius
+  CircularGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
+      .ForEachCircular(add);
+  return true;
+}
+
+bool FillEnvironments(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+                      const ZQFPTypeValues& values) {
   return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 0, .isReadBack = true},
-                          [](std::unordered_set<std::string>& ids, const ZQMolBase& copy,
-                             std::vector<std::string>& atomIds, std::vector<std::string>& bondIds,
-                             const ZQFPTypeValues& of) {
-                            TreeGenerator<std::string>(copy, atomIds, bondIds, of.minDistance,
-                                                       of.maxDistance)
-                                .ForEachTree([&ids](const std::string& id) { ids.insert(id); });
-                            return true;
-                          });
+                          AddEnvironments);
+}
+
+bool AddTrees(const ZQMolBase& mol, std::vector<std::string>& atomIds,
+              std::vector<std::string>& bondIds, const ZQFPTypeValues& values, ZQAddText add) {
+  TreeGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
+      .ForEachTree(add);
+  return true;
+}
+
+bool FillTrees(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+               const ZQFPTypeValues& values) {
+  return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 0, .isReadBack = true}, AddTrees);
 }
 
 }  // namespace
@@ -119,7 +117,7 @@ bool ZQFillUnhashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& k
   ZQGetFingerprintAtomTypes(atomIds, bondIds, copy, values.atype, values.btype);
   // Most identifiers of a molecule are repeats, which a hash set drops without sorting them.
   std::unordered_set<std::string> distinct;
-  if (!addIds(distinct, copy, atomIds, bondIds, values)) return false;
+  if (!addIds(copy, atomIds, bondIds, values, {distinct})) return false;
   Ids ids(distinct.begin(), distinct.end());
   std::ranges::sort(ids);
   Store(fp, TextOf(ids), form.extraBytes);
@@ -129,31 +127,31 @@ bool ZQFillUnhashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& k
 bool ZQMakeUnhashedPathFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int minbonds,
                           unsigned int maxbonds, unsigned int atype, unsigned int btype) {
   return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedPath),
-                  {0, minbonds, maxbonds, atype, btype}, FillPath);
+                  {0, minbonds, maxbonds, atype, btype}, FillPaths);
 }
 
 bool ZQMakeUnhashedCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int minradius,
                               unsigned int maxradius, unsigned int atype, unsigned int btype) {
   return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedCircular),
-                  {0, minradius, maxradius, atype, btype}, FillCircular);
+                  {0, minradius, maxradius, atype, btype}, FillEnvironments);
 }
 
 bool ZQMakeUnhashedTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int minbonds,
                           unsigned int maxbonds, unsigned int atype, unsigned int btype) {
   return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedTree),
-                  {0, minbonds, maxbonds, atype, btype}, FillTree);
+                  {0, minbonds, maxbonds, atype, btype}, FillTrees);
 }
 
 bool ZQMakeUnhashedPathFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedPath), type, FillPath);
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedPath), type, FillPaths);
 }
 
 bool ZQMakeUnhashedCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedCircular), type, FillCircular);
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedCircular), type, FillEnvironments);
 }
 
 bool ZQMakeUnhashedTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedTree), type, FillTree);
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedTree), type, FillTrees);
 }
 
 }  // namespace ZQKorvex

@@ -16,10 +16,17 @@ struct ZQTextForm {
   bool isReadBack;          ///< the bits are checked to hold the identifiers
 };
 
-/// Adds the identifiers of a prepared molecule, whose strings come with it. False after a report.
-using ZQAddIds = bool (*)(std::unordered_set<std::string>& ids, const ZQMolBase& mol,
-                          std::vector<std::string>& atomIds, std::vector<std::string>& bondIds,
-                          const ZQFPTypeValues& values);
+/// Collects identifiers, each once.
+struct ZQAddText {
+  std::unordered_set<std::string>& texts;
+  void operator()(const std::string& text) const { texts.insert(text); }
+};
+
+/// Calls `add` with each identifier of a prepared molecule, whose strings come with it. False after
+/// a report.
+using ZQAddIds = bool (*)(const ZQMolBase& mol, std::vector<std::string>& atomIds,
+                          std::vector<std::string>& bondIds, const ZQFPTypeValues& values,
+                          ZQAddText add);
 
 /// A `ZQFillFP` but for its last two arguments.
 bool ZQFillUnhashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
