@@ -21,7 +21,7 @@ std::string TsvField(std::string text) {
 
 std::string FingerPrintField(const ZQFingerPrint& fp) {
   std::string text;
-  if (!ZQFindFPKind(fp.GetFPTypeBase()->GetFPType())->IsText()) {
+  if (!ZQFindFPKind(fp.GetFPTypeBase())->IsText()) {
     fp.ToHexString(text);
     return text;
   }

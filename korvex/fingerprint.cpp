@@ -87,7 +87,7 @@ ZQGraphMol ZQPreparedCopy(const ZQMolBase& mol, const ZQFPKind& kind,
 }
 
 bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  if (const ZQFPKind* kind = type ? ZQFindFPKind(type->GetFPType()) : nullptr) {
+  if (const ZQFPKind* kind = ZQFindFPKind(type)) {
     return kind->make(fp, mol, type);
   }
   fp.SetFPTypeBase(nullptr);

@@ -26,6 +26,7 @@ inline constexpr unsigned int UnhashedTree = 9002;
 }  // namespace ZQFPType
 
 class ZQFPTypeBase;
+struct ZQFPKind;
 ZQ_EXPORT const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
                                              std::uint64_t id);  // fptypes.h
 
@@ -45,8 +46,9 @@ class ZQ_EXPORT ZQFPTypeBase {
   unsigned short GetVersion() const { return version_; }
   /// Packed parameters; 0 for MACCS-166 and Lingo.
   std::uint64_t GetID() const { return id_; }
-  /// Whether this is the one object of its kind, version and parameters.
-  bool IsInterned() const { return interned_; }
+  /// The row of its kind (fpkinds.h), if this is the one object of its kind, version and
+  /// parameters; else null.
+  const ZQFPKind* GetInternedKind() const { return kind_; }
 
  protected:
   ZQFPTypeBase(unsigned short version, std::uint64_t id) : version_(version), id_(id) {}
@@ -56,8 +58,8 @@ class ZQ_EXPORT ZQFPTypeBase {
                                             std::uint64_t id);
 
   unsigned short version_;
-  bool interned_ = false;
   std::uint64_t id_;
+  const ZQFPKind* kind_ = nullptr;
 };
 
 /// A fingerprint: its bits and its type. Without a type it is uninitialised: false as a boolean,

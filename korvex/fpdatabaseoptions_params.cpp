@@ -66,7 +66,7 @@ bool ZQConfigureFingerPrint(ZQInterface& interface, const ZQFPTypeBase* type) {
     ZQThrow.Warning("%s invalid fingerprint type pointer!", caller);
     return false;
   }
-  const ZQFPKind* kind = ZQFindFPKind(type->GetFPType());
+  const ZQFPKind* kind = ZQFindFPKind(type);
   if (!kind || !kind->IsHashed()) {
     ZQThrow.Warning("%s invalid fingerprint type (only path, circular or tree is allowed)", caller);
     return false;

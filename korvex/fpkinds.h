@@ -86,6 +86,12 @@ ZQ_EXPORT std::span<const ZQFPKind> ZQGetFPKinds();
 ZQ_EXPORT const ZQFPKind* ZQFindFPKind(unsigned int number);
 /// The kind by how a type string begins; null for none.
 ZQ_EXPORT const ZQFPKind* ZQFindFPKind(const std::string& typeString);
+/// The kind of a type; null for null and for a type of an application's own kind.
+inline const ZQFPKind* ZQFindFPKind(const ZQFPTypeBase* type) {
+  if (!type) return nullptr;
+  const ZQFPKind* kind = type->GetInternedKind();
+  return kind ? kind : ZQFindFPKind(type->GetFPType());
+}
 
 /// The first parameter out of its legal range and that range, such as "size 8 is outside 16 to
 /// 65535"; empty if there is none.

@@ -51,7 +51,7 @@ struct InternedTypes {
 
 // Why no fingerprint of a type can be made; empty if one can.
 std::string FindMakingFault(const ZQFPTypeBase* type) {
-  const ZQFPKind* kind = type ? ZQFindFPKind(type->GetFPType()) : nullptr;
+  const ZQFPKind* kind = ZQFindFPKind(type);
   if (!kind) return "null is no fingerprint type";
   if (type->GetVersion() != kind->version) {
     return "version " + ZQGetFingerPrintVersionString(type->GetVersion()) + " is an old one";
@@ -69,7 +69,7 @@ std::string FindMakingFault(const ZQFPTypeBase* type) {
       return "atype and btype are both None";
     }
   }
-  if (!type->IsInterned() || (kind->HasParams() && HasStrayBits(*kind, type->GetID()))) {
+  if (!type->GetInternedKind() || (kind->HasParams() && HasStrayBits(*kind, type->GetID()))) {
     return "it isn't the one object of its parameters";
   }
   return {};
@@ -123,7 +123,7 @@ const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version, 
   std::unique_ptr<ZQFPTypeBase>& type = internedTypes.byKey[{fptype, version, id}];
   if (!type) {
     type.reset(kind->newType(version, id));
-    type->interned_ = true;
+    type->kind_ = kind;
   }
   return type.get();
 }

@@ -13,7 +13,6 @@ namespace ZQKorvex {
 
 namespace {
 
-constexpr unsigned int numKeys = 166;
 
 // Key by atomic number, 0 for none.
 constexpr std::array<std::uint8_t, 113> atomicNumBit = [] {

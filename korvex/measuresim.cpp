@@ -17,7 +17,7 @@ namespace {
 
 // What is counted in a fingerprint that has a type: bits where its kind isn't in the table.
 ZQFPMeasures MeasuresOf(const ZQFingerPrint& fp) {
-  const ZQFPKind* kind = ZQFindFPKind(fp.GetFPTypeBase()->GetFPType());
+  const ZQFPKind* kind = ZQFindFPKind(fp.GetFPTypeBase());
   return kind ? kind->measures : ZQFPMeasures::Bits;
 }
 
