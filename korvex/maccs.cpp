@@ -13,7 +13,6 @@ namespace ZQKorvex {
 
 namespace {
 
-
 // Key by atomic number, 0 for none.
 constexpr std::array<std::uint8_t, 113> atomicNumBit = [] {
   std::array<std::uint8_t, 113> keys{};
