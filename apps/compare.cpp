@@ -3,6 +3,7 @@
 
 #include "apps/molecules.h"
 #include "apps/options.h"
+#include "korvex/fpkinds.h"
 #include "korvex/measuresim.h"
 
 namespace KorvexProgram {
@@ -31,7 +32,7 @@ int Run(const ZQInterface& interface) {
   }
   const auto& [a, b] = fps;
   std::printf("Tanimoto\t%.6f\n", ZQTanimoto(a, b));
-  if (type->GetFPType() >= ZQFPType::UnhashedPath) return Done;  // the other five count bits
+  if (ZQFindFPKind(type)->IsUnhashed()) return Done;  // the other five count bits
   std::printf("Cosine\t%.6f\n", ZQCosine(a, b));
   std::printf("Dice\t%.6f\n", ZQDice(a, b));
   std::printf("Euclid\t%.6f\n", ZQEuclid(a, b));

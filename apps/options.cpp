@@ -6,8 +6,10 @@
 #include <vector>
 
 #include "korvex/fingerprint_params.h"
+#include "korvex/fpatomtyper.h"
 #include "korvex/fpdatabaseoptions_params.h"
 #include "korvex/fpfast.h"
+#include "korvex/fpkinds.h"
 #include "korvex/korvex_namespace.h"
 
 namespace KorvexProgram {
@@ -30,44 +32,29 @@ unsigned int GetThreads(const ZQInterface& interface) {
 
 namespace {
 
-// A kind of fingerprint, and the hashed kind that has the same parameters and defaults, 0 for one
-// without parameters.
-struct Kind {
-  const char* name;
-  unsigned int number;
-  unsigned int hashedNumber;
-
-  bool IsUnhashed() const { return hashedNumber != 0 && hashedNumber != number; }
-};
-
-constexpr Kind allKinds[] = {
-    {"Path", ZQFPType::Path, ZQFPType::Path},
-    {"Circular", ZQFPType::Circular, ZQFPType::Circular},
-    {"Tree", ZQFPType::Tree, ZQFPType::Tree},
-    {"UHPath", ZQFPType::UnhashedPath, ZQFPType::Path},
-    {"UHCircular", ZQFPType::UnhashedCircular, ZQFPType::Circular},
-    {"UHTree", ZQFPType::UnhashedTree, ZQFPType::Tree},
-    {"MACCS166", ZQFPType::MACCS166, 0},
-    {"Lingo", ZQFPType::Lingo, 0},
-};
-
-bool IsTaken(const Kind& kind, Kinds kinds) {
-  return kinds == Kinds::All || kind.number == kind.hashedNumber;
-}
+bool IsTaken(const ZQFPKind& kind, Kinds kinds) { return kinds == Kinds::All || kind.isStorable; }
 
 constexpr const char* optionNames[] = {"-fptype",      "-numbits",  "-mindistance",
                                        "-maxdistance", "-atomtype", "-bondtype"};
 using Names = std::span<const char* const>;
 constexpr Names parameterNames = Names(optionNames).subspan(1);
 
+// The default of a kind for one of the parameters, as the command line takes it.
+std::string TellDefault(const std::string& parameterName, const ZQFPTypeValues& defaults) {
+  if (parameterName == "-numbits") return std::to_string(defaults.numbits);
+  if (parameterName == "-mindistance") return std::to_string(defaults.minDistance);
+  if (parameterName == "-maxdistance") return std::to_string(defaults.maxDistance);
+  if (parameterName == "-atomtype") return ZQGetFPAtomType(defaults.atype);
+  return ZQGetFPBondType(defaults.btype);
+}
+
 // "5 for Path, Circular; 4 for Tree", or the one value that all kinds share.
-std::string TellDefaults(const char* parameterName, Kinds kinds) {
+std::string TellDefaults(const std::string& parameterName, Kinds kinds) {
   std::vector<std::pair<std::string, std::string>> namesByValue;
-  for (const Kind& kind : allKinds) {
-    if (kind.hashedNumber == 0 || !IsTaken(kind, kinds)) continue;
-    ZQInterface ofKind;
-    ZQConfigureFingerPrint(ofKind, ZQGetFPType(kind.hashedNumber));
-    const std::string value = ofKind.FindParameter(parameterName)->GetDefaultText();
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
+    const bool has = parameterName == "-numbits" ? kind.IsHashed() : kind.HasParams();
+    if (!has || !IsTaken(kind, kinds)) continue;
+    const std::string value = TellDefault(parameterName, kind.defaults);
     const auto found = std::find_if(namesByValue.begin(), namesByValue.end(),
                                     [&value](const auto& entry) { return entry.first == value; });
     if (found == namesByValue.end()) {
@@ -95,32 +82,12 @@ bool IsAnySet(const ZQInterface& interface, Names names, const std::string& reas
 
 const ZQFPTypeBase* GetTypeByOptions(const ZQInterface& interface) {
   const auto name = interface.Get<std::string>("-fptype");
-  const Kind* kind = std::find_if(std::begin(allKinds), std::end(allKinds),
-                                  [&name](const Kind& each) { return each.name == name; });
-  const std::string reason = "for fingerprints of kind " + name;
-  if (kind->hashedNumber == 0) {
-    return IsAnySet(interface, parameterNames, reason) ? nullptr : ZQGetFPType(kind->number);
+  const auto kind = std::ranges::find(ZQGetFPKinds(), name, &ZQFPKind::name);
+  const std::size_t useless = kind->IsHashed() ? 0 : kind->HasParams() ? 1 : parameterNames.size();
+  if (IsAnySet(interface, parameterNames.first(useless), "for fingerprints of kind " + name)) {
+    return nullptr;
   }
-  if (kind->IsUnhashed() && IsAnySet(interface, parameterNames.first(1), reason)) return nullptr;
-
-  // What isn't set has the default of the kind, which is known only now.
-  ZQInterface ofKind;
-  ZQConfigureFingerPrint(ofKind, ZQGetFPType(kind->hashedNumber));
-  for (const char* parameter : parameterNames) {
-    if (!interface.IsSet(parameter)) continue;
-    ofKind.FindParameter(parameter)->SetValue(interface.FindParameter(parameter)->GetValue());
-  }
-  const ZQFPTypeBase* type = ZQSetupFingerPrint(ofKind);
-  if (!type || !kind->IsUnhashed()) return type;
-  // The unhashed kind has the string of its sibling under its own name, without a size.
-  std::string text = type->GetFPTypeString();
-  text.replace(0, text.find(','), kind->name);
-  const std::size_t size = text.find(",size=");
-  text.erase(size, text.find(',', size + 1) - size);
-  std::string fault;
-  type = ZQReadFPType(text, &fault);
-  if (!type) ZQThrow.Error("%s: %s", kind->name, fault.c_str());
-  return type;
+  return ZQSetupFingerPrint(interface, *kind);
 }
 
 const ZQFPTypeBase* GetTypeByText(const ZQInterface& interface) {
@@ -147,7 +114,7 @@ void AddTypeOptions(ZQInterface& interface, Kinds kinds) {
   if (kinds == Kinds::All) {
     const ZQNamespaceInterface& hashed = *ZQGetFPTypeNamespaceInterface();
     std::vector<std::string> further;
-    for (const Kind& kind : allKinds) {
+    for (const ZQFPKind& kind : ZQGetFPKinds()) {
       if (!hashed.IsValid(kind.name)) further.emplace_back(kind.name);
     }
     interface.FindParameter("-fptype")->SetLegalNames(hashed, std::move(further));

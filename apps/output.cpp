@@ -8,6 +8,8 @@
 #include <cinttypes>
 #include <cstdio>
 
+#include "korvex/fpkinds.h"
+
 namespace KorvexProgram {
 
 std::string TsvField(std::string text) {
@@ -19,8 +21,7 @@ std::string TsvField(std::string text) {
 
 std::string FingerPrintField(const ZQFingerPrint& fp) {
   std::string text;
-  const unsigned int fptype = fp.GetFPTypeBase()->GetFPType();
-  if (fptype != ZQFPType::Lingo && fptype < ZQFPType::UnhashedPath) {
+  if (!ZQFindFPKind(fp.GetFPTypeBase())->IsText()) {
     fp.ToHexString(text);
     return text;
   }

@@ -4,48 +4,52 @@
 ///   kinds_bench MOLFILE FILE_OF_ALL_SIZES [rounds]
 
 #include <cstdio>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "benchmarks/bench.h"
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/moldatabase.h"
-#include "korvex/fingerprint_params.h"
+#include "korvex/fpkinds.h"
 
 using namespace bench;
 
 namespace {
 
-struct Kind {
-  const char* name;
-  const char* type;
+struct Case {
+  std::string name;
+  const ZQFPTypeBase* type;
   double target;  // molecules a second
 };
 
-constexpr Kind kinds[] = {
-    {"path 0-5", "Path,ver=2.0.0,size=4096,bonds=0-5,atype=DefaultPathAtom,btype=DefaultPathBond",
-     25000},
-    {"circular 0-2",
-     "Circular,ver=2.0.0,size=4096,radius=0-2,atype=DefaultCircularAtom,btype=DefaultCircularBond",
-     25000},
-    {"circular 0-5",
-     "Circular,ver=2.0.0,size=4096,radius=0-5,atype=DefaultCircularAtom,btype=DefaultCircularBond",
-     12000},
-    {"tree 0-4", "Tree,ver=2.0.0,size=4096,bonds=0-4,atype=DefaultTreeAtom,btype=DefaultTreeBond",
-     10000},
-    {"MACCS-166", "MACCS166,ver=2.2.0", 8000},
-    {"Lingo", "Lingo,ver=2.0.0", 0},
-    {"text of paths 0-5", "UHPath,ver=2.0.0,bonds=0-5,atype=DefaultPathAtom,btype=DefaultPathBond",
-     0},
-    {"text of balls 0-5",
-     "UHCircular,ver=2.0.0,radius=0-5,atype=DefaultCircularAtom,btype=DefaultCircularBond", 0},
-    {"text of trees 0-4", "UHTree,ver=2.0.0,bonds=0-4,atype=DefaultTreeAtom,btype=DefaultTreeBond",
-     0}};
-
-const ZQFPTypeBase* MakeType(const Kind& kind) {
-  const ZQFPTypeBase* type = ZQGetFPType(std::string(kind.type));
-  Check(type != nullptr, kind.type);
-  return type;
+// The default type of each kind, and small environments.
+std::vector<Case> MakeCases() {
+  const std::map<std::string, double> targets{{"Path 0-5", 25000},
+                                              {"Circular 0-2", 25000},
+                                              {"Circular 0-5", 12000},
+                                              {"Tree 0-4", 10000},
+                                              {"MACCS166", 8000}};
+  std::vector<Case> cases;
+  const auto add = [&](const ZQFPKind& kind, const ZQFPTypeValues& values) {
+    std::string name = kind.name;
+    if (kind.HasParams()) {
+      name += " " + std::to_string(values.minDistance) + "-" + std::to_string(values.maxDistance);
+    }
+    const auto target = targets.find(name);
+    cases.push_back(
+        {name, ZQGetFPType(kind, values), target == targets.end() ? 0 : target->second});
+    Check(cases.back().type != nullptr, name.c_str());
+  };
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
+    if (kind.number == ZQFPType::Circular) {
+      ZQFPTypeValues small = kind.defaults;
+      small.maxDistance = 2;
+      add(kind, small);
+    }
+    add(kind, kind.defaults);
+  }
+  return cases;
 }
 
 unsigned int NumHeavyAtoms(const ZQMolBase& mol) {
@@ -66,52 +70,52 @@ std::vector<ZQMol> MoleculesOf(const ZQMolDatabase& file, unsigned int numAtoms,
   return molecules;
 }
 
-void PrintRates(const ZQMolDatabase& file, unsigned int rounds) {
+void PrintRates(const std::vector<Case>& cases, const ZQMolDatabase& file, unsigned int rounds) {
   Race race;
   ZQMol mol;
   ZQFingerPrint fp;
-  for (const Kind& kind : kinds) {
-    race.Add(kind.name, file.GetMaxMolIdx(), [&, type = MakeType(kind)] {
+  for (const Case& each : cases) {
+    race.Add(each.name, file.GetMaxMolIdx(), [&, type = each.type] {
       for (unsigned int i = 0; i < file.GetMaxMolIdx(); ++i) {
         if (file.GetMolecule(mol, i)) ZQMakeFP(fp, mol, type);
       }
     });
   }
   race.Run(rounds);
-  for (const Kind& kind : kinds) {
-    std::printf("  %-20s %8.0f molecules a second", kind.name, race.Rate(kind.name));
-    if (kind.target != 0) {
-      std::printf(" (at least %.0f)%s", kind.target,
-                  race.Rate(kind.name) < kind.target ? "  <-- below" : "");
+  for (const Case& each : cases) {
+    std::printf("  %-20s %8.0f molecules a second", each.name.c_str(), race.Rate(each.name));
+    if (each.target != 0) {
+      std::printf(" (at least %.0f)%s", each.target,
+                  race.Rate(each.name) < each.target ? "  <-- below" : "");
     }
     std::printf("\n");
   }
 }
 
-void PrintGrowth(const ZQMolDatabase& file, unsigned int rounds) {
+void PrintGrowth(const std::vector<Case>& cases, const ZQMolDatabase& file, unsigned int rounds) {
   const unsigned int sizes[] = {20, 40, 80};
   Race race;
   ZQFingerPrint fp;
-  const auto name = [](const Kind& kind, unsigned int size) {
-    return kind.name + std::to_string(size);
+  const auto name = [](const Case& each, unsigned int size) {
+    return each.name + std::to_string(size);
   };
   for (const unsigned int size : sizes) {
     const std::vector<ZQMol> molecules = MoleculesOf(file, size, 300);
     Check(!molecules.empty(), "no molecules of this size");
-    for (const Kind& kind : kinds) {
-      race.Add(name(kind, size), static_cast<double>(molecules.size()),
-               [&fp, molecules, type = MakeType(kind)] {
+    for (const Case& each : cases) {
+      race.Add(name(each, size), static_cast<double>(molecules.size()),
+               [&fp, molecules, type = each.type] {
                  for (const ZQMol& mol : molecules) ZQMakeFP(fp, mol, type);
                });
     }
   }
   race.Run(rounds);
   std::printf("us a molecule of 20, 40 and 80 heavy atoms, and the growth with each doubling\n");
-  for (const Kind& kind : kinds) {
+  for (const Case& each : cases) {
     double before = 0;
-    std::printf("  %-20s", kind.name);
+    std::printf("  %-20s", each.name.c_str());
     for (const unsigned int size : sizes) {
-      const double micros = 1e6 / race.Rate(name(kind, size));
+      const double micros = 1e6 / race.Rate(name(each, size));
       std::printf(" %9.1f", micros);
       if (before != 0) std::printf(" (x %.2f)", micros / before);
       before = micros;
@@ -131,6 +135,7 @@ int main(int argc, char** argv) {
   ZQMolDatabase rates;
   ZQMolDatabase sizes;
   Check(rates.Open(argv[1]) && sizes.Open(argv[2]), "molecule files");
-  PrintRates(rates, rounds);
-  PrintGrowth(sizes, 10 * rounds);
+  const std::vector<Case> cases = MakeCases();
+  PrintRates(cases, rates, rounds);
+  PrintGrowth(cases, sizes, 10 * rounds);
 }

@@ -2,19 +2,22 @@
 
 #include "korvex/circular_local.h"
 #include "korvex/hashed_local.h"
+#include "korvex/memory_local.h"
 
 namespace ZQKorvex {
 
 namespace {
 
-constexpr ZQHashedKind circularKind{
-    zqCircularKind,
-    "ZQMakeCircularFP()",
-    "circular",
-    {4096, 0, 5, ZQFPAtomType::DefaultCircularAtom, ZQFPBondType::DefaultCircularBond},
-    10,
-    "",
-    " 5"};
+void FoldIds(const ZQMolBase& mol, std::vector<unsigned int>& atomInvariants,
+             std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values,
+             ZQFolder fold) {
+  CircularGenerator<unsigned int>(mol, atomInvariants, bondInvariants, values.minDistance,
+                                  values.maxDistance)
+      .ForEachCircular(fold);
+}
+constexpr ZQFillFP fill = ZQFillHashedFP<FoldIds>;
+
+const ZQFPKind& Kind() { return ZQGetFPKind(ZQFPType::Circular); }
 
 template <class T>
 unsigned int GenerateIds(std::vector<T>& ids, const ZQMolBase& mol,
@@ -32,30 +35,15 @@ unsigned int GenerateIds(std::vector<T>& ids, const ZQMolBase& mol,
 bool ZQMakeCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int numbits,
                       unsigned int minradius, unsigned int maxradius, unsigned int atype,
                       unsigned int btype) {
-  // Symmetry isn't perceived: a ball is cheaper than its share of the search would be.
-  return ZQMakeHashedFP(fp, mol, circularKind, {numbits, minradius, maxradius, atype, btype}, false,
-                        [](const ZQMolBase& copy, const std::vector<unsigned int>& atomInvariants,
-                           const std::vector<unsigned int>& bondInvariants,
-                           const ZQFPTypeValues& values, ZQFolder fold) {
-                          CircularGenerator<unsigned int>(copy, atomInvariants, bondInvariants,
-                                                          values.minDistance, values.maxDistance)
-                              .ForEachCircular(fold);
-                        });
+  return ZQMakeFP(fp, mol, Kind(), {numbits, minradius, maxradius, atype, btype}, fill);
 }
 
 bool ZQMakeCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  const auto& [numbits, min, max, atype, btype] = circularKind.defaults;
-  return ZQMakeCircularFP(fp, mol, numbits, min, max, atype, btype);
+  return ZQMakeFP(fp, mol, Kind(), Kind().defaults, fill);
 }
 
 bool ZQMakeCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  if (!type || type->GetFPType() != ZQFPType::Circular) {
-    ZQThrow.Warning("%s : invalid circular fingerprint type", "ZQMakeCircularFP");
-    return false;
-  }
-  const auto [numbits, min, max, atype, btype] = ZQUnpackFPTypeID(zqCircularKind, type->GetID());
-  if (!ZQMakeCircularFP(fp, mol, numbits, min, max, atype, btype)) return false;
-  return ZQ_ASSERT(fp.GetFPTypeBase() == type);
+  return ZQMakeFP(fp, mol, Kind(), type, fill);
 }
 
 unsigned int ZQCircularIdGenerator(std::vector<unsigned int>& ids, const ZQMolBase& mol,

@@ -25,6 +25,11 @@ inline constexpr unsigned int UnhashedCircular = 9001;
 inline constexpr unsigned int UnhashedTree = 9002;
 }  // namespace ZQFPType
 
+class ZQFPTypeBase;
+struct ZQFPKind;
+ZQ_EXPORT const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
+                                             std::uint64_t id);  // fptypes.h
+
 class ZQ_EXPORT ZQFPTypeBase {
  public:
   virtual ~ZQFPTypeBase() = default;
@@ -41,13 +46,20 @@ class ZQ_EXPORT ZQFPTypeBase {
   unsigned short GetVersion() const { return version_; }
   /// Packed parameters; 0 for MACCS-166 and Lingo.
   std::uint64_t GetID() const { return id_; }
+  /// The row of its kind (fpkinds.h), if this is the one object of its kind, version and
+  /// parameters; else null.
+  const ZQFPKind* GetInternedKind() const { return kind_; }
 
  protected:
   ZQFPTypeBase(unsigned short version, std::uint64_t id) : version_(version), id_(id) {}
 
  private:
+  friend const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
+                                            std::uint64_t id);
+
   unsigned short version_;
   std::uint64_t id_;
+  const ZQFPKind* kind_ = nullptr;
 };
 
 /// A fingerprint: its bits and its type. Without a type it is uninitialised: false as a boolean,

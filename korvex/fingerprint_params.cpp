@@ -1,14 +1,11 @@
 #include "korvex/fingerprint_params.h"
 
-#include <algorithm>
-#include <array>
 #include <limits>
-#include <string_view>
 #include <vector>
 
 #include "contract/bostrel/strings.h"
 #include "korvex/fpatomtyper.h"
-#include "korvex/fptypes_local.h"
+#include "korvex/fptypes.h"
 #include "korvex/fpversion.h"
 
 namespace ZQKorvex {
@@ -17,15 +14,9 @@ namespace {
 
 constexpr unsigned int unset = std::numeric_limits<unsigned int>::max();
 
-// All kinds, in the order in which a string's beginning is tried.
-constexpr std::array<const ZQFPKind*, 8> allKinds{
-    &zqMACCS166Kind,         &zqLingoKind,       &zqPathKind,
-    &zqCircularKind,         &zqTreeKind,        &zqUnhashedPathKind,
-    &zqUnhashedCircularKind, &zqUnhashedTreeKind};
-
 // Reports what is wrong; the false is the parser's answer.
 bool Refuse(const char* what, const ZQFPKind& kind) {
-  ZQThrow.Warning("%s for `%s` type!", what, kind.prefix);
+  ZQThrow.Warning("%s for `%s` type!", what, kind.name);
   return false;
 }
 
@@ -72,7 +63,7 @@ bool ParseParams(const ZQFPKind& kind, const std::string& typeString, unsigned s
   values = {kind.IsHashed() ? unset : 0, unset, unset, unset, unset};
   bool typeSeen = false;
   for (const std::string& token : ZQStringTokenize(typeString, ',')) {
-    if (token == kind.prefix) {
+    if (token == kind.name) {
       typeSeen = true;
       continue;
     }
@@ -104,7 +95,7 @@ bool ParseParams(const ZQFPKind& kind, const std::string& typeString, unsigned s
 
 bool ParseVersion(const ZQFPKind& kind, const std::string& typeString, unsigned short& version) {
   version = 0;
-  if (typeString == kind.prefix) return true;  // the form of older kinds, which have no version
+  if (typeString == kind.name) return true;  // the form of older kinds, which have no version
   const std::vector<std::string> tokens = ZQStringTokenize(typeString, ',');
   if (tokens.empty()) {
     ZQThrow.Warning("Invalid fingerprint type string!");
@@ -112,13 +103,13 @@ bool ParseVersion(const ZQFPKind& kind, const std::string& typeString, unsigned 
   }
   bool typeSeen = false;
   for (const std::string& token : tokens) {
-    if (token == kind.prefix) {
+    if (token == kind.name) {
       typeSeen = true;
       continue;
     }
     const std::vector<std::string> parts = ZQStringTokenize(token, '=');
     if (parts.size() != 2) {
-      ZQThrow.Warning("Invalid `%s` type string!", kind.prefix);
+      ZQThrow.Warning("Invalid `%s` type string!", kind.name);
       return false;
     }
     if (parts[0] == "ver" && !ParseVersionToken(parts[1], kind, version)) return false;
@@ -143,7 +134,7 @@ bool Parse(const std::string& typeString, Parsed& parsed) {
 }
 
 bool HasUnknownNumBits(const Parsed& parsed) {
-  return !parsed.kind->IsHashed() && parsed.values.numbits != 0;
+  return parsed.kind->IsUnhashed() && parsed.values.numbits != 0;
 }
 
 // Whether a type can be made of a string; warns otherwise.
@@ -154,7 +145,7 @@ bool ParseUsable(const std::string& typeString, Parsed& parsed) {
     }
     return false;
   }
-  if (parsed.version == ZQGetFingerPrintVersion(parsed.kind->number)) return true;
+  if (parsed.version == parsed.kind->version) return true;
   constexpr const char* message = "ZQGetFPType() fingerprint type with old version number";
   if (parsed.kind->HasParams()) {
     ZQThrow.Warning("%s", message);
@@ -166,29 +157,17 @@ bool ParseUsable(const std::string& typeString, Parsed& parsed) {
 
 }  // namespace
 
-const ZQFPKind* ZQFindFPKind(const std::string& typeString) {
-  const auto found =
-      std::find_if(allKinds.begin(), allKinds.end(), [&typeString](const ZQFPKind* kind) {
-        return std::string_view(typeString).starts_with(kind->prefix);
-      });
-  return found == allKinds.end() ? nullptr : *found;
-}
-
-const ZQFPKind* ZQFindFPKind(unsigned int number) {
-  const auto found = std::ranges::find(allKinds, number, &ZQFPKind::number);
-  return found == allKinds.end() ? nullptr : *found;
-}
-
 void ZQGetFPTypeStringFromID(unsigned int fptype, std::string& text, unsigned short version,
                              std::uint64_t id) {
   const ZQFPKind* found = ZQFindFPKind(fptype);
   if (!ZQ_ASSERT(found != nullptr)) return;
   const ZQFPKind& kind = *found;
-  text += kind.prefix;
+  text += kind.name;
   text += ",ver=" + ZQGetFingerPrintVersionString(version);
   if (!kind.HasParams()) return;
   const ZQFPTypeValues values = ZQUnpackFPTypeID(kind, id);
-  if (kind.IsHashed()) text += ",size=" + std::to_string(values.numbits);
+  if (kind.IsHashed())
+    text += std::string(",") + kind.sizeKey + "=" + std::to_string(values.numbits);
   text += std::string(",") + kind.distanceKey + "=" + std::to_string(values.minDistance) + "-" +
           std::to_string(values.maxDistance);
   text += ",atype=" + ZQGetFPAtomType(values.atype);
@@ -238,7 +217,7 @@ bool ZQIsValidFPTypeString(const std::string& typeString) {
   Parsed parsed;
   if (!Parse(typeString, parsed)) return false;
   ZQ_ASSERT(!HasUnknownNumBits(parsed));
-  if (parsed.version != ZQGetFingerPrintVersion(parsed.kind->number)) {
+  if (parsed.version != parsed.kind->version) {
     ZQThrow.Warning("ZQIsValidFPTypeString() fingerprint type with old version number");
   }
   return true;
@@ -247,7 +226,7 @@ bool ZQIsValidFPTypeString(const std::string& typeString) {
 unsigned short ZQGetFPTypeVersion(const std::string& typeString) {
   const ZQFPKind* kind = ZQFindFPKind(typeString);
   Parsed parsed;
-  return kind && kind->IsHashed() && Parse(typeString, parsed) ? parsed.version : 0;
+  return kind && !kind->IsUnhashed() && Parse(typeString, parsed) ? parsed.version : 0;
 }
 
 unsigned int GetFPTypeFromTypeStringPrefix(const std::string& typeString) {
@@ -255,14 +234,20 @@ unsigned int GetFPTypeFromTypeStringPrefix(const std::string& typeString) {
   return kind ? kind->number : 0;
 }
 
-std::string ZQGetMACCS166FPStringPrefix() { return zqMACCS166Kind.prefix; }
-std::string ZQGetPathFPStringPrefix() { return zqPathKind.prefix; }
-std::string ZQGetLingoFPStringPrefix() { return zqLingoKind.prefix; }
-std::string ZQGetCircularFPStringPrefix() { return zqCircularKind.prefix; }
-std::string ZQGetTreeFPStringPrefix() { return zqTreeKind.prefix; }
-std::string ZQGetUnhashedPathFPStringPrefix() { return zqUnhashedPathKind.prefix; }
-std::string ZQGetUnhashedCircularFPStringPrefix() { return zqUnhashedCircularKind.prefix; }
-std::string ZQGetUnhashedTreeFPStringPrefix() { return zqUnhashedTreeKind.prefix; }
+namespace {
+
+std::string NameOf(unsigned int fptype) { return ZQFindFPKind(fptype)->name; }
+
+}  // namespace
+
+std::string ZQGetMACCS166FPStringPrefix() { return NameOf(ZQFPType::MACCS166); }
+std::string ZQGetPathFPStringPrefix() { return NameOf(ZQFPType::Path); }
+std::string ZQGetLingoFPStringPrefix() { return NameOf(ZQFPType::Lingo); }
+std::string ZQGetCircularFPStringPrefix() { return NameOf(ZQFPType::Circular); }
+std::string ZQGetTreeFPStringPrefix() { return NameOf(ZQFPType::Tree); }
+std::string ZQGetUnhashedPathFPStringPrefix() { return NameOf(ZQFPType::UnhashedPath); }
+std::string ZQGetUnhashedCircularFPStringPrefix() { return NameOf(ZQFPType::UnhashedCircular); }
+std::string ZQGetUnhashedTreeFPStringPrefix() { return NameOf(ZQFPType::UnhashedTree); }
 
 namespace {
 
@@ -333,11 +318,10 @@ ZQFPTypeParams::ZQFPTypeParams(const std::string& typeString) {
   if (!kind) return;
   fptype_ = kind->number;
   Parsed parsed;
-  if (!kind->IsHashed() || !Parse(typeString, parsed)) return;
+  if (kind->IsUnhashed() || !Parse(typeString, parsed)) return;
   version_ = parsed.version;
   const ZQFPTypeValues& values = parsed.values;
-  constexpr unsigned int maccs166Bits = 166;
-  numbits_ = kind == &zqMACCS166Kind ? maccs166Bits : values.numbits;
+  numbits_ = kind->HasParams() ? values.numbits : kind->defaults.numbits;
   minDistance_ = values.minDistance;
   maxDistance_ = values.maxDistance;
   atomTypes_ = values.atype;
@@ -354,7 +338,7 @@ std::string ZQGetFingerPrintName(const ZQFPTypeBase* type) {
   const std::string typeString = type->GetFPTypeString();
   ZQ_ASSERT(ZQFPTypeParams(typeString).IsValid());
   const ZQFPKind* kind = ZQFindFPKind(typeString);
-  return kind && kind->IsHashed() ? kind->prefix : unknown;
+  return kind && !kind->IsUnhashed() ? kind->name : unknown;
 }
 
 unsigned int ZQGetFingerPrintSize(const ZQFPTypeBase* type) {

@@ -6,8 +6,8 @@
 
 #include "contract/bostrel/characters_local.h"
 #include "contract/quarnel/perception.h"
-#include "korvex/fingerprint.h"
 #include "korvex/fpatomtypes_local.h"
+#include "korvex/fpkinds.h"
 #include "korvex/korvex_namespace.h"
 
 namespace ZQKorvex {
@@ -281,10 +281,11 @@ std::string ZQGetFPAtomType(unsigned int atype) { return AtomFlagNames().GetName
 std::string ZQGetFPBondType(unsigned int btype) { return BondFlagNames().GetName(btype); }
 
 bool ZQIsPreparedForFingerprinting(const ZQMolBase& mol, unsigned int fptype) {
+  const ZQFPKind* kind = ZQFindFPKind(fptype);
   int model = 0;
   return mol.IsPerceived(ZQPerceived::Rings) && mol.IsPerceived(ZQPerceived::Aromaticity) &&
          mol.GetData(ZQAromaticityModelTag, model) && model == 2 && !ZQHasExplicitHydrogens(mol) &&
-         (fptype == ZQFPType::MACCS166 || fptype == ZQFPType::Lingo);
+         kind && kind->readsPreparedMolecules;
 }
 
 void ZQPrepareForFingerprinting(ZQMolBase& mol, unsigned int /*fptype*/) {

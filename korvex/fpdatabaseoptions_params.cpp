@@ -66,8 +66,8 @@ bool ZQConfigureFingerPrint(ZQInterface& interface, const ZQFPTypeBase* type) {
     ZQThrow.Warning("%s invalid fingerprint type pointer!", caller);
     return false;
   }
-  const unsigned int fptype = type->GetFPType();
-  if (fptype != ZQFPType::Path && fptype != ZQFPType::Circular && fptype != ZQFPType::Tree) {
+  const ZQFPKind* kind = ZQFindFPKind(type);
+  if (!kind || !kind->IsHashed()) {
     ZQThrow.Warning("%s invalid fingerprint type (only path, circular or tree is allowed)", caller);
     return false;
   }
@@ -81,7 +81,7 @@ bool ZQConfigureFingerPrint(ZQInterface& interface, const ZQFPTypeBase* type) {
     ZQThrow.Warning("%s problem configuring fingerprint interface!", caller);
     return false;
   }
-  return ZQConfigureFingerPrintType(*options, fptype) &&
+  return ZQConfigureFingerPrintType(*options, kind->number) &&
          AddIntParameter(*options, "-numbits", "-size", 64, 65535, params.GetNumBits(),
                          "Size of bitvector",
                          "Only available for path, circular or tree fingerprint.") &&
@@ -110,37 +110,60 @@ bool ZQConfigureFingerPrintType(ZQInterface& interface, unsigned int fptype,
                           space->GetName(fptype, std::string()), "Fingerprint type");
 }
 
-const ZQFPTypeBase* ZQSetupFingerPrint(const ZQInterface& interface) {
+namespace {
+
+// Replaces the values by the parameters that are set or, if `all`, have a default.
+void ReadValues(ZQFPTypeValues& values, const ZQInterface& interface, bool all) {
+  const auto isTaken = [&](const char* name) { return all || interface.IsSet(name); };
+  const auto number = [&](const char* name) {
+    return static_cast<unsigned int>(interface.Get<int>(name));
+  };
+  if (isTaken("-numbits")) values.numbits = number("-numbits");
+  if (isTaken("-mindistance")) values.minDistance = number("-mindistance");
+  if (isTaken("-maxdistance")) values.maxDistance = number("-maxdistance");
+  if (isTaken("-atomtype")) {
+    values.atype = ZQGetFPAtomType(interface.Get<std::string>("-atomtype"));
+  }
+  if (isTaken("-bondtype")) {
+    values.btype = ZQGetFPBondType(interface.Get<std::string>("-bondtype"));
+  }
+}
+
+bool CheckValues(const ZQFPTypeValues& values) {
   static constexpr const char* caller = "ZQSetupFingerPrint";
+  if (static_cast<int>(values.minDistance) > static_cast<int>(values.maxDistance)) {
+    ZQThrow.Warning("%s Invalid min distance (%d) > max distance (%d)", caller, values.minDistance,
+                    values.maxDistance);
+    return false;
+  }
+  if (values.atype == 0 && values.btype == 0) {
+    ZQThrow.Warning("%s Invalid fingerprint atom or bond typing", caller);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+const ZQFPTypeBase* ZQSetupFingerPrint(const ZQInterface& interface) {
   const unsigned int fptype =
       ZQGetFPTypeNamespaceInterface()->GetValue(interface.Get<std::string>("-fptype"), 0);
   if (fptype == 0) {
-    ZQThrow.Warning("%s Invalid fingerprint type", caller);
+    ZQThrow.Warning("%s Invalid fingerprint type", "ZQSetupFingerPrint");
     return nullptr;
   }
-  const auto numbits = static_cast<unsigned int>(interface.Get<int>("-numbits"));
-  const int least = interface.Get<int>("-mindistance");
-  const int greatest = interface.Get<int>("-maxdistance");
-  const unsigned int atype = ZQGetFPAtomType(interface.Get<std::string>("-atomtype"));
-  const unsigned int btype = ZQGetFPBondType(interface.Get<std::string>("-bondtype"));
-  if (least > greatest) {
-    ZQThrow.Warning("%s Invalid min distance (%d) > max distance (%d)", caller, least, greatest);
-    return nullptr;
-  }
-  if (atype == 0 && btype == 0) {
-    ZQThrow.Warning("%s Invalid fingerprint atom or bond typing", caller);
-    return nullptr;
-  }
-  const auto minimum = static_cast<unsigned int>(least);
-  const auto maximum = static_cast<unsigned int>(greatest);
-  switch (fptype) {
-    case ZQFPType::Path:
-      return ZQGetPathFPType(numbits, minimum, maximum, atype, btype);
-    case ZQFPType::Circular:
-      return ZQGetCircularFPType(numbits, minimum, maximum, atype, btype);
-    default:  // the table holds one more kind
-      return ZQGetTreeFPType(numbits, minimum, maximum, atype, btype);
-  }
+  ZQFPTypeValues values;
+  ReadValues(values, interface, true);
+  return CheckValues(values) ? ZQGetFPType(*ZQFindFPKind(fptype), values) : nullptr;
+}
+
+const ZQFPTypeBase* ZQSetupFingerPrint(const ZQInterface& interface, const ZQFPKind& kind) {
+  ZQFPTypeValues values = kind.defaults;
+  ReadValues(values, interface, false);
+  if (kind.HasParams() && !CheckValues(values)) return nullptr;
+  const std::string fault = ZQFindFPTypeFault(kind, values);
+  if (!fault.empty()) ZQThrow.Error("%s: %s", kind.name, fault.c_str());
+  return fault.empty() ? ZQGetFPType(kind, values) : nullptr;
 }
 
 // ---- databases

@@ -10,8 +10,8 @@
 #include <string>
 
 #include "contract/bostrel/interface.h"
-#include "korvex/fingerprint.h"
 #include "korvex/fpdatabaseoptions.h"
+#include "korvex/fpkinds.h"
 
 namespace ZQKorvex {
 
@@ -30,6 +30,12 @@ ZQ_EXPORT bool ZQConfigureFingerPrintType(ZQInterface& interface, unsigned int f
 /// The type that the parameters of `ZQConfigureFingerPrint` describe, under the kind's current
 /// version; null if the least distance is above the greatest or both typings are "None".
 ZQ_EXPORT const ZQFPTypeBase* ZQSetupFingerPrint(const ZQInterface& interface);
+/// The same for a kind that is given instead of "-fptype", also one that `ZQConfigureFingerPrint`
+/// doesn't take. A parameter that isn't set has the default of the kind. One out of the kind's
+/// legal range is an error such as "UHCircular: maximum radius 10 is outside 0 to 9", and gives
+/// null.
+ZQ_EXPORT const ZQFPTypeBase* ZQSetupFingerPrint(const ZQInterface& interface,
+                                                 const ZQFPKind& kind);
 
 /// Adds how a fast database is held, one of "memory-mapped" 1, "in-memory" 2 and "CUDA" 3, in an
 /// interface "fingerprint database options".

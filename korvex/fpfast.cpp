@@ -10,13 +10,15 @@
 #include "korvex/checked_local.h"
 #include "korvex/fingerprint_params.h"
 #include "korvex/fpfast_local.h"
+#include "korvex/fpkinds.h"
 
 namespace ZQKorvex {
 
 namespace {
 
 bool IsStorable(unsigned int fptype) {
-  return fptype == ZQFPType::Path || fptype == ZQFPType::Circular || fptype == ZQFPType::Tree;
+  const ZQFPKind* kind = ZQFindFPKind(fptype);
+  return kind && kind->isStorable;
 }
 
 }  // namespace

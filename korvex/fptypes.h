@@ -4,26 +4,29 @@
 /// need neither: `ZQGetFPType` and its peers return types as `const ZQFPTypeBase*`.
 
 #include <cstdint>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <string>
 #include <tuple>
 
-#include "korvex/fingerprint.h"
+#include "korvex/fingerprint_params.h"
+#include "korvex/fpkinds.h"
 
 namespace ZQKorvex {
 
-/// The kinds that have a number of bits among their parameters, and those that have no bits.
-template <unsigned int fptype>
-concept ZQHashedFPKind =
-    fptype == ZQFPType::Path || fptype == ZQFPType::Circular || fptype == ZQFPType::Tree;
-template <unsigned int fptype>
-concept ZQUnhashedFPKind = fptype >= ZQFPType::UnhashedPath;
+/// Packs the parameters of a kind that has some: max in bits 0 to 7, min in 8 to 15, btype in 16 to
+/// 23, atype in 24 to 39, numbits (hashed kinds) in 44 to 59. False after an assertion failure for
+/// each one beyond the limits that fingerprint.h gives.
+ZQ_EXPORT bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values,
+                              std::uint64_t& id);
+/// The reverse, of the fields alone. Kinds without a number of bits have 0 there.
+ZQ_EXPORT ZQFPTypeValues ZQDecodeFPTypeID(std::uint64_t id);
+/// The same for a type that is to be used. Bits outside of the fields warn "Unrecognised data in
+/// ZQFPPathType!", with the class at hand, or "Unrecognised data!" of an unhashed kind, and change
+/// nothing; a hashed kind's numbits below 16 is an assertion failure.
+ZQ_EXPORT ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id);
 
 /// The type class of a kind, by the kind's number.
 template <unsigned int fptype>
-class ZQ_EXPORT ZQFPTypeOfKind final : public ZQFPTypeBase {
+class ZQ_EXPORT ZQFPTypeOfKind : public ZQFPTypeBase {
  public:
   static constexpr unsigned int number = fptype;
 
@@ -31,79 +34,92 @@ class ZQ_EXPORT ZQFPTypeOfKind final : public ZQFPTypeBase {
   explicit ZQFPTypeOfKind(unsigned short version, std::uint64_t id = 0)
       : ZQFPTypeBase(version, id) {}
   unsigned int GetFPType() const override { return number; }
-  std::string GetFPTypeString() const override;
+  std::string GetFPTypeString() const override {
+    std::string text;
+    ZQGetFPTypeStringFromID(number, text, GetVersion(), GetID());
+    return text;
+  }
+};
 
-  /// Packs the parameters of a hashed kind: max in bits 0 to 7, min in 8 to 15, btype in 16 to 23,
-  /// atype in 24 to 39, numbits in 44 to 59. An assertion failure for each one beyond the limits
-  /// that fingerprint.h gives, and 0.
+/// The same of a hashed kind.
+template <unsigned int fptype>
+class ZQ_EXPORT ZQFPHashedType : public ZQFPTypeOfKind<fptype> {
+ public:
+  using ZQFPTypeOfKind<fptype>::ZQFPTypeOfKind;
+
+  /// Packs the parameters; 0 after the assertion failures of `ZQPackFPTypeID`.
   static std::uint64_t GetIDFromParams(unsigned int numbits, unsigned int min, unsigned int max,
-                                       unsigned int atype,
-                                       unsigned int btype) requires ZQHashedFPKind<fptype>;
-  /// The same for an unhashed kind, which has no number of bits.
-  static std::uint64_t GetIDFromParams(unsigned int min, unsigned int max, unsigned int atype,
-                                       unsigned int btype) requires ZQUnhashedFPKind<fptype>;
-
-  /// The reverse. Bits outside of the fields warn "Unrecognised data in ZQFPPathType!", with the
-  /// class at hand, and change nothing; numbits below 16 is an assertion failure.
+                                       unsigned int atype, unsigned int btype) {
+    std::uint64_t id = 0;
+    ZQPackFPTypeID(*ZQFindFPKind(fptype), {numbits, min, max, atype, btype}, id);
+    return id;
+  }
+  /// The reverse, with the reports of `ZQUnpackFPTypeID`.
   static void SetParamsFromID(std::uint64_t id, unsigned int& numbits, unsigned int& min,
-                              unsigned int& max, unsigned int& atype,
-                              unsigned int& btype) requires ZQHashedFPKind<fptype>;
-  /// The same for an unhashed kind, with the warning "Unrecognised data!".
+                              unsigned int& max, unsigned int& atype, unsigned int& btype) {
+    std::tie(numbits, min, max, atype, btype) =
+        ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id).AsTuple();
+  }
+};
+
+/// The same of an unhashed kind, which has no number of bits.
+template <unsigned int fptype>
+class ZQ_EXPORT ZQFPUnhashedType : public ZQFPTypeOfKind<fptype> {
+ public:
+  using ZQFPTypeOfKind<fptype>::ZQFPTypeOfKind;
+
+  static std::uint64_t GetIDFromParams(unsigned int min, unsigned int max, unsigned int atype,
+                                       unsigned int btype) {
+    std::uint64_t id = 0;
+    ZQPackFPTypeID(*ZQFindFPKind(fptype), {0, min, max, atype, btype}, id);
+    return id;
+  }
   static void SetParamsFromID(std::uint64_t id, unsigned int& min, unsigned int& max,
-                              unsigned int& atype,
-                              unsigned int& btype) requires ZQUnhashedFPKind<fptype>;
+                              unsigned int& atype, unsigned int& btype) {
+    std::tie(std::ignore, min, max, atype, btype) =
+        ZQUnpackFPTypeID(*ZQFindFPKind(fptype), id).AsTuple();
+  }
 };
 
 using ZQFPMACCS166Type = ZQFPTypeOfKind<ZQFPType::MACCS166>;
 using ZQFPLingoType = ZQFPTypeOfKind<ZQFPType::Lingo>;
-using ZQFPPathType = ZQFPTypeOfKind<ZQFPType::Path>;
-using ZQFPCircularType = ZQFPTypeOfKind<ZQFPType::Circular>;
-using ZQFPTreeType = ZQFPTypeOfKind<ZQFPType::Tree>;
-using ZQFPUnhashedPathType = ZQFPTypeOfKind<ZQFPType::UnhashedPath>;
-using ZQFPUnhashedCircularType = ZQFPTypeOfKind<ZQFPType::UnhashedCircular>;
-using ZQFPUnhashedTreeType = ZQFPTypeOfKind<ZQFPType::UnhashedTree>;
+using ZQFPPathType = ZQFPHashedType<ZQFPType::Path>;
+using ZQFPCircularType = ZQFPHashedType<ZQFPType::Circular>;
+using ZQFPTreeType = ZQFPHashedType<ZQFPType::Tree>;
+using ZQFPUnhashedPathType = ZQFPUnhashedType<ZQFPType::UnhashedPath>;
+using ZQFPUnhashedCircularType = ZQFPUnhashedType<ZQFPType::UnhashedCircular>;
+using ZQFPUnhashedTreeType = ZQFPUnhashedType<ZQFPType::UnhashedTree>;
 
-extern template class ZQFPTypeOfKind<ZQFPType::MACCS166>;
-extern template class ZQFPTypeOfKind<ZQFPType::Lingo>;
-extern template class ZQFPTypeOfKind<ZQFPType::Path>;
-extern template class ZQFPTypeOfKind<ZQFPType::Circular>;
-extern template class ZQFPTypeOfKind<ZQFPType::Tree>;
-extern template class ZQFPTypeOfKind<ZQFPType::UnhashedPath>;
-extern template class ZQFPTypeOfKind<ZQFPType::UnhashedCircular>;
-extern template class ZQFPTypeOfKind<ZQFPType::UnhashedTree>;
+/// The one type of a kind, version and id, made on first use and deleted at process exit. Any
+/// thread may call; the pointers need no lock. Neither version nor id is checked. Null for a number
+/// of no kind.
+ZQ_EXPORT const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
+                                             std::uint64_t id);
 
-/// Hands out the one T of each key, made on first use and deleted at process exit. Any thread may
-/// call; the pointers need no lock. Neither version nor id is checked.
-template <class T, class... Key>
-class ZQFPTypeInterner {
+/// `ZQInternFPType` for one type class, by version and id.
+template <class T>
+class ZQFPTypeFactory {
  public:
-  const T* GetFPType(Key... key) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    std::unique_ptr<T>& type = types_[{key...}];
-    if (!type) type = std::make_unique<T>(key...);
-    return type.get();
+  const T* GetFPType(unsigned short version, std::uint64_t id) const {
+    return static_cast<const T*>(ZQInternFPType(T::number, version, id));
   }
-
- private:
-  std::mutex mutex_;
-  std::map<std::tuple<Key...>, std::unique_ptr<T>> types_;
+};
+/// The same by version alone.
+template <class T>
+class ZQFPTypeFactoryNoParams {
+ public:
+  const T* GetFPType(unsigned short version) const {
+    return static_cast<const T*>(ZQInternFPType(T::number, version, 0));
+  }
 };
 
-/// Keyed by version and id.
-template <class T>
-using ZQFPTypeFactory = ZQFPTypeInterner<T, unsigned short, std::uint64_t>;
-/// Keyed by version alone.
-template <class T>
-using ZQFPTypeFactoryNoParams = ZQFPTypeInterner<T, unsigned short>;
-
-// The factories of the process.
-ZQ_EXPORT extern ZQFPTypeFactoryNoParams<ZQFPMACCS166Type> maccs166TypeFactory;
-ZQ_EXPORT extern ZQFPTypeFactoryNoParams<ZQFPLingoType> lingoTypeFactory;
-ZQ_EXPORT extern ZQFPTypeFactory<ZQFPPathType> pathTypeFactory;
-ZQ_EXPORT extern ZQFPTypeFactory<ZQFPCircularType> circularTypeFactory;
-ZQ_EXPORT extern ZQFPTypeFactory<ZQFPTreeType> treeTypeFactory;
-ZQ_EXPORT extern ZQFPTypeFactory<ZQFPUnhashedPathType> uhpathTypeFactory;
-ZQ_EXPORT extern ZQFPTypeFactory<ZQFPUnhashedCircularType> uhcircularTypeFactory;
-ZQ_EXPORT extern ZQFPTypeFactory<ZQFPUnhashedTreeType> uhtreeTypeFactory;
+inline constexpr ZQFPTypeFactoryNoParams<ZQFPMACCS166Type> maccs166TypeFactory{};
+inline constexpr ZQFPTypeFactoryNoParams<ZQFPLingoType> lingoTypeFactory{};
+inline constexpr ZQFPTypeFactory<ZQFPPathType> pathTypeFactory{};
+inline constexpr ZQFPTypeFactory<ZQFPCircularType> circularTypeFactory{};
+inline constexpr ZQFPTypeFactory<ZQFPTreeType> treeTypeFactory{};
+inline constexpr ZQFPTypeFactory<ZQFPUnhashedPathType> uhpathTypeFactory{};
+inline constexpr ZQFPTypeFactory<ZQFPUnhashedCircularType> uhcircularTypeFactory{};
+inline constexpr ZQFPTypeFactory<ZQFPUnhashedTreeType> uhtreeTypeFactory{};
 
 }  // namespace ZQKorvex

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "contract/bostrel/strings.h"
-#include "korvex/fingerprint.h"
+#include "korvex/fpkinds.h"
 
 namespace ZQKorvex {
 
@@ -16,13 +16,9 @@ struct Version {
   std::uint64_t minor = 0;
   std::uint64_t patch = 0;
 
-  constexpr std::uint64_t Pack() const { return major * 4096 + minor * 16 + patch; }
-  constexpr bool IsInRange() const { return major < 15 && minor < 255 && patch < 15; }
+  std::uint64_t Pack() const { return ZQPackFingerPrintVersion(major, minor, patch); }
+  bool IsInRange() const { return major < 15 && minor < 255 && patch < 15; }
 };
-
-constexpr Version currentVersion{2, 0, 0};
-constexpr Version currentMACCS166Version{2, 2, 0};
-static_assert(currentVersion.Pack() == 8192 && currentMACCS166Version.Pack() == 8224);
 
 bool Parse(const std::string& text, Version& version) {
   const std::vector<std::string> parts = ZQStringTokenize(text, '.');
@@ -55,25 +51,12 @@ unsigned short ZQGetFingerPrintVersion(const std::string& text) {
 }
 
 unsigned short ZQGetFingerPrintVersion(unsigned int fptype) {
-  switch (fptype) {
-    case ZQFPType::MACCS166:
-      return static_cast<unsigned short>(currentMACCS166Version.Pack());
-    case ZQFPType::Path:
-    case ZQFPType::Lingo:
-    case ZQFPType::Circular:
-    case ZQFPType::Tree:
-    case ZQFPType::UnhashedPath:
-    case ZQFPType::UnhashedCircular:
-    case ZQFPType::UnhashedTree:
-      return static_cast<unsigned short>(currentVersion.Pack());
-    case 1:
-    case 2:
-    case 3:
-      return 0;
-    default:
-      ZQThrow.Warning("%s : unknown fingerprint type!", "ZQGetFingerPrintVersion");
-      return 0;
+  if (const ZQFPKind* kind = ZQFindFPKind(fptype)) return kind->version;
+  // The kinds 1, 2 and 3 belong to an older format.
+  if (fptype < 1 || fptype > 3) {
+    ZQThrow.Warning("%s : unknown fingerprint type!", "ZQGetFingerPrintVersion");
   }
+  return 0;
 }
 
 }  // namespace ZQKorvex

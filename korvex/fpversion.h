@@ -4,12 +4,19 @@
 /// minor * 16 + patch, with major and patch below 15 and minor below 255. A kind's version changes
 /// when its bits do. Pure functions, safe from any thread.
 
+#include <cstdint>
 #include <string>
 
 #include "korvex/siblings.h"
 
 namespace ZQKorvex {
 
+/// The packed number of three numbers, in range or not.
+constexpr std::uint64_t ZQPackFingerPrintVersion(std::uint64_t majorNumber,
+                                                 std::uint64_t minorNumber,
+                                                 std::uint64_t patchNumber) {
+  return majorNumber * 4096 + minorNumber * 16 + patchNumber;
+}
 /// "2.0.0" for 8192.
 ZQ_EXPORT std::string ZQGetFingerPrintVersionString(unsigned short version);
 /// Whether the text is three numbers in range, joined by points.

@@ -21,6 +21,7 @@
 #include "korvex/fpfast_create.h"
 #include "korvex/fpfast_database.h"
 #include "korvex/fphistogram.h"
+#include "korvex/fpkinds.h"
 #include "korvex/fptype_records.h"
 #include "korvex/fptypes.h"
 #include "korvex/fpversion.h"

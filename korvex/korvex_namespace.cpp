@@ -1,18 +1,27 @@
 #include "korvex/korvex_namespace.h"
 
-#include "korvex/fingerprint.h"
 #include "korvex/fpatomtyper.h"
 #include "korvex/fpfast_database.h"
+#include "korvex/fpkinds.h"
 #include "korvex/korvex_namespace_local.h"
 #include "korvex/measuresim.h"
 
 namespace ZQKorvex {
 
+namespace {
+
+std::vector<ZQNamespacePrim> HashedKinds() {
+  std::vector<ZQNamespacePrim> prims;
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
+    if (kind.IsHashed()) prims.push_back({kind.name, kind.number, ""});
+  }
+  return prims;
+}
+
+}  // namespace
+
 ZQFPTypeInterface::ZQFPTypeInterface()
-    : ZQNamespaceInterface("ZQFPType", ZQNamespaceMode::Single,
-                           {{"Path", ZQFPType::Path, ""},
-                            {"Circular", ZQFPType::Circular, ""},
-                            {"Tree", ZQFPType::Tree, ""}}) {}
+    : ZQNamespaceInterface("ZQFPType", ZQNamespaceMode::Single, HashedKinds()) {}
 
 ZQFPAtomTypeInterface::ZQFPAtomTypeInterface()
     : ZQNamespaceInterface(

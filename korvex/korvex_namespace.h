@@ -8,7 +8,7 @@
 
 namespace ZQKorvex {
 
-/// "Path", "Circular", "Tree".
+/// The hashed kinds: "Path", "Circular", "Tree".
 ZQ_EXPORT const ZQNamespaceInterface* ZQGetFPTypeNamespaceInterface();
 /// The flags of `ZQFPAtomType`, which combine with "|".
 ZQ_EXPORT const ZQNamespaceInterface* ZQGetFPAtomTypeNamespaceInterface();

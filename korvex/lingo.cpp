@@ -5,11 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "contract/quarnel/graphmol.h"
 #include "korvex/checked_local.h"
 #include "korvex/fpatomtyper.h"
-#include "korvex/fptypes_local.h"
-#include "korvex/memory_local.h"
+#include "korvex/fpkinds_local.h"
 
 namespace ZQKorvex {
 
@@ -51,30 +49,27 @@ void StoreText(ZQFingerPrint& fp, const ZQMolBase& mol) {
   std::memcpy(fp.Words(), text.c_str(), bytes);
 }
 
+bool Fill(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+          const ZQFPTypeValues& values) {
+  if (ZQIsPreparedForFingerprinting(mol, kind.number)) {
+    StoreText(fp, mol);
+    return true;
+  }
+  const ZQGraphMol copy = ZQPreparedCopy(mol, kind, values);
+  if (copy.NumAtoms() != 0) {
+    StoreText(fp, copy);
+  } else {
+    fp.SetSize(1);
+    fp.ClearBits();
+  }
+  return true;
+}
+
 }  // namespace
 
 bool ZQMakeLingoFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  if (!mol.IsValid()) {
-    fp.SetFPTypeBase(nullptr);
-    return false;
-  }
-  const bool done = ZQGuardMemory("ZQMakeLingoFP()", [&] {
-    if (ZQIsPreparedForFingerprinting(mol, ZQFPType::Lingo)) {
-      StoreText(fp, mol);
-      return true;
-    }
-    ZQGraphMol copy(mol);
-    ZQPrepareForFingerprinting(copy, ZQFPType::Lingo);
-    if (copy.NumAtoms() != 0) {
-      StoreText(fp, copy);
-    } else {
-      fp.SetSize(1);
-      fp.ClearBits();
-    }
-    return true;
-  });
-  fp.SetFPTypeBase(done ? ZQGetFPType(zqLingoKind) : nullptr);
-  return done;
+  const ZQFPKind& kind = ZQGetFPKind(ZQFPType::Lingo);
+  return ZQMakeFP(fp, mol, kind, kind.defaults, Fill);
 }
 
 bool ZQGetLingoSimTerms(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int* onlyA,

@@ -6,15 +6,12 @@
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/perception.h"
 #include "korvex/fpatomtyper.h"
-#include "korvex/fptypes_local.h"
+#include "korvex/fpkinds_local.h"
 #include "korvex/maccs_local.h"
-#include "korvex/memory_local.h"
 
 namespace ZQKorvex {
 
 namespace {
-
-constexpr unsigned int numKeys = 166;
 
 // Key by atomic number, 0 for none.
 constexpr std::array<std::uint8_t, 113> atomicNumBit = [] {
@@ -217,6 +214,19 @@ void SetSmartsKeys(ZQFingerPrint& fp, const ZQMolBase& mol) {
   }
 }
 
+bool Fill(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+          const ZQFPTypeValues& values) {
+  fp.SetSize(values.numbits);
+  fp.ClearBits();
+  if (ZQIsPreparedForFingerprinting(mol, kind.number)) {
+    ZQMakeMACCS166SetBits(fp, mol);
+    return true;
+  }
+  const ZQGraphMol copy = ZQPreparedCopy(mol, kind, values);
+  if (copy.NumAtoms() != 0) ZQMakeMACCS166SetBits(fp, copy);
+  return true;
+}
+
 }  // namespace
 
 MACCS166Keys::MACCS166Keys() {
@@ -245,24 +255,8 @@ void ZQMakeMACCS166SetBits(ZQFingerPrint& fp, const ZQMolBase& mol) {
 }
 
 bool ZQMakeMACCS166FP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  if (!mol.IsValid()) {
-    fp.SetFPTypeBase(nullptr);
-    return false;
-  }
-  fp.SetSize(numKeys);
-  fp.ClearBits();
-  const bool done = ZQGuardMemory("ZQMakeMACCS166FP()", [&] {
-    if (ZQIsPreparedForFingerprinting(mol, ZQFPType::MACCS166)) {
-      ZQMakeMACCS166SetBits(fp, mol);
-      return true;
-    }
-    ZQGraphMol copy(mol);
-    ZQPrepareForFingerprinting(copy, ZQFPType::MACCS166);
-    if (copy.NumAtoms() != 0) ZQMakeMACCS166SetBits(fp, copy);
-    return true;
-  });
-  fp.SetFPTypeBase(done ? ZQGetFPType(zqMACCS166Kind) : nullptr);
-  return done;
+  const ZQFPKind& kind = ZQGetFPKind(ZQFPType::MACCS166);
+  return ZQMakeFP(fp, mol, kind, kind.defaults, Fill);
 }
 
 }  // namespace ZQKorvex

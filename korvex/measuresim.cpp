@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "contract/bostrel/characters_local.h"
+#include "korvex/fpkinds.h"
 #include "korvex/lingo.h"
 #include "korvex/measure_formulae_local.h"
 
@@ -15,9 +16,10 @@ namespace ZQKorvex {
 
 namespace {
 
-bool IsUnhashed(const ZQFingerPrint& fp) {
-  const unsigned int kind = fp.GetFPTypeBase()->GetFPType();
-  return kind >= ZQFPType::UnhashedPath && kind <= ZQFPType::UnhashedTree;
+// What is counted in a fingerprint that has a type: bits where its kind isn't in the table.
+ZQFPMeasures MeasuresOf(const ZQFingerPrint& fp) {
+  const ZQFPKind* kind = ZQFindFPKind(fp.GetFPTypeBase());
+  return kind ? kind->measures : ZQFPMeasures::Bits;
 }
 
 // The tokens of the NUL-terminated text that an unhashed fingerprint holds, sorted by byte.
@@ -81,12 +83,9 @@ bool ZQGetBitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int
     ZQThrow.Error("fingerprint type mismatch!");
     return false;
   }
-  const unsigned int kind = a.GetFPTypeBase()->GetFPType();
-  if (kind == ZQFPType::Lingo) return ZQGetLingoSimTerms(a, b, onlyA, onlyB, both);
-  if (!ZQ_ASSERT(kind != ZQFPType::UnhashedPath) ||
-      !ZQ_ASSERT(kind != ZQFPType::UnhashedCircular)) {
-    return false;
-  }
+  const ZQFPMeasures measures = MeasuresOf(a);
+  if (measures == ZQFPMeasures::Lingos) return ZQGetLingoSimTerms(a, b, onlyA, onlyB, both);
+  if (!ZQ_ASSERT(measures != ZQFPMeasures::Tokens)) return false;
   if (neither) {
     Bostrel::ZQGetBitCounts(a, b, onlyA, onlyB, both, neither);
   } else {
@@ -100,7 +99,10 @@ float ZQTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b) {
     ZQThrow.Error("ZQTanimoto() fingerprint type mismatch!");
     return 0.0F;
   }
-  if (IsUnhashed(a)) return TokenTanimoto(a, b);
+  const ZQFPMeasures measures = MeasuresOf(a);
+  if (measures == ZQFPMeasures::Tokens || measures == ZQFPMeasures::TokensOrBits) {
+    return TokenTanimoto(a, b);
+  }
   return ZQTanimotoOf(CountsOf(a, b, withoutNeither));
 }
 

@@ -1,17 +1,23 @@
 #include "korvex/path.h"
 
 #include "korvex/hashed_local.h"
+#include "korvex/memory_local.h"
 #include "korvex/path_local.h"
 
 namespace ZQKorvex {
 
 namespace {
 
-constexpr ZQHashedKind pathKind{
-    zqPathKind, "ZQMakePathFP()",
-    "path",     {4096, 0, 5, ZQFPAtomType::DefaultPathAtom, ZQFPBondType::DefaultPathBond},
-    20,         "!",
-    ""};
+void FoldIds(const ZQMolBase& mol, std::vector<unsigned int>& atomInvariants,
+             std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values,
+             ZQFolder fold) {
+  PathGenerator<unsigned int>(mol, atomInvariants, bondInvariants, values.minDistance,
+                              values.maxDistance)
+      .ForEachPath(fold);
+}
+constexpr ZQFillFP fill = ZQFillHashedFP<FoldIds>;
+
+const ZQFPKind& Kind() { return ZQGetFPKind(ZQFPType::Path); }
 
 // Into a set or, behind one another, into a vector.
 template <class Ids, class T>
@@ -29,29 +35,15 @@ unsigned int GenerateIds(const char* name, Ids& ids, const ZQMolBase& mol,
 bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int numbits,
                   unsigned int minbonds, unsigned int maxbonds, unsigned int atype,
                   unsigned int btype) {
-  return ZQMakeHashedFP(
-      fp, mol, pathKind, {numbits, minbonds, maxbonds, atype, btype}, true,
-      [](const ZQMolBase& copy, std::vector<unsigned int>& atomInvariants,
-         std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values, ZQFolder fold) {
-        PathGenerator<unsigned int>(copy, atomInvariants, bondInvariants, values.minDistance,
-                                    values.maxDistance)
-            .ForEachPath(fold);
-      });
+  return ZQMakeFP(fp, mol, Kind(), {numbits, minbonds, maxbonds, atype, btype}, fill);
 }
 
 bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  const auto& [numbits, min, max, atype, btype] = pathKind.defaults;
-  return ZQMakePathFP(fp, mol, numbits, min, max, atype, btype);
+  return ZQMakeFP(fp, mol, Kind(), Kind().defaults, fill);
 }
 
 bool ZQMakePathFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  if (!type || type->GetFPType() != ZQFPType::Path) {
-    ZQThrow.Warning("%s : invalid path fingerprint type!", "ZQMakePathFP");
-    return false;
-  }
-  const auto [numbits, min, max, atype, btype] = ZQUnpackFPTypeID(zqPathKind, type->GetID());
-  if (!ZQMakePathFP(fp, mol, numbits, min, max, atype, btype)) return false;
-  return ZQ_ASSERT(fp.GetFPTypeBase() == type);
+  return ZQMakeFP(fp, mol, Kind(), type, fill);
 }
 
 unsigned int ZQPathIdGenerator(std::set<unsigned int>& ids, const ZQMolBase& mol,

@@ -1,17 +1,23 @@
 #include "korvex/tree.h"
 
 #include "korvex/hashed_local.h"
+#include "korvex/memory_local.h"
 #include "korvex/tree_local.h"
 
 namespace ZQKorvex {
 
 namespace {
 
-constexpr ZQHashedKind treeKind{
-    zqTreeKind, "ZQMakeTreeFP()",
-    "tree",     {4096, 0, 4, ZQFPAtomType::DefaultTreeAtom, ZQFPBondType::DefaultTreeBond},
-    20,         "",
-    ""};
+void FoldIds(const ZQMolBase& mol, std::vector<unsigned int>& atomInvariants,
+             std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values,
+             ZQFolder fold) {
+  TreeGenerator<unsigned int>(mol, atomInvariants, bondInvariants, values.minDistance,
+                              values.maxDistance)
+      .ForEachTree(fold);
+}
+constexpr ZQFillFP fill = ZQFillHashedFP<FoldIds>;
+
+const ZQFPKind& Kind() { return ZQGetFPKind(ZQFPType::Tree); }
 
 template <class T>
 unsigned int GenerateIds(std::vector<T>& ids, const ZQMolBase& mol,
@@ -29,29 +35,15 @@ unsigned int GenerateIds(std::vector<T>& ids, const ZQMolBase& mol,
 bool ZQMakeTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int numbits,
                   unsigned int minbonds, unsigned int maxbonds, unsigned int atype,
                   unsigned int btype) {
-  return ZQMakeHashedFP(fp, mol, treeKind, {numbits, minbonds, maxbonds, atype, btype}, true,
-                        [](const ZQMolBase& copy, const std::vector<unsigned int>& atomInvariants,
-                           const std::vector<unsigned int>& bondInvariants,
-                           const ZQFPTypeValues& values, ZQFolder fold) {
-                          TreeGenerator<unsigned int>(copy, atomInvariants, bondInvariants,
-                                                      values.minDistance, values.maxDistance)
-                              .ForEachTree(fold);
-                        });
+  return ZQMakeFP(fp, mol, Kind(), {numbits, minbonds, maxbonds, atype, btype}, fill);
 }
 
 bool ZQMakeTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol) {
-  const auto& [numbits, min, max, atype, btype] = treeKind.defaults;
-  return ZQMakeTreeFP(fp, mol, numbits, min, max, atype, btype);
+  return ZQMakeFP(fp, mol, Kind(), Kind().defaults, fill);
 }
 
 bool ZQMakeTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  if (!type || type->GetFPType() != ZQFPType::Tree) {
-    ZQThrow.Error("%s ;invalid tree fingerprint type", "ZQMakeTreeFP");
-    return false;
-  }
-  const auto [numbits, min, max, atype, btype] = ZQUnpackFPTypeID(zqTreeKind, type->GetID());
-  if (!ZQMakeTreeFP(fp, mol, numbits, min, max, atype, btype)) return false;
-  return ZQ_ASSERT(fp.GetFPTypeBase() == type);
+  return ZQMakeFP(fp, mol, Kind(), type, fill);
 }
 
 unsigned int ZQTreeIdGenerator(std::vector<unsigned int>& ids, const ZQMolBase& mol,

@@ -10,46 +10,14 @@
 #include <vector>
 
 #include "korvex/circular_local.h"
-#include "korvex/hashed_local.h"
+#include "korvex/fpatomtyper.h"
 #include "korvex/path_local.h"
 #include "korvex/tree_local.h"
+#include "korvex/unhashed_local.h"
 
 namespace ZQKorvex {
 
 namespace {
-
-/// How one unhashed kind differs from the others.
-struct UnhashedKind {
-  const ZQFPKind& kind;
-  const char* makeName;   ///< of the operation in messages
-  const char* wrongType;  ///< the message on a type of another kind
-  bool perceivesSymmetry;
-  unsigned int extraBytes;  ///< behind the text
-  bool isReadBack;          ///< the bits are checked to hold the identifiers
-  bool hasBalls;            ///< which hold all neighbours of an atom
-};
-
-constexpr UnhashedKind pathKind{zqUnhashedPathKind,
-                                "ZQMakeUnhashedPathFP()",
-                                "Invalid path fingerprint type",
-                                true,
-                                1,
-                                false,
-                                false};
-constexpr UnhashedKind circularKind{zqUnhashedCircularKind,
-                                    "ZQMakeUnhashedCircularFP()",
-                                    "Invalid circular fingerprint type",
-                                    false,
-                                    0,
-                                    true,
-                                    true};
-constexpr UnhashedKind treeKind{zqUnhashedTreeKind,
-                                "ZQMakeUnhashedTreeFP()",
-                                "Invalid unhashed tree fingerprint type",
-                                true,
-                                0,
-                                true,
-                                false};
 
 using Ids = std::vector<std::string_view>;
 
@@ -84,110 +52,106 @@ bool HoldsIds(const ZQFingerPrint& fp, const Ids& ids) {
   return rest.find_first_not_of(' ') == std::string_view::npos;
 }
 
-// Whether an atom has more neighbours than the text of a ball can order. False after an error.
-bool HasNameableBalls(const ZQMolBase& mol, const char* makeName) {
+// Whether no atom has more neighbours than the text of an environment can order. False after an
+// error.
+bool HasNameableEnvironments(const ZQMolBase& mol) {
   constexpr unsigned int most = std::numeric_limits<std::int8_t>::max();
   for (auto atom = mol.GetAtoms(); atom; ++atom) {
     const unsigned int neighbours = atom->GetHvyDegree();
     if (neighbours <= most) continue;
     ZQThrow.Error("%s : an atom with %u neighbours (at most %u can be told apart in a text)",
-                  makeName, neighbours, most);
+                  ZQGetFPKind(ZQFPType::UnhashedCircular).texts.operation, neighbours, most);
     return false;
   }
   return true;
 }
 
-/// Makes the fingerprint. `generate` gets the working copy, its strings, and a function to call
-/// with each identifier.
-template <class Generate>
-bool MakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const UnhashedKind& kind,
-            const ZQFPTypeValues& values, Generate generate) {
-  if (!mol.IsValid()) {
-    fp.SetFPTypeBase(nullptr);
-    return false;
-  }
-  fp.ClearBits();
-  const bool done = ZQGuardMemory(kind.makeName, [&] {
-    ZQGraphMol copy(mol);
-    ZQPrepareForFingerprinting(copy, kind.kind.number);
-    if (kind.perceivesSymmetry && ZQIsSymmetryWorthwhile(mol, values.maxDistance)) {
-      ZQPerceiveSymmetry(copy, true, false);
-    }
-    if (kind.hasBalls && values.maxDistance != 0 && !HasNameableBalls(copy, kind.makeName)) {
-      return false;
-    }
-    std::vector<std::string> atomIds;
-    std::vector<std::string> bondIds;
-    ZQGetFingerprintAtomTypes(atomIds, bondIds, copy, values.atype, values.btype);
-    // Most identifiers of a molecule are repeats, which a hash set drops without sorting them.
-    std::unordered_set<std::string> distinct;
-    generate(copy, atomIds, bondIds, [&distinct](const std::string& id) { distinct.insert(id); });
-    Ids ids(distinct.begin(), distinct.end());
-    std::ranges::sort(ids);
-    Store(fp, TextOf(ids), kind.extraBytes);
-    return !kind.isReadBack || ZQ_ASSERT(HoldsIds(fp, ids));
-  });
-  fp.SetFPTypeBase(done ? ZQGetFPType(kind.kind, values) : nullptr);
-  return static_cast<bool>(fp);
+bool AddPaths(const ZQMolBase& mol, std::vector<std::string>& atomIds,
+              std::vector<std::string>& bondIds, const ZQFPTypeValues& values, ZQAddText add) {
+  PathGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
+      .ForEachPath(add);
+  return true;
 }
 
-using MakeOperation = bool (*)(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int min,
-                               unsigned int max, unsigned int atype, unsigned int btype);
+bool FillPaths(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+               const ZQFPTypeValues& values) {
+  return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 1, .isReadBack = false}, AddPaths);
+}
 
-bool MakeFPOfType(ZQFingerPrint& fp, const ZQMolBase& mol, const UnhashedKind& kind,
-                  const ZQFPTypeBase* type, MakeOperation make) {
-  if (!type || type->GetFPType() != kind.kind.number) {
-    ZQThrow.Error("%s", kind.wrongType);
-    return false;
-  }
-  const ZQFPTypeValues values = ZQUnpackFPTypeID(kind.kind, type->GetID());
-  return make(fp, mol, values.minDistance, values.maxDistance, values.atype, values.btype) &&
-         ZQ_ASSERT(fp.GetFPTypeBase() == type);
+bool AddEnvironments(const ZQMolBase& mol, std::vector<std::string>& atomIds,
+                     std::vector<std::string>& bondIds, const ZQFPTypeValues& values,
+                     ZQAddText add) {
+  if (values.maxDistance != 0 && !HasNameableEnvironments(mol)) return false;
+  if (values.minDistance > values.maxDistance) return true;  // no environment has such a radius
+  CircularGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
+      .ForEachCircular(add);
+  return true;
+}
+
+bool FillEnvironments(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+                      const ZQFPTypeValues& values) {
+  return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 0, .isReadBack = true},
+                          AddEnvironments);
+}
+
+bool AddTrees(const ZQMolBase& mol, std::vector<std::string>& atomIds,
+              std::vector<std::string>& bondIds, const ZQFPTypeValues& values, ZQAddText add) {
+  TreeGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
+      .ForEachTree(add);
+  return true;
+}
+
+bool FillTrees(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+               const ZQFPTypeValues& values) {
+  return ZQFillUnhashedFP(fp, mol, kind, values, {.extraBytes = 0, .isReadBack = true}, AddTrees);
 }
 
 }  // namespace
 
+bool ZQFillUnhashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
+                      const ZQFPTypeValues& values, ZQTextForm form, ZQAddIds addIds) {
+  fp.ClearBits();
+  ZQGraphMol copy = ZQPreparedCopy(mol, kind, values);
+  std::vector<std::string> atomIds;
+  std::vector<std::string> bondIds;
+  ZQGetFingerprintAtomTypes(atomIds, bondIds, copy, values.atype, values.btype);
+  // Most identifiers of a molecule are repeats, which a hash set drops without sorting them.
+  std::unordered_set<std::string> distinct;
+  if (!addIds(copy, atomIds, bondIds, values, {distinct})) return false;
+  Ids ids(distinct.begin(), distinct.end());
+  std::ranges::sort(ids);
+  Store(fp, TextOf(ids), form.extraBytes);
+  return !form.isReadBack || ZQ_ASSERT(HoldsIds(fp, ids));
+}
+
 bool ZQMakeUnhashedPathFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int minbonds,
                           unsigned int maxbonds, unsigned int atype, unsigned int btype) {
-  return MakeFP(
-      fp, mol, pathKind, {0, minbonds, maxbonds, atype, btype},
-      [=](const ZQMolBase& copy, std::vector<std::string>& atomIds,
-          std::vector<std::string>& bondIds, auto sink) {
-        PathGenerator<std::string>(copy, atomIds, bondIds, minbonds, maxbonds).ForEachPath(sink);
-      });
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedPath),
+                  {0, minbonds, maxbonds, atype, btype}, FillPaths);
 }
 
 bool ZQMakeUnhashedCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int minradius,
                               unsigned int maxradius, unsigned int atype, unsigned int btype) {
-  return MakeFP(fp, mol, circularKind, {0, minradius, maxradius, atype, btype},
-                [=](const ZQMolBase& copy, const std::vector<std::string>& atomIds,
-                    const std::vector<std::string>& bondIds, auto sink) {
-                  if (minradius > maxradius) return;  // no ball has such a radius
-                  CircularGenerator<std::string>(copy, atomIds, bondIds, minradius, maxradius)
-                      .ForEachCircular(sink);
-                });
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedCircular),
+                  {0, minradius, maxradius, atype, btype}, FillEnvironments);
 }
 
 bool ZQMakeUnhashedTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int minbonds,
                           unsigned int maxbonds, unsigned int atype, unsigned int btype) {
-  return MakeFP(
-      fp, mol, treeKind, {0, minbonds, maxbonds, atype, btype},
-      [=](const ZQMolBase& copy, const std::vector<std::string>& atomIds,
-          const std::vector<std::string>& bondIds, auto sink) {
-        TreeGenerator<std::string>(copy, atomIds, bondIds, minbonds, maxbonds).ForEachTree(sink);
-      });
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedTree),
+                  {0, minbonds, maxbonds, atype, btype}, FillTrees);
 }
 
 bool ZQMakeUnhashedPathFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return MakeFPOfType(fp, mol, pathKind, type, ZQMakeUnhashedPathFP);
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedPath), type, FillPaths);
 }
 
 bool ZQMakeUnhashedCircularFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return MakeFPOfType(fp, mol, circularKind, type, ZQMakeUnhashedCircularFP);
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedCircular), type, FillEnvironments);
 }
 
 bool ZQMakeUnhashedTreeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type) {
-  return MakeFPOfType(fp, mol, treeKind, type, ZQMakeUnhashedTreeFP);
+  return ZQMakeFP(fp, mol, ZQGetFPKind(ZQFPType::UnhashedTree), type, FillTrees);
 }
 
 }  // namespace ZQKorvex

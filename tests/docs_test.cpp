@@ -10,6 +10,7 @@
 
 #include "contract/bostrel/strings.h"
 #include "contract/quarnel/moldatabase.h"
+#include "korvex/fpkinds.h"
 #include "tests/program_helpers.h"
 
 namespace {
@@ -64,6 +65,13 @@ TEST_F(DocsTest, CodeBlocksAreTheExampleFiles) {
   }
   for (const std::string& block : shown) EXPECT_EQ(examples.count(block), 1U) << block;
   EXPECT_EQ(shown.size(), examples.size());
+}
+
+TEST_F(DocsTest, GuideHasEveryKind) {
+  const std::string guide = ReadFile(root / "docs/guide.md");
+  for (const ZQKorvex::ZQFPKind& kind : ZQKorvex::ZQGetFPKinds()) {
+    EXPECT_NE(guide.find(std::string("`") + kind.name + "`"), std::string::npos) << kind.name;
+  }
 }
 
 TEST_F(DocsTest, ExamplesRun) {

@@ -28,10 +28,10 @@ TEST(TypeString, RoundTripsForEveryKind) {
        "btype=Order"},
       {9002, "UHTree,ver=2.0.0,bonds=0-4,atype=AtmNum|Arom|Chiral|FCharge|HvyDeg|Hyb,btype=Order"}};
   for (const auto& [kind, text] : defaults) EXPECT_EQ(ZQGetFPType(kind)->GetFPTypeString(), text);
-  for (const unsigned int kind : {101, 102, 103, 104, 105, 9000, 9001, 9002}) {
-    const ZQFPTypeBase* type = ZQGetFPType(kind);
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
+    const ZQFPTypeBase* type = ZQGetFPType(kind.number);
     const std::string text = type->GetFPTypeString();
-    EXPECT_EQ(GetFPTypeFromTypeStringPrefix(text), kind);
+    EXPECT_EQ(GetFPTypeFromTypeStringPrefix(text), kind.number);
     EXPECT_EQ(ZQGetFPType(text), type);
     EXPECT_TRUE(ZQIsValidFPTypeString(text));
   }
@@ -181,9 +181,10 @@ TEST(TypeString, TextFromOutsideIsHeldToTheLimitsWithoutAssertions) {
   EXPECT_EQ(why, "maximum radius 255 is above 10, the largest that fingerprints are made of");
   const std::uint64_t id = ZQFPPathType::GetIDFromParams(64, 0, 5, 1, 1);
   const ZQFPPathType own(8192, id);
+  const ZQFPMACCS166Type keys(8224, 5);
   for (const ZQFPTypeBase* type : std::initializer_list<const ZQFPTypeBase*>{
-           nullptr, &own, ZQGetPathFPType(0, 64, 0, 5, 1, 1), ZQGetPathFPType(64, 0, 5, 0, 0),
-           pathTypeFactory.GetFPType(8192, id | 1ULL << 42)}) {
+           nullptr, &own, &keys, ZQGetPathFPType(0, 64, 0, 5, 1, 1),
+           ZQGetPathFPType(64, 0, 5, 0, 0), pathTypeFactory.GetFPType(8192, id | 1ULL << 42)}) {
     EXPECT_FALSE(ZQCanMakeFP(type, &why));
     EXPECT_FALSE(why.empty());
   }
@@ -197,8 +198,7 @@ TEST(TypeString, TextFromOutsideIsHeldToTheLimitsWithoutAssertions) {
   int usable = 0;
   for (int i = 0; i < 20000; ++i) {
     std::string text =
-        ZQGetFPType(std::vector{101U, 102U, 103U, 104U, 105U, 9000U, 9001U, 9002U}[random() % 8])
-            ->GetFPTypeString();
+        ZQGetFPType(ZQGetFPKinds()[random() % ZQGetFPKinds().size()].number)->GetFPTypeString();
     for (unsigned int n = random() % 3; n != 0; --n) {
       if (random() % 2 != 0) {
         text.append(",").append(pieces[random() % std::size(pieces)]);

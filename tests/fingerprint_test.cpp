@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <set>
 
+#include "korvex/fpkinds.h"
 #include "korvex/path.h"
 #include "tests/mol_helpers.h"
 
@@ -129,6 +131,25 @@ TEST(MakeFP, DispatchesOnTheKind) {
   EXPECT_FALSE(ZQMakeFP(fp, mol, &stray));
   EXPECT_TRUE(fp == expected);
   EXPECT_EQ(reports.Take(), (Texts{"Unrecognised data in ZQFPPathType!", "Assertion"}));
+}
+
+TEST(MakeFP, GivesEachKindItsOwnTypeAndNoOther) {
+  CapturedReports reports;
+  const ZQMol mol = "CC(=O)O"_mol;
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
+    SCOPED_TRACE(kind.name);
+    const ZQFPTypeBase* type = ZQGetFPType(kind.number);
+    ASSERT_EQ(type->GetFPType(), kind.number);
+    ZQFingerPrint fp;
+    EXPECT_TRUE(ZQMakeFP(fp, mol, type));
+    EXPECT_EQ(fp.GetFPTypeBase(), type);
+    EXPECT_EQ(reports.Take(), Texts{});
+    // Of the same parameters, but not the object that others compare with.
+    const std::unique_ptr<ZQFPTypeBase> twin(kind.newType(type->GetVersion(), type->GetID()));
+    EXPECT_EQ(ZQMakeFP(fp, mol, twin.get()), !kind.HasParams());
+    EXPECT_EQ(fp.GetFPTypeBase(), type);
+    EXPECT_EQ(reports.Take(), Texts(kind.HasParams() ? 1 : 0, "Assertion"));
+  }
 }
 
 TEST(MakeFP, WorksOnManyThreadsAtOnce) {

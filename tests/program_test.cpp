@@ -110,9 +110,7 @@ TEST_F(ProgramTest, EveryKindOfFingerprint) {
   std::vector<std::pair<Words, const ZQFPTypeBase*>> cases{
       {{"-maxd", "3", "-b", "None"}, ZQGetTreeFPType(4096, 0, 3, 63, 0)},
       {{"-mind", "1"}, ZQGetUnhashedCircularFPType(ZQGetFingerPrintVersion(9001), 1, 5, 4239, 1)}};
-  for (const unsigned int kind : {101, 102, 103, 104, 105, 9000, 9001, 9002}) {
-    cases.push_back({{}, ZQGetFPType(kind)});
-  }
+  for (const ZQFPKind& kind : ZQGetFPKinds()) cases.push_back({{}, ZQGetFPType(kind.number)});
   for (const auto& [options, type] : cases) {
     const std::string name = type->GetFPTypeString().substr(0, type->GetFPTypeString().find(','));
     const auto run = [&, &given = options](Words words) {

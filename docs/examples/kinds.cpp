@@ -11,12 +11,10 @@ int main() {
       !ZQSmilesToMol(salicylicAcid, "OC(=O)c1ccccc1O")) {
     return 1;
   }
-  for (const unsigned int kind :
-       {ZQFPType::Path, ZQFPType::Circular, ZQFPType::Tree, ZQFPType::MACCS166, ZQFPType::Lingo,
-        ZQFPType::UnhashedPath, ZQFPType::UnhashedCircular, ZQFPType::UnhashedTree}) {
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
     ZQFingerPrint a;
     ZQFingerPrint b;
-    if (!ZQMakeFP(a, aspirin, kind) || !ZQMakeFP(b, salicylicAcid, kind)) return 1;
+    if (!ZQMakeFP(a, aspirin, kind.number) || !ZQMakeFP(b, salicylicAcid, kind.number)) return 1;
     std::printf("%.3f by %s\n", ZQTanimoto(a, b), a.GetFPTypeBase()->GetFPTypeString().c_str());
   }
 
