@@ -291,7 +291,7 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
                        ZQPopCountFunc popcount) {
   if (!AreRecords(data, numRecords, popcount)) return;
   out.resize(ZQSaturatedProduct(numRecords, numRecords));
-  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
   // A few rows at a time, so that the mirror image is written in whole cache lines.
   constexpr std::size_t tileRows = 16;
@@ -321,7 +321,7 @@ void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& opti
                        const unsigned long* data, unsigned long numRecords, unsigned long numWords,
                        ZQPopCountFunc popcount) {
   if (!AreRecords(data, numRecords, popcount)) return;
-  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
@@ -339,7 +339,7 @@ void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& opti
 void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
                        const ZQFPDatabaseOptions& options, const unsigned long* data,
                        unsigned long numRecords, unsigned long numWords, ZQPopCountFunc popcount) {
-  if (!ZQ_ASSERT(options.GetSimFunc() != ZQSimMeasure::Tversky)) return;
+  if (!ZQ_ASSERT(ZQIsSymmetric(options.GetSimFunc()))) return;
   if (!ZQ_ASSERT(values.size() == numRecords) || !AreRecords(data, numRecords, popcount)) return;
   ZQScorer scorer(options, {data, numRecords, numWords}, popcount);
   Scores scores;
@@ -479,7 +479,7 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
   band = std::min(band, numRecords);
   if (k == 0 || !ZQ_ASSERT(band > 0)) return;
   // Scores serve both ways where every block of columns lies inside one band or outside of it.
-  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   const bool mirrored = symmetric && (band % zqBlockRecords == 0 || band == numRecords);
   const ZQRecords records{data, numRecords, numWords};
   ZQScorer scorer(options, records, popcount);

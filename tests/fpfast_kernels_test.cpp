@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "fp_helpers.h"
-#include "korvex/fpfast_variants_local.h"
 #include "mol_helpers.h"
+#include "processor_helpers.h"
 
 using namespace ZQKorvex;
 
@@ -80,20 +80,6 @@ Hits HitsOf(const std::vector<ZQSimScore>& items) {
   return hits;
 }
 
-/// Forces each variant that runs here, in turn.
-class EveryVariant : public ::testing::TestWithParam<std::string> {
- protected:
-  EveryVariant() { EXPECT_TRUE(ZQForceScanVariant(GetParam().c_str())); }
-  ~EveryVariant() override { ZQForceScanVariant(nullptr); }
-};
-std::string NameOf(const ::testing::TestParamInfo<std::string>& variant) {
-  std::string name = variant.param;
-  std::erase(name, '-');
-  return name;
-}
-INSTANTIATE_TEST_SUITE_P(Variants, EveryVariant, ::testing::ValuesIn(ZQGetScanVariantNames()),
-                         NameOf);
-
 // Threads and calls that a popcount function of the test's own sees.
 std::mutex callsLock;
 std::size_t calls = 0;
@@ -117,7 +103,7 @@ TEST_P(EveryVariant, ScoresAreTheJudgesBitForBit) {
         options.SetTverskyCoeffs(0.7F, 0.2F);
         const std::size_t query = count / 2;
         const auto scores = records.Raw(options, query);
-        EXPECT_EQ(ZQGetLatestScanVariant(), GetParam());
+        EXPECT_EQ(ZQGetLatestProcessor(), GetParam());
         ASSERT_EQ(scores.size(), count);
         for (std::size_t i = 0; i < count; ++i) {
           ASSERT_EQ(scores[i], records.Score(options, query, i))
@@ -128,14 +114,14 @@ TEST_P(EveryVariant, ScoresAreTheJudgesBitForBit) {
   }
 }
 
-TEST(ScanVariants, BestFirstAndAnyProcessorHasOne) {
-  const std::vector<std::string> names = ZQGetScanVariantNames();
+TEST(Processors, BestFirstAndAnyProcessorHasOne) {
+  const std::vector<std::string> names = ZQGetProcessorNames();
   ASSERT_FALSE(names.empty());
-  EXPECT_EQ(names.back(), "SSE2");
-  EXPECT_FALSE(ZQForceScanVariant("none such"));
+  EXPECT_EQ(names.back(), "portable");
+  EXPECT_FALSE(ZQForceProcessor("none such"));
   const Data records(10, 256);
   records.Raw({}, 0, ZQPopCountBitCount);
-  EXPECT_EQ(ZQGetLatestScanVariant(), names.front());
+  EXPECT_EQ(ZQGetLatestProcessor(), names.front());
 }
 
 TEST(Scores, OfEmptyAndFullFingerPrints) {
