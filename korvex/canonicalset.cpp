@@ -5,8 +5,9 @@
 // than 0, in ascending order, are multiplied by the weights from the third on, and their sum is the
 // identifier. All of it is unsigned arithmetic modulo 2^32.
 //
-// Nearly all of the time goes into the rounds, and what bounds them is the sorting of terms: two to
-// four of them at nearly every atom. So no sort is called for these. Where a processor has wide
+// Two thirds of the time of circular fingerprints go into the rounds (radius 0-5, drug-like
+// molecules), and what bounds them is the sorting of terms: two to four of them at nearly every
+// atom. So no sort is called for these. Where a processor has wide
 // registers, small sets, which environments up to radius 3 nearly always are, lie in a few of them,
 // an atom a lane, and networks of minimum and maximum order the terms of all atoms at once
 // (canonicalset_x86.cpp). Otherwise atoms are placed by degree, and each degree up to 4 has a loop

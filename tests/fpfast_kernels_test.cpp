@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "fp_helpers.h"
+#include "korvex/fpfast_variants_local.h"
 #include "mol_helpers.h"
 #include "processor_helpers.h"
 
@@ -109,6 +110,36 @@ TEST_P(EveryVariant, ScoresAreTheJudgesBitForBit) {
           ASSERT_EQ(scores[i], records.Score(options, query, i))
               << numWords << " words, record " << i << ", measure " << measure;
         }
+      }
+    }
+  }
+}
+
+TEST_P(EveryVariant, CountsAreTheJudgesAtEveryLengthAndStart) {
+  constexpr std::size_t numRecords = 19;
+  constexpr std::size_t stride = 5;  // they overlap
+  std::mt19937_64 random(11);
+  std::vector<std::uint64_t> words(400);
+  for (std::uint64_t& word : words) word = random();
+  std::fill_n(words.begin() + 40, 320, ~std::uint64_t{0});  // sums of bytes are as great as can be
+  const ZQPopCountFunc popcount = ZQGetPopCountFunc(ZQGetPopCountMethod());
+  const ZQScanVariant& scans = *ZQGetProcessor().scans;
+  EXPECT_EQ(popcount(words.data(), 0), 0U);
+  for (std::size_t length = 4; length <= 260; length += 4) {
+    for (std::size_t start = 0; start < 4; ++start) {
+      const std::uint64_t* query = &words[44 - start];
+      const std::uint64_t* records = &words[start];
+      std::array<std::uint32_t, numRecords> counts;
+      scans.scan(query, records, 0, stride, numRecords, length, counts.data());
+      for (std::size_t i = 0; i < numRecords; ++i) {
+        std::vector<std::uint64_t> common(start + length);
+        std::uint32_t expected = 0;
+        for (std::size_t w = 0; w < length; ++w) {
+          common[start + w] = query[w] & records[i * stride + w];
+          expected += static_cast<std::uint32_t>(std::popcount(common[start + w]));
+        }
+        ASSERT_EQ(counts[i], expected) << length << " words from " << start << ", record " << i;
+        ASSERT_EQ(popcount(&common[start], length), expected) << length << " words";
       }
     }
   }
