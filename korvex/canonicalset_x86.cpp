@@ -1,25 +1,16 @@
 #ifdef __x86_64__
 
-#include <immintrin.h>
-
 #include <algorithm>
 #include <bit>
 
 #include "korvex/canonicalset_local.h"
+#include "korvex/processor_x86_local.h"
 
 namespace ZQKorvex {
 
 // AVX-512: 16 atoms a register.
 
 namespace {
-
-#define ZQ_TARGET_AVX512 __attribute__((target("avx512f,popcnt")))
-#define ZQ_TARGET_AVX2 __attribute__((target("avx2")))
-
-// GCC 12 takes the undefined operand of its own intrinsics for an uninitialised variable.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
 [[gnu::always_inline]] ZQ_TARGET_AVX512 inline void Order(__m512i& a, __m512i& b) {
   const __m512i lesser = _mm512_min_epu32(a, b);
@@ -96,8 +87,6 @@ ZQ_TARGET_AVX512 unsigned int ZQNameSmallSetAvx512(const ZQSmallSet& set, std::s
   }
   return sum;
 }
-
-#pragma GCC diagnostic pop
 
 // AVX2: 8 atoms a register.
 

@@ -1,23 +1,14 @@
 #ifdef __x86_64__
 
-#include <immintrin.h>
-
 #include <algorithm>
 #include <array>
 
 #include "korvex/fpfast_loops_local.h"
+#include "korvex/processor_x86_local.h"
 
 namespace ZQKorvex {
 
 namespace {
-
-// The instructions that a function is compiled for.
-#define ZQ_TARGET_VPOPCNTDQ \
-  __attribute__((target("avx512f,avx512dq,avx512vl,avx512vpopcntdq,prefer-vector-width=512")))
-#define ZQ_TARGET_AVX512 \
-  __attribute__((target("avx512f,avx512dq,avx512vl,prefer-vector-width=512")))
-#define ZQ_TARGET_AVX2 __attribute__((target("avx2")))
-#define ZQ_TARGET_POPCNT __attribute__((target("popcnt")))
 
 // The population count instruction.
 
@@ -76,11 +67,6 @@ ZQ_TARGET_AVX2 void ScanAvx2(const std::uint64_t* query, const std::uint64_t* wo
 }
 
 // AVX-512 with VPOPCNTDQ, which counts eight words at once.
-
-// The compiler's own header trips these warnings wherever its intrinsics are inlined.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
 /// The first `left` of eight lanes.
 [[gnu::always_inline]] inline __mmask8 LanesLeft(std::size_t left) {
@@ -284,8 +270,6 @@ constexpr auto ScoresOf(std::index_sequence<measures...>) {
   return std::array<ZQScanVariant::ScoreLoop, sizeof...(measures)>{ScoresAvx512<measures>...};
 }
 constexpr auto scoresAvx512 = ScoresOf(std::make_index_sequence<zqMeasures.size()>());
-
-#pragma GCC diagnostic pop
 
 }  // namespace
 
