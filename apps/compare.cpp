@@ -31,14 +31,14 @@ int Run(const ZQInterface& interface) {
     }
   }
   const auto& [a, b] = fps;
-  std::printf("Tanimoto\t%.6f\n", ZQTanimoto(a, b));
-  if (ZQFindFPKind(type)->IsUnhashed()) return Done;  // the other five count bits
-  std::printf("Cosine\t%.6f\n", ZQCosine(a, b));
-  std::printf("Dice\t%.6f\n", ZQDice(a, b));
-  std::printf("Euclid\t%.6f\n", ZQEuclid(a, b));
-  std::printf("Tversky\t%.6f\n",
-              ZQTversky(a, b, interface.Get<float>("-alpha"), interface.Get<float>("-beta")));
-  std::printf("Manhattan\t%.6f\n", ZQManhattan(a, b));
+  const auto alpha = interface.Get<float>("-alpha");
+  const auto beta = interface.Get<float>("-beta");
+  for (unsigned int measure = 1; ZQSimMeasure::IsValid(measure); ++measure) {
+    // Tanimoto alone compares texts; the others count bits.
+    if (measure != ZQSimMeasure::Tanimoto && ZQFindFPKind(type)->IsUnhashed()) break;
+    std::printf("%s\t%.6f\n", ZQGetSimilarityMeasureName(measure).c_str(),
+                ZQGetSimilarity(measure, a, b, alpha, beta));
+  }
   return Done;
 }
 

@@ -32,6 +32,7 @@ int RunInfo(const ZQInterface& interface) {
   PrintFact("fingerprints", std::to_string(header.NumFingerPrints()));
   PrintFact("popcount method",
             std::to_string(method) + (method == 2 ? " (POPCNT)" : " (portable)"));
+  PrintFact("processor", ZQKorvexGetProcessor());
   return Done;
 }
 

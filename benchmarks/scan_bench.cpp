@@ -1,11 +1,13 @@
 /// One query against a million records: `GetSortedScores` on one thread, `SortedSearch` on two,
-/// against the limit of as many threads over the same memory.
+/// against the limit of as many threads over the same memory; and the former by each set of
+/// instructions that this processor has.
 ///
 ///   scan_bench [records] [rounds]
 
 #include "benchmarks/bench.h"
 #include "korvex/fpfast_database_inmemory_impl_local.h"
 #include "korvex/fpfast_database_mmap_impl_local.h"
+#include "korvex/processor_local.h"
 
 using namespace bench;
 
@@ -41,6 +43,14 @@ void Run(const Database& file, unsigned int rounds, double target) {
     database.SortedSearch(result, query, twoThreads);
     Check(result.GetSortedScores()->GetScore() == all.front(), "best hit");
   });
+  const std::vector<std::string> processors = ZQGetProcessorNames();
+  for (const std::string& processor : processors) {
+    race.Add(processor, units, [&] {
+      ZQForceProcessor(processor.c_str());
+      database.GetSortedScores(query, ten);
+      ZQForceProcessor(nullptr);
+    });
+  }
   race.Run(rounds);
 
   std::printf("%u bits, %lu records, %s: limit %.1f M/s (%.1f GB/s), of 2 threads %.1f M/s\n",
@@ -50,6 +60,7 @@ void Run(const Database& file, unsigned int rounds, double target) {
   race.Report("limit 10", "limit", target);
   race.Report("limit 1000", "limit", target);
   race.Report("SortedSearch, 2 threads", "limit of 2 threads", target);
+  for (const std::string& processor : processors) race.Report(processor, "limit", 0);
 }
 
 }  // namespace

@@ -1,14 +1,27 @@
+// A set of n atoms is named in n / 2 rounds over the values of its atoms, which begin as their
+// invariants. In a round each atom adds to its value those of its neighbours: a term is a
+// neighbour's value of the round before plus the invariant of the bond, and the terms, in ascending
+// order, are multiplied by the weights 947, 983, 1019, 1049 and so on. In the end the values other
+// than 0, in ascending order, are multiplied by the weights from the third on, and their sum is the
+// identifier. All of it is unsigned arithmetic modulo 2^32.
+//
+// Two thirds of the time of circular fingerprints go into the rounds (radius 0-5, drug-like
+// molecules), and what bounds them is the sorting of terms: two to four of them at nearly every
+// atom. So no sort is called for these. Where a processor has wide
+// registers, small sets, which environments up to radius 3 nearly always are, lie in a few of them,
+// an atom a lane, and networks of minimum and maximum order the terms of all atoms at once
+// (canonicalset_x86.cpp). Otherwise atoms are placed by degree, and each degree up to 4 has a loop
+// with its own network.
+
 #include "korvex/canonicalset_local.h"
 
-#include <immintrin.h>
-
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <new>
 #include <utility>
 
 #include "korvex/primes_local.h"
+#include "korvex/processor_local.h"
 
 namespace ZQKorvex {
 
@@ -36,12 +49,6 @@ std::vector<unsigned int> MakeWeights(std::size_t count) {
   return weights;
 }
 
-// The weights of an atom's terms.
-constexpr const unsigned int* weightOfTerm = &PATH_PRIMES[1];
-
-// The last sum begins with this weight.
-constexpr std::size_t firstOfSum = 2;
-
 void Order(unsigned int& a, unsigned int& b) {
   const unsigned int lesser = std::min(a, b);
   b = std::max(a, b);
@@ -62,13 +69,19 @@ std::span<const unsigned int> ZQCanonicalWeights(std::size_t count) {
   return large;
 }
 
+ZQHashedCanonicalIdGenerator::ZQHashedCanonicalIdGenerator(
+    const std::vector<unsigned int>& atomInvariants,
+    const std::vector<unsigned int>& bondInvariants)
+    : nameSmallSet_(ZQGetProcessor().nameSmallSet),
+      atomInvariants_(atomInvariants),
+      bondInvariants_(bondInvariants) {}
+
 bool ZQHashedCanonicalIdGenerator::GetCanonicalID(unsigned int& id, const ZQSubgraph& subgraph) {
-  static const bool hasWideRegisters = __builtin_cpu_supports("avx512f") != 0;
   id = 0;
   const std::size_t count = subgraph.NumAtoms();
   if (!ZQ_ASSERT(count >= 2)) return false;
-  if (hasWideRegisters && FillSmallSet(subgraph)) {
-    id = NameSmallSet(count);
+  if (nameSmallSet_ && FillSmallSet(subgraph)) {
+    id = nameSmallSet_(small_, count);
     return true;
   }
   Group(subgraph);
@@ -80,7 +93,7 @@ bool ZQHashedCanonicalIdGenerator::GetCanonicalID(unsigned int& id, const ZQSubg
 // False if the set has too many atoms, or an atom too many neighbours.
 bool ZQHashedCanonicalIdGenerator::FillSmallSet(const ZQSubgraph& subgraph) {
   const std::span<const unsigned int> atoms = subgraph.Atoms();
-  if (atoms.size() > smallSize) return false;
+  if (atoms.size() > zqSmallSetSize) return false;
   std::fill(std::begin(small_.values), std::end(small_.values), 0);
   std::fill(std::begin(small_.degrees), std::end(small_.degrees), 0);
   for (std::size_t i = 0; i < atoms.size(); ++i) small_.values[i] = atomInvariants_[atoms[i]];
@@ -89,7 +102,7 @@ bool ZQHashedCanonicalIdGenerator::FillSmallSet(const ZQSubgraph& subgraph) {
     const std::uint32_t b = bond.earlierPlace;
     const std::uint32_t termOfA = small_.degrees[a]++;
     const std::uint32_t termOfB = small_.degrees[b]++;
-    if (termOfA >= smallDegree || termOfB >= smallDegree) return false;
+    if (termOfA >= zqSmallSetDegree || termOfB >= zqSmallSetDegree) return false;
     const std::uint32_t invariant = bondInvariants_[bond.idx];
     small_.neighbours[termOfA][a] = b;
     small_.neighbours[termOfB][b] = a;
@@ -98,90 +111,6 @@ bool ZQHashedCanonicalIdGenerator::FillSmallSet(const ZQSubgraph& subgraph) {
   }
   return true;
 }
-
-// GCC 12 takes the undefined operand of its own intrinsics for an uninitialised variable.
-#pragma GCC diagnostic push
-#ifndef __clang__
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-// All rounds and the last sum, 16 atoms at a time.
-__attribute__((target("avx512f,popcnt"))) unsigned int ZQHashedCanonicalIdGenerator::NameSmallSet(
-    std::size_t count) {
-  const __m512i nothing = _mm512_set1_epi32(-1);  // sorts behind every term
-  const std::size_t halves = count > 16 ? 2 : 1;
-  __m512i values[2] = {_mm512_load_si512(small_.values), _mm512_load_si512(small_.values + 16)};
-  __mmask16 has[2][smallDegree] = {};
-  std::size_t degree = 0;  // the largest
-  for (std::size_t h = 0; h < halves; ++h) {
-    const __m512i degrees = _mm512_load_si512(small_.degrees + 16 * h);
-    for (std::size_t k = 0; k < smallDegree; ++k) {
-      has[h][k] = _mm512_cmpgt_epu32_mask(degrees, _mm512_set1_epi32(static_cast<int>(k)));
-      if (has[h][k] != 0) degree = std::max(degree, k + 1);
-    }
-  }
-  const auto order = [](__m512i & a, __m512i & b) __attribute__((target("avx512f"))) {
-    const __m512i lesser = _mm512_min_epu32(a, b);
-    b = _mm512_max_epu32(a, b);
-    a = lesser;
-  };
-  for (std::size_t pass = count / 2; pass != 0; --pass) {
-    __m512i next[2] = {values[0], values[1]};
-    for (std::size_t h = 0; h < halves; ++h) {
-      __m512i terms[smallDegree];
-      for (std::size_t k = 0; k < smallDegree; ++k) {
-        if (k >= degree) {
-          terms[k] = nothing;
-          continue;
-        }
-        const __m512i columns = _mm512_load_si512(small_.neighbours[k] + 16 * h);
-        const __m512i bonds = _mm512_load_si512(small_.bonds[k] + 16 * h);
-        const __m512i neighbours = _mm512_permutex2var_epi32(values[0], columns, values[1]);
-        terms[k] = _mm512_mask_add_epi32(nothing, has[h][k], neighbours, bonds);
-      }
-      order(terms[0], terms[1]);
-      if (degree > 2) {
-        order(terms[2], terms[3]);
-        order(terms[0], terms[2]);
-        order(terms[1], terms[3]);
-        order(terms[1], terms[2]);
-      }
-      for (std::size_t k = 0; k < degree; ++k) {
-        const __m512i weight = _mm512_set1_epi32(static_cast<int>(weightOfTerm[k]));
-        next[h] = _mm512_mask_add_epi32(next[h], has[h][k], next[h],
-                                        _mm512_mullo_epi32(terms[k], weight));
-      }
-    }
-    values[0] = next[0];
-    values[1] = next[1];
-  }
-  // Empty columns are zeros among others, which the sum leaves out.
-  const std::span<const unsigned int> weights = ZQCanonicalWeights(smallSize + firstOfSum);
-  _mm512_store_si512(small_.values, values[0]);
-  _mm512_store_si512(small_.values + 16, values[1]);
-  const auto ranks = [&values](__m512i value, std::uint32_t before)
-      __attribute__((target("avx512f,popcnt"))) {
-    const std::uint32_t less =
-        static_cast<std::uint32_t>(_mm512_cmplt_epu32_mask(values[0], value)) |
-        static_cast<std::uint32_t>(_mm512_cmplt_epu32_mask(values[1], value)) << 16;
-    const std::uint32_t equal =
-        static_cast<std::uint32_t>(_mm512_cmpeq_epi32_mask(values[0], value)) |
-        static_cast<std::uint32_t>(_mm512_cmpeq_epi32_mask(values[1], value)) << 16;
-    return static_cast<unsigned int>(std::popcount(less | (equal & before)));
-  };
-  const unsigned int zeros = ranks(_mm512_set1_epi32(1), 0);
-  unsigned int sum = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint32_t value = small_.values[i];
-    if (value == 0) continue;
-    const std::uint32_t before = (std::uint32_t{1} << i) - 1;
-    const unsigned int rank = ranks(_mm512_set1_epi32(static_cast<int>(value)), before);
-    sum += value * weights[rank - zeros + firstOfSum];
-  }
-  return sum;
-}
-
-#pragma GCC diagnostic pop
 
 // Places the atoms by how many neighbours they have in the set, and lists their terms.
 void ZQHashedCanonicalIdGenerator::Group(const ZQSubgraph& subgraph) {
@@ -233,7 +162,7 @@ void ZQHashedCanonicalIdGenerator::Pass() {
     ++term;
     return value;
   };
-  const unsigned int* const weight = weightOfTerm;
+  const unsigned int* const weight = zqWeightsOfTerms;
   std::size_t i = 0;
   for (; i < groupEnds_[0]; ++i) next[i] = current[i];
   for (; i < groupEnds_[1]; ++i) next[i] = current[i] + take() * weight[0];
@@ -277,12 +206,13 @@ void ZQHashedCanonicalIdGenerator::Pass() {
 
 // The values other than 0 in ascending order, each times its weight.
 unsigned int ZQHashedCanonicalIdGenerator::Sum() {
-  const std::span<const unsigned int> weights = ZQCanonicalWeights(current_.size() + firstOfSum);
+  const std::span<const unsigned int> weights =
+      ZQCanonicalWeights(current_.size() + zqFirstWeightOfSum);
   std::ranges::sort(current_);
   const auto nonZero = std::ranges::upper_bound(current_, 0U);
   unsigned int sum = 0;
   for (auto value = nonZero; value != current_.end(); ++value) {
-    sum += *value * weights[static_cast<std::size_t>(value - nonZero) + firstOfSum];
+    sum += *value * weights[static_cast<std::size_t>(value - nonZero) + zqFirstWeightOfSum];
   }
   return sum;
 }

@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "korvex/primes_local.h"
 #include "korvex/subgraph_local.h"
 
 namespace ZQKorvex {
@@ -17,28 +18,39 @@ namespace ZQKorvex {
 /// call. More than 2^22 throw `std::bad_alloc`.
 std::span<const unsigned int> ZQCanonicalWeights(std::size_t count);
 
+/// Those of the terms of an atom, up to a degree of 50.
+inline constexpr const unsigned int* zqWeightsOfTerms = &PATH_PRIMES[1];
+/// The last sum begins with this weight.
+inline constexpr std::size_t zqFirstWeightOfSum = 2;
+
+// Small sets: two registers of 16 atoms or four of 8. More registers would no longer hold all of a
+// round, and of carbon's degree or less are nearly all atoms.
+inline constexpr std::size_t zqSmallSetSize = 32;
+inline constexpr std::size_t zqSmallSetDegree = 4;
+
+/// A small set: a column for each atom, empty beyond the last.
+struct alignas(64) ZQSmallSet {
+  std::uint32_t values[zqSmallSetSize];
+  std::uint32_t degrees[zqSmallSetSize];
+  std::uint32_t neighbours[zqSmallSetDegree][zqSmallSetSize];  // columns; any beyond the degree
+  std::uint32_t bonds[zqSmallSetDegree][zqSmallSetSize];       // invariants of the bonds there
+};
+
+// Names a small set of `count` atoms; for the table of processors, on x86.
+unsigned int ZQNameSmallSetAvx512(const ZQSmallSet& set, std::size_t count);
+unsigned int ZQNameSmallSetAvx2(const ZQSmallSet& set, std::size_t count);
+
 /// Names sets by the formula that circular.h tells. Made once for a molecule, whose invariants must
 /// outlive it, and used for its sets one after another; not shared between threads.
 class ZQHashedCanonicalIdGenerator {
  public:
   ZQHashedCanonicalIdGenerator(const std::vector<unsigned int>& atomInvariants,
-                               const std::vector<unsigned int>& bondInvariants)
-      : atomInvariants_(atomInvariants), bondInvariants_(bondInvariants) {}
+                               const std::vector<unsigned int>& bondInvariants);
 
   /// Fewer than two atoms are an assertion failure and false.
   bool GetCanonicalID(unsigned int& id, const ZQSubgraph& subgraph);
 
  private:
-  static constexpr std::size_t smallSize = 32;
-  static constexpr std::size_t smallDegree = 4;
-
-  /// A set whose values fit two vector registers: a column for each atom, empty beyond the last.
-  struct alignas(64) SmallSet {
-    std::uint32_t values[smallSize];
-    std::uint32_t degrees[smallSize];
-    std::uint32_t neighbours[smallDegree][smallSize];  // columns; any beyond the degree
-    std::uint32_t bonds[smallDegree][smallSize];       // invariants of the bonds there
-  };
   // A bond as seen from one of its ends.
   struct Term {
     unsigned int place;
@@ -48,12 +60,12 @@ class ZQHashedCanonicalIdGenerator {
   static constexpr std::size_t unrolledDegrees = 5;
 
   bool FillSmallSet(const ZQSubgraph& subgraph);
-  unsigned int NameSmallSet(std::size_t count);
   void Group(const ZQSubgraph& subgraph);
   void Pass();
   unsigned int Sum();
 
-  SmallSet small_{};
+  unsigned int (*const nameSmallSet_)(const ZQSmallSet& set, std::size_t count);
+  ZQSmallSet small_{};
   const std::vector<unsigned int>& atomInvariants_;
   const std::vector<unsigned int>& bondInvariants_;
   // By place; atoms are placed anew, in ascending order of their neighbours in the set.

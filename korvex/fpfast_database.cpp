@@ -3,6 +3,7 @@
 #include "korvex/fpfast_database_inmemory_impl_local.h"
 #include "korvex/fpfast_database_mmap_impl_local.h"
 #include "korvex/fpfast_local.h"
+#include "korvex/measures_local.h"
 #include "korvex/memory_local.h"
 #include "korvex/version.h"
 
@@ -280,8 +281,9 @@ ZQFPVariogram ZQFastFPDatabase::GetVariogram(const std::vector<float>& values,
   const char* caller = "ZQFastFPDatabase::GetVariogram()";
   const auto none = [bins] { return ZQFPVariogram(bins, 0.0, 1.0); };
   if (!IsValidDatabase(caller) || !IsValidOptions(options, caller)) return none();
-  if (options.GetSimFunc() == ZQSimMeasure::Tversky) {
-    ZQThrow.Warning("%s : Tversky similarity is not supported!", caller);
+  if (!ZQIsSymmetric(options.GetSimFunc())) {
+    ZQThrow.Warning("%s : %s similarity is not supported!", caller,
+                    ZQGetSimilarityMeasureName(options.GetSimFunc()).c_str());
     return none();
   }
   if (values.size() != impl_->NumFingerPrints()) {

@@ -247,7 +247,7 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
                        const ZQScanRecords& records) {
   if (!records.AreThere()) return;
   out.resize(ZQSaturatedProduct(records.count, records.count));
-  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   ZQScorer scorer(options, records, records.popcount);
   // A few rows at a time, so that the mirror image is written in whole cache lines.
   constexpr std::size_t tileRows = 16;
@@ -276,7 +276,7 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
 void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
                        const ZQScanRecords& records) {
   if (!records.AreThere()) return;
-  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   ZQScorer scorer(options, records, records.popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
@@ -293,7 +293,7 @@ void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& opti
 
 void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
                        const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
-  if (!ZQ_ASSERT(options.GetSimFunc() != ZQSimMeasure::Tversky)) return;
+  if (!ZQ_ASSERT(ZQIsSymmetric(options.GetSimFunc()))) return;
   if (!ZQ_ASSERT(values.size() == records.count) || !records.AreThere()) return;
   ZQScorer scorer(options, records, records.popcount);
   Scores scores;
@@ -431,7 +431,7 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
   band = std::min(band, records.count);
   if (k == 0 || !ZQ_ASSERT(band > 0)) return;
   // Scores serve both ways where every block of columns lies inside one band or outside of it.
-  const bool symmetric = options.GetSimFunc() != ZQSimMeasure::Tversky;
+  const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   const bool mirrored = symmetric && (band % zqBlockRecords == 0 || band == records.count);
   ZQScorer scorer(options, records, records.popcount);
   const ZQScanVariant& variant = scorer.Variant();

@@ -21,10 +21,10 @@ ZQScorer::ZQScorer(const ZQFPDatabaseOptions& options, const ZQRecords& records,
       terms_(options, records.numWords),
       popcount_(popcount),
       measure_(options.GetSimFunc()),
-      variant_(ZQGetScanVariant()),
+      variant_(*ZQGetProcessor().scans),
       recordsAhead_(bytesAhead / (8 * records.Stride()) + 1),
       fused_((popcount == ZQPopCountPOPCNT || popcount == ZQPopCountBitCount) &&
-             records.numWords > 0 && records.numWords % 4 == 0) {
+             records.numWords > 0 && records.numWords % zqWordsPerUnit == 0) {
   if (!fused_) scratch_.resize(records.numWords);
 }
 

@@ -9,10 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
-#include <vector>
-
-#include "korvex/fpfast_measuresim_local.h"
+#include "korvex/measures_local.h"
 
 namespace ZQKorvex {
 
@@ -25,10 +22,6 @@ inline constexpr std::size_t zqBlockRecords = 64;
 inline constexpr std::size_t zqBinLanes = 8;
 
 struct ZQScanVariant {
-  const char* name;
-  /// Whether this processor has the instructions.
-  bool (*runs)();
-
   /// counts[i]: bits common to the query and record i, for `n` records that start at `words`,
   /// the fingerprint words of the first, and lie `stride` words apart. Asks memory for as many
   /// records from `ahead` on, where the next ones to be scanned lie; it need not be a valid
@@ -60,13 +53,11 @@ struct ZQScanVariant {
   std::uint64_t (*reachingOwn)(const double* scores, std::size_t n, const double* bars);
 };
 
-/// The best variant that this processor runs, or the one that a test forces.
-const ZQScanVariant& ZQGetScanVariant();
-
-// For tests: the names of the variants that run here, best first; forcing one by its name, or
-// none by null; the name of the one that the latest search took.
-std::vector<std::string> ZQGetScanVariantNames();
-bool ZQForceScanVariant(const char* name);
-const char* ZQGetLatestScanVariant();
+extern const ZQScanVariant zqScanPortable;
+// On x86.
+extern const ZQScanVariant zqScanAvx512Vpopcntdq;
+extern const ZQScanVariant zqScanAvx512;
+extern const ZQScanVariant zqScanAvx2;
+extern const ZQScanVariant zqScanPopcnt;
 
 }  // namespace ZQKorvex

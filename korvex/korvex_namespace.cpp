@@ -4,7 +4,7 @@
 #include "korvex/fpfast_database.h"
 #include "korvex/fpkinds.h"
 #include "korvex/korvex_namespace_local.h"
-#include "korvex/measuresim.h"
+#include "korvex/measures_local.h"
 
 namespace ZQKorvex {
 
@@ -45,14 +45,18 @@ ZQFPBondTypeInterface::ZQFPBondTypeInterface()
                             {"Chiral", ZQFPBondType::Chiral, ""},
                             {"InRing", ZQFPBondType::InRing, ""}}) {}
 
+namespace {
+
+std::vector<ZQNamespacePrim> NamesOfMeasures() {
+  std::vector<ZQNamespacePrim> names;
+  for (const ZQMeasure& measure : zqMeasures) names.push_back({measure.name, measure.number, ""});
+  return names;
+}
+
+}  // namespace
+
 ZQSimMeasureInterface::ZQSimMeasureInterface()
-    : ZQNamespaceInterface("ZQSimMeasure", ZQNamespaceMode::Single,
-                           {{"Tanimoto", ZQSimMeasure::Tanimoto, ""},
-                            {"Cosine", ZQSimMeasure::Cosine, ""},
-                            {"Dice", ZQSimMeasure::Dice, ""},
-                            {"Euclid", ZQSimMeasure::Euclid, ""},
-                            {"Tversky", ZQSimMeasure::Tversky, ""},
-                            {"Manhattan", ZQSimMeasure::Manhattan, ""}}) {}
+    : ZQNamespaceInterface("ZQSimMeasure", ZQNamespaceMode::Single, NamesOfMeasures()) {}
 
 ZQMemoryTypeInterface::ZQMemoryTypeInterface()
     : ZQNamespaceInterface("ZQSimMeasure", ZQNamespaceMode::Single,

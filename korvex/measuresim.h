@@ -22,14 +22,17 @@
 namespace ZQKorvex {
 
 namespace ZQSimMeasure {
-inline constexpr unsigned int Tanimoto = 1;   ///< both / (onlyA + onlyB + both)
-inline constexpr unsigned int Cosine = 2;     ///< both / sqrt((onlyA + both) * (onlyB + both))
-inline constexpr unsigned int Dice = 3;       ///< 2 both / (onlyA + onlyB + 2 both)
-inline constexpr unsigned int Euclid = 4;     ///< sqrt((both + neither) / all)
-inline constexpr unsigned int Tversky = 5;    ///< both / (alpha onlyA + beta onlyB + both)
-inline constexpr unsigned int Manhattan = 6;  ///< (onlyA + onlyB) / all, a distance
+enum : unsigned int {
+  Tanimoto = 1,   ///< both / (onlyA + onlyB + both)
+  Cosine = 2,     ///< both / sqrt((onlyA + both) * (onlyB + both))
+  Dice = 3,       ///< 2 both / (onlyA + onlyB + 2 both)
+  Euclid = 4,     ///< sqrt((both + neither) / all)
+  Tversky = 5,    ///< both / (alpha onlyA + beta onlyB + both)
+  Manhattan = 6,  ///< (onlyA + onlyB) / all, a distance
+  End             ///< one above the last
+};
 /// Whether the number names a measure.
-inline constexpr bool IsValid(unsigned int measure) { return measure - 1 < 6; }
+inline constexpr bool IsValid(unsigned int measure) { return measure - 1 < End - 1; }
 }  // namespace ZQSimMeasure
 
 /// "Tanimoto" for 1 and so on; "unknown" for a number that names no measure.
@@ -40,6 +43,10 @@ ZQ_EXPORT std::string ZQGetSimilarityMeasureName(unsigned int measure);
 /// `ZQGetLingoSimTerms` is.
 ZQ_EXPORT bool ZQGetBitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int* onlyA,
                               unsigned int* onlyB, unsigned int* both, unsigned int* neither);
+
+/// The score by a measure, which must be valid; only Tversky reads alpha and beta.
+ZQ_EXPORT float ZQGetSimilarity(unsigned int measure, const ZQFingerPrint& a,
+                                const ZQFingerPrint& b, float alpha, float beta);
 
 ZQ_EXPORT float ZQTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b);
 /// By one Newton step on the processor's reciprocal square root: the last bits may differ from
@@ -61,58 +68,52 @@ class ZQ_EXPORT ZQSimFuncBase {
   virtual std::string GetSimTypeString() const = 0;
 };
 
-class ZQ_EXPORT ZQTanimotoSim : public ZQSimFuncBase {
+/// A measure as a class: `Base` is the class that it derives from, `A` the type of side A.
+template <class Base, class A, unsigned int measure>
+class ZQ_EXPORT ZQMeasureSim : public Base {
  public:
-  float operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const override;
-  ZQTanimotoSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
+  using Base::operator();
+  float operator()(const A& a, const ZQFingerPrint& b) const override {
+    return ZQGetSimilarity(measure, a, b, 0.0F, 0.0F);
+  }
+  ZQMeasureSim* CreateCopy() const override { return new ZQMeasureSim(*this); }
+  std::string GetSimTypeString() const override {
+    return "ZQ" + ZQGetSimilarityMeasureName(measure);
+  }
 };
 
-class ZQ_EXPORT ZQCosineSim : public ZQSimFuncBase {
+/// The same for a measure with weights.
+template <class Base, class A, unsigned int measure>
+class ZQ_EXPORT ZQWeightedMeasureSim : public Base {
  public:
-  float operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const override;
-  ZQCosineSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQDiceSim : public ZQSimFuncBase {
- public:
-  float operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const override;
-  ZQDiceSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQEuclidSim : public ZQSimFuncBase {
- public:
-  float operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const override;
-  ZQEuclidSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQManhattanSim : public ZQSimFuncBase {
- public:
-  float operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const override;
-  ZQManhattanSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQTverskySim : public ZQSimFuncBase {
- public:
-  ZQTverskySim(float alpha, float beta) : alpha_(alpha), beta_(beta) {}
-  float operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const override;
-  ZQTverskySim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
+  /// `alpha` weighs what only side A has.
+  ZQWeightedMeasureSim(float alpha, float beta) : alpha_(alpha), beta_(beta) {}
+  using Base::operator();
+  float operator()(const A& a, const ZQFingerPrint& b) const override {
+    return ZQGetSimilarity(measure, a, b, alpha_, beta_);
+  }
+  ZQWeightedMeasureSim* CreateCopy() const override { return new ZQWeightedMeasureSim(*this); }
+  std::string GetSimTypeString() const override {
+    return "ZQ" + ZQGetSimilarityMeasureName(measure);
+  }
 
  private:
   float alpha_;
   float beta_;
 };
 
+using ZQTanimotoSim = ZQMeasureSim<ZQSimFuncBase, ZQFingerPrint, ZQSimMeasure::Tanimoto>;
+using ZQCosineSim = ZQMeasureSim<ZQSimFuncBase, ZQFingerPrint, ZQSimMeasure::Cosine>;
+using ZQDiceSim = ZQMeasureSim<ZQSimFuncBase, ZQFingerPrint, ZQSimMeasure::Dice>;
+using ZQEuclidSim = ZQMeasureSim<ZQSimFuncBase, ZQFingerPrint, ZQSimMeasure::Euclid>;
+using ZQManhattanSim = ZQMeasureSim<ZQSimFuncBase, ZQFingerPrint, ZQSimMeasure::Manhattan>;
+using ZQTverskySim = ZQWeightedMeasureSim<ZQSimFuncBase, ZQFingerPrint, ZQSimMeasure::Tversky>;
+
 /// Counts the set bits of an array of words; the word count must be a multiple of 4.
 using ZQPopCountFunc = unsigned long (*)(const unsigned long* words, unsigned long count);
 
 /// What the processor offers: 2 with SSE4.2 and POPCNT, 1 without; 0 names a machine that has no
-/// scan function at all. Asked of the processor at every call.
+/// scan function at all.
 ZQ_EXPORT unsigned int ZQGetPopCountMethod();
 /// The scan function of a method; null after an assertion failure for any number but 1 and 2.
 ZQ_EXPORT ZQPopCountFunc ZQGetPopCountFunc(unsigned int method);

@@ -18,58 +18,15 @@ class ZQ_EXPORT ZQLingoSimFunc : public ZQSimFuncBase {
   virtual float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const = 0;
 };
 
-class ZQ_EXPORT ZQTanimotoLingoSim : public ZQLingoSimFunc {
- public:
-  using ZQLingoSimFunc::operator();
-  float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const override;
-  ZQTanimotoLingoSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
+/// The score of a query by a measure, which must be valid; only Tversky reads alpha and beta.
+ZQ_EXPORT float ZQGetSimilarity(unsigned int measure, const ZQLingoSim& query,
+                                const ZQFingerPrint& fp, float alpha, float beta);
 
-class ZQ_EXPORT ZQCosineLingoSim : public ZQLingoSimFunc {
- public:
-  using ZQLingoSimFunc::operator();
-  float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const override;
-  ZQCosineLingoSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQDiceLingoSim : public ZQLingoSimFunc {
- public:
-  using ZQLingoSimFunc::operator();
-  float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const override;
-  ZQDiceLingoSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQEuclidLingoSim : public ZQLingoSimFunc {
- public:
-  using ZQLingoSimFunc::operator();
-  float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const override;
-  ZQEuclidLingoSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQManhattanLingoSim : public ZQLingoSimFunc {
- public:
-  using ZQLingoSimFunc::operator();
-  float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const override;
-  ZQManhattanLingoSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-};
-
-class ZQ_EXPORT ZQTverskyLingoSim : public ZQLingoSimFunc {
- public:
-  /// `alpha` weighs what only the query has.
-  ZQTverskyLingoSim(float alpha, float beta) : alpha_(alpha), beta_(beta) {}
-  using ZQLingoSimFunc::operator();
-  float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const override;
-  ZQTverskyLingoSim* CreateCopy() const override;
-  std::string GetSimTypeString() const override;
-
- private:
-  float alpha_;
-  float beta_;
-};
+using ZQTanimotoLingoSim = ZQMeasureSim<ZQLingoSimFunc, ZQLingoSim, ZQSimMeasure::Tanimoto>;
+using ZQCosineLingoSim = ZQMeasureSim<ZQLingoSimFunc, ZQLingoSim, ZQSimMeasure::Cosine>;
+using ZQDiceLingoSim = ZQMeasureSim<ZQLingoSimFunc, ZQLingoSim, ZQSimMeasure::Dice>;
+using ZQEuclidLingoSim = ZQMeasureSim<ZQLingoSimFunc, ZQLingoSim, ZQSimMeasure::Euclid>;
+using ZQManhattanLingoSim = ZQMeasureSim<ZQLingoSimFunc, ZQLingoSim, ZQSimMeasure::Manhattan>;
+using ZQTverskyLingoSim = ZQWeightedMeasureSim<ZQLingoSimFunc, ZQLingoSim, ZQSimMeasure::Tversky>;
 
 }  // namespace ZQKorvex

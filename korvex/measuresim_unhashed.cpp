@@ -1,6 +1,6 @@
 #include "korvex/measuresim_unhashed.h"
 
-#include "korvex/measure_formulae_local.h"
+#include "korvex/multiset_local.h"
 
 namespace ZQKorvex {
 
@@ -15,6 +15,8 @@ float ZQTanimotoUnhashedSim::operator()(const std::vector<const std::string*>& a
 ZQTanimotoUnhashedSim* ZQTanimotoUnhashedSim::CreateCopy() const {
   return new ZQTanimotoUnhashedSim(*this);
 }
-std::string ZQTanimotoUnhashedSim::GetSimTypeString() const { return "ZQTanimoto"; }
+std::string ZQTanimotoUnhashedSim::GetSimTypeString() const {
+  return "ZQ" + ZQGetSimilarityMeasureName(ZQSimMeasure::Tanimoto);
+}
 
 }  // namespace ZQKorvex

@@ -1,6 +1,7 @@
 #include "korvex/version.h"
 
 #include "contract/nubrel/gpu.h"
+#include "korvex/processor_local.h"
 
 namespace ZQKorvex {
 
@@ -26,6 +27,8 @@ std::string ZQKorvexGetRelease() { return ZQKorvexGetDebugRelease(); }
 std::string ZQKorvexGetConfigureArgs() { return "-std=c++20 -ffp-contract=off, g++ " __VERSION__; }
 
 ZQLibraryVersion ZQKorvexVersion() { return {"zqtoolkit", "ZQKorvex", ZQKorvexGetRelease()}; }
+
+std::string ZQKorvexGetProcessor() { return ZQGetProcessor().name; }
 
 bool ZQKorvexIsGPUReady() { return Nubrel::ZQCUDAIsGPUReady(); }
 

@@ -27,6 +27,11 @@ ZQ_EXPORT ZQLibraryVersion ZQKorvexVersion();
 
 ZQ_EXPORT bool ZQKorvexIsGPUReady();
 
+/// The instructions that scans, population counts and the naming of atom sets use here, the best
+/// that the library has code for: "AVX-512-VPOPCNTDQ", "AVX-512", "AVX2", "POPCNT" or "portable".
+/// Results don't depend on them.
+ZQ_EXPORT std::string ZQKorvexGetProcessor();
+
 /// reStructuredText references to the documentation page of a class, and to a method on it.
 ZQ_EXPORT std::string ZQGetKorvexClassHyperlink(const std::string& name);
 ZQ_EXPORT std::string ZQGetKorvexMethodHyperlink(const std::string& className,

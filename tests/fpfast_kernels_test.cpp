@@ -12,6 +12,7 @@
 #include "fp_helpers.h"
 #include "korvex/fpfast_variants_local.h"
 #include "mol_helpers.h"
+#include "processor_helpers.h"
 
 using namespace ZQKorvex;
 
@@ -83,20 +84,6 @@ Hits HitsOf(const std::vector<ZQSimScore>& items) {
   return hits;
 }
 
-/// Forces each variant that runs here, in turn.
-class EveryVariant : public ::testing::TestWithParam<std::string> {
- protected:
-  EveryVariant() { EXPECT_TRUE(ZQForceScanVariant(GetParam().c_str())); }
-  ~EveryVariant() override { ZQForceScanVariant(nullptr); }
-};
-std::string NameOf(const ::testing::TestParamInfo<std::string>& variant) {
-  std::string name = variant.param;
-  std::erase(name, '-');
-  return name;
-}
-INSTANTIATE_TEST_SUITE_P(Variants, EveryVariant, ::testing::ValuesIn(ZQGetScanVariantNames()),
-                         NameOf);
-
 // Threads and calls that a popcount function of the test's own sees.
 std::mutex callsLock;
 std::size_t calls = 0;
@@ -120,7 +107,7 @@ TEST_P(EveryVariant, ScoresAreTheJudgesBitForBit) {
         options.SetTverskyCoeffs(0.7F, 0.2F);
         const std::size_t query = count / 2;
         const auto scores = records.Raw(options, query);
-        EXPECT_EQ(ZQGetLatestScanVariant(), GetParam());
+        EXPECT_EQ(ZQGetLatestProcessor(), GetParam());
         ASSERT_EQ(scores.size(), count);
         for (std::size_t i = 0; i < count; ++i) {
           ASSERT_EQ(scores[i], records.Score(options, query, i))
@@ -131,14 +118,44 @@ TEST_P(EveryVariant, ScoresAreTheJudgesBitForBit) {
   }
 }
 
-TEST(ScanVariants, BestFirstAndAnyProcessorHasOne) {
-  const std::vector<std::string> names = ZQGetScanVariantNames();
+TEST_P(EveryVariant, CountsAreTheJudgesAtEveryLengthAndStart) {
+  constexpr std::size_t numRecords = 19;
+  constexpr std::size_t stride = 5;  // they overlap
+  std::mt19937_64 random(11);
+  std::vector<std::uint64_t> words(400);
+  for (std::uint64_t& word : words) word = random();
+  std::fill_n(words.begin() + 40, 320, ~std::uint64_t{0});  // sums of bytes are as great as can be
+  const ZQPopCountFunc popcount = ZQGetPopCountFunc(ZQGetPopCountMethod());
+  const ZQScanVariant& scans = *ZQGetProcessor().scans;
+  EXPECT_EQ(popcount(words.data(), 0), 0U);
+  for (std::size_t length = 4; length <= 260; length += 4) {
+    for (std::size_t start = 0; start < 4; ++start) {
+      const std::uint64_t* query = &words[44 - start];
+      const std::uint64_t* records = &words[start];
+      std::array<std::uint32_t, numRecords> counts;
+      scans.scan(query, records, 0, stride, numRecords, length, counts.data());
+      for (std::size_t i = 0; i < numRecords; ++i) {
+        std::vector<std::uint64_t> common(start + length);
+        std::uint32_t expected = 0;
+        for (std::size_t w = 0; w < length; ++w) {
+          common[start + w] = query[w] & records[i * stride + w];
+          expected += static_cast<std::uint32_t>(std::popcount(common[start + w]));
+        }
+        ASSERT_EQ(counts[i], expected) << length << " words from " << start << ", record " << i;
+        ASSERT_EQ(popcount(&common[start], length), expected) << length << " words";
+      }
+    }
+  }
+}
+
+TEST(Processors, BestFirstAndAnyProcessorHasOne) {
+  const std::vector<std::string> names = ZQGetProcessorNames();
   ASSERT_FALSE(names.empty());
-  EXPECT_EQ(names.back(), "SSE2");
-  EXPECT_FALSE(ZQForceScanVariant("none such"));
+  EXPECT_EQ(names.back(), "portable");
+  EXPECT_FALSE(ZQForceProcessor("none such"));
   const Data records(10, 256);
   records.Raw({}, 0, ZQPopCountBitCount);
-  EXPECT_EQ(ZQGetLatestScanVariant(), names.front());
+  EXPECT_EQ(ZQGetLatestProcessor(), names.front());
 }
 
 TEST(Scores, OfEmptyAndFullFingerPrints) {

@@ -7,12 +7,14 @@
 #include <limits>
 #include <map>
 #include <new>
+#include <random>
 #include <set>
 
 #include "korvex/addresshash_local.h"
 #include "korvex/circular_local.h"
 #include "korvex/tree_local.h"
 #include "tests/generator_helpers.h"
+#include "tests/processor_helpers.h"
 
 // Memory ends for any single request above the limit.
 namespace {
@@ -193,6 +195,36 @@ TEST(Fragments, CircularIdentifiersFollowTheDefinition) {
     for (const auto& [min, max] : windows) {
       EXPECT_EQ(Sorted(circular, from, min, max), Definition(from).Circular(min, max))
           << smiles << " " << min << " to " << max;
+    }
+  }
+}
+
+// One generator names sets of every size around the ends of registers, of values that are equal, 0
+// to the end or as great as they can be.
+TEST_P(EveryVariant, SetsAreNamedByTheDefinition) {
+  Prepared<unsigned int> from(ReadSmiles(LargeSmiles() + "C12C3C4C1C5C2C3C45"), 63, 1);
+  const ZQConnectionTable connections(from.mol, ZQConnectionTable::Hydrogens::LeftOut);
+  const std::vector<Ids> pools = {{0}, {0, 0, 0, 0, 0, 0, 7}, {1}, {1, ~0U}, {2, 3, 1U << 31, 99}};
+  std::mt19937 random(5);
+  ZQHashedCanonicalIdGenerator generator(from.atoms, from.bonds);
+  EXPECT_EQ(ZQGetLatestProcessor(), GetParam());
+  for (const Ids& pool : pools) {
+    for (unsigned int& atom : from.atoms) atom = pool[random() % pool.size()];
+    for (unsigned int& bond : from.bonds) bond = pool.size() < 3 ? 0 : random() % 3;
+    for (std::size_t size = 2; size <= 40; ++size) {
+      ZQSubgraph subgraph(connections);
+      for (int repeat = 0; repeat < 4; ++repeat, subgraph.Clear()) {
+        subgraph.Add(random() % from.mol.GetMaxAtomIdx());
+        while (subgraph.NumAtoms() < size) {
+          const auto& neighbours = connections[subgraph.Atoms()[random() % subgraph.NumAtoms()]];
+          const unsigned int next = neighbours.begin()[random() % neighbours.size()].atom;
+          if (!subgraph.Has(next)) subgraph.Add(next);
+        }
+        unsigned int id = 0;
+        ASSERT_TRUE(generator.GetCanonicalID(id, subgraph));
+        const std::span<const unsigned int> atoms = subgraph.Atoms();
+        ASSERT_EQ(id, Definition(from).Hash({atoms.begin(), atoms.end()})) << size << " atoms";
+      }
     }
   }
 }

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cmath>
 
 #include "tests/generator_helpers.h"
@@ -79,10 +78,15 @@ TEST(MeasureSim, ObjectsForwardToTheFunctions) {
   for (const auto& c : cases) {
     const std::unique_ptr<ZQSimFuncBase> copy(c.object.CreateCopy());
     EXPECT_EQ((*copy)(a, b), c.score);
+    EXPECT_EQ(ZQGetSimilarity(c.number, a, b, 0.25F, 0.75F), c.score);
     EXPECT_EQ(copy->GetSimTypeString(), "ZQ" + ZQGetSimilarityMeasureName(c.number));
   }
-  EXPECT_EQ(ZQGetSimilarityMeasureName(0), "unknown");
-  EXPECT_EQ(ZQGetSimilarityMeasureName(7), "unknown");
+  CapturedReports reports;
+  for (const unsigned int none : {0U, 7U}) {
+    EXPECT_EQ(ZQGetSimilarityMeasureName(none), "unknown");
+    EXPECT_EQ(ZQGetSimilarity(none, a, b, 1, 1), 0.0F);
+  }
+  EXPECT_EQ(reports.Take(), Texts(2, "Assertion"));
 }
 
 TEST(MeasureSim, TypesThatDifferScoreZeroWithOneError) {
@@ -143,24 +147,6 @@ TEST(MeasureSim, CountsBeyondTheExactFloatsAreReported) {
   a.SetSize(1U << 24);
   EXPECT_EQ(ZQManhattan(a, b), 1.0F);
   EXPECT_EQ(reports.Take(), Texts{});
-}
-
-TEST(PopCount, ScanFunctionsAgreeAtEveryLengthAndAlignment) {
-  std::mt19937_64 random(11);
-  std::vector<unsigned long> words(132);
-  for (unsigned long& word : words) word = random();
-  std::fill_n(words.begin() + 40, 12, ~0UL);
-  for (unsigned long count = 0; count <= 128; count += 4) {
-    for (unsigned long start = 0; start < 4; ++start) {
-      unsigned long expected = 0;
-      for (unsigned long i = 0; i < count; ++i) {
-        expected += static_cast<unsigned long>(std::popcount(words[start + i]));
-      }
-      ASSERT_EQ(ZQPopCountBitCount(words.data() + start, count), expected);
-      if (ZQGetPopCountMethod() != 2) continue;
-      ASSERT_EQ(ZQPopCountPOPCNT(words.data() + start, count), expected);
-    }
-  }
 }
 
 TEST(PopCount, RefusesWhatIsNoScan) {

@@ -290,7 +290,8 @@ TEST_F(ProgramTest, CompareInfoHistogramNeighbors) {
   for (const std::string& part :
        {std::string("molecule file\tmols.smi\n"), std::string("words\t64\n"),
         "fingerprints\t" + std::to_string(SampleSmiles().size()) + "\n",
-        "type\t" + ZQGetFPType(ZQFPType::Path)->GetFPTypeString() + "\n"}) {
+        "type\t" + ZQGetFPType(ZQFPType::Path)->GetFPTypeString() + "\n",
+        "processor\t" + ZQKorvexGetProcessor() + "\n"}) {
     EXPECT_NE(info.out.find(part), std::string::npos) << info.out;
   }
 

@@ -26,4 +26,10 @@ if grep -rnE '#include "korvex/.*_(local|private)\.h"' apps; then
   echo "apps may include public headers only"
   status=1
 fi
+if grep -rnE '#include <(x86|[a-z]+mm)intrin\.h>|#include <(cpuid|arm_neon)\.h>' \
+  contract platform korvex apps tests benchmarks --include='*.h' --include='*.cpp' |
+  grep -vE '^[^:]*_(x86|arm)[^/:]*\.(h|cpp):'; then
+  echo "headers of one processor stand in files named after it"
+  status=1
+fi
 exit $status
