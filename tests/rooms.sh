@@ -18,4 +18,8 @@ if grep -rnE '#include "korvex/.*_(local|private)\.h"' apps; then
   echo "apps may include public headers only"
   status=1
 fi
+if grep -rn ZQ_EXPORT contract korvex platform --include='*_local.h' --include='*_private.h'; then
+  echo "private headers export nothing"
+  status=1
+fi
 exit $status

@@ -94,7 +94,7 @@ class ZQ_EXPORT ZQSubSearchTarget {
   ZQSubSearchTarget(const ZQSubSearchTarget&) = delete;
   ZQSubSearchTarget& operator=(const ZQSubSearchTarget&) = delete;
 
-  class Impl;
+  class ZQ_LOCAL Impl;
   Impl& GetImpl() const { return *impl_; }
 
  private:
@@ -135,7 +135,7 @@ class ZQ_EXPORT ZQSubSearch {
   std::size_t CountMatches(const ZQSubSearchTarget& target, bool unique, std::size_t limit) const;
 
  private:
-  class Impl;
+  class ZQ_LOCAL Impl;
   std::unique_ptr<Impl> impl_;
 };
 
