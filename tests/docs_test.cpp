@@ -243,9 +243,9 @@ TEST_F(DocsTest, PathsInBackquotesExist) {
       files.insert(entry.path().filename());
     }
   }
-  const auto exists = [&files](const fs::path& folder, const std::string& pattern) {
+  const auto exists = [&files](const fs::path& in, const std::string& pattern) {
     glob_t found{};
-    const bool any = glob((folder / pattern).c_str(), 0, nullptr, &found) == 0;
+    const bool any = glob((in / pattern).c_str(), 0, nullptr, &found) == 0;
     globfree(&found);
     // A file without its folder.
     return any || std::any_of(files.begin(), files.end(), [&](const std::string& file) {

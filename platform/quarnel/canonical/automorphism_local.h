@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
-#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/molecule/molgraph_view_local.h"
 
 namespace Quarnel {
 

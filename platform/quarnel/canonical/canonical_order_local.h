@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "platform/quarnel/canonical/automorphism_local.h"
-#include "platform/quarnel/perception/configuration_local.h"
-#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/perception/configuration_local.h"
 
 namespace Quarnel {
 

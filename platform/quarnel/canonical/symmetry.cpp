@@ -4,11 +4,11 @@
 
 #include "contract/quarnel/perception.h"
 #include "platform/quarnel/canonical/automorphism_local.h"
+#include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/perception/chirality_local.h"
 #include "platform/quarnel/perception/configuration_local.h"
 #include "platform/quarnel/perception/hybridization_local.h"
-#include "platform/quarnel/molecule/molgraph_view_local.h"
-#include "platform/quarnel/canonical/partition_local.h"
 
 namespace Quarnel {
 namespace {

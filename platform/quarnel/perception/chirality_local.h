@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/molecule/molgraph_view_local.h"
 
 namespace Quarnel {
 

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "platform/quarnel/molecule/molgraph_view_local.h"
 #include "platform/quarnel/canonical/partition_local.h"
+#include "platform/quarnel/molecule/molgraph_view_local.h"
 
 namespace Quarnel {
 

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "contract/quarnel/perception.h"
-#include "platform/quarnel/perception/hybridization_local.h"
 #include "platform/quarnel/molecule/molgraph_view_local.h"
+#include "platform/quarnel/perception/hybridization_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
 
 namespace Quarnel {
