@@ -1,11 +1,11 @@
-# Read by run.sh and test.sh: what a fresh Debian 12 needs, and the release build.
+# Read by run.sh, test.sh and .ci/run: what a fresh Debian 12 needs, and the builds.
 
 packages=(g++ cmake make zlib1g-dev rapidjson-dev libgtest-dev)
 
-# Installs the packages that are missing, as root or with sudo, and says so.
+# Installs those of the packages named that are missing, as root or with sudo, and says so.
 install_packages() {
   local missing=()
-  for package in "${packages[@]}"; do
+  for package in "$@"; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' ||
       missing+=("$package")
   done
@@ -24,10 +24,17 @@ install_packages() {
     --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Builds targets of the release preset, all of them where none is named.
+# Builds targets of a preset, all of them where none is named.
+build() {
+  local preset=$1
+  shift
+  echo "+ building into build/$preset" >&2
+  cmake --preset "$preset" >/dev/null
+  cmake --build --preset "$preset" -j "$(nproc)" ${1:+--target "$@"} >/dev/null
+}
+
+# The same of the release preset, with what it needs.
 build_release() {
-  install_packages
-  echo "+ building into build/release" >&2
-  cmake --preset release >/dev/null
-  cmake --build --preset release -j "$(nproc)" ${1:+--target "$@"} >/dev/null
+  install_packages "${packages[@]}"
+  build release "$@"
 }

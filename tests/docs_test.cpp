@@ -1,12 +1,16 @@
 // What the documents say is so: their examples are files that compile and run, their commands
 // run, the messages they list are in the sources, and one header has the whole interface.
 
+#include <fnmatch.h>
+#include <glob.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <regex>
 #include <set>
+#include <sstream>
 
 #include "contract/bostrel/strings.h"
 #include "contract/quarnel/moldatabase.h"
@@ -214,6 +218,63 @@ TEST_F(DocsTest, GuideNamesTheExtensionsOfMoleculeFiles) {
        Bostrel::ZQStringTokenize(Quarnel::ZQGetMolFileExtensions(), ' ')) {
     EXPECT_NE(guide.find(" " + name + " "), std::string::npos) << name;
   }
+}
+
+// Each way to read a path with alternatives in braces.
+Words Expanded(const std::string& path) {
+  const std::size_t end = path.find('}');
+  const std::size_t begin = path.rfind('{', end);
+  if (end == std::string::npos || begin == std::string::npos) return {path};
+  Words all;
+  std::istringstream alternatives(path.substr(begin + 1, end - begin - 1));
+  for (std::string alternative; std::getline(alternatives, alternative, ',');) {
+    for (std::string& word : Expanded(path.substr(0, begin) + alternative + path.substr(end + 1))) {
+      all.push_back(std::move(word));
+    }
+  }
+  return all;
+}
+
+bool LooksLikeAPath(const std::string& word) {
+  if (word.find_first_of(" <>()$") != std::string::npos || word.starts_with("build/")) return false;
+  const std::string extension = fs::path(word).extension();
+  return word.find('/') != std::string::npos || extension == ".h" || extension == ".cpp" ||
+         extension == ".md" || extension == ".sh";
+}
+
+TEST_F(DocsTest, PathsInBackquotesExist) {
+  const std::regex quoted("`([^`\n]+)`");
+  std::set<std::string> files;
+  for (const std::string room :
+       {"apps", "benchmarks", "contract", "docs", "korvex", "platform", "tests"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(root / room)) {
+      files.insert(entry.path().filename());
+    }
+  }
+  const auto exists = [&files](const fs::path& in, const std::string& pattern) {
+    glob_t found{};
+    const bool any = glob((in / pattern).c_str(), 0, nullptr, &found) == 0;
+    globfree(&found);
+    // A file without its folder.
+    return any || std::any_of(files.begin(), files.end(), [&](const std::string& file) {
+             return fnmatch(pattern.c_str(), file.c_str(), 0) == 0;
+           });
+  };
+  std::size_t paths = 0;
+  for (const char* name : {"CONTRIBUTING.md", "benchmarks/README.md", "docs/architecture.md"}) {
+    const fs::path document = root / name;
+    if (!fs::exists(document)) continue;
+    const std::string text = ReadFile(document);
+    for (std::sregex_iterator word(text.begin(), text.end(), quoted), end; word != end; ++word) {
+      if (!LooksLikeAPath((*word)[1])) continue;
+      for (const std::string& path : Expanded((*word)[1])) {
+        ++paths;
+        EXPECT_TRUE(exists(root, path) || exists(document.parent_path(), path))
+            << name << ": " << path;
+      }
+    }
+  }
+  EXPECT_GT(paths, 0U);
 }
 
 TEST_F(DocsTest, OneHeaderHasTheWholeInterface) {

@@ -150,6 +150,7 @@ TEST(HeaderReader, WhatItRefuses) {
     EXPECT_EQ(texts.back(), before + text);
   }
   CapturedReports reports;
+  const Texts report{before + "invalid fingerprint type in " + after};
   for (const char* illegal :
        {"Path,ver=2.0.0,size=0008,bonds=0-5", "Tree,ver=2.0.0,size=256,bonds=0-20",
         "Path,ver=2.0.0,size=65536,bonds=0-5", "UHPath,ver=2.0.0,bonds=0-256",
@@ -157,7 +158,7 @@ TEST(HeaderReader, WhatItRefuses) {
     const std::string illegalType = std::string(illegal) + ",atype=AtmNum,btype=Order\n";
     file.Write(Header("LE\nm\n" + illegalType + "2\n", 4, 2));
     EXPECT_FALSE(ZQFastFPDatabaseParams(file.Name()).IsValid());
-    EXPECT_EQ(reports.Take(), Texts{before + "invalid fingerprint type in " + after}) << illegal;
+    EXPECT_EQ(reports.Take(), report) << illegal;
   }
   for (const std::string& name : {std::string("/no/such/file"), ::testing::TempDir()}) {
     EXPECT_FALSE(ZQFastFPDatabaseParams(name).IsValid());

@@ -32,4 +32,8 @@ if grep -rnE '#include <(x86|[a-z]+mm)intrin\.h>|#include <(cpuid|arm_neon)\.h>'
   echo "headers of one processor stand in files named after it"
   status=1
 fi
+if grep -rn ZQ_EXPORT contract korvex platform --include='*_local.h' --include='*_private.h'; then
+  echo "private headers export nothing"
+  status=1
+fi
 exit $status

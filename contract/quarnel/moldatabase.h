@@ -43,7 +43,7 @@ class ZQ_EXPORT ZQMolDatabase {
   std::string GetSmiles(unsigned int idx) const;
 
  private:
-  class Impl;
+  class ZQ_LOCAL Impl;
   std::unique_ptr<Impl> impl_;
 };
 

@@ -134,7 +134,7 @@ class ZQ_EXPORT ZQSubSearch {
   std::size_t CountMatches(const ZQSubSearchTarget& target, bool unique, std::size_t limit) const;
 
  private:
-  class Impl;
+  class ZQ_LOCAL Impl;
   std::unique_ptr<Impl> impl_;
 };
 

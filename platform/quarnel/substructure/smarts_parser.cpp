@@ -26,8 +26,8 @@
 //   these, and one mask is left.
 //
 // Atom expressions are shared by their text among all patterns of the process, so that a target
-// looks up once what many patterns need. The order of the search is planned as soon as a pattern has
-// been read, for those within "$()" from their first atom.
+// looks up once what many patterns need. The order of the search is planned as soon as a pattern
+// has been read, for those within "$()" from their first atom.
 
 namespace Quarnel {
 
