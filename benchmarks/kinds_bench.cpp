@@ -85,13 +85,14 @@ void PrintRates(const std::vector<Case>& cases, const ZQMolDatabase& file, unsig
   }
   // The identifiers of environments, by each row of processors.
   for (const std::string& processor : ZQGetProcessorNames()) {
-    race.Add(processor, file.GetMaxMolIdx(), [&, processor, type = ZQGetFPType(ZQFPType::Circular)] {
-      ZQForceProcessor(processor.c_str());
-      for (unsigned int i = 0; i < file.GetMaxMolIdx(); ++i) {
-        if (file.GetMolecule(mol, i)) ZQMakeFP(fp, mol, type);
-      }
-      ZQForceProcessor(nullptr);
-    });
+    race.Add(processor, file.GetMaxMolIdx(),
+             [&, processor, type = ZQGetFPType(ZQFPType::Circular)] {
+               ZQForceProcessor(processor.c_str());
+               for (unsigned int i = 0; i < file.GetMaxMolIdx(); ++i) {
+                 if (file.GetMolecule(mol, i)) ZQMakeFP(fp, mol, type);
+               }
+               ZQForceProcessor(nullptr);
+             });
   }
   race.Run(rounds);
   for (const Case& each : cases) {

@@ -20,8 +20,8 @@ Bostrel::ZQIter<T> IterateSide(const std::vector<ZQMatchPair<T>>& pairs) {
   return {new Bostrel::ZQPointerIter<T>(std::move(items))};
 }
 
-/// Sets of atoms seen so far, of one size, each as a row of ascending numbers. A std::set of vectors
-/// takes four times as long for 4.5 million matches, and twice the memory.
+/// Sets of atoms seen so far, of one size, each as a row of ascending numbers. A std::set of
+/// vectors takes four times as long for 4.5 million matches, and twice the memory.
 class SeenSets {
  public:
   void Clear() {
