@@ -1,7 +1,7 @@
 #pragma once
 
-/// Hashes of where an atom or bond lies, which give sets of them a key that needs no sorting. They
-/// differ from run to run and are never stored.
+/// Hashes of the addresses of atoms and bonds, which key sets of them without sorting. They differ
+/// between runs and are never stored.
 
 #include <cstdint>
 

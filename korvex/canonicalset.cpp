@@ -1,17 +1,16 @@
-// A set of n atoms is named in n / 2 rounds over the values of its atoms, which begin as their
-// invariants. In a round each atom adds to its value those of its neighbours: a term is a
-// neighbour's value of the round before plus the invariant of the bond, and the terms, in ascending
-// order, are multiplied by the weights 947, 983, 1019, 1049 and so on. In the end the values other
-// than 0, in ascending order, are multiplied by the weights from the third on, and their sum is the
-// identifier. All of it is unsigned arithmetic modulo 2^32.
+// The identifier of a set of n atoms is computed in n / 2 rounds over the values of its atoms,
+// which are initially their invariants. In a round each atom adds a term for each neighbour to its
+// value: the neighbour's value of the previous round plus the invariant of the bond. The terms, in
+// ascending order, are multiplied by the weights 947, 983, 1019, 1049 and so on. After the last
+// round the values other than 0, in ascending order, are multiplied by the weights from the third
+// on; their sum is the identifier. All arithmetic is unsigned modulo 2^32.
 //
-// Two thirds of the time of circular fingerprints go into the rounds (radius 0-5, drug-like
-// molecules), and what bounds them is the sorting of terms: two to four of them at nearly every
-// atom. So no sort is called for these. Where a processor has wide
-// registers, small sets, which environments up to radius 3 nearly always are, lie in a few of them,
-// an atom a lane, and networks of minimum and maximum order the terms of all atoms at once
-// (canonicalset_x86.cpp). Otherwise atoms are placed by degree, and each degree up to 4 has a loop
-// with its own network.
+// The rounds take two thirds of the time of circular fingerprints (radius 0-5, drug-like
+// molecules). Their bottleneck is the sorting of terms: two to four at nearly every atom. These are
+// sorted without a call of a sort function. If the processor has wide registers, a small set
+// (nearly all environments up to radius 3) fits into a few of them, one atom per lane, and networks
+// of minimum and maximum sort the terms of all atoms at once (canonicalset_x86.cpp). Otherwise
+// atoms are grouped by degree, and each degree up to 4 has a loop with its own network.
 
 #include "korvex/canonicalset_local.h"
 
@@ -27,7 +26,7 @@ namespace ZQKorvex {
 
 namespace {
 
-// Behind the printed table every fifth prime goes on.
+// After `PATH_PRIMES`, every fifth prime is a weight.
 constexpr std::size_t primesPerWeight = 5;
 
 std::vector<unsigned int> MakeWeights(std::size_t count) {
@@ -58,8 +57,8 @@ void Order(unsigned int& a, unsigned int& b) {
 }  // namespace
 
 std::span<const unsigned int> ZQCanonicalWeights(std::size_t count) {
-  // Molecules of everyday sizes share one small table. An atom of more neighbours than the largest
-  // has weights is beyond what memory is spent on.
+  // Molecules of common sizes share one small table. The size of the largest table is limited to
+  // save memory.
   static const std::vector<unsigned int> small = MakeWeights(256);
   if (count <= small.size()) return small;
   static const std::vector<unsigned int> medium = MakeWeights(1 << 14);
@@ -112,7 +111,7 @@ bool ZQHashedCanonicalIdGenerator::FillSmallSet(const ZQSubgraph& subgraph) {
   return true;
 }
 
-// Places the atoms by how many neighbours they have in the set, and lists their terms.
+// Groups the atoms by their number of neighbours in the set, and lists their terms.
 void ZQHashedCanonicalIdGenerator::Group(const ZQSubgraph& subgraph) {
   const std::span<const unsigned int> atoms = subgraph.Atoms();
   const std::size_t count = atoms.size();
@@ -139,7 +138,7 @@ void ZQHashedCanonicalIdGenerator::Group(const ZQSubgraph& subgraph) {
     firstTerms_[place] = degrees_[i];
   }
   std::copy_n(ends, unrolledDegrees, groupEnds_);
-  // Counts become ends; filling moves each end down to its beginning.
+  // Counts become end offsets, which filling decrements to begin offsets.
   for (std::size_t place = 0, sum = 0; place < count; ++place) {
     firstTerms_[place] = sum += firstTerms_[place];
   }
@@ -152,7 +151,7 @@ void ZQHashedCanonicalIdGenerator::Group(const ZQSubgraph& subgraph) {
   }
 }
 
-// One round: each atom takes up the values of its neighbours, in ascending order.
+// One round: each atom adds its neighbours' terms in ascending order.
 void ZQHashedCanonicalIdGenerator::Pass() {
   const unsigned int* const current = current_.data();
   unsigned int* const next = next_.data();
@@ -204,7 +203,7 @@ void ZQHashedCanonicalIdGenerator::Pass() {
   current_.swap(next_);
 }
 
-// The values other than 0 in ascending order, each times its weight.
+// The sum of the values other than 0 in ascending order, each times its weight.
 unsigned int ZQHashedCanonicalIdGenerator::Sum() {
   const std::span<const unsigned int> weights =
       ZQCanonicalWeights(current_.size() + zqFirstWeightOfSum);

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Hashed identifiers of connected sets of atoms, independent of how the atoms are numbered: a set
-/// counts with all bonds of the molecule between its atoms.
+/// Hashed identifiers of connected sets of atoms, independent of atom order. A set includes all
+/// bonds of the molecule between its atoms.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,18 +13,18 @@
 
 namespace ZQKorvex {
 
-/// The first `count` weights of the hashed identifiers, at least: the 50 of `PATH_PRIMES`, and from
-/// there on every fifth prime, 2833, 2861, ... The tables live to process exit; any thread may
-/// call. More than 2^22 throw `std::bad_alloc`.
+/// At least the first `count` weights of the hashed identifiers: the 50 of `PATH_PRIMES`, then
+/// every fifth prime, 2833, 2861, ... The tables exist until process exit. Thread safe. Throws
+/// `std::bad_alloc` for more than 2^22.
 std::span<const unsigned int> ZQCanonicalWeights(std::size_t count);
 
-/// Those of the terms of an atom, up to a degree of 50.
+/// The weights of an atom's terms, up to degree 50.
 inline constexpr const unsigned int* zqWeightsOfTerms = &PATH_PRIMES[1];
-/// The last sum begins with this weight.
+/// Index of the first weight of the final sum.
 inline constexpr std::size_t zqFirstWeightOfSum = 2;
 
-// Small sets: two registers of 16 atoms or four of 8. More registers would no longer hold all of a
-// round, and of carbon's degree or less are nearly all atoms.
+// Limits of small sets: two registers of 16 atoms or four of 8, so that a whole round stays in
+// registers; nearly all atoms have at most carbon's degree.
 inline constexpr std::size_t zqSmallSetSize = 32;
 inline constexpr std::size_t zqSmallSetDegree = 4;
 
@@ -32,22 +32,22 @@ inline constexpr std::size_t zqSmallSetDegree = 4;
 struct alignas(64) ZQSmallSet {
   std::uint32_t values[zqSmallSetSize];
   std::uint32_t degrees[zqSmallSetSize];
-  std::uint32_t neighbours[zqSmallSetDegree][zqSmallSetSize];  // columns; any beyond the degree
-  std::uint32_t bonds[zqSmallSetDegree][zqSmallSetSize];       // invariants of the bonds there
+  std::uint32_t neighbours[zqSmallSetDegree][zqSmallSetSize];  // columns, arbitrary beyond degree
+  std::uint32_t bonds[zqSmallSetDegree][zqSmallSetSize];       // invariants of these bonds
 };
 
-// Names a small set of `count` atoms; for the table of processors, on x86.
+// The identifier of a small set of `count` atoms; for the table of processors, on x86.
 unsigned int ZQNameSmallSetAvx512(const ZQSmallSet& set, std::size_t count);
 unsigned int ZQNameSmallSetAvx2(const ZQSmallSet& set, std::size_t count);
 
-/// Names sets by the formula that circular.h tells. Made once for a molecule, whose invariants must
-/// outlive it, and used for its sets one after another; not shared between threads.
+/// Computes identifiers by the formula in circular.h. One object serves all sets of a molecule, one
+/// after another; the invariants must outlive it. Not thread safe.
 class ZQHashedCanonicalIdGenerator {
  public:
   ZQHashedCanonicalIdGenerator(const std::vector<unsigned int>& atomInvariants,
                                const std::vector<unsigned int>& bondInvariants);
 
-  /// Fewer than two atoms are an assertion failure and false.
+  /// Fewer than two atoms are an assertion failure and return false.
   bool GetCanonicalID(unsigned int& id, const ZQSubgraph& subgraph);
 
  private:
@@ -56,7 +56,7 @@ class ZQHashedCanonicalIdGenerator {
     unsigned int place;
     unsigned int bondInvariant;
   };
-  // Atoms of this many neighbours have a loop of their own, which needs no sorting.
+  // Each degree below this one has its own loop, with a sorting network.
   static constexpr std::size_t unrolledDegrees = 5;
 
   bool FillSmallSet(const ZQSubgraph& subgraph);
@@ -68,12 +68,12 @@ class ZQHashedCanonicalIdGenerator {
   ZQSmallSet small_{};
   const std::vector<unsigned int>& atomInvariants_;
   const std::vector<unsigned int>& bondInvariants_;
-  // By place; atoms are placed anew, in ascending order of their neighbours in the set.
+  // By place; atoms are reordered by ascending number of neighbours in the set.
   std::vector<unsigned int> current_;
   std::vector<unsigned int> next_;
   std::vector<Term> terms_;
   std::vector<std::size_t> firstTerms_;
-  std::size_t groupEnds_[unrolledDegrees] = {};  // by degree: the place behind its last atom
+  std::size_t groupEnds_[unrolledDegrees] = {};  // by degree: the place after its last atom
   std::vector<unsigned int> degrees_;            // by the subgraph's place
   std::vector<unsigned int> newPlaces_;          // by the subgraph's place
   std::vector<unsigned int> scratch_;

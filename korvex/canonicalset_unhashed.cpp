@@ -34,7 +34,8 @@ int InitialInvariant(const CanonState& state, const ZQAtomBase& a, const ZQAtomB
   return state.atomRecords[i].degree - state.atomRecords[k].degree;
 }
 
-// An atom is compared several times a round, and its neighbours' ranks change only between rounds.
+// Cached per round: an atom is compared several times in a round, and ranks change only between
+// rounds.
 const std::int32_t* SortedRanks(const CanonState& state, unsigned int atom) {
   auto& subset = *static_cast<ZQCanonSubset*>(state.userData);
   const unsigned int first = subset.first[atom];
@@ -49,7 +50,7 @@ const std::int32_t* SortedRanks(const CanonState& state, unsigned int atom) {
   return ranks;
 }
 
-// Atoms of one partition have equal degrees by now.
+// Atoms of one partition have equal degrees here.
 int MiddleInvariant(const CanonState& state, const ZQAtomBase& a, const ZQAtomBase& b) {
   const auto& subset = *static_cast<const ZQCanonSubset*>(state.userData);
   const unsigned int i = a.GetIdx();
@@ -141,7 +142,8 @@ bool ZQUnHashedCanonicalIdGenerator::ListNeighbours(unsigned int atom) {
   return true;
 }
 
-// Depth first. An atom with several branches left waits for each but the last to end.
+// Depth first. An atom with several unwritten branches is on the stack `branched_` during each but
+// the last.
 void ZQUnHashedCanonicalIdGenerator::WriteOut(std::string& id) {
   branched_.clear();
   unsigned int atom = state_.atoms.front()->GetIdx();

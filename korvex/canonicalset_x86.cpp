@@ -8,7 +8,7 @@
 
 namespace ZQKorvex {
 
-// AVX-512: 16 atoms a register.
+// AVX-512: 16 atoms per register.
 
 namespace {
 
@@ -21,7 +21,7 @@ namespace {
 }  // namespace
 
 ZQ_TARGET_AVX512 unsigned int ZQNameSmallSetAvx512(const ZQSmallSet& set, std::size_t count) {
-  const __m512i nothing = _mm512_set1_epi32(-1);  // sorts behind every term
+  const __m512i nothing = _mm512_set1_epi32(-1);  // sorts after every term
   const std::size_t halves = count > 16 ? 2 : 1;
   __m512i values[2] = {_mm512_load_si512(set.values), _mm512_load_si512(set.values + 16)};
   __mmask16 has[2][zqSmallSetDegree] = {};
@@ -63,8 +63,8 @@ ZQ_TARGET_AVX512 unsigned int ZQNameSmallSetAvx512(const ZQSmallSet& set, std::s
     values[0] = next[0];
     values[1] = next[1];
   }
-  // A value's rank is the number of values other than 0 before it. Empty columns are zeros among
-  // others, which the sum leaves out.
+  // A value's rank is the number of values other than 0 before it. Empty columns are zeros, which
+  // the sum excludes.
   alignas(64) std::uint32_t stored[zqSmallSetSize];
   _mm512_store_si512(stored, values[0]);
   _mm512_store_si512(stored + 16, values[1]);
@@ -88,7 +88,7 @@ ZQ_TARGET_AVX512 unsigned int ZQNameSmallSetAvx512(const ZQSmallSet& set, std::s
   return sum;
 }
 
-// AVX2: 8 atoms a register.
+// AVX2: 8 atoms per register.
 
 namespace {
 
@@ -110,8 +110,8 @@ namespace {
       _mm256_blendv_ps(_mm256_castsi256_ps(a), _mm256_castsi256_ps(b), _mm256_castsi256_ps(sign)));
 }
 
-/// The values in the columns, of as many registers as the set has: a gather would wait for what was
-/// just stored, and takes several times as long on some processors.
+/// The values in the columns, from the set's registers. A gather would wait for the preceding
+/// stores and takes several times as long on some processors.
 template <std::size_t registers>
 [[gnu::always_inline]] ZQ_TARGET_AVX2 inline __m256i Permute(const __m256i* values,
                                                              __m256i columns) {
@@ -128,8 +128,8 @@ template <std::size_t registers>
 template <std::size_t registers>
 ZQ_TARGET_AVX2 unsigned int NameSmallSet(const ZQSmallSet& set, std::size_t count) {
   __m256i values[registers];
-  __m256i lacks[registers][zqSmallSetDegree];    // all bits where there is no such neighbour
-  __m256i weights[registers][zqSmallSetDegree];  // 0 there
+  __m256i lacks[registers][zqSmallSetDegree];    // all bits set if there is no such neighbour
+  __m256i weights[registers][zqSmallSetDegree];  // 0 if there is none
   std::size_t degrees[registers] = {};           // the largest
   for (std::size_t r = 0; r < registers; ++r) {
     values[r] = Load(set.values + 8 * r);
@@ -147,7 +147,7 @@ ZQ_TARGET_AVX2 unsigned int NameSmallSet(const ZQSmallSet& set, std::size_t coun
       const auto term = [&](std::size_t k) __attribute__((always_inline, target("avx2"))) {
         const __m256i neighbours = Permute<registers>(values, Load(set.neighbours[k] + 8 * r));
         const __m256i sum = _mm256_add_epi32(neighbours, Load(set.bonds[k] + 8 * r));
-        return _mm256_or_si256(sum, lacks[r][k]);  // what isn't there sorts behind every term
+        return _mm256_or_si256(sum, lacks[r][k]);  // missing terms sort after all others
       };
       __m256i terms[zqSmallSetDegree] = {term(0), term(1)};
       Order(terms[0], terms[1]);

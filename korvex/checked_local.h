@@ -1,8 +1,8 @@
 #pragma once
 
-/// Conversions between numbers that report a value which the target can't hold: integers to
-/// floating point beyond the range in which every integer is exact (2^24 for float, 2^53 for
-/// double), and narrowing ones. The check inlines to one compare.
+/// Number conversions that report values outside the target's range: integers to floating point
+/// beyond the range in which every integer is exact (2^24 for float, 2^53 for double), and
+/// narrowing ones. The check inlines to one compare.
 
 #include <cmath>
 #include <concepts>
@@ -57,7 +57,7 @@ inline unsigned int ZQCheckedUnsigned(std::uint64_t value) {
   return static_cast<unsigned int>(value);
 }
 
-/// The product of two sizes, or the greatest number, which no container takes, where it wraps.
+/// The product of two sizes; on overflow the greatest number, which exceeds any container's size.
 inline std::uint64_t ZQSaturatedProduct(std::uint64_t a, std::uint64_t b) {
   std::uint64_t product = 0;
   return __builtin_mul_overflow(a, b, &product) ? std::numeric_limits<std::uint64_t>::max()

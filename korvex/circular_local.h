@@ -1,13 +1,13 @@
 #pragma once
 
-/// The growth of balls behind all circular identifiers, as a template over the identifier's type.
+/// Grows the environments of all circular identifiers, as a template over the identifier's type.
 
 #include "korvex/circular.h"
 #include "korvex/fragments_local.h"
 
 namespace ZQKorvex {
 
-/// Enumerates balls; lives for one call. T is unsigned 32-bit or string.
+/// Enumerates environments; created for one call. T is unsigned 32-bit or string.
 template <class T>
 class CircularGenerator : FragmentGenerator<T> {
  public:
@@ -19,7 +19,7 @@ class CircularGenerator : FragmentGenerator<T> {
         maxradius_(maxradius),
         componentOf_(mol.GetMaxAtomIdx()) {}
 
-  /// Calls `sink` with the identifier of each ball, all radii of a centre behind one another.
+  /// Calls `sink` with the identifier of each environment, all radii of one centre in sequence.
   template <class Sink>
   void ForEachCircular(Sink sink) {
     if (!ZQ_ASSERT(minradius_ <= maxradius_)) return;
@@ -38,12 +38,13 @@ class CircularGenerator : FragmentGenerator<T> {
     T id;
   };
 
-  // A ball that no longer grows is told once more, at the first radius that found nothing new.
+  // An environment that no longer grows is reported once more, at the first radius without new
+  // atoms.
   template <class Sink>
   void GrowFrom(unsigned int centre, Sink& sink) {
     fragment_.Add(centre);
     id_ = atomInvariants_[centre];
-    bool isNamed = true;  // whether id_ is the present ball's
+    bool isNamed = true;  // whether id_ is that of the current environment
     std::size_t layer = 0;
     for (unsigned int radius = 1; radius <= maxradius_; ++radius) {
       const std::size_t layerEnd = fragment_.NumAtoms();
@@ -66,9 +67,9 @@ class CircularGenerator : FragmentGenerator<T> {
     fragment_.Clear();
   }
 
-  // A ball of all the atoms of a component is the same set from every centre: its identifier is
-  // kept once the first ball stopped growing. Texts may differ with the order of atoms, so that
-  // each ball has its own.
+  // An environment that covers a connected component is the same set from every centre: its
+  // identifier is kept when the first one stops growing. Texts may depend on the order of atoms, so
+  // they are computed for each centre.
   void KeepComponent(unsigned int centre) {
     if (FragmentGenerator<T>::isText || componentOf_[centre] != 0) return;
     components_.push_back({fragment_.NumAtoms(), id_});
@@ -88,7 +89,7 @@ class CircularGenerator : FragmentGenerator<T> {
   unsigned int minradius_;
   unsigned int maxradius_;
   T id_{};
-  std::vector<unsigned int> componentOf_;  // by atom index: 1 and up, 0 while it isn't known
+  std::vector<unsigned int> componentOf_;  // by atom index: from 1, 0 while unknown
   std::vector<Component> components_;
 };
 

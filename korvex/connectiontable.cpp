@@ -19,7 +19,7 @@ ZQConnectionTable::ZQConnectionTable(const ZQMolBase& mol, Hydrogens hydrogens)
     ++first_[bonds.back().bgn];
     ++first_[bonds.back().end];
   }
-  // Counts become ends; filling backwards moves each end down to its beginning.
+  // Counts become end offsets, which filling backwards decrements to begin offsets.
   unsigned int sum = 0;
   for (unsigned int& entry : first_) entry = sum += entry;
   entries_.resize(sum);

@@ -7,8 +7,8 @@
 
 namespace ZQKorvex {
 
-/// The bonds of each atom as one flat table of far atoms and bond indices, in the order in which
-/// the atom gives its bonds.
+/// The bonds of each atom as one flat table of neighbour and bond indices, in the order of the
+/// atom's bonds.
 class ZQConnectionTable {
  public:
   struct Entry {

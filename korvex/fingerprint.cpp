@@ -1,8 +1,8 @@
-// A type is decoded once, where a fingerprint is to be made under it: kind, version and parameters
-// are in its number and its packed id, so that a generator takes them from there and the
-// fingerprint gets that very object, with neither a lock nor a look-up. Parameters that come as
-// numbers are repaired once and interned behind the generator. All kinds go these two ways, and
-// differ in their row of the table (fpkinds.h) and in the function that sets the bits.
+// There are two ways to make a fingerprint. With a type, its number and packed id determine kind,
+// version and parameters; they are decoded once, and the fingerprint's type is that same object,
+// without a lock or a look-up. With numbers, these are repaired once, and the type is interned
+// after the generator has run. The kinds differ only in their table row (fpkinds.h) and in the
+// function that sets the bits.
 
 #include "korvex/fingerprint.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-/// The fingerprint value and its types. A fingerprint is a bit vector that knows its type; a type
-/// is an immutable, interned description: kind, version, packed parameters. Two fingerprints are
-/// comparable exactly when they hold the same type pointer. Type objects live to process exit,
+/// The fingerprint value and its types. A fingerprint is a bit vector with a type; a type is an
+/// immutable, interned description: kind, version, packed parameters. Two fingerprints are
+/// comparable exactly when they have the same type pointer. Type objects exist until process exit,
 /// are shared by bare pointer and may be read from any thread.
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace ZQKorvex {
 
-/// Kinds of fingerprint. Numbers are stored in files and never renumbered.
+/// Kinds of fingerprint. The numbers are stored in files and never change.
 namespace ZQFPType {
 inline constexpr unsigned int MACCS166 = 101;
 inline constexpr unsigned int Path = 102;
@@ -46,7 +46,7 @@ class ZQ_EXPORT ZQFPTypeBase {
   unsigned short GetVersion() const { return version_; }
   /// Packed parameters; 0 for MACCS-166 and Lingo.
   std::uint64_t GetID() const { return id_; }
-  /// The row of its kind (fpkinds.h), if this is the one object of its kind, version and
+  /// The kind's table row (fpkinds.h) if this is the interned object of its kind, version and
   /// parameters; else null.
   const ZQFPKind* GetInternedKind() const { return kind_; }
 
@@ -62,8 +62,8 @@ class ZQ_EXPORT ZQFPTypeBase {
   const ZQFPKind* kind_ = nullptr;
 };
 
-/// A fingerprint: its bits and its type. Without a type it is uninitialised: false as a boolean,
-/// and refused by every comparison.
+/// A fingerprint: its bits and its type. Without a type it is uninitialised: it converts to false,
+/// and every comparison rejects it.
 class ZQ_EXPORT ZQFingerPrint : public ZQBitVector {
  public:
   ZQFingerPrint() = default;
@@ -72,8 +72,8 @@ class ZQ_EXPORT ZQFingerPrint : public ZQBitVector {
   const ZQFPTypeBase* GetFPTypeBase() const { return type_; }
   void SetFPTypeBase(const ZQFPTypeBase* type) { type_ = type; }
 
-  /// Same type object, same size, same bits. False, after the warning "ZQFingerPrint::operator==
-  /// : uninitialized fingerprint type!", if either has no type.
+  /// Compares type object, size and bits. Returns false, after the warning
+  /// "ZQFingerPrint::operator== : uninitialized fingerprint type!", if either has no type.
   bool operator==(const ZQFingerPrint& other) const;
   bool operator!=(const ZQFingerPrint& other) const { return !(*this == other); }
 
@@ -83,32 +83,32 @@ class ZQ_EXPORT ZQFingerPrint : public ZQBitVector {
 
 /// Whether the fingerprint, which must have a type, is of this kind.
 ZQ_EXPORT bool ZQIsFPType(const ZQFingerPrint& fp, unsigned int fptype);
-/// Whether both have the same type object. One without a type warns and answers false.
+/// Whether both have the same type object. Warns and returns false if either has no type.
 ZQ_EXPORT bool ZQIsSameFPType(const ZQFingerPrint& a, const ZQFingerPrint& b);
 
-/// Whether fingerprints of this type can be made. A type may be legal, or read from a record, and
-/// say what no generator makes: an old version, radii above 10 of a circular type, both typings
-/// None of a hashed one, stray bits. Otherwise false, with the reason in `*fault` if that isn't
-/// null; null is no type. Reports nothing.
+/// Whether fingerprints of this type can be made. A legal type, or one read from a record, may have
+/// values that no generator supports: an old version, a circular radius above 10, both typings None
+/// in a hashed type, stray bits. If false, `*fault` receives the reason unless `fault` is null.
+/// False for a null type. Never warns.
 ZQ_EXPORT bool ZQCanMakeFP(const ZQFPTypeBase* type, std::string* fault = nullptr);
 
-/// Makes the fingerprint of a molecule under a type. False for a null type or a molecule that isn't
-/// valid; `fp` then has no type.
+/// Makes the fingerprint of a molecule for a type. Returns false for a null type or an invalid
+/// molecule; `fp` then has no type.
 ZQ_EXPORT bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type);
 /// The same with the default type of a kind.
 ZQ_EXPORT bool ZQMakeFP(ZQFingerPrint& fp, const ZQMolBase& mol, unsigned int fptype,
                         bool ignoreChargeAndHyb = false);
 
-/// The default type of a kind. `ignoreChargeAndHyb` takes formal charge and hybridization out of
-/// the atom typing of path and tree, formal charge out of circular. An unknown kind warns
-/// "ZQGetFPType() unknown fingerprint type" and gives null.
+/// The default type of a kind. `ignoreChargeAndHyb` removes formal charge and hybridization from
+/// the atom typing of path and tree, and formal charge from that of circular. Returns null for an
+/// unknown kind, after the warning "ZQGetFPType() unknown fingerprint type".
 ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(unsigned int fptype, bool ignoreChargeAndHyb = false);
 
-// Types by parameters, under the current version or a given one: 0, which stands for types of older
-// records, or the current; the unhashed kinds know the current alone. Legal: numbits 16 to 65535,
-// atype below 8192, btype below 256, min at most max, min and max below 20 (at most 255 for
-// circular). Of the unhashed kinds min and max may be in any order, up to 255 for path, 9 for
-// circular, 19 for tree. Anything else is an assertion failure for each fault, and gives null.
+// Types by parameters, with the current version or a given one, which is the current version or 0
+// (types of older records); the unhashed kinds have the current version only. Legal: numbits 16 to
+// 65535, atype below 8192, btype below 256, min at most max, min and max below 20 (at most 255 for
+// circular). For the unhashed kinds min and max may be in any order, up to 255 for path, 9 for
+// circular, 19 for tree. Each value out of range is an assertion failure, and the result is null.
 ZQ_EXPORT const ZQFPTypeBase* ZQGetPathFPType(unsigned int numbits, unsigned int minbonds,
                                               unsigned int maxbonds, unsigned int atype,
                                               unsigned int btype);

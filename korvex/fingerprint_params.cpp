@@ -14,7 +14,7 @@ namespace {
 
 constexpr unsigned int unset = std::numeric_limits<unsigned int>::max();
 
-// Reports what is wrong; the false is the parser's answer.
+// Warns about the fault; returns false as the parser's result.
 bool Refuse(const char* what, const ZQFPKind& kind) {
   ZQThrow.Warning("%s for `%s` type!", what, kind.name);
   return false;
@@ -95,7 +95,7 @@ bool ParseParams(const ZQFPKind& kind, const std::string& typeString, unsigned s
 
 bool ParseVersion(const ZQFPKind& kind, const std::string& typeString, unsigned short& version) {
   version = 0;
-  if (typeString == kind.name) return true;  // the form of older kinds, which have no version
+  if (typeString == kind.name) return true;  // the older form, without a version
   const std::vector<std::string> tokens = ZQStringTokenize(typeString, ',');
   if (tokens.empty()) {
     ZQThrow.Warning("Invalid fingerprint type string!");
@@ -118,7 +118,7 @@ bool ParseVersion(const ZQFPKind& kind, const std::string& typeString, unsigned 
   return version != 0 || Refuse("Version number cannot be initialized", kind);
 }
 
-// What a string says, of any kind.
+// The parsed content of a type string of any kind.
 struct Parsed {
   const ZQFPKind* kind = nullptr;
   unsigned short version = 0;
@@ -137,7 +137,7 @@ bool HasUnknownNumBits(const Parsed& parsed) {
   return parsed.kind->IsUnhashed() && parsed.values.numbits != 0;
 }
 
-// Whether a type can be made of a string; warns otherwise.
+// Whether the string has a valid type of the current version; warns otherwise.
 bool ParseUsable(const std::string& typeString, Parsed& parsed) {
   if (!Parse(typeString, parsed)) {
     if (parsed.kind && parsed.kind->HasParams()) {

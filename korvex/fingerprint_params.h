@@ -1,9 +1,9 @@
 #pragma once
 
-/// Type strings: the text form of a fingerprint type, which databases carry and users write. A
+/// Type strings: the text form of a fingerprint type, in databases and user input. A
 /// comma-separated list: the kind's prefix and tokens key=value, written in a fixed order, read in
-/// any order behind the prefix that decides the kind. Bad text is reported by a warning and a
-/// false or null answer; nothing is repaired.
+/// any order after the prefix, which determines the kind. Invalid text causes a warning and a false
+/// or null result; nothing is repaired.
 
 #include <cstdint>
 #include <string>
@@ -12,18 +12,19 @@
 
 namespace ZQKorvex {
 
-/// The type that a string names; null if it names none or carries an old version.
+/// The type of a type string; null if the string is invalid or has an old version.
 ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(const std::string& typeString);
-/// The same for a text from outside, such as a file's header or a command line. A parameter out of
-/// its legal range, which is an assertion failure above, is null here without a report; `*fault`,
-/// if `fault` isn't null, then reads like "size 8 is outside 16 to 65535", and is empty otherwise.
+/// The same for external text, such as a file's header or a command line. If a parameter is out of
+/// its legal range, an assertion failure above, this returns null without a message; `*fault`, if
+/// `fault` isn't null, is then a text such as "size 8 is outside 16 to 65535", and is empty
+/// otherwise.
 ZQ_EXPORT const ZQFPTypeBase* ZQReadFPType(const std::string& typeString,
                                            std::string* fault = nullptr);
-/// Whether the string is valid in form; an old version warns and is valid.
+/// Whether the string's syntax is valid; an old version is valid but causes a warning.
 ZQ_EXPORT bool ZQIsValidFPTypeString(const std::string& typeString);
-/// The packed version of a valid string of the kinds 101 to 105, else 0.
+/// The packed version of a valid string of kinds 101 to 105, else 0.
 ZQ_EXPORT unsigned short ZQGetFPTypeVersion(const std::string& typeString);
-/// The kind by how the string begins, 0 for none.
+/// The kind by the string's prefix, 0 for none.
 ZQ_EXPORT unsigned int GetFPTypeFromTypeStringPrefix(const std::string& typeString);
 
 ZQ_EXPORT std::string ZQGetMACCS166FPStringPrefix();
@@ -35,10 +36,10 @@ ZQ_EXPORT std::string ZQGetUnhashedPathFPStringPrefix();
 ZQ_EXPORT std::string ZQGetUnhashedCircularFPStringPrefix();
 ZQ_EXPORT std::string ZQGetUnhashedTreeFPStringPrefix();
 
-/// Appends the type string of a kind, by its number, under a version and packed parameters, which
-/// MACCS-166 and Lingo don't have. Bits of the id outside of its fields warn as fptypes.h says, and
-/// numbits below 16 is an assertion failure. A number of no kind is an assertion failure and
-/// appends nothing.
+/// Appends the type string of a kind, by its number, for a version and packed parameters, which
+/// MACCS-166 and Lingo don't have. Bits of the id outside its fields cause the warning described in
+/// fptypes.h; numbits below 16 is an assertion failure. An unknown number is an assertion failure
+/// and appends nothing.
 ZQ_EXPORT void ZQGetFPTypeStringFromID(unsigned int fptype, std::string& text,
                                        unsigned short version, std::uint64_t id = 0);
 /// The same by the type class (fptypes.h).
@@ -47,12 +48,12 @@ void ZQGetFPTypeStringFromID(std::string& text, unsigned short version, std::uin
   ZQGetFPTypeStringFromID(T::number, text, version, id);
 }
 
-// The parsers, by the kind's number, which take the prefix anywhere in the list. False after a
-// warning, but for the name of a typing that isn't valid, which is refused in silence; limits of
-// the parameters aren't checked here. Of a repeated key the last value stands. An output that no
-// token named is all ones, a version 0, numbits of an unhashed kind 0. The first form is for the
-// kinds with parameters, the second for MACCS-166 and Lingo; another kind's number is an assertion
-// failure, and false.
+// The parsers, by the kind's number. They accept the prefix anywhere in the list. They return false
+// after a warning; only an invalid typing name gets no warning. They don't check the limits of the
+// parameters. If a key is repeated, its last value is used. An output without a token is all ones;
+// a version is 0, numbits of an unhashed kind 0. The first form is for the kinds with parameters,
+// the second for MACCS-166 and Lingo; for another kind's number an assertion fails and the result
+// is false.
 ZQ_EXPORT bool ZQGetFPTypeParamsFromString(unsigned int fptype, const std::string& typeString,
                                            unsigned short& version, unsigned int& numbits,
                                            unsigned int& min, unsigned int& max,
@@ -72,8 +73,8 @@ bool ZQGetFPTypeParamsFromString(const std::string& typeString, unsigned short& 
   return ZQGetFPTypeParamsFromString(T::number, typeString, version);
 }
 
-// The parsers of one kind each. The unhashed ones hold a valid string to a "numbits" of 0, if it
-// has that token: otherwise an assertion failure.
+// The parsers of one kind each. In those of unhashed kinds, a valid string with a "numbits" other
+// than 0 is an assertion failure.
 ZQ_EXPORT bool ZQGetPathFPTypeParams(const std::string& typeString, unsigned short& version,
                                      unsigned int& numbits, unsigned int& minbonds,
                                      unsigned int& maxbonds, unsigned int& atype,
@@ -99,8 +100,8 @@ ZQ_EXPORT bool ZQGetUnhashedTreeFPTypeParams(const std::string& typeString, unsi
 ZQ_EXPORT bool ZQGetLingoFPTypeParams(const std::string& typeString, unsigned short& version);
 ZQ_EXPORT bool ZQGetMACCS166FPTypeParams(const std::string& typeString, unsigned short& version);
 
-/// The parsed view of a type or of its string, filled for the kinds 101 to 105; an unhashed kind
-/// gives an object that is not valid and has the kind set.
+/// The parsed values of a type or type string, filled for kinds 101 to 105; for an unhashed kind
+/// the object is invalid but has the kind set.
 class ZQ_EXPORT ZQFPTypeParams {
  public:
   explicit ZQFPTypeParams(const std::string& typeString);
@@ -126,10 +127,10 @@ class ZQ_EXPORT ZQFPTypeParams {
   unsigned int bondTypes_ = 0;
 };
 
-/// The kind's prefix, such as "Path". Null or an unhashed type is an assertion failure.
+/// The kind's prefix, such as "Path". An assertion fails for null or an unhashed type.
 ZQ_EXPORT std::string ZQGetFingerPrintName(const ZQFPTypeBase* type);
-/// Bits of a fingerprint of this type: 166 for MACCS-166, 0 for Lingo. Null is an assertion
-/// failure that answers 0.
+/// Number of bits of a fingerprint of this type: 166 for MACCS-166, 0 for Lingo. For null an
+/// assertion fails and the result is 0.
 ZQ_EXPORT unsigned int ZQGetFingerPrintSize(const ZQFPTypeBase* type);
 
 }  // namespace ZQKorvex

@@ -11,8 +11,8 @@ namespace ZQKorvex {
 /// Kurz, "Faster remainder by direct computation", Software: Practice and Experience 49, 2019).
 class ZQFolder {
  public:
-  /// The hash size is at least 2 and at most the fingerprint's size, which stays as it is while
-  /// the folder lives.
+  /// The hash size is at least 2 and at most the fingerprint's size, which must not change while
+  /// the folder is in use.
   ZQFolder(ZQFingerPrint& fp, unsigned int hashSize)
       : words_(fp.Words()), hashSize_(hashSize), reciprocal_(~std::uint64_t{0} / hashSize + 1) {}
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The atoms and bonds of one fragment that a generator found, with its molecule and identifier.
+/// The atoms and bonds of one enumerated fragment, with its molecule and identifier.
 
 #include <utility>
 
@@ -9,8 +9,7 @@
 
 namespace ZQKorvex {
 
-/// T is the identifier's type, unsigned 32-bit or string. The molecule, which the atoms and bonds
-/// belong to, must outlive it.
+/// T is the identifier's type, unsigned 32-bit or string. The molecule must outlive it.
 template <class T>
 class ZQFPAtomBondSet : public ZQAtomBondSet {
  public:

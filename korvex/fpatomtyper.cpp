@@ -55,7 +55,7 @@ struct FlagNames {
 FlagNames AtomFlagNames() { return {atomComposites, ZQGetFPAtomTypeNamespaceInterface()}; }
 FlagNames BondFlagNames() { return {bondComposites, ZQGetFPBondTypeNamespaceInterface()}; }
 
-// What the bonds of an atom that aren't plain single ones say of it.
+// Whether an atom has non-single or aromatic bonds.
 struct Unsaturation {
   bool any = false;
   bool aromatic = false;
@@ -69,13 +69,13 @@ struct Unsaturation {
   }
 };
 
-// The common gate of both hydrogen bond tests: N, O or S.
+// Precondition of both hydrogen bond tests: N, O or S.
 bool CanHydrogenBond(const ZQAtomBase& atom) {
   const unsigned int z = atom.GetAtomicNum();
   return z == 7 || z == 8 || z == 16;
 }
 
-// Donor and acceptor by those of the two tests that the flags ask for.
+// The results of the two tests, each false if its flag isn't set.
 struct HydrogenBondClass {
   bool acceptor;
   bool donor;
@@ -106,7 +106,7 @@ unsigned int ChargeFactor(int charge) {
   return charge < -4 || charge > 4 ? beyond : factors[static_cast<unsigned int>(charge + 4)];
 }
 
-// base to the power of the exponent, which counts no further than `limit`.
+// base to the power of the exponent, which is capped at `limit`.
 unsigned int Power(unsigned int base, unsigned int exponent, unsigned int limit) {
   unsigned int power = 1;
   for (unsigned int i = std::min(exponent, limit); i != 0; --i) power *= base;
@@ -132,7 +132,7 @@ void SetAtomInvariant(std::string& value, const ZQAtomBase& atom, unsigned int a
 void SetBondInvariant(unsigned int& value, const ZQBondBase& bond, unsigned int btype) {
   value = 1;
   if (btype & ZQFPBondType::Order) {
-    // An order that the table doesn't have counts as its last.
+    // Orders beyond the table map to its last entry.
     value = bond.IsAromatic()
                 ? zqAromaticBondPrime
                 : ORDER2PRIMES[std::min<std::size_t>(bond.GetOrder(), ORDER2PRIMES.size() - 1)];
@@ -201,7 +201,7 @@ void AddSmilesAtomSymbol(std::string& text, const ZQAtomBase& atom, unsigned int
   const unsigned int z = atom.GetAtomicNum();
   std::string symbol;
   std::string trailer;
-  bool noHCount = false;  // the symbol says all about hydrogens that is wanted
+  bool noHCount = false;  // the symbol already covers the hydrogens
 
   const auto addElement = [&] {
     if (!(atype & ZQFPAtomType::Arom)) {
@@ -211,7 +211,7 @@ void AddSmilesAtomSymbol(std::string& text, const ZQAtomBase& atom, unsigned int
     symbol += ZQGetAtomicSymbol(z);
     if (aromatic) symbol[0] = ToLower(symbol[0]);
   };
-  // Donors and acceptors become one class of elements; false for what is neither.
+  // Donors and acceptors become one class of elements; false for an atom that is neither.
   const auto addHydrogenBondClass = [&] {
     const HydrogenBondClass hydrogenBond(atom, atype);
     if (!hydrogenBond.donor && !hydrogenBond.acceptor) return false;
@@ -291,7 +291,7 @@ bool ZQIsPreparedForFingerprinting(const ZQMolBase& mol, unsigned int fptype) {
 void ZQPrepareForFingerprinting(ZQMolBase& mol, unsigned int /*fptype*/) {
   mol.BeginEdit();
   ZQSuppressHydrogens(mol, false, false, false);
-  // No hydrogen is left: isotopes, bridges and ions become counts as well, or vanish.
+  // Removes all other hydrogens too: isotopes, bridges and ions become counts or disappear.
   for (const unsigned int atomicNum : {1U, 0U}) {
     for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
       ZQAtomBase* atom = mol.GetAtomAt(i);

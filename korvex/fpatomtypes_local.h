@@ -1,6 +1,6 @@
 #pragma once
 
-/// The chemistry behind the invariants: tables of primes, hydrogen bond classes, SMARTS symbols.
+/// The chemistry of the invariants: tables of primes, hydrogen bond classes, SMARTS symbols.
 
 #include <algorithm>
 #include <array>
@@ -18,12 +18,12 @@ inline constexpr unsigned int zqDonorAndAcceptor = 19;
 inline constexpr unsigned int zqAcceptorOnly = 361;
 inline constexpr unsigned int zqDonorOnly = 6859;
 
-/// Carbon's, and that of all aromatic atoms where those are equal.
+/// Carbon's prime, and that of all aromatic atoms if these are equivalent.
 inline constexpr unsigned int zqCarbonPrime = 179;
 
 namespace fpatomtypes_local {
 
-// The primes from 181 upward, without those that the common elements have for themselves.
+// The primes from 181 on, except those of the common elements.
 constexpr auto MakeAtomicPrimes() {
   constexpr unsigned int taken[] = {283, 419, 547, 661, 811, 947};
   std::array<unsigned int, 133> primes{};
@@ -46,7 +46,7 @@ inline constexpr std::array<unsigned int, 10> ORDER2PRIMES{127, 131, 137, 139, 1
                                                            151, 157, 163, 167, 173};
 inline constexpr unsigned int zqAromaticBondPrime = 151;
 
-/// The element's prime. An atomic number that no table has counts as the table's last.
+/// The element's prime. Atomic numbers beyond the table map to its last entry.
 constexpr unsigned int ZQElementPrime(unsigned int atomicNum) {
   switch (atomicNum) {
     case 6:

@@ -63,7 +63,7 @@ std::unique_ptr<ZQHitList<ZQSimScore>> InitHitList(unsigned int limit, bool desc
 
 std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(unsigned int limit, bool descending,
                                                                bool hasCutoff, float cutoff) {
-  // How many scores will come isn't known here; a long list grows as they do.
+  // The number of scores is unknown here; a long list grows on demand.
   constexpr std::size_t expected = 65536;
   return InitHitList(limit, descending, hasCutoff, cutoff, expected);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What every search shares: its options, the record of a hit, and the bounded list of the best.
-/// Plain values without locks.
+/// Common parts of all searches: the options, the record of a hit, and the bounded list of the best
+/// hits. Not synchronised.
 
 #include <cstdint>
 #include <memory>
@@ -12,11 +12,11 @@
 
 namespace ZQKorvex {
 
-/// The options of a search. Copied freely.
+/// The options of a search, a copyable value.
 class ZQ_EXPORT ZQFPDatabaseOptions {
  public:
   ZQFPDatabaseOptions() = default;
-  /// A measure outside 1 to 6 warns, and Tanimoto is kept.
+  /// Warns about a measure outside 1 to 6 and keeps Tanimoto.
   ZQFPDatabaseOptions(unsigned int limit, unsigned int simFunc);
 
   /// Score threshold: inclusive in unsorted searches, exclusive in sorted ones.
@@ -26,10 +26,10 @@ class ZQ_EXPORT ZQFPDatabaseOptions {
   }
   float GetCutoff() const { return cutoff_; }
   bool HasCutoff() const { return hasCutoff_; }
-  /// A constant of `ZQSimMeasure`; any other number warns, and the old value is kept.
+  /// A constant of `ZQSimMeasure`; for any other number it warns and keeps the old value.
   void SetSimFunc(unsigned int simFunc);
   unsigned int GetSimFunc() const { return simFunc_; }
-  /// Both in 0 to 1; otherwise warns, and both old values are kept. Defaults 0.95 and 0.05.
+  /// Both in 0 to 1; otherwise it warns and keeps both old values. Defaults 0.95 and 0.05.
   void SetTverskyCoeffs(float alpha, float beta);
   float GetTverskyAlpha() const { return tverskyAlpha_; }
   float GetTverskyBeta() const { return tverskyBeta_; }
@@ -39,9 +39,9 @@ class ZQ_EXPORT ZQFPDatabaseOptions {
   /// Greatest number of results, 1000 by default; 0 means all.
   void SetLimit(unsigned int limit) { limit_ = limit; }
   unsigned int GetLimit() const { return limit_; }
-  /// Threads of a `SortedSearch`, 1 by default; 0 means as many as the machine has processors.
+  /// Threads of a `SortedSearch`, 1 by default; 0 means the number of processors.
   void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
-  /// The number set, at most twice the machine's processors.
+  /// The effective number, at most twice the number of processors.
   unsigned int GetNumProcessors() const;
 
  private:
@@ -84,18 +84,18 @@ class ZQSimScorePair {
   double score_ = 0.0;
 };
 
-/// The orders of scores; equal scores are in neither order.
+/// Strict orders of scores, both false for equal scores.
 ZQ_EXPORT bool CompScoreBiggerIsBetter(const ZQSimScore& a, const ZQSimScore& b);
 ZQ_EXPORT bool CompScoreSmallerIsBetter(const ZQSimScore& a, const ZQSimScore& b);
 
-/// A hit list for the best `limit` scores. Only scores strictly better than the cutoff enter it.
-/// Without a cutoff a descending list still refuses 0.0.
+/// A hit list for the best `limit` scores. It accepts only scores strictly better than the cutoff.
+/// Without a cutoff a descending list still rejects 0.0.
 ZQ_EXPORT std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(unsigned int limit,
                                                                          bool descending,
                                                                          bool hasCutoff,
                                                                          float cutoff);
-/// The same by options, whose limit of 0 means `defaultLimit`, the number of fingerprints
-/// searched: memory for more entries than that is not reserved, whatever the limit.
+/// The same from options, whose limit of 0 means `defaultLimit`, the number of fingerprints
+/// searched. Never reserves memory for more than `defaultLimit` entries.
 ZQ_EXPORT std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(
     unsigned int defaultLimit, const ZQFPDatabaseOptions& options);
 

@@ -24,7 +24,8 @@ bool AddIntParameter(ZQInterface& interface, const char* name, const char* alias
   return interface.AddParameter(std::move(parameter)) != nullptr;
 }
 
-// A string parameter over a namespace, `apiName` being what the documentation calls it.
+// Adds a string parameter with the names of a namespace; `apiName` is its name in the
+// documentation.
 bool AddNameParameter(ZQInterface& interface, const std::string& name, const std::string& alias,
                       const ZQNamespaceInterface* space, const char* apiName,
                       std::vector<std::string> furtherNames, const std::string& value,
@@ -36,7 +37,7 @@ bool AddNameParameter(ZQInterface& interface, const std::string& name, const std
   return interface.AddParameter(std::move(parameter)) != nullptr;
 }
 
-// Adds a parameter that stands for a method of `ZQFPDatabaseOptions`.
+// Adds a parameter for a method of `ZQFPDatabaseOptions`.
 bool AddSearchOption(ZQInterface& interface, ZQParameter parameter, const char* method) {
   parameter.AddDetail("\n\tAPI : " + ZQGetKorvexMethodHyperlink("ZQFPDatabaseOptions", method) +
                       " method");
@@ -112,7 +113,7 @@ bool ZQConfigureFingerPrintType(ZQInterface& interface, unsigned int fptype,
 
 namespace {
 
-// Replaces the values by the parameters that are set or, if `all`, have a default.
+// Replaces the values by the parameters that are set or, if `all`, by all parameters.
 void ReadValues(ZQFPTypeValues& values, const ZQInterface& interface, bool all) {
   const auto isTaken = [&](const char* name) { return all || interface.IsSet(name); };
   const auto number = [&](const char* name) {

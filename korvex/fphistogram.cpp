@@ -15,7 +15,7 @@ namespace ZQKorvex {
 
 namespace {
 
-/// Values this far outside the range are taken for rounding noise.
+/// Values up to this far outside the range are rounding errors.
 constexpr double tolerance = 1e-5;
 
 template <class T>

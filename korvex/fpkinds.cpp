@@ -51,7 +51,7 @@ constexpr ZQFPKind rows[] = {
      .distanceLimit = 255,
      .largestUnrepaired = 10,
      .readsPreparedMolecules = false,
-     .perceivesSymmetry = false,  // an environment costs less than its share of the search would
+     .perceivesSymmetry = false,  // costs more than it saves on environments
      .make = ZQMakeCircularFP,
      .newType = NewType<ZQFPCircularType>,
      .texts = {"ZQMakeCircularFP()", "ZQMakeCircularFP : invalid circular fingerprint type", false,
@@ -154,7 +154,7 @@ constexpr ZQFPKind rows[] = {
      .texts = {"ZQMakeLingoFP()", nullptr, false, nullptr, nullptr, nullptr, nullptr}},
 };
 
-// The beginning of a type string decides its kind, whatever the order of the rows.
+// A type string's prefix determines its kind, independent of the order of the rows.
 constexpr bool AreRowsDistinct() {
   for (const ZQFPKind& a : rows) {
     for (const ZQFPKind& b : rows) {

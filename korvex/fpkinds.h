@@ -1,9 +1,9 @@
 #pragma once
 
-/// The kinds of fingerprint in one table, a row each. All that differs between kinds is a column
-/// here, and everything else reads it: parsers, types, generators, measures, options of programs. A
-/// new kind is a row in fpkinds.cpp and a pair of files with its generator. The table is constant;
-/// any thread may read it.
+/// The table of fingerprint kinds, one row per kind. Its columns hold all differences between
+/// kinds; parsers, types, generators, measures and program options read them. A new kind needs a
+/// row in fpkinds.cpp and a pair of files with its generator. The table is constant and thread
+/// safe.
 
 #include <algorithm>
 #include <cstdint>
@@ -23,68 +23,67 @@ struct ZQFPTypeValues {
   unsigned int atype = 0;
   unsigned int btype = 0;
 
-  /// In this order, to be assigned to a tie.
+  /// For assignment to a tie, in this order.
   auto AsTuple() const { return std::tuple(numbits, minDistance, maxDistance, atype, btype); }
 };
 
-/// What similarity measures count in fingerprints of a kind (measuresim.h).
+/// The items that similarity measures count (measuresim.h).
 enum class ZQFPMeasures {
   Bits,         ///< bits, by all measures
-  Lingos,       ///< substrings of four characters of a SMILES, by all measures
-  Tokens,       ///< tokens of a text, by Tanimoto alone
-  TokensOrBits  ///< tokens of a text by Tanimoto, the bits of that text by all others
+  Lingos,       ///< four-character substrings of a SMILES, by all measures
+  Tokens,       ///< tokens of a text, by Tanimoto only
+  TokensOrBits  ///< tokens of a text by Tanimoto, bits of the text by all others
 };
 
-/// Texts in reports, which users and their scripts may compare. Null where a kind has no use for
-/// it.
+/// Texts in messages, which users' scripts may compare. Null if a kind doesn't use one.
 struct ZQFPKindTexts {
   const char* operation;      ///< "ZQMakePathFP()"
-  const char* wrongType;      ///< the report on a type of another kind
-  bool isWrongTypeError;      ///< its level: else a warning
-  const char* strayBits;      ///< the warning of an id with bits outside its fields
-  const char* name;           ///< "path", in the warnings of repaired parameters
-  const char* ending;         ///< of most of these
-  const char* ofMaxDistance;  ///< behind the name in the one on the largest distance
+  const char* wrongType;      ///< the message about a type of another kind
+  bool isWrongTypeError;      ///< an error; else a warning
+  const char* strayBits;      ///< the warning about an id with bits outside its fields
+  const char* name;           ///< "path", in the warnings about repaired parameters
+  const char* ending;         ///< the end of most of these warnings
+  const char* ofMaxDistance;  ///< follows the name in that about the largest distance
 };
 
 /// One kind of fingerprint.
 struct ZQFPKind {
-  unsigned int number;      ///< stored in files, never renumbered; unhashed kinds from 9000 on
-  const char* name;         ///< the beginning of its type strings; none is the beginning of another
-  unsigned short version;   ///< current (fpversion.h)
-  ZQFPMeasures measures;    ///< what is counted
-  bool isStorable;          ///< a fast database (fpfast.h) can hold it
-  const char* sizeKey;      ///< type string: key of the number of bits; null without parameters
-  const char* distanceKey;  ///< type string: "bonds" or "radius"; null without parameters
-  ZQFPTypeValues defaults;  ///< without parameters: the number of bits, 0 if it varies
-  unsigned int distanceLimit;      ///< largest distance of a type
-  unsigned int largestUnrepaired;  ///< largest that a generator takes as it is
-  bool readsPreparedMolecules;     ///< as they stand, without a copy (fpatomtyper.h)
-  bool perceivesSymmetry;          ///< in larger molecules, to start from one atom of each class
-  /// Makes the fingerprint of a molecule under a type, as `ZQMakeFP` does.
+  unsigned int number;         ///< stored in files, never renumbered; unhashed kinds from 9000 on
+  const char* name;            ///< prefix of its type strings; none is a prefix of another
+  unsigned short version;      ///< current (fpversion.h)
+  ZQFPMeasures measures;       ///< the items that measures count
+  bool isStorable;             ///< a fast database (fpfast.h) can hold it
+  const char* sizeKey;         ///< type string: key of the number of bits; null without parameters
+  const char* distanceKey;     ///< type string: "bonds" or "radius"; null without parameters
+  ZQFPTypeValues defaults;     ///< without parameters: the number of bits, 0 if it varies
+  unsigned int distanceLimit;  ///< largest distance of a type
+  unsigned int largestUnrepaired;  ///< largest that a generator doesn't repair
+  bool readsPreparedMolecules;     ///< prepared ones without a copy (fpatomtyper.h)
+  bool perceivesSymmetry;          ///< in larger molecules, to start from one atom per class
+  /// Makes the fingerprint of a molecule for a type; see `ZQMakeFP`.
   bool (*make)(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type);
   /// A new object of the kind's type class (fptypes.h), owned by the caller.
   ZQFPTypeBase* (*newType)(unsigned short version, std::uint64_t id);
   ZQFPKindTexts texts;
 
   bool HasParams() const { return distanceKey != nullptr; }
-  /// Whether bits are made by hashing fragments, and their number is a parameter.
+  /// Whether the bits are hashes of fragments and their number is a parameter.
   bool IsHashed() const { return measures == ZQFPMeasures::Bits && HasParams(); }
-  /// Whether the fragments themselves are kept, as a text of tokens.
+  /// Whether the fingerprint contains the fragments themselves, as a text of tokens.
   bool IsUnhashed() const {
     return measures == ZQFPMeasures::Tokens || measures == ZQFPMeasures::TokensOrBits;
   }
-  /// Whether the fingerprint's bytes are a text that NUL ends.
+  /// Whether the fingerprint's bytes are a NUL-terminated text.
   bool IsText() const { return measures != ZQFPMeasures::Bits; }
-  /// Largest distance of which fingerprints are made under a type.
+  /// Largest distance for which fingerprints of a type can be made.
   unsigned int LargestMade() const { return std::min(distanceLimit, largestUnrepaired); }
 };
 
-/// All kinds: those of databases first, then the unhashed ones, then those without parameters.
+/// All kinds: first those of databases, then the unhashed ones, then those without parameters.
 ZQ_EXPORT std::span<const ZQFPKind> ZQGetFPKinds();
-/// The kind of a number; null for none.
+/// The kind with this number; null if there is none.
 ZQ_EXPORT const ZQFPKind* ZQFindFPKind(unsigned int number);
-/// The kind by how a type string begins; null for none.
+/// The kind by a type string's prefix; null if there is none.
 ZQ_EXPORT const ZQFPKind* ZQFindFPKind(const std::string& typeString);
 /// The kind of a type; null for null and for a type of an application's own kind.
 inline const ZQFPKind* ZQFindFPKind(const ZQFPTypeBase* type) {
@@ -93,11 +92,11 @@ inline const ZQFPKind* ZQFindFPKind(const ZQFPTypeBase* type) {
   return kind ? kind : ZQFindFPKind(type->GetFPType());
 }
 
-/// The first parameter out of its legal range and that range, such as "size 8 is outside 16 to
-/// 65535"; empty if there is none.
+/// Describes the first parameter out of its legal range, such as "size 8 is outside 16 to 65535";
+/// empty if there is none.
 ZQ_EXPORT std::string ZQFindFPTypeFault(const ZQFPKind& kind, const ZQFPTypeValues& values);
-/// The type of a kind by its parameters, under the current version or a given one; null after an
-/// assertion failure for each that is out of its range (fingerprint.h).
+/// The type of a kind by its parameters, with the current version or a given one. Each parameter
+/// out of range (fingerprint.h) is an assertion failure, and the result is null.
 ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, const ZQFPTypeValues& values);
 ZQ_EXPORT const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, unsigned short version,
                                           const ZQFPTypeValues& values);

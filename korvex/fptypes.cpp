@@ -37,12 +37,12 @@ std::array<Limit, 6> LimitsOf(const ZQFPKind& kind, const ZQFPTypeValues& values
            {"maximum ", distance, values.maxDistance, 0, kind.distanceLimit}}};
 }
 
-// Bits outside of the fields of a kind with parameters.
+// Whether bits outside the fields are set, for a kind with parameters.
 bool HasStrayBits(const ZQFPKind& kind, std::uint64_t id) {
   return (id & (kind.IsHashed() ? 0xf0000f0000000000 : 0xffffff0000000000)) != 0;
 }
 
-// The types of the process.
+// The interned types of the process.
 struct InternedTypes {
   std::mutex mutex;
   std::map<std::tuple<unsigned int, unsigned short, std::uint64_t>, std::unique_ptr<ZQFPTypeBase>>

@@ -1,7 +1,7 @@
 #pragma once
 
 /// The type classes of the eight kinds, and the factories that intern their objects. Most callers
-/// need neither: `ZQGetFPType` and its peers return types as `const ZQFPTypeBase*`.
+/// need neither: `ZQGetFPType` and similar functions return types as `const ZQFPTypeBase*`.
 
 #include <cstdint>
 #include <string>
@@ -12,16 +12,16 @@
 
 namespace ZQKorvex {
 
-/// Packs the parameters of a kind that has some: max in bits 0 to 7, min in 8 to 15, btype in 16 to
-/// 23, atype in 24 to 39, numbits (hashed kinds) in 44 to 59. False after an assertion failure for
-/// each one beyond the limits that fingerprint.h gives.
+/// Packs the parameters of a kind: max in bits 0 to 7, min in 8 to 15, btype in 16 to 23, atype in
+/// 24 to 39, numbits (hashed kinds) in 44 to 59. Each one outside the limits in fingerprint.h is an
+/// assertion failure, and the result is false.
 ZQ_EXPORT bool ZQPackFPTypeID(const ZQFPKind& kind, const ZQFPTypeValues& values,
                               std::uint64_t& id);
-/// The reverse, of the fields alone. Kinds without a number of bits have 0 there.
+/// The reverse, for the fields only. The number of bits is 0 for kinds that have none.
 ZQ_EXPORT ZQFPTypeValues ZQDecodeFPTypeID(std::uint64_t id);
-/// The same for a type that is to be used. Bits outside of the fields warn "Unrecognised data in
-/// ZQFPPathType!", with the class at hand, or "Unrecognised data!" of an unhashed kind, and change
-/// nothing; a hashed kind's numbits below 16 is an assertion failure.
+/// The same with checks. Bits outside the fields cause the warning "Unrecognised data in
+/// ZQFPPathType!", with the type's class, or "Unrecognised data!" for an unhashed kind, and are
+/// ignored; a hashed kind's numbits below 16 is an assertion failure.
 ZQ_EXPORT ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id);
 
 /// The type class of a kind, by the kind's number.
@@ -30,7 +30,7 @@ class ZQ_EXPORT ZQFPTypeOfKind : public ZQFPTypeBase {
  public:
   static constexpr unsigned int number = fptype;
 
-  /// A new object, which isn't the interned one: the factories make those.
+  /// A new object, not the interned one, which the factories return.
   explicit ZQFPTypeOfKind(unsigned short version, std::uint64_t id = 0)
       : ZQFPTypeBase(version, id) {}
   unsigned int GetFPType() const override { return number; }
@@ -41,7 +41,7 @@ class ZQ_EXPORT ZQFPTypeOfKind : public ZQFPTypeBase {
   }
 };
 
-/// The same of a hashed kind.
+/// The same for a hashed kind.
 template <unsigned int fptype>
 class ZQ_EXPORT ZQFPHashedType : public ZQFPTypeOfKind<fptype> {
  public:
@@ -62,7 +62,7 @@ class ZQ_EXPORT ZQFPHashedType : public ZQFPTypeOfKind<fptype> {
   }
 };
 
-/// The same of an unhashed kind, which has no number of bits.
+/// The same for an unhashed kind, which has no number of bits.
 template <unsigned int fptype>
 class ZQ_EXPORT ZQFPUnhashedType : public ZQFPTypeOfKind<fptype> {
  public:
@@ -90,9 +90,8 @@ using ZQFPUnhashedPathType = ZQFPUnhashedType<ZQFPType::UnhashedPath>;
 using ZQFPUnhashedCircularType = ZQFPUnhashedType<ZQFPType::UnhashedCircular>;
 using ZQFPUnhashedTreeType = ZQFPUnhashedType<ZQFPType::UnhashedTree>;
 
-/// The one type of a kind, version and id, made on first use and deleted at process exit. Any
-/// thread may call; the pointers need no lock. Neither version nor id is checked. Null for a number
-/// of no kind.
+/// The unique type of a kind, version and id, created on first use and deleted at process exit.
+/// Thread safe; the pointers need no lock. Doesn't check version or id. Null for an unknown kind.
 ZQ_EXPORT const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
                                              std::uint64_t id);
 
