@@ -22,17 +22,24 @@
 namespace ZQKorvex {
 
 namespace ZQSimMeasure {
-enum : unsigned int {
-  Tanimoto = 1,   ///< both / (onlyA + onlyB + both)
-  Cosine = 2,     ///< both / sqrt((onlyA + both) * (onlyB + both))
-  Dice = 3,       ///< 2 both / (onlyA + onlyB + 2 both)
-  Euclid = 4,     ///< sqrt((both + neither) / all)
-  Tversky = 5,    ///< both / (alpha onlyA + beta onlyB + both)
-  Manhattan = 6,  ///< (onlyA + onlyB) / all, a distance
-  End             ///< one above the last
+/// The numbers in one list. Each has a row in measures_local.h, which doesn't compile without it.
+struct Number {
+  enum : unsigned int { Tanimoto = 1, Cosine, Dice, Euclid, Tversky, Manhattan, End };
 };
+/// both / (onlyA + onlyB + both)
+inline constexpr unsigned int Tanimoto = Number::Tanimoto;
+/// both / sqrt((onlyA + both) * (onlyB + both))
+inline constexpr unsigned int Cosine = Number::Cosine;
+/// 2 both / (onlyA + onlyB + 2 both)
+inline constexpr unsigned int Dice = Number::Dice;
+/// sqrt((both + neither) / all)
+inline constexpr unsigned int Euclid = Number::Euclid;
+/// both / (alpha onlyA + beta onlyB + both)
+inline constexpr unsigned int Tversky = Number::Tversky;
+/// (onlyA + onlyB) / all, a distance
+inline constexpr unsigned int Manhattan = Number::Manhattan;
 /// Whether the number names a measure.
-inline constexpr bool IsValid(unsigned int measure) { return measure - 1 < End - 1; }
+inline constexpr bool IsValid(unsigned int measure) { return measure - 1 < Number::End - 1; }
 }  // namespace ZQSimMeasure
 
 /// "Tanimoto" for 1 and so on; "unknown" for a number that names no measure.

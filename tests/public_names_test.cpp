@@ -199,7 +199,8 @@ static_assert(areDerived<ZQSimFuncBase, ZQTanimotoSim, ZQCosineSim, ZQDiceSim, Z
 static_assert(areDerived<ZQLingoSimFunc, ZQTanimotoLingoSim, ZQCosineLingoSim, ZQDiceLingoSim,
                          ZQEuclidLingoSim, ZQTverskyLingoSim, ZQManhattanLingoSim>);
 static_assert(areDerived<ZQUnhashedSimFunc, ZQTanimotoUnhashedSim>);
-static_assert(ZQSimMeasure::Tanimoto == 1 && ZQSimMeasure::Cosine == 2 && ZQSimMeasure::Dice == 3 &&
+static_assert(std::is_same_v<decltype(ZQSimMeasure::Tanimoto), const unsigned int> &&
+              ZQSimMeasure::Tanimoto == 1 && ZQSimMeasure::Cosine == 2 && ZQSimMeasure::Dice == 3 &&
               ZQSimMeasure::Euclid == 4 && ZQSimMeasure::Tversky == 5 &&
               ZQSimMeasure::Manhattan == 6);
 using Measure = float(Fp, Fp);
