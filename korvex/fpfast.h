@@ -75,8 +75,8 @@ class ZQ_EXPORT ZQFastFPDatabaseParams {
 /// or tree allowed)!" or "... invalid fingerprint size (has to be multiple of %d)!".
 ZQ_EXPORT bool CheckFingerPrintType(const ZQFPTypeBase* type, const char* caller);
 
-/// Size in bytes of a file of `count` records: 800 + count * (bits / 64 + 2) * 8, but at most 2^64
-/// - 1. A null type, or one whose size isn't a multiple of 64 bits, is an assertion failure.
+/// Size of a file of `count` records: 800 + count * (bits / 64 + 2) * 8 bytes, but at most 2^64 -
+/// 1. A null type, or one whose size isn't a multiple of 64 bits, is an assertion failure.
 ZQ_EXPORT std::uint64_t ZQGetFPDatabaseFileSize(std::uint64_t count, const ZQFPTypeBase* type);
 
 }  // namespace ZQKorvex

@@ -310,10 +310,9 @@ void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& value
 
 namespace {
 
-/// The `k` greatest scores of each of a band of rows. A row has `k` slots. A key consists of a
-/// score, ordered like unsigned numbers, in the high bits and the slot of its entry in the low
-/// bits. Once all slots are used, the keys are a heap with the lowest on top: of equal scores, that
-/// of the first slot.
+/// The `k` greatest scores of each row of a band. A row has `k` slots. The high bits of a key are a
+/// score, ordered like unsigned numbers, and its low bits are the slot of its entry. Once all slots
+/// are used, the keys are a heap with the lowest on top: of equal scores, that of the first slot.
 class NearestLists {
  public:
   NearestLists(std::size_t numRows, std::size_t k)
@@ -374,7 +373,7 @@ class NearestLists {
   static constexpr std::uint64_t slotMask = 0xFFFFFFFF;
   static constexpr std::uint32_t signBit = 0x80000000;
 
-  /// The bits of a float as an integer in the same order; NaNs have a place, too.
+  /// The bits of a float as an integer in the same order, which also includes NaNs.
   static std::uint32_t OrderOf(float score) {
     const auto bits = std::bit_cast<std::uint32_t>(score);
     return (bits & signBit) != 0 ? ~bits : bits | signBit;
@@ -431,7 +430,8 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
   k = std::min(k, records.count);
   band = std::min(band, records.count);
   if (k == 0 || !ZQ_ASSERT(band > 0)) return;
-  // A score can serve both its rows if every block of columns is inside one band or outside of it.
+  // A score can be used for both its rows if every block of columns is inside one band or outside
+  // of it.
   const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   const bool mirrored = symmetric && (band % zqBlockRecords == 0 || band == records.count);
   ZQScorer scorer(options, records, records.popcount);

@@ -87,7 +87,8 @@ void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& value
 void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
                           const ZQScanRecords& records, unsigned long k);
 /// The same, with the lists of `band` rows in memory at once, which affects only memory and time:
-/// each score within a band serves both of its rows if the band is all rows or whole blocks of 64.
+/// each score within a band is used for both its rows if the band is all rows or whole blocks of
+/// 64.
 void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
                                  const ZQFPDatabaseOptions& options, const ZQScanRecords& records,
                                  unsigned long k, unsigned long band);

@@ -27,8 +27,8 @@ struct ZQScanVariant {
   /// records from `ahead` on, the next to be scanned; it need not be a valid address.
   void (*scan)(const std::uint64_t* query, const std::uint64_t* words, std::uintptr_t ahead,
                std::size_t stride, std::size_t n, std::size_t numWords, std::uint32_t* counts);
-  /// Packs `n` records, at most `zqBlockRecords`: word w of record i becomes packed[w *
-  /// zqBlockRecords + i]; `packed` is aligned to 64 bytes. Null where packing doesn't pay: all rows
+  /// Packs `n` records, at most `zqBlockRecords`, into `packed`, which is aligned to 64 bytes:
+  /// packed[w * zqBlockRecords + i] is word w of record i. Null where packing doesn't pay: all rows
   /// then use `scan`.
   void (*pack)(const std::uint64_t* words, std::size_t stride, std::size_t n, std::size_t numWords,
                std::uint64_t* packed);

@@ -139,13 +139,13 @@ static_assert(
     }(),
     "each measure has its row");
 
-/// The row of a measure; null for a number that names none.
+/// The row of a measure; null for an unknown number.
 inline const ZQMeasure* ZQFindMeasure(unsigned int measure) {
   return ZQSimMeasure::IsValid(measure) ? &zqMeasures[measure - 1] : nullptr;
 }
 
-/// Whether a measure takes two fingerprints in either order. A number that names none does, as it
-/// scores 0.0.
+/// Whether a measure is symmetric in the two fingerprints. True for an unknown number, which scores
+/// 0.0.
 inline bool ZQIsSymmetric(unsigned int measure) {
   const ZQMeasure* row = ZQFindMeasure(measure);
   return !row || row->isSymmetric;

@@ -48,7 +48,7 @@ class ZQSubgraph {
   std::size_t NumAtoms() const { return atoms_.size(); }
   /// In the order of addition.
   std::span<const unsigned int> Atoms() const { return atoms_; }
-  /// By ascending place.
+  /// In ascending order of place.
   std::span<const Bond> Bonds() const { return bonds_; }
   /// The bonds from the atom at a place to earlier atoms.
   std::span<const Bond> BondsToEarlier(std::size_t place) const {
