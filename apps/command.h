@@ -1,8 +1,8 @@
 #pragma once
 
-/// The sub-commands of the program. Each adds its parameters to an interface and runs on the
-/// values that the command line gave; results go to standard output, and messages, through
-/// `ZQThrow`, to standard error.
+/// The sub-commands of the program. Each adds its parameters to an interface and runs with the
+/// values from the command line; results go to standard output, and messages, through `ZQThrow`, to
+/// standard error.
 
 #include "contract/bostrel/interface.h"
 #include "korvex/siblings.h"
@@ -13,8 +13,8 @@ using namespace ZQKorvex;
 
 enum ExitCode { Done = 0, BadInput = 1, BadUsage = 2 };
 
-/// Warnings and errors that were printed so far. A query of a database that adds one has failed: it
-/// answers with an empty value.
+/// The number of warnings and errors printed so far. A query of a database that adds one has failed
+/// and returned an empty value.
 unsigned int NumWarnings();
 
 struct Command {

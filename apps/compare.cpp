@@ -34,7 +34,7 @@ int Run(const ZQInterface& interface) {
   const auto alpha = interface.Get<float>("-alpha");
   const auto beta = interface.Get<float>("-beta");
   for (unsigned int measure = 1; ZQSimMeasure::IsValid(measure); ++measure) {
-    // Tanimoto alone compares texts; the others count bits.
+    // Only Tanimoto compares texts; the others count bits.
     if (measure != ZQSimMeasure::Tanimoto && ZQFindFPKind(type)->IsUnhashed()) break;
     std::printf("%s\t%.6f\n", ZQGetSimilarityMeasureName(measure).c_str(),
                 ZQGetSimilarity(measure, a, b, alpha, beta));

@@ -26,11 +26,11 @@ void Configure(ZQInterface& interface) {
   AddTypeOptions(interface, Kinds::OfDatabases);
 }
 
-// The file that is being written. It takes the name of the output only when it is complete, so
-// that nothing that fails costs an earlier database or leaves half of one.
+// The output while it is being written. It gets the name of the output only when it is complete, so
+// that a failure neither costs an earlier database nor leaves a partial one.
 class PartialFile {
  public:
-  // A link to a file is followed, and a file that is there hands its mode on.
+  // Follows a link to a file, and keeps the mode of an existing file.
   explicit PartialFile(const std::string& target)
       : target_(fs::exists(target) ? fs::canonical(target) : fs::path(target)),
         name_(target_.parent_path() / (".part" + std::to_string(getpid()) + ".fpbin")) {
@@ -67,8 +67,8 @@ class PartialFile {
   std::string name_;
 };
 
-// Whether the file says where it came from: a header has no room for a very long name, and a name
-// of several lines reads as something else.
+// Whether the file names its molecule file: a header has no room for a very long name, and a name
+// of several lines is read as something else.
 bool IsReadable(const std::string& filename, const std::string& moleculeFile) {
   const ZQFastFPDatabaseParams header(filename);
   if (header.IsConsistent() && header.GetMoleculeFile() == moleculeFile) return true;

@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The molecule file of the header, or an empty name if it isn't there.
+// The molecule file of the header, or an empty name if it doesn't exist.
 std::string FindMoleculeFile(const std::string& filename, const std::string& name) {
   std::error_code error;
   const fs::path folder = fs::path(filename).parent_path();

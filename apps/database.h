@@ -1,6 +1,6 @@
 #pragma once
 
-/// A fingerprint database and the molecules that it was made from.
+/// A fingerprint database and its molecules.
 
 #include <memory>
 #include <string>
@@ -12,9 +12,9 @@
 
 namespace KorvexProgram {
 
-/// Whether a file has the size that its header asks for, in records of the type's size; an error
-/// otherwise. Nothing reads beyond the end of a file that passes, whatever the memory type. False
-/// without a message for a header that isn't valid, which has been reported.
+/// Whether a file has the size that follows from its header, in records of the type's size; reports
+/// an error otherwise. Nothing reads past the end of such a file with any memory type. False
+/// without a message for an invalid header, which has already been reported.
 bool IsWhole(const ZQFastFPDatabaseParams& header, const std::string& filename);
 
 /// Opens a database whose file passes the check; null after a message otherwise.
@@ -22,16 +22,16 @@ std::unique_ptr<ZQFastFPDatabase> OpenDatabase(
     const std::string& filename,
     unsigned int memoryType = ZQFastFPDatabaseMemoryType::MemoryMapped);
 
-/// Where titles and SMILES of hits come from.
+/// The source of titles and SMILES of hits.
 class HitMolecules {
  public:
-  /// Opens the molecule file `given` or, if that is empty, the one that the header of the database
-  /// names: as written there, then beside the database. A file of other molecules than the
-  /// database's is left out after a warning, and so is a header's file that can't be opened.
-  /// False, after a message, for a given file that can't be opened.
+  /// Opens the molecule file `given` or, if that is empty, the one named in the header of the
+  /// database: first as written there, then in the database's directory. A file whose molecules
+  /// don't match the database is ignored after a warning, and so is a header's file that can't be
+  /// opened. False, after a message, for a given file that can't be opened.
   bool Open(const std::string& given, const std::string& filename,
             const ZQFastFPDatabase& database);
-  /// Empty without molecules, and for a record that they don't have.
+  /// Empty without molecules, and for a record that isn't among them.
   std::string GetTitle(std::uint64_t index) const;
   std::string GetSmiles(std::uint64_t index) const;
 

@@ -29,8 +29,8 @@ void PrintUsage(std::FILE* out) {
 std::atomic<bool> invariantBroken = false;
 std::atomic<unsigned int> numWarnings = 0;
 
-// A broken invariant doesn't end the program, but shows in the exit code: what asked for it answers
-// with an empty value, and the command tells what that means for the input at hand.
+// An assertion failure doesn't end the program, but shows in the exit code: the function returns an
+// empty value, and the command reports what that means for the input.
 bool PrintMessage(ZQErrorLevel level, const std::string& message) {
   const char* prefix = "";
   numWarnings += level >= ZQErrorLevel::Warning;
@@ -38,7 +38,7 @@ bool PrintMessage(ZQErrorLevel level, const std::string& message) {
     prefix = "damaged data, or a defect of korvex: ";
     invariantBroken = true;
   }
-  const char* newLine = isatty(STDERR_FILENO) == 1 ? "\r\033[K" : "";  // over a progress bar
+  const char* newLine = isatty(STDERR_FILENO) == 1 ? "\r\033[K" : "";  // overwrites a progress bar
   std::fprintf(stderr, "%skorvex: %s%s\n", newLine, prefix, message.c_str());
   return true;
 }
@@ -92,7 +92,7 @@ unsigned int KorvexProgram::NumWarnings() { return numWarnings; }
 int main(int argc, char** argv) {
   ZQThrow.SetSink(PrintMessage);
   std::signal(SIGXFSZ,
-              SIG_IGN);  // a limit on file sizes is an error of the write, as a full disk is
+              SIG_IGN);  // a limit on file sizes is a write error, like a full disk
   int exitCode = BadInput;
   try {
     exitCode = Dispatch({argv + 1, argv + argc});

@@ -28,7 +28,7 @@ bool MoleculeArgument::Open(const std::string& argument) {
     isFile_ = true;
     return OpenMolecules(file_, argument);
   }
-  // The reader's own message becomes part of one that tells both ways of reading.
+  // The reader's own message becomes part of one that reports both ways of reading.
   std::string cause;
   ZQErrorSink sink = ZQThrow.SetSink([&cause](ZQErrorLevel, const std::string& message) {
     cause = message;

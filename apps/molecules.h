@@ -1,6 +1,6 @@
 #pragma once
 
-/// Molecules that the command line names.
+/// Molecules from the command line.
 
 #include <string>
 
@@ -14,11 +14,11 @@ namespace KorvexProgram {
 /// Adds the positional parameter MOLFILE.
 void AddMoleculeFile(ZQInterface& interface);
 
-/// Opens a molecule file; false after a message, also for one without records.
+/// Opens a molecule file; false after a message, also for a file without records.
 bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename);
 
-/// The molecules of one argument: the records of a molecule file or, where the argument isn't the
-/// name of one, the one molecule that it says as a SMILES.
+/// The molecules of one argument: the records of a molecule file or, if the argument isn't a file
+/// name, the one molecule given as SMILES.
 class MoleculeArgument {
  public:
   /// False after a message.
@@ -33,7 +33,7 @@ class MoleculeArgument {
   bool isFile_ = false;
 };
 
-/// The fingerprint of a molecule; false after a message that names it by `where`.
+/// Makes the fingerprint of a molecule; false after a message that names it by `where`.
 bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
                      const std::string& where);
 

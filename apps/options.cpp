@@ -39,7 +39,7 @@ constexpr const char* optionNames[] = {"-fptype",      "-numbits",  "-mindistanc
 using Names = std::span<const char* const>;
 constexpr Names parameterNames = Names(optionNames).subspan(1);
 
-// The default of a kind for one of the parameters, as the command line takes it.
+// The default of a kind for one of the parameters, in the form of the command line.
 std::string TellDefault(const std::string& parameterName, const ZQFPTypeValues& defaults) {
   if (parameterName == "-numbits") return std::to_string(defaults.numbits);
   if (parameterName == "-mindistance") return std::to_string(defaults.minDistance);

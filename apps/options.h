@@ -10,27 +10,26 @@
 
 namespace KorvexProgram {
 
-/// A required word, told by its place.
+/// A required positional argument.
 void AddArgument(ZQInterface& interface, const char* name, const char* brief);
 
 /// "-threads", 0 (all processors) by default.
 void AddThreads(ZQInterface& interface);
 unsigned int GetThreads(const ZQInterface& interface);
 
-/// Which kinds of fingerprint a command takes.
+/// The kinds of fingerprints that a command accepts.
 enum class Kinds {
-  OfDatabases,  ///< those that a database file can hold: path, circular and tree
+  OfDatabases,  ///< the kinds of database files: path, circular and tree
   All
 };
 
-/// The fingerprint options, whose defaults are those of the kind that is chosen, and "-type" in
-/// place of them.
+/// The fingerprint options, with the defaults of the chosen kind, and "-type", which replaces them.
 void AddTypeOptions(ZQInterface& interface, Kinds kinds);
-/// The type that they choose; null after a message for one that isn't legal, of which no
-/// fingerprint can be made, or that isn't for the command: a database holds multiples of 256 bits.
+/// The type chosen by them. Null after a message if it is illegal, if no fingerprint can be made of
+/// it, or if the command doesn't accept it: a database needs multiples of 256 bits.
 const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
 
-/// "-alpha" and "-beta" of Tversky, beside the other search options if there are any.
+/// "-alpha" and "-beta" of Tversky, next to the other search options if there are any.
 void AddTverskyCoeffs(ZQInterface& interface);
 void SetTverskyCoeffs(ZQFPDatabaseOptions& options, const ZQInterface& interface);
 

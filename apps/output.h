@@ -1,6 +1,6 @@
 #pragma once
 
-/// Standard output in lines of tab-separated values, or as JSON.
+/// Standard output as lines of tab-separated values, or as JSON.
 
 #include <cstdint>
 #include <string>
@@ -13,14 +13,13 @@ namespace KorvexProgram {
 /// The text as one field of a line: tabs, line feeds and other control characters become blanks.
 std::string TsvField(std::string text);
 
-/// The bits in hexadecimal, byte 0 first; of a Lingo or unhashed fingerprint the text that it
-/// holds.
+/// The bits in hexadecimal, byte 0 first; for a Lingo or unhashed fingerprint its text.
 std::string FingerPrintField(const ZQFingerPrint& fp);
 
 /// The text as UTF-8: each byte that isn't part of a valid sequence becomes U+FFFD.
 std::string ValidUtf8(const std::string& text);
 
-/// A hit of a search, with what leads back to its molecule.
+/// A hit of a search, with the data that identify its molecule.
 struct Hit {
   unsigned int query;  ///< number of the query in its file, from 1
   unsigned int rank;   ///< from 1
@@ -30,7 +29,7 @@ struct Hit {
   std::string smiles;
 };
 
-/// Writes hits: a line each, or one JSON array with an object each.
+/// Writes hits: one line each, or one JSON array with an object each.
 class HitWriter {
  public:
   explicit HitWriter(bool json);

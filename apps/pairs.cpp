@@ -36,8 +36,8 @@ int RunHistogram(const ZQInterface& interface) {
   std::printf("# pairs %lu\n", pairs);
   if (pairs != 0) std::printf("# mean %.6f\n# std %.6f\n", histogram.Mean(), histogram.Std());
   ZQIter<double> boundary = histogram.GetBinBoundaries();
-  // By way of the density, as `GetCounts` can't tell a count above 2^32 - 1, which the pairs of
-  // some 100,000 records reach.
+  // Computed from the density, as `GetCounts` can't return a count above 2^32 - 1, which the pairs
+  // of some 100,000 records reach.
   for (ZQIter<double> density = histogram.GetDensity(); density; ++density) {
     const double lower = *boundary;
     ++boundary;
@@ -64,9 +64,10 @@ int RunNeighbors(const ZQInterface& interface) {
   const std::uint64_t records = database->NumFingerPrints();
   const auto limit = static_cast<std::uint64_t>(interface.Get<int>("-limit"));
   const std::uint64_t wanted = limit == 0 ? records : limit;
-  // The library counts a record among its own neighbours; one more makes up for leaving it out.
+  // The library includes a record among its own neighbours; the limit is one higher to leave it
+  // out.
   options.SetLimit(static_cast<unsigned int>(std::min(wanted + 1, records)));
-  // At the cutoff itself the library leaves record 0 out; so it gets a lower one.
+  // The library excludes record 0 at the cutoff itself, so it gets a lower cutoff.
   const float cutoff = options.GetCutoff();
   const bool hasCutoff = options.HasCutoff();
   if (hasCutoff) options.SetCutoff(std::nextafter(cutoff, -1.0F));

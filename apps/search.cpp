@@ -14,7 +14,7 @@ namespace KorvexProgram {
 
 namespace {
 
-// Queries that one pass over the database serves at most, and hits that are held until it is over.
+// The most queries in one pass over the database, and the most hits held until its end.
 constexpr std::uint64_t queriesPerPass = 256;
 constexpr std::uint64_t hitsPerPass = std::uint64_t{1} << 22;
 
@@ -49,7 +49,7 @@ void Configure(ZQInterface& interface) {
   AddTverskyCoeffs(interface);
 }
 
-// Fingerprints of queries, and the numbers of their records, from 1.
+// Fingerprints of queries, and their record numbers, from 1.
 struct Queries {
   std::vector<unsigned int> numbers;
   std::vector<ZQFingerPrint> fps;

@@ -24,7 +24,7 @@ void Configure(ZQInterface& interface) {
           .SetDefault(0));
 }
 
-// "1,2,3 4,5,6": a word for each match, with the numbers of its atoms in the order of the pattern.
+// "1,2,3 4,5,6": a word for each match, with the numbers of its atoms in the pattern's order.
 std::string TellMatches(const ZQSubSearch& pattern, const ZQMolBase& mol, std::size_t limit) {
   std::string text;
   for (auto match = pattern.Match(mol, true); match && limit != 0; ++match, --limit) {

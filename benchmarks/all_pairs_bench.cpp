@@ -1,5 +1,5 @@
-/// All records against all, 20,000 of 4096 bits, in pairs a second, against the pair rate of one
-/// query's scan over a million records in memory. Memory beyond the result is printed, too.
+/// All pairs of 20,000 records of 4096 bits, in pairs per second, compared with the pair rate of
+/// one query's scan over a million records in memory. Also prints memory beyond the result.
 ///
 ///   all_pairs_bench [records] [rounds]
 
@@ -11,7 +11,7 @@ using namespace bench;
 
 namespace {
 
-/// The most memory that the process has held so far, in MiB.
+/// The process's peak memory so far, in MiB.
 double PeakMemory() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
   const ZQFPDatabaseOptions nearest(10, ZQSimMeasure::Tanimoto);
   const ZQFPDatabaseOptions nearestHundred(100, ZQSimMeasure::Tanimoto);
 
-  // Each with the memory that it takes beyond its result.
+  // Each with its memory beyond the result.
   const double before = PeakMemory();
   const ZQFPHistogram histogram = database.GetHistogram(nearest, 200);
   const double afterHistogram = PeakMemory();
@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     const ZQIter<float> all = database.GetAllScores(nearest);
     std::printf(", all scores %.0f MiB (each at most 64)\n",
                 PeakMemory() - afterSparse - n * n * 4 / 1048576);
-    // Scores of one row by another way.
+    // The scores of one row, computed in another way.
     std::size_t i = 7 * count;
     ZQIter<float> score = all;
     score += static_cast<unsigned int>(i);

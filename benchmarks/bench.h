@@ -1,9 +1,9 @@
 #pragma once
 
-/// What the benchmarks share: databases of synthetic fingerprints, the machine's limit, and
-/// timing. The ways to be compared run in turns, many rounds, and the best time of each counts:
-/// what else the machine does meets all of them alike, and a rate is printed with its ratio to
-/// another of the same run, and the ratio that we hold ourselves to.
+/// The common code of the benchmarks: databases of synthetic fingerprints, the machine's limit, and
+/// timing. The variants to be compared run in turns for many rounds, and the best time of each
+/// counts, so that other load on the machine affects all alike. A rate is printed with its ratio to
+/// another rate of the same run and the target for that ratio.
 
 #include <unistd.h>
 
@@ -41,7 +41,7 @@ class Random {
   std::uint64_t state_ = 88172645463325252ULL;
 };
 
-/// Ends the program if an answer is wrong.
+/// Ends the program if a result is wrong.
 inline void Check(bool right, const char* what) {
   if (right) return;
   std::printf("WRONG: %s\n", what);
@@ -52,9 +52,9 @@ inline const ZQFPTypeBase* TypeOf(unsigned int numbits) {
   return ZQGetPathFPType(numbits, 0, 5, 1, 1);
 }
 
-/// A `.fpbin` file of path fingerprints at random, as dense as those of drug-like molecules (about
-/// one bit in six) and in 512 families, so that every query has near and far neighbours. It is
-/// deleted at the end.
+/// A `.fpbin` file of random path fingerprints, as dense as those of drug-like molecules (about one
+/// bit in six) and in 512 families, so that every query has near and far neighbours. Deleted at the
+/// end.
 class Database {
  public:
   Database(std::size_t count, unsigned int numbits)
@@ -92,10 +92,10 @@ class Database {
   std::string name_;
 };
 
-/// Times several ways in turns.
+/// Times several variants in turns.
 class Race {
  public:
-  /// `units` of work are done by one call.
+  /// One call does `units` of work.
   void Add(std::string name, double units, std::function<void()> call) {
     runners_.push_back({std::move(name), units, std::move(call)});
   }
@@ -117,7 +117,7 @@ class Race {
     return found->units / found->best;
   }
 
-  /// Prints a rate in millions a second, its ratio to another's, and the least that it should be.
+  /// Prints a rate in millions per second, its ratio to another rate, and the target for the ratio.
   void Report(const std::string& name, const std::string& base, double target) const {
     const double ratio = Rate(name) / Rate(base);
     std::printf("  %-34s %8.1f M/s   %5.2f of %s (at least %.2f)%s\n", name.c_str(),
@@ -134,12 +134,12 @@ class Race {
   std::vector<Runner> runners_;
 };
 
-/// The machine's limit: reads every word, ANDs it with the query and counts, and nothing else. The
-/// best that the processor has, in a file of its kind.
+/// The machine's limit: only reads every word, ANDs it with the query and counts, with the best
+/// instructions of the processor, in a file for its kind.
 std::uint64_t CountCommon(const std::uint64_t* query, const std::uint64_t* words,
                           std::size_t count);
 
-/// Runs the limit over `count` words, shared out over `numThreads` threads.
+/// Runs the limit over `count` words, divided among `numThreads` threads.
 inline void Limit(const std::uint64_t* words, std::size_t count, unsigned int numThreads) {
   static std::atomic<std::uint64_t> sink;  // keeps the counts from being optimised away
   const auto scan = [&](unsigned int thread) {
@@ -153,7 +153,7 @@ inline void Limit(const std::uint64_t* words, std::size_t count, unsigned int nu
   for (std::thread& thread : threads) thread.join();
 }
 
-/// A back end that shows where its records lie, so that the limit reads the same memory.
+/// A back end that exposes its records, so that the limit reads the same memory.
 template <class BackEnd>
 class Open : public BackEnd {
  public:
@@ -171,7 +171,7 @@ inline std::vector<std::pair<std::uint64_t, double>> HitsOf(ZQIter<ZQSimScore> i
   return hits;
 }
 
-/// The first command-line argument as a number.
+/// A command-line argument as a number.
 inline std::size_t Argument(int argc, char** argv, int index, std::size_t defaultValue) {
   return argc > index ? std::strtoull(argv[index], nullptr, 10) : defaultValue;
 }

@@ -1,5 +1,5 @@
-/// How fast a molecule file becomes a database, on one thread and on two, and where the time of a
-/// molecule goes on one. The files of one, two and four threads must be the same.
+/// The rate of making a database from a molecule file on one thread and on two, and the time of
+/// each step for a molecule on one. The files of one, two and four threads must be the same.
 ///
 ///   create_bench MOLFILE [rounds]
 
@@ -25,7 +25,7 @@ std::string Content(const std::string& name) {
   return text.str();
 }
 
-/// Everything that a fingerprint takes, up to a number of steps.
+/// The first `steps` steps of making a fingerprint.
 void RunSteps(const ZQMolDatabase& molecules, int steps) {
   ZQMol mol;
   ZQFingerPrint fp;

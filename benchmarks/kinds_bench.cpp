@@ -1,6 +1,6 @@
-/// How fast each kind of fingerprint is made from a file of molecules, on one thread and reading
-/// included, how the naming of circular environments goes by each set of instructions that this
-/// processor has, and how the time grows with the size of a molecule.
+/// The rate of making each kind of fingerprint from a molecule file, on one thread and including
+/// reading, that of identifying circular environments with each instruction set of this processor,
+/// and the growth of the time with the size of a molecule.
 ///
 ///   kinds_bench MOLFILE FILE_OF_ALL_SIZES [rounds]
 
@@ -22,7 +22,7 @@ namespace {
 struct Case {
   std::string name;
   const ZQFPTypeBase* type;
-  double target;  // molecules a second
+  double target;  // molecules per second
 };
 
 // The default type of each kind, and small environments.
@@ -83,7 +83,7 @@ void PrintRates(const std::vector<Case>& cases, const ZQMolDatabase& file, unsig
       }
     });
   }
-  // The identifiers of environments, by each row of processors.
+  // The identifiers of environments with each row of the processor table.
   for (const std::string& processor : ZQGetProcessorNames()) {
     race.Add(processor, file.GetMaxMolIdx(),
              [&, processor, type = ZQGetFPType(ZQFPType::Circular)] {

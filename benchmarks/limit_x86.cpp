@@ -10,7 +10,7 @@ namespace {
 
 __attribute__((target("avx512f,avx512vpopcntdq"))) std::uint64_t LimitAvx512(
     const std::uint64_t* query, const std::uint64_t* words, std::size_t count) {
-  // Records aren't multiples of a vector; the same eight words serve all of them here.
+  // Records aren't multiples of a vector; the same eight query words are used for all of them here.
   const __m512i q = _mm512_loadu_si512(query);
   __m512i a = _mm512_setzero_si512();
   __m512i b = _mm512_setzero_si512();

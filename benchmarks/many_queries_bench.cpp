@@ -1,4 +1,4 @@
-/// Many queries in one pass against the same queries one by one, on one thread.
+/// Many queries in one pass, compared with the same queries one by one, on one thread.
 ///
 ///   many_queries_bench [records] [queries] [rounds]
 

@@ -1,5 +1,5 @@
-/// What it costs to open a memory-mapped database, which shouldn't depend on its records, and
-/// what the first query over a freshly mapped file pays, whose pages lie in the page cache.
+/// The time to open a memory-mapped database, which shouldn't depend on its number of records, and
+/// that of the first query over a newly mapped file whose pages are in the page cache.
 ///
 ///   opening_bench [records] [rounds]
 
@@ -9,7 +9,7 @@ using namespace bench;
 
 namespace {
 
-/// A file whose records are a hole.
+/// A sparse file: its records are a hole.
 class SparseDatabase {
  public:
   explicit SparseDatabase(std::size_t count)

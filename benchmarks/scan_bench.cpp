@@ -1,6 +1,6 @@
-/// One query against a million records: `GetSortedScores` on one thread, `SortedSearch` on two,
-/// against the limit of as many threads over the same memory; and the former by each set of
-/// instructions that this processor has.
+/// One query against a million records: `GetSortedScores` on one thread and `SortedSearch` on two,
+/// compared with the limit of as many threads over the same memory; also `GetSortedScores` with
+/// each instruction set of this processor.
 ///
 ///   scan_bench [records] [rounds]
 
@@ -24,7 +24,7 @@ void Run(const Database& file, unsigned int rounds, double target) {
   ZQFPDatabaseOptions twoThreads(10, ZQSimMeasure::Tanimoto);
   twoThreads.SetNumProcessors(2);
 
-  // The hits must have the best of all scores.
+  // The hits' scores must be the best of all.
   std::vector<double> all;
   for (auto score = database.GetRawScores(query, ten); score; ++score) all.push_back(*score);
   std::sort(all.begin(), all.end(), std::greater<>());

@@ -71,7 +71,7 @@ std::uint64_t ZQConvertFP(std::vector<std::uint64_t>& words, const ZQFingerPrint
 
 bool ZQConvertFP(ZQFingerPrint& fp, const ZQFPTypeBase* type,
                  const std::vector<std::uint64_t>& words) {
-  static constexpr std::uint64_t none = 0;  // no words have a null pointer
+  static constexpr std::uint64_t none = 0;  // data() of no words is null
   return ZQConvertFP(fp, type, words.empty() ? &none : words.data(), 8 * words.size());
 }
 

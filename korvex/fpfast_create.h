@@ -1,13 +1,12 @@
 #pragma once
 
-/// Making a `.fpbin` file (fpfast.h) from a file of molecules, and checking that the two belong
-/// together.
+/// Creates a `.fpbin` file (fpfast.h) from a molecule file, and checks whether the two match.
 ///
-/// All records have one size and the number of molecules is known from the start. So the file gets
-/// its full length first, and the place of a record follows from its molecule's index. Threads take
-/// molecules in small chunks, make the fingerprints, and write each record to its place through one
-/// mapping of the file. Nothing is queued, sorted or copied twice, and the file doesn't depend on
-/// which thread makes which record.
+/// All records have the same size, and the number of molecules is known from the start. So the file
+/// gets its full length first, and a molecule's index determines the offset of its record. Threads
+/// take molecules in small chunks, make the fingerprints, and write each record through one mapping
+/// of the file. Nothing is queued, sorted or copied twice, and the file doesn't depend on which
+/// thread makes which record.
 
 #include <cstdint>
 #include <optional>
@@ -21,19 +20,19 @@ namespace ZQKorvex {
 
 class ZQFastFPDatabase;
 
-/// How to make a database. A plain value; the type must be one of path, circular or tree, with a
+/// The options of database creation. A plain value; the type must be path, circular or tree, with a
 /// size that is a multiple of 256 bits.
 class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
  public:
   explicit ZQCreateFastFPDatabaseOptions(const ZQFPTypeBase* type) : type_(type) {}
 
   const ZQFPTypeBase* GetFPTypeBase() const { return type_; }
-  /// Threads; 0 (the default) means as many as the machine has processors.
+  /// The number of threads; 0 (the default) means one for each processor of the machine.
   void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
   /// The number set, at most twice the machine's processors.
   unsigned int GetNumProcessors() const;
-  /// Reports progress through a copy of the tracer, made here; the caller's object stays as it is.
-  /// A tracer of unknown total gets the number of records as its total.
+  /// Copies the tracer and reports progress through the copy; the caller's object doesn't change. A
+  /// tracer of unknown total gets the number of records as its total.
   void SetTracer(const ZQDots& tracer) { tracer_ = tracer; }
   const std::optional<ZQDots>& GetTracer() const { return tracer_; }
 
@@ -43,24 +42,23 @@ class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
   std::optional<ZQDots> tracer_;
 };
 
-/// What was written into a database.
+/// The numbers of records written to a database.
 struct ZQFPCreationCounts {
   std::uint64_t records = 0;
   std::uint64_t failed = 0;  ///< of molecules that can't be read or have no fingerprint
-  std::uint64_t empty = 0;   ///< without a bit, the failed ones included
+  std::uint64_t empty = 0;   ///< with no bit set, the failed ones included
 };
 
-/// Makes the database `fpbinFile` (extension "fpbin") of the molecules in `moleculeFile`: one
-/// record for each molecule index, in that order, the same byte for byte for any number of
-/// threads. A molecule that can't be read, or gets no fingerprint, warns with its index and leaves
-/// a record of zeros; the run goes on and still returns true. False, after a warning that
-/// begins "ZQCreateFastFPDatabaseFile()", for a wrong extension, a molecule file that can't be
-/// opened or is empty, an illegal type, or an output that can't be written; no output file is
-/// touched before the input has been judged. The disk space is reserved before the work begins. A
-/// run that is cut short leaves a file with zeros in place of the missing records. Where fewer
-/// threads can be started, those do the work. Lack of memory is thrown as the standard library's
-/// exception once all threads have ended. `counts`, if not null, is filled where true is
-/// returned.
+/// Creates the database `fpbinFile` (extension "fpbin") from the molecules in `moleculeFile`: one
+/// record for each molecule index, in that order, byte-identical for any number of threads. A
+/// molecule that can't be read, or has no fingerprint, warns with its index and gets a record of
+/// zeros; the run continues and still returns true. Returns false, after a warning that begins
+/// "ZQCreateFastFPDatabaseFile()", for a wrong extension, a molecule file that can't be opened or
+/// is empty, an illegal type, or an output that can't be written. The input is checked before any
+/// output file is touched, and the disk space is reserved before the work begins. An interrupted
+/// run leaves a file with zeros in place of the missing records. If fewer threads can be started,
+/// those do the work. If memory runs out, throws the standard library's exception once all threads
+/// have ended. `counts`, if not null, is filled if the result is true.
 ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
                                           const std::string& moleculeFile,
                                           const ZQCreateFastFPDatabaseOptions& options,
@@ -70,8 +68,8 @@ ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
                                           const ZQFPTypeBase* type);
 
 /// Whether the database was made from these molecules, judged by their number and by the first
-/// record. False after a warning that begins "ZQAreCompatibleDatabases()". A first molecule that
-/// can't be read matches a record of zeros.
+/// record. Otherwise warns with a text that begins "ZQAreCompatibleDatabases()". A first molecule
+/// that can't be read matches a record of zeros.
 ZQ_EXPORT bool ZQAreCompatibleDatabases(const ZQMolDatabase& molecules,
                                         const ZQFastFPDatabase& fingerprints);
 

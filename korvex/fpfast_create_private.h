@@ -1,6 +1,6 @@
 #pragma once
 
-/// The work that the threads of one database creation share.
+/// The work shared by the threads of one database creation.
 
 #include <atomic>
 #include <cstdint>
@@ -13,11 +13,11 @@
 
 namespace ZQKorvex {
 
-/// Lives for one run. Threads take molecule indices in chunks and write each record to the place
-/// that follows from its index, so that they may finish in any order.
+/// Used for one run. Threads take molecule indices in chunks and write each record at the offset
+/// given by its index, so they may finish in any order.
 class ZQFPGenerator {
  public:
-  /// `output` is the mapped file, `tracer` may be null; nothing here is owned.
+  /// `output` is the mapped file, `tracer` may be null; the object owns none of its arguments.
   ZQFPGenerator(const ZQMolDatabase& molecules, const ZQFPTypeBase* type, ZQPopCountFunc popcount,
                 std::uint64_t* output, unsigned int numThreads, ZQDots* tracer)
       : molecules_(molecules),
@@ -27,16 +27,17 @@ class ZQFPGenerator {
         numThreads_(numThreads),
         tracer_(tracer) {}
 
-  /// Makes all records, as `ZQRunOnThreads` runs the threads.
+  /// Makes all records, on threads from `ZQRunOnThreads`.
   void Run();
   /// The body of each thread: makes records until none are left.
   void ThreadWork();
-  /// Records of failed molecules, and those without a bit, once all threads have ended.
+  /// The numbers of records of failed molecules and of records with no bit set; final once all
+  /// threads have ended.
   std::uint64_t NumFailed() const { return numFailed_; }
   std::uint64_t NumEmpty() const { return numEmpty_; }
 
  private:
-  // The fingerprint of a molecule index; without one, false after a warning, and all bits off.
+  // Makes the fingerprint of a molecule index. On failure warns, returns false and clears all bits.
   bool MakeFingerPrint(ZQFingerPrint& fp, ZQMCMolBase& mol, unsigned int index,
                        unsigned int numbits) const;
   void WriteRecord(std::uint64_t index, std::uint64_t count,

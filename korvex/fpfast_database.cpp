@@ -24,19 +24,19 @@ std::unique_ptr<ZQFastFPDatabaseImplBase> MakeImpl(const std::string& filename,
     default:
       ZQThrow.Warning("%s : invalid memory type parameter initialized for memory-mapped!", caller);
   }
-  // No build has a GPU back end yet; it would be made here where ZQKorvexIsGPUReady() is true.
+  // No build has a GPU back end yet; it would be made here if ZQKorvexIsGPUReady() is true.
   ZQThrow.Warning("%s : no CUDA-enabled device available falling back to memory-mapped type!",
                   caller);
   return std::make_unique<ZQFastFPMemoryMapDatabaseImpl>(filename);
 }
 
-// Operations that come in several forms, as messages name them.
+// Names in messages of operations with several overloads.
 constexpr const char* scoresName = "ZQFastFPDatabase::GetScores()";
 constexpr const char* sortedScoresName = "ZQFastFPDatabase::GetSortedScores()";
 constexpr const char* rawScoresName = "ZQFastFPDatabase::GetRawScores()";
 
-/// Makes the query fingerprint of a molecule, after the checks of all arguments. The message of a
-/// molecule without a fingerprint has `colon` behind the caller's name.
+/// Makes the query fingerprint of a molecule, after checking all arguments. The message for a
+/// molecule without a fingerprint has `colon` after the caller's name.
 bool MakeQuery(const ZQFastFPDatabase& database, ZQFingerPrint& fp, const ZQMolBase& mol,
                const ZQFPDatabaseOptions& options, const char* caller, const char* colon = " :") {
   return database.IsValidDatabase(caller) && database.IsValidMolecule(mol, caller) &&
@@ -45,7 +45,7 @@ bool MakeQuery(const ZQFastFPDatabase& database, ZQFingerPrint& fp, const ZQMolB
          });
 }
 
-/// The same of a record.
+/// The same for a record.
 bool MakeQuery(const ZQFastFPDatabase& database, ZQFingerPrint& fp, std::uint64_t index,
                const ZQFPDatabaseOptions& options, const char* caller) {
   return database.IsValidDatabase(caller) && database.IsValidFPIndex(index, caller) &&
@@ -160,7 +160,7 @@ std::int64_t ZQFastFPDatabase::GetMoleculeIndex(std::uint64_t index) const {
       [] { return none; });
 }
 
-// One query against all.
+// One query against all records.
 
 ZQIter<ZQSimScore> ZQFastFPDatabase::GetScores(const ZQFingerPrint& query,
                                                const ZQFPDatabaseOptions& options) const {
@@ -258,7 +258,7 @@ unsigned int ZQFastFPDatabase::SortedSearch(ZQSimSearchResult& result, const ZQM
       reset);
 }
 
-// All against all.
+// All pairs of records.
 
 ZQIter<float> ZQFastFPDatabase::GetAllScores(const ZQFPDatabaseOptions& options) const {
   const char* caller = "ZQFastFPDatabase::GetAllScores()";

@@ -32,7 +32,7 @@ ZQFastFPDatabaseImplBase::ZQFastFPDatabaseImplBase(const std::string& filename)
   if (!valid_) ZQThrow.Warning("%s : cannot initialize object!", caller);
   popcountMethod_ = ZQGetPopCountMethod();
   valid_ = valid_ && popcountMethod_ != 0;
-  // A bad header is reported by this line, too.
+  // A bad header also causes this warning.
   if (!valid_) ZQThrow.Warning("%s : no pop count support!", caller);
 }
 
@@ -79,7 +79,7 @@ bool ZQFastFPDatabaseImplBase::GetFingerPrint(ZQFingerPrint& fp, std::uint64_t& 
 
 bool ZQFastFPDatabaseImplBase::MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol,
                                          const std::string& caller) const {
-  // A header may name a type of which no fingerprint can be made.
+  // A header may contain a type of which no fingerprint can be made.
   const ZQFPTypeBase* type = GetFPTypeBase();
   if (ZQCanMakeFP(type) && ZQMakeFP(fp, mol, type)) return true;
   ZQThrow.Warning("%s cannot generate fingerprint!", caller.c_str());
@@ -95,7 +95,7 @@ bool ZQFastFPDatabaseImplBase::MakeQuery(ZQFingerPrint& fp, std::uint64_t index,
   return false;
 }
 
-// The scans. The callers' names carry the blank and colon of their messages, which one of them
+// The scans. The callers' names include the blank and colon of their messages, which one of them
 // lacks.
 
 std::optional<ZQScanRecords> ZQFastFPDatabaseImplBase::GetScanRecords(const char* caller) const {
@@ -186,7 +186,7 @@ ZQIter<ZQSimScorePair> ZQFastFPDatabaseImplBase::GetSparseMatrix(
   if (!records) return {};
   std::uint64_t limit = options.GetLimit();
   if (limit > records->count) {
-    // The messages have numbers of 32 bits with a sign; greater ones come out wrapped.
+    // The messages have signed numbers of 32 bits; greater ones wrap.
     ZQThrow.Warning(
         GetMemoryType() == ZQFastFPDatabaseMemoryType::InMemory
             ? "%s : set to retrieve more nearest neighbors (%d) than there are fingerprints (%d)."

@@ -1,11 +1,12 @@
 #pragma once
 
-/// The back ends of a fast database. The base has the header, the ways from a molecule or a record
-/// to a query fingerprint, and every query as a scan on the CPU. A back end supplies the records,
-/// and overrides the queries that it has a faster way for.
+/// The base class of a fast database's back ends. It holds the header, makes query fingerprints
+/// from molecules and records, and runs every query as a scan on the CPU. A back end supplies the
+/// records, and overrides the queries that it can run faster.
 ///
-/// A file whose header has another number of words than its type is not scanned: each query but
-/// that of a record warns "%s fingerprints of %lu words in %s don't fit their type!" and is empty.
+/// A file whose header and type differ in the number of words is not scanned: each query except
+/// that for a record warns "%s fingerprints of %lu words in %s don't fit their type!" and returns
+/// nothing.
 
 #include <cstdint>
 #include <optional>
@@ -40,17 +41,17 @@ class ZQFastFPDatabaseImplBase {
   virtual ZQFPVariogram GetVariogram(const std::vector<float>& values,
                                      const ZQFPDatabaseOptions& options, unsigned long bins) const;
   virtual ZQIter<ZQSimScorePair> GetSparseMatrix(const ZQFPDatabaseOptions& options) const;
-  /// The result must be uninitialized. After an exception it is the caller's to reset its status.
+  /// The result must be uninitialized. After an exception the caller must reset its status.
   virtual unsigned int SortedSearch(ZQSimSearchResult& result, const ZQFingerPrint& query,
                                     const ZQFPDatabaseOptions& options) const;
   /// The raw content of a record.
   virtual bool GetFingerPrint(std::vector<std::uint64_t>& words, std::uint64_t& moleculeIndex,
                               std::uint64_t& popcount, std::uint64_t index) const;
-  // The slots above keep their places; what is added comes behind them.
+  // The vtable slots above keep their order; new functions follow them.
   virtual std::vector<ZQIter<ZQSimScore>> GetSortedScores(const std::vector<ZQFingerPrint>& queries,
                                                           const ZQFPDatabaseOptions& options) const;
 
-  /// Both need a valid object.
+  /// Both require a valid object.
   const ZQFPTypeBase* GetFPTypeBase() const;
   std::uint64_t NumFingerPrints() const;
   const ZQFastFPDatabaseParams& GetHeader() const { return params_; }
@@ -58,31 +59,31 @@ class ZQFastFPDatabaseImplBase {
   /// A stored fingerprint and its molecule index. False after the warning "... : cannot access
   /// fingerprint!".
   bool GetFingerPrint(ZQFingerPrint& fp, std::uint64_t& moleculeIndex, std::uint64_t index) const;
-  /// The query fingerprint of a molecule or of a record. False after the warning "%s cannot
+  /// Makes the query fingerprint of a molecule or of a record. False after the warning "%s cannot
   /// generate fingerprint!" with `caller`.
   bool MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol, const std::string& caller) const;
   bool MakeQuery(ZQFingerPrint& fp, std::uint64_t index, const std::string& caller) const;
 
  protected:
-  /// The first record, for a query over all of them. Null, after a warning with `caller`, if they
+  /// The first record, for a query over all records. Null, after a warning with `caller`, if they
   /// can't be read.
   virtual const std::uint64_t* GetRecords(const char* caller) const = 0;
   /// One record, null if it can't be read.
   virtual const std::uint64_t* GetRecord(std::uint64_t index) const = 0;
 
-  /// Words of a record.
+  /// Words per record.
   std::uint64_t Stride() const { return params_.NumWords() + zqRecordPrefixWords; }
 
   bool valid_;
   unsigned int popcountMethod_ = 0;
   std::string filename_;
-  /// Open while the object is made, so that header and records come from one file, whatever takes
-  /// its name meanwhile.
+  /// Open during construction, so that header and records come from the same file even if another
+  /// file takes its name meanwhile.
   zqifstream in_;
   ZQFastFPDatabaseParams params_;
 
  private:
-  /// What a kernel reads. None, after a warning with `caller`, if there is nothing to scan.
+  /// The input of a kernel. Empty, after a warning with `caller`, if there is nothing to scan.
   std::optional<ZQScanRecords> GetScanRecords(const char* caller) const;
 };
 

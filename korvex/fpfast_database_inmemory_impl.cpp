@@ -26,7 +26,7 @@ ZQFastFPInMemoryDatabaseImpl::ZQFastFPInMemoryDatabaseImpl(const std::string& fi
 bool ZQFastFPInMemoryDatabaseImpl::Load() {
   const std::uint64_t count = params_.NumFingerPrints();
   const std::uint64_t numWords = params_.NumWords();
-  // Memory is taken for the records that the file has in whole.
+  // Allocates memory only for the complete records of the file.
   const std::uint64_t words = std::max(params_.GetFileSize() / 8, zqHeaderWords) - zqHeaderWords;
   const std::uint64_t present = numWords < words ? std::min(count, words / Stride()) : 0;
   const std::uint64_t size = present * Stride();
@@ -69,7 +69,7 @@ bool ZQFastFPInMemoryDatabaseImpl::Load() {
 }
 
 const std::uint64_t* ZQFastFPInMemoryDatabaseImpl::GetRecords(const char* /*caller*/) const {
-  static constexpr std::uint64_t none = 0;  // no records have a null pointer
+  static constexpr std::uint64_t none = 0;  // data() of no records is null
   return records_.empty() ? &none : records_.data();
 }
 

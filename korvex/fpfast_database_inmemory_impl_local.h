@@ -22,7 +22,8 @@ class ZQFastFPInMemoryDatabaseImpl : public ZQFastFPDatabaseImplBase {
   const std::uint64_t* GetRecord(std::uint64_t index) const override;
 
  private:
-  /// Reads all records. Takes memory for those that the file has, whatever its header claims.
+  /// Reads all records. Allocates memory only for those that the file has, whatever its header
+  /// claims.
   bool Load();
 
   std::vector<std::uint64_t> records_;

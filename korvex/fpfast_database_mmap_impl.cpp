@@ -45,8 +45,8 @@ const std::uint64_t* ZQFastFPMemoryMapDatabaseImpl::GetRecords(const char* calle
                     filename_.c_str());
     return nullptr;
   }
-  // Mapping all pages at once spares the first scan most of its page faults. A file that leaves
-  // little of the memory is better read as the scan goes.
+  // Mapping all pages at once saves the first scan most of its page faults. A file that would leave
+  // little free memory is better read during the scan.
   const auto memory = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
                       static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   if (file_.GetLength() <= memory / 2 && !pagedIn_.exchange(true)) file_.PageIn();

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The back end that scans the file where it lies, in the page cache.
+/// The back end that scans the mapped file in the page cache.
 
 #include <atomic>
 #include <cstdint>
@@ -29,10 +29,10 @@ class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPDatabaseImplBase {
   MMapInputFile file_;
 
  private:
-  /// Whether the first `count` records lie on pages that the file has. Opening doesn't compare
-  /// the file with its header.
+  /// Whether the file has the pages of the first `count` records. Opening doesn't compare the file
+  /// with its header.
   bool HasPagesFor(std::uint64_t count) const;
-  /// What `GetFilePtr` does; `caller` carries the blank and colon of the message.
+  /// Like `GetFilePtr`; `caller` includes the blank and colon of the message.
   const std::uint64_t* GetBase(const std::string& caller) const;
 
   mutable std::atomic<bool> pagedIn_ = false;

@@ -25,7 +25,7 @@ void ForBlocks(std::uint64_t begin, std::uint64_t end, Visit visit) {
   }
 }
 
-/// Calls `visit(i)` for each bit i that is set, from the lowest on.
+/// Calls `visit(i)` for each set bit i, lowest first.
 template <class Visit>
 void ForBits(std::uint64_t bits, Visit visit) {
   for (; bits != 0; bits &= bits - 1) visit(static_cast<std::size_t>(std::countr_zero(bits)));
@@ -35,7 +35,7 @@ void ForBits(std::uint64_t bits, Visit visit) {
 class Query {
  public:
   Query(const ZQFingerPrint& fp, const ZQScanRecords& records) {
-    // The number of words is checked before they are counted: the function takes whole units only.
+    // The number of words is checked before counting: the function takes whole units only.
     ZQConvertFP(words_, fp);
     valid_ = ZQ_ASSERT(words_.size() == records.numWords);
     if (valid_) count_ = records.popcount(words_.data(), words_.size());
@@ -50,7 +50,7 @@ class Query {
   bool valid_ = false;
 };
 
-/// Offers the scores of the records from `begin` on to a list. The bar sorts out nearly all.
+/// Adds the scores of the records from `begin` on to a list. The bar excludes nearly all.
 void Offer(ZQHitList<ZQSimScore>& list, const ZQScorer& scorer, const ZQRecords& records,
            std::uint64_t begin, std::size_t n, const Scores& scores, bool descending) {
   const double bar = list.GetBar().GetScore();
@@ -82,7 +82,7 @@ class BinCounter {
     }
   }
 
-  /// Adds what was counted to the histogram.
+  /// Adds the counts to the histogram.
   void Finish() {
     if (!fast_) return;
     std::vector<unsigned long> totals(bins_);
@@ -106,7 +106,7 @@ ZQScanRecords::ZQScanRecords(const unsigned long* first, unsigned long numRecord
                              unsigned long wordsOfEach, ZQPopCountFunc function)
     : ZQRecords{first, numRecords, wordsOfEach}, popcount(function) {}
 
-// Without an image there is one record, at no address, which `AreThere` refuses.
+// Without an image there is one record, at a null address, which `AreThere` rejects.
 ZQScanRecords::ZQScanRecords(const unsigned long* image, ZQPopCountFunc function)
     : ZQScanRecords(image ? image + zqHeaderWords : nullptr,
                     image ? image[zqNumRecordsPosition] : 1, image ? image[zqNumWordsPosition] : 0,
@@ -175,8 +175,8 @@ void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batc
   ZQScorer scorer(options, records, records.popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
-  // A batch is taken while the one before is scanned, so that its records are prefetched in time,
-  // and never those of another worker.
+  // The next batch is taken before the current one is scanned, so that its records are prefetched
+  // in time, and never those of another worker.
   unsigned long nextBatch = cursor.fetch_add(batch);
   while (nextBatch < records.count) {
     const unsigned long batchBegin = nextBatch;
@@ -212,7 +212,7 @@ void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>&
                       const ZQScanRecords& records) {
   if (!ZQ_ASSERT(lists.size() == queries.size()) || !records.AreThere()) return;
   if (queries.empty()) return;
-  // The words of a share of queries stay in the cache beside a block of records.
+  // The words of a share of queries stay in the cache together with a block of records.
   constexpr std::size_t maxShare = 256;
   const std::size_t numThreads = std::max(options.GetNumProcessors(), 1U);
   const std::size_t share = std::min(maxShare, (queries.size() + numThreads - 1) / numThreads);
@@ -240,8 +240,8 @@ void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>&
   });
 }
 
-// All records against all. A block of records as columns is taken up once for all rows; by a
-// symmetric measure only rows up to the block's last record are scored.
+// All pairs of records. A block of records is loaded as columns once for all rows; for a symmetric
+// measure only rows up to the block's last record are scored.
 
 void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
                        const ZQScanRecords& records) {
@@ -249,7 +249,7 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
   out.resize(ZQSaturatedProduct(records.count, records.count));
   const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   ZQScorer scorer(options, records, records.popcount);
-  // A few rows at a time, so that the mirror image is written in whole cache lines.
+  // A few rows at a time, so that the transposed scores are written in whole cache lines.
   constexpr std::size_t tileRows = 16;
   std::array<std::array<float, zqBlockRecords>, tileRows> tile;
   Scores scores;
@@ -310,9 +310,9 @@ void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& value
 
 namespace {
 
-/// The `k` greatest of the scores offered to each of a band of rows. A row has `k` slots. A key
-/// is a score, in the order of unsigned numbers, above the slot of its entry: once the slots are
-/// taken, the keys are a heap with the lowest on top, of equal scores the one in the first slot.
+/// The `k` greatest scores of each row of a band. A row has `k` slots. The high bits of a key are a
+/// score, ordered like unsigned numbers, and its low bits are the slot of its entry. Once all slots
+/// are used, the keys are a heap with the lowest on top: of equal scores, that of the first slot.
 class NearestLists {
  public:
   NearestLists(std::size_t numRows, std::size_t k)
@@ -329,11 +329,11 @@ class NearestLists {
   }
 
   bool IsFull(std::size_t row) const { return sizes_[row] == k_; }
-  /// What a score must exceed to be taken by the row, and by the rows behind it.
+  /// The bars of this row and those after it: a row accepts only scores above its bar.
   const double* Bars(std::size_t row) const { return &bars_[row]; }
 
-  /// `id` is the record's id and `column` its position: entries carry the id while there is room,
-  /// and the position after.
+  /// `id` is the record's id and `column` its position: entries contain the id until the row is
+  /// full, then the position.
   void Offer(std::size_t row, double score, std::uint64_t id, std::uint64_t column) {
     const float narrow = ZQCheckedFloat(score);
     std::uint64_t* keys = &keys_[row * k_];
@@ -373,7 +373,7 @@ class NearestLists {
   static constexpr std::uint64_t slotMask = 0xFFFFFFFF;
   static constexpr std::uint32_t signBit = 0x80000000;
 
-  /// The bits of a float as a number that orders like it; a NaN has its place, too.
+  /// The bits of a float as an integer in the same order, which also includes NaNs.
   static std::uint32_t OrderOf(float score) {
     const auto bits = std::bit_cast<std::uint32_t>(score);
     return (bits & signBit) != 0 ? ~bits : bits | signBit;
@@ -386,7 +386,7 @@ class NearestLists {
     return std::bit_cast<float>((order & signBit) != 0 ? order & ~signBit : ~order);
   }
 
-  /// Puts a greater key in the place of the lowest, and sinks it down the heap.
+  /// Replaces the lowest key by a greater one, and sifts it down the heap.
   void ReplaceLowest(std::uint64_t* keys, std::uint64_t key) const {
     std::size_t hole = 0;
     for (std::size_t child = 1; child < k_; child = 2 * hole + 1) {
@@ -411,7 +411,7 @@ class NearestLists {
 void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOptions& options,
                           const ZQScanRecords& records, unsigned long k) {
   // The lists of all rows at once if they don't take much memory: then each pair is scored once.
-  // Otherwise those of a few rows, which stay in the cache: whole blocks, or a part of one.
+  // Otherwise those of a few rows, which fit in the cache: whole blocks, or a part of one.
   constexpr std::size_t maxSlots = (std::size_t{40} << 20) / NearestLists::bytesPerSlot;
   constexpr std::size_t slotsInCache = (std::size_t{1} << 20) / NearestLists::bytesPerSlot;
   constexpr std::size_t minBand = 16;
@@ -430,7 +430,8 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
   k = std::min(k, records.count);
   band = std::min(band, records.count);
   if (k == 0 || !ZQ_ASSERT(band > 0)) return;
-  // Scores serve both ways where every block of columns lies inside one band or outside of it.
+  // A score can be used for both its rows if every block of columns is inside one band or outside
+  // of it.
   const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
   const bool mirrored = symmetric && (band % zqBlockRecords == 0 || band == records.count);
   ZQScorer scorer(options, records, records.popcount);
@@ -441,9 +442,9 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
   for (std::uint64_t bandBegin = 0; bandBegin < records.count; bandBegin += band) {
     const std::uint64_t bandEnd = std::min<std::uint64_t>(bandBegin + band, records.count);
     lists.Clear();
-    // Every row meets its columns in ascending order. Where a block's records have rows in the
-    // band themselves, a record of the block meets the rows before its block when that block has
-    // its turn, and the records behind as their blocks follow.
+    // Every row gets its columns in ascending order. For a block inside the band, each score of an
+    // earlier row also serves the block's record as row; rows after the block get its records as
+    // columns in the same way, with their own blocks.
     ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
       scorer.SetColumns(columns, n);
       const bool mirror = mirrored && columns >= bandBegin && columns < bandEnd;

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The loops that the files of several processors share. They are always inlined, so that each is
-/// compiled for the processor of the function around it.
+/// Loops shared by the files of several processors. They are always inlined, so that each is
+/// compiled for the instruction set of the function that calls it.
 
 #include <array>
 #include <bit>
@@ -13,15 +13,15 @@
 
 namespace ZQKorvex {
 
-/// Asks for a line of memory, into the second cache.
+/// Prefetches a cache line into the L2 cache.
 [[gnu::always_inline]] inline void ZQPrefetch(std::uintptr_t address) {
-  // Beyond the last record it is no pointer, only a hint.
+  // Past the last record the address isn't a valid pointer, only a hint.
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
   __builtin_prefetch(reinterpret_cast<const void*>(address), 0, 2);
 }
 
-// Loops over doubles, which the compiler turns into vectors of the width of the function that
-// they are inlined into.
+// Loops over doubles, which the compiler vectorizes for the instruction set of the calling
+// function.
 
 template <std::size_t measure>
 [[gnu::always_inline]] inline bool ZQScoreLoop(const ZQScoreTerms& terms, double q,
@@ -29,7 +29,7 @@ template <std::size_t measure>
                                                const std::uint32_t* __restrict counts,
                                                std::size_t n, double* __restrict scores) {
   const ZQScoreTerms local = terms;
-  // The bits of a number from 0.0 to 1.0 have no sign, nor do they with this added.
+  // From 0.0 to 1.0 the sign bit is clear, and stays clear when this is added to the bits.
   constexpr std::uint64_t fromOne =
       (std::uint64_t{1} << 63) - 1 - std::bit_cast<std::uint64_t>(1.0);
   std::uint64_t outside = 0;
@@ -58,7 +58,7 @@ template <std::size_t measure>
   return outside == 0;
 }
 
-// What processors without wider registers than the compiler's own take.
+// For processors whose registers are no wider than the compiler's default.
 extern const std::array<ZQScanVariant::ScoreLoop, zqMeasures.size()> zqPortableScores;
 bool ZQPortableBins(const double* values, std::size_t n, double lower, double upper, double binSize,
                     std::uint32_t last, std::uint32_t* places);

@@ -1,15 +1,15 @@
 #pragma once
 
-/// Scores of one fingerprint against a block of records: what all scan kernels are made of.
+/// Scores of one fingerprint against a block of records, the base of all scan kernels.
 ///
-/// Two ways give the same counts of common bits. The plain one ANDs each pair into a scratch buffer
-/// and calls the popcount function that it was given. When that function is one of the library's
-/// own, the loops of a variant (fpfast_variants_local.h) take its place. From there on there is one
-/// way, so that a score depends on the words and the stored counts of the two fingerprints alone.
+/// Two methods give the same counts of common bits. The plain one ANDs each pair into a scratch
+/// buffer and calls the given popcount function. If that function is one of the library's own, the
+/// loops of a variant (fpfast_variants_local.h) replace it. The rest of the computation is shared,
+/// so that a score depends only on the words and the stored counts of the two fingerprints.
 ///
-/// Stored counts are trusted as far as they can be true: one above the bits of the words counts as
-/// all of them, and a score is never outside 0.0 to 1.0. So no content of a file leads to a NaN,
-/// to a conversion that fails or past the ends of a histogram.
+/// A stored count above the number of bits is taken as that number, and a score is never outside
+/// 0.0 to 1.0. So no file content causes a NaN, a failed conversion or an access outside a
+/// histogram.
 
 #include <algorithm>
 #include <array>
@@ -21,7 +21,7 @@
 
 namespace ZQKorvex {
 
-/// The records that a kernel walks: each is an id, a population count and `numWords` words.
+/// The records that a kernel reads: each is an id, a population count and `numWords` words.
 struct ZQRecords {
   const std::uint64_t* data;
   std::uint64_t count;
@@ -29,7 +29,7 @@ struct ZQRecords {
 
   std::uint64_t Stride() const { return numWords + 2; }
   const std::uint64_t* At(std::uint64_t index) const { return data + index * Stride(); }
-  /// Where a record would lie, also one beyond the end.
+  /// The address of a record, also of one past the end.
   std::uintptr_t AddressOf(std::uint64_t index) const {
     return reinterpret_cast<std::uintptr_t>(data) + 8 * index * Stride();
   }
@@ -48,21 +48,21 @@ class ZQScorer {
  public:
   ZQScorer(const ZQFPDatabaseOptions& options, const ZQRecords& records, ZQPopCountFunc popcount);
 
-  /// Scores the row against the `n` records from `begin` on, at most `zqBlockRecords`. The caller
-  /// goes on with the records from `next` on, which memory is asked for meanwhile.
+  /// Scores the row against the `n` records from `begin` on, at most `zqBlockRecords`. Prefetches
+  /// the records from `next` on, which the caller scans next.
   void Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, std::uint64_t next,
             double* scores);
-  /// The same where the records of a database are scanned in order.
+  /// The same for records of a database that are scanned in order.
   void Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, double* scores) {
     Scan(row, begin, n, begin + recordsAhead_, scores);
   }
 
-  /// Takes up `n` records, at most `zqBlockRecords`, for many rows to come.
+  /// Loads `n` records, at most `zqBlockRecords`, to be scored against many rows.
   void SetColumns(std::uint64_t begin, std::size_t n);
   /// Scores a row against those records.
   void ScoreColumns(const ZQScoredRow& row, double* scores);
 
-  /// The row that a record is.
+  /// A record as a row.
   ZQScoredRow RowOf(std::uint64_t index) const {
     return {records_.Words(index), records_.Count(index)};
   }

@@ -9,7 +9,7 @@ namespace ZQKorvex {
 
 namespace {
 
-/// Two words, for which compilers take a vector register wherever there is one.
+/// Two words, which compilers keep in a vector register if there is one.
 using Words [[gnu::vector_size(16)]] = std::uint64_t;
 
 Words Load(const std::uint64_t* from) {
@@ -18,8 +18,8 @@ Words Load(const std::uint64_t* from) {
   return words;
 }
 
-/// The common bits of two arrays: adjacent fields are added until each byte holds its count, then
-/// bytes of several words.
+/// The common bits of two arrays: adds adjacent fields until each byte holds its count, then bytes
+/// of several words.
 std::uint64_t CountCommon(const std::uint64_t* a, const std::uint64_t* b, std::size_t numWords) {
   constexpr std::uint64_t bits = 0x5555555555555555;
   constexpr std::uint64_t pairs = 0x3333333333333333;
@@ -62,7 +62,7 @@ constexpr auto ScoresOf(std::index_sequence<measures...>) {
   return std::array<ZQScanVariant::ScoreLoop, sizeof...(measures)>{Scores<measures>...};
 }
 
-// Few blocks hold a score that is good enough, and the first loop, in vectors, tells which.
+// Few blocks contain a good enough score; the first loop, vectorized, finds out whether one does.
 template <class Reaches>
 std::uint64_t MaskOf(std::size_t n, Reaches reaches) {
   int any = 0;

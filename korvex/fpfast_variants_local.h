@@ -1,11 +1,11 @@
 #pragma once
 
 /// The inner loops of the scans, written for several processors. A scan of records in memory is
-/// bound by memory, and its loops need only keep up; a row against records in the cache is bound
+/// bound by memory, and its loops only need to keep up; a row against records in the cache is bound
 /// by the AND, count and add of every vector.
 ///
-/// All variants give the same counts and, as every operation on doubles is rounded alike, the
-/// same scores. Which one runs is settled once per search.
+/// All variants give the same counts and, since all operations on doubles round alike, the same
+/// scores. The variant is chosen once per search.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,38 +13,37 @@
 
 namespace ZQKorvex {
 
-/// Records that are handled at a time: the scores of a block lie in the nearest cache, and a
-/// packed block of 4096-bit fingerprints takes 32 KiB.
+/// Records per block: the scores of a block fit in the L1 cache, and a packed block of 4096-bit
+/// fingerprints takes 32 KiB.
 inline constexpr std::size_t zqBlockRecords = 64;
 
-/// Scores crowd into few bins, so each bin is counted in this many places: one addition needn't
-/// wait for the one before.
+/// Counters per bin. Most scores fall into few bins; with several counters an addition needn't wait
+/// for the previous one.
 inline constexpr std::size_t zqBinLanes = 8;
 
 struct ZQScanVariant {
-  /// counts[i]: bits common to the query and record i, for `n` records that start at `words`,
-  /// the fingerprint words of the first, and lie `stride` words apart. Asks memory for as many
-  /// records from `ahead` on, where the next ones to be scanned lie; it need not be a valid
-  /// address.
+  /// Sets counts[i] to the number of bits common to the query and record i. `words` is the first
+  /// fingerprint word of the first of `n` records, which are `stride` words apart. Prefetches `n`
+  /// records from `ahead` on, the next to be scanned; it need not be a valid address.
   void (*scan)(const std::uint64_t* query, const std::uint64_t* words, std::uintptr_t ahead,
                std::size_t stride, std::size_t n, std::size_t numWords, std::uint32_t* counts);
-  /// Packs `n` records, at most `zqBlockRecords`: word w of record i goes to
-  /// packed[w * zqBlockRecords + i], from an address that is a multiple of 64. Null where packing
-  /// doesn't pay: `scan` then serves every row.
+  /// Packs `n` records, at most `zqBlockRecords`, into `packed`, which is aligned to 64 bytes:
+  /// packed[w * zqBlockRecords + i] is word w of record i. Null where packing doesn't pay: all rows
+  /// then use `scan`.
   void (*pack)(const std::uint64_t* words, std::size_t stride, std::size_t n, std::size_t numWords,
                std::uint64_t* packed);
-  /// What `scan` does, for a whole packed block.
+  /// Like `scan`, for a whole packed block.
   void (*row)(const std::uint64_t* row, const std::uint64_t* packed, std::size_t numWords,
               std::uint32_t* counts);
 
-  /// scores[i] from `q`, r[i] and counts[i], at the index of a measure less one. False if any isn't
-  /// inside 0.0 to 1.0.
+  /// Computes scores[i] from `q`, r[i] and counts[i]; the loop of a measure is at its number less
+  /// 1. False if any score isn't within 0.0 to 1.0.
   using ScoreLoop = bool (*)(const ZQScoreTerms& terms, double q, const double* r,
                              const std::uint32_t* counts, std::size_t n, double* scores);
   const ScoreLoop* scores;
-  /// places[i]: the place that counts values[i]: zqBinLanes * bin + i % zqBinLanes, the bin among
-  /// those up to `last`. False if any value isn't inside `lower` to `upper`; the places are then
-  /// worthless.
+  /// Sets places[i] to the counter of values[i], zqBinLanes * bin + i % zqBinLanes, with a bin of
+  /// at most `last`. False if any value isn't within `lower` to `upper`; the places are then
+  /// undefined.
   bool (*bin)(const double* values, std::size_t n, double lower, double upper, double binSize,
               std::uint32_t last, std::uint32_t* places);
   /// Bit i: whether scores[i], of at most 64, is no worse than the bar.

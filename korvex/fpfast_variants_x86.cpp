@@ -15,7 +15,7 @@ namespace {
 [[gnu::always_inline]] ZQ_TARGET_POPCNT inline std::uint64_t CountPopcnt(const std::uint64_t* a,
                                                                          const std::uint64_t* b,
                                                                          std::size_t numWords) {
-  std::uint64_t sums[zqWordsPerUnit] = {};  // so that additions don't wait on one another
+  std::uint64_t sums[zqWordsPerUnit] = {};  // so that additions don't wait for one another
   for (std::size_t w = 0; w < numWords; w += zqWordsPerUnit) {
     for (std::size_t k = 0; k < zqWordsPerUnit; ++k) {
       sums[k] += static_cast<std::uint64_t>(_mm_popcnt_u64(a[w + k] & b[w + k]));
@@ -33,7 +33,7 @@ ZQ_TARGET_POPCNT void ScanPopcnt(const std::uint64_t* query, const std::uint64_t
   }
 }
 
-// AVX2: the counts of the 16 nibbles in a table that one shuffle looks up for 32 nibbles.
+// AVX2: one shuffle looks up the counts of 32 nibbles in a table of 16.
 
 ZQ_TARGET_AVX2 void ScanAvx2(const std::uint64_t* query, const std::uint64_t* words,
                              std::uintptr_t ahead, std::size_t stride, std::size_t n,
@@ -73,8 +73,8 @@ ZQ_TARGET_AVX2 void ScanAvx2(const std::uint64_t* query, const std::uint64_t* wo
   return static_cast<__mmask8>(left < 8 ? (1U << left) - 1 : 0xFF);
 }
 
-/// The common bits of two fingerprints in eight partial sums. A single load in a plain loop is
-/// what the processor's own prefetchers follow best.
+/// The common bits of two fingerprints in eight partial sums. The processor's own prefetchers work
+/// best with a single load in a plain loop.
 [[gnu::always_inline]] ZQ_TARGET_VPOPCNTDQ inline __m512i CountAvx512(const std::uint64_t* query,
                                                                       const std::uint64_t* words,
                                                                       std::uintptr_t ahead,
@@ -129,7 +129,7 @@ ZQ_TARGET_VPOPCNTDQ void ScanAvx512(const std::uint64_t* query, const std::uint6
   }
 }
 
-/// Eight words of eight records at a time: a transposition of 8 by 8 words.
+/// Transposes eight words of eight records at a time.
 ZQ_TARGET_AVX512 void PackAvx512(const std::uint64_t* words, std::size_t stride, std::size_t n,
                                  std::size_t numWords, std::uint64_t* packed) {
   for (std::size_t first = 0; first < n; first += 8) {
@@ -141,7 +141,7 @@ ZQ_TARGET_AVX512 void PackAvx512(const std::uint64_t* words, std::size_t stride,
         const __mmask8 exists = first + k < n ? here : __mmask8{0};
         in[k] = _mm512_maskz_loadu_epi64(exists, words + (first + k) * stride + w);
       }
-      // Words of equal place of two records, of four, then of all eight stand side by side.
+      // Words at the same place of two records, of four, then of all eight become adjacent.
       __m512i two[8];
       __m512i four[8];
 #pragma GCC unroll 4
@@ -163,7 +163,7 @@ ZQ_TARGET_AVX512 void PackAvx512(const std::uint64_t* words, std::size_t stride,
         _mm512_store_si512(out + k * zqBlockRecords,
                            _mm512_shuffle_i64x2(four[k], four[4 + k], 0x88));
       }
-      if (left == 4) break;  // half a vector of words was left
+      if (left == 4) break;  // only half a vector of words was left
 #pragma GCC unroll 4
       for (std::size_t k = 0; k < 4; ++k) {
         _mm512_store_si512(out + (4 + k) * zqBlockRecords,
@@ -173,8 +173,8 @@ ZQ_TARGET_AVX512 void PackAvx512(const std::uint64_t* words, std::size_t stride,
   }
 }
 
-/// Eight records to a vector, so that nothing is left to add up across lanes. What bounds it is
-/// the AND, count and add of each vector, three operations on two ports.
+/// Eight records per vector, so that no sums across lanes are needed. The bound is the AND, count
+/// and add of each vector, three operations on two ports.
 ZQ_TARGET_VPOPCNTDQ void RowAvx512(const std::uint64_t* row, const std::uint64_t* packed,
                                    std::size_t numWords, std::uint32_t* counts) {
   constexpr std::size_t groups = 4;
@@ -206,9 +206,9 @@ ZQ_TARGET_AVX512 bool ScoresAvx512(const ZQScoreTerms& terms, double q, const do
   return ZQScoreLoop<measure>(terms, q, r, counts, n, scores);
 }
 
-/// A division takes as long as all else here together. So values are multiplied by the inverse
-/// of the bin's size, and divided only where that comes so near to a bin's edge that rounding
-/// could put it on the wrong side.
+/// A division takes as long as everything else here together. So values are multiplied by the
+/// inverse of the bin's size, and divided only if the product is so near to a bin's edge that
+/// rounding could put it on the wrong side.
 ZQ_TARGET_AVX512 bool BinsAvx512(const double* values, std::size_t n, double lower, double upper,
                                  double binSize, std::uint32_t last, std::uint32_t* places) {
   const __m512d nearness = _mm512_set1_pd(1e-9);  // well above the rounding of 2^16 bins

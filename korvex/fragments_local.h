@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the circular and the tree generator share: fragments are connected sets of atoms, and only
-/// the order in which they are found differs.
+/// The common base of the circular and the tree generator: fragments are connected sets of atoms,
+/// and only the order of enumeration differs.
 
 #include <algorithm>
 #include <optional>
@@ -18,7 +18,7 @@
 
 namespace ZQKorvex {
 
-/// Names fragments; lives for one call. T is unsigned 32-bit or string.
+/// Computes the identifiers of fragments; used for one call. T is unsigned 32-bit or string.
 template <class T>
 class FragmentGenerator {
  public:
@@ -34,9 +34,8 @@ class FragmentGenerator {
  protected:
   static constexpr bool isText = std::is_same_v<T, std::string>;
 
-  /// Hands over every atom, heavy or not, where sizes begin at 0, and lets `growFrom` find the
-  /// larger fragments, if there are any, around each heavy atom: of symmetric ones around the
-  /// first.
+  /// Records every atom, heavy or not, if sizes begin at 0, and calls `growFrom` for larger
+  /// fragments, if any, with each heavy atom as centre: of symmetric atoms only the first.
   template <class Sink, class GrowFrom>
   void ForEachFragment(unsigned int minSize, unsigned int maxSize, Sink& sink, GrowFrom growFrom) {
     const bool atoms = ZQ_ASSERT(atomInvariants_.size() == mol_.GetMaxAtomIdx());
@@ -55,7 +54,7 @@ class FragmentGenerator {
     }
   }
 
-  /// The identifier of the present fragment, two atoms or more.
+  /// Computes the identifier of the current fragment of two atoms or more.
   bool GetCanonicalID(T& id) {
     if constexpr (isText) {
       if (!canonical_) canonical_.emplace(mol_, connections_, atomInvariants_, bondInvariants_);
@@ -66,7 +65,7 @@ class FragmentGenerator {
     }
   }
 
-  /// Hands the present fragment over.
+  /// Passes the current fragment to `sink`.
   template <class Sink>
   void Record(Sink& sink, const T& id) {
     sink(id);
@@ -83,7 +82,7 @@ class FragmentGenerator {
   using CanonicalIdGenerator =
       std::conditional_t<isText, ZQUnHashedCanonicalIdGenerator, ZQHashedCanonicalIdGenerator>;
 
-  // Each atom with its bond to the first atom before it that it has one to: a spanning tree.
+  // Each atom with its bond to the earliest fragment atom bonded to it: a spanning tree.
   ZQFPAtomBondSet<T> MakePattern(const T& id) const {
     ZQFPAtomBondSet<T> pattern(&mol_, id);
     for (std::size_t place = 0; place < fragment_.NumAtoms(); ++place) {

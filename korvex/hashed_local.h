@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the hashed kinds have in common: how parameters are repaired, and the way from a prepared
-/// molecule to bits.
+/// The code shared by the hashed kinds: replacing illegal parameters, and making bits from a
+/// prepared molecule.
 
 #include <vector>
 
@@ -10,10 +10,10 @@
 
 namespace ZQKorvex {
 
-/// Replaces what is illegal by the defaults, with a warning each.
+/// Replaces illegal parameters by their defaults, with a warning each.
 void ZQRepairParams(const ZQFPKind& kind, ZQFPTypeValues& values);
 
-/// Calls `fold` with each identifier of a prepared molecule, whose invariants come with it.
+/// Calls `fold` with each identifier of a prepared molecule with the given invariants.
 using ZQFoldIds = void (*)(const ZQMolBase& mol, std::vector<unsigned int>& atomInvariants,
                            std::vector<unsigned int>& bondInvariants, const ZQFPTypeValues& values,
                            ZQFolder fold);

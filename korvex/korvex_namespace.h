@@ -1,7 +1,7 @@
 #pragma once
 
-/// The tables from names to values that type strings, command lines and help texts share. Each
-/// is built once, on first use; the pointers stay good to process exit. Safe from any thread.
+/// The tables from names to values shared by type strings, command lines and help texts. Each is
+/// built once, on first use; the pointers stay valid until the process exits. Safe from any thread.
 
 #include "contract/bostrel/nspace.h"
 #include "korvex/siblings.h"
@@ -16,7 +16,7 @@ ZQ_EXPORT const ZQNamespaceInterface* ZQGetFPAtomTypeNamespaceInterface();
 ZQ_EXPORT const ZQNamespaceInterface* ZQGetFPBondTypeNamespaceInterface();
 /// The measures of `ZQSimMeasure`.
 ZQ_EXPORT const ZQNamespaceInterface* ZQGetSimMeasureNamespaceInterface();
-/// "memory-mapped", "in-memory", "CUDA". Its own name is "ZQSimMeasure", as callers know it.
+/// "memory-mapped", "in-memory", "CUDA". Its own name is "ZQSimMeasure", on which callers rely.
 ZQ_EXPORT const ZQNamespaceInterface* ZQGetMemoryTypeNamespaceInterface();
 
 }  // namespace ZQKorvex

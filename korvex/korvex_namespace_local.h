@@ -1,6 +1,6 @@
 #pragma once
 
-/// The classes behind the namespace interfaces.
+/// The classes of the namespace interfaces.
 
 #include "contract/bostrel/nspace.h"
 #include "korvex/siblings.h"

@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::size_t shortestText = 4;
 
-// The text of a fingerprint, ended by a NUL in any case: a vector that wasn't made by
-// `ZQMakeLingoFP` may lack one.
+// The text of a fingerprint, always NUL-terminated: a vector that wasn't made by `ZQMakeLingoFP`
+// may lack the NUL.
 class LingoText {
  public:
   explicit LingoText(const ZQFingerPrint& fp) : text_(reinterpret_cast<const char*>(fp.Words())) {

@@ -13,7 +13,7 @@ namespace ZQKorvex {
 
 namespace {
 
-// Key by atomic number, 0 for none.
+// Key by atomic number, 0 if none.
 constexpr std::array<std::uint8_t, 113> atomicNumBit = [] {
   std::array<std::uint8_t, 113> keys{};
   const auto set = [&keys](std::uint8_t key, std::initializer_list<std::uint8_t> atomicNums) {
@@ -48,8 +48,8 @@ struct Row {
   std::uint32_t secondNumber = 0;
 };
 
-// Loose and doubled texts are the public set's own. Key 44 isn't missing by mistake: it asks
-// nothing.
+// Imprecise and duplicate texts are the public set's own. Key 44 is left out on purpose: it has no
+// definition.
 constexpr Row rows[] = {
     {"[!0*]", 1},
     {"[!#6;!#1]~1~*~*~*~1", 8},

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The MACCS keys that are substructures, and the setting of all bits.
+/// The MACCS keys that are substructures, and the function that sets all bits.
 
 #include <cstdint>
 #include <string>
@@ -19,14 +19,14 @@ struct MACCSKey {
   std::uint32_t number;
   std::uint32_t secondNumber;  ///< key that a second unique match sets; 0 for none
   ZQSubSearch query;
-  std::uint32_t equalNumber = 0;  ///< an earlier key of the same text; 0 for none
+  std::uint32_t equalNumber = 0;  ///< an earlier key with the same text; 0 for none
 };
 
 /// The keys in ascending order.
 class MACCS166Keys : public std::vector<MACCSKey> {
  public:
   MACCS166Keys();
-  /// The one table of the process, made at the first call.
+  /// The only table of the process, made at the first call.
   static const MACCS166Keys& Get();
 };
 

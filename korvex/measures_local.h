@@ -1,13 +1,13 @@
 #pragma once
 
-/// The measures of similarity, a row each: a new one is a constant of `ZQSimMeasure`, its formulae
-/// and its row, and without the row nothing compiles. The order of the arithmetic is part of a
-/// score.
+/// The similarity measures, one row each. A new one needs a constant of `ZQSimMeasure`, its
+/// formulae and its row; without the row nothing compiles. The order of the arithmetic affects the
+/// score and must not change.
 ///
-/// Each has two formulae. Single precision, of the four counts of measuresim.h, serves
-/// fingerprints, Lingo texts among them, whose neither is 0. Double precision, of three counts,
-/// serves the scans of the fast database: there two empty fingerprints score 0.0 by Tanimoto,
-/// Cosine, Dice and Tversky, and Cosine's root is exact.
+/// Each has two formulae. The single-precision one takes the four counts of measuresim.h and is
+/// used for fingerprints, including Lingo texts, whose neither is 0. The double-precision one takes
+/// three counts and is used for the scans of the fast database: there two empty fingerprints score
+/// 0.0 by Tanimoto, Cosine, Dice and Tversky, and Cosine's root is exact.
 
 #include <array>
 #include <cmath>
@@ -19,7 +19,7 @@
 
 namespace ZQKorvex {
 
-/// The counts of two fingerprints, as in measuresim.h; not valid where there are none to compare.
+/// The counts of two fingerprints, as in measuresim.h; not valid if there is nothing to compare.
 struct ZQCounts {
   unsigned int onlyA = 0;
   unsigned int onlyB = 0;
@@ -28,7 +28,7 @@ struct ZQCounts {
   bool valid = false;
 };
 
-/// What a score of a scan depends on besides the counts.
+/// The inputs of a scan's score besides the counts.
 struct ZQScoreTerms {
   ZQScoreTerms(const ZQFPDatabaseOptions& options, std::uint64_t numWords)
       : bits(ZQCheckedDouble(64 * numWords)),
@@ -48,15 +48,15 @@ struct ZQMeasure {
   bool isSymmetric;
   bool isDistance;     ///< equal fingerprints have 0.0, not 1.0
   bool countsNeither;  ///< whether `neither` is counted
-  /// The score of two fingerprints that differ; `ZQScoreOf` is for all.
+  /// The score of two different fingerprints; `ZQScoreOf` also handles equal ones.
   float (*ofCounts)(const ZQCounts& n, float alpha, float beta);
-  /// The score of two fingerprints with `q` and `r` bits, `c` of them common: from 0.0 to 1.0 if
-  /// the counts are true. Others may give any number, infinity and NaN included.
+  /// The score of two fingerprints with `q` and `r` bits, `c` of them common: from 0.0 to 1.0 for
+  /// consistent counts. Others may give any number, infinity and NaN included.
   double (*ofTerms)(const ZQScoreTerms& terms, double q, double r, double c);
 };
 
-// The formulae over doubles are inlined into loops, which stay free of branches: where a
-// denominator is 0, 0 is divided by 1 instead.
+// The formulae over doubles are inlined into loops and have no branches: instead of dividing by 0,
+// they divide 0 by 1.
 
 inline float ZQTanimotoOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
   if (n.both == 0) return 0.0F;
@@ -139,19 +139,19 @@ static_assert(
     }(),
     "each measure has its row");
 
-/// The row of a measure; null for a number that names none.
+/// The row of a measure; null for an unknown number.
 inline const ZQMeasure* ZQFindMeasure(unsigned int measure) {
   return ZQSimMeasure::IsValid(measure) ? &zqMeasures[measure - 1] : nullptr;
 }
 
-/// Whether a measure takes two fingerprints in either order. A number that names none does, as it
-/// scores 0.0.
+/// Whether a measure is symmetric in the two fingerprints. True for an unknown number, which scores
+/// 0.0.
 inline bool ZQIsSymmetric(unsigned int measure) {
   const ZQMeasure* row = ZQFindMeasure(measure);
   return !row || row->isSymmetric;
 }
 
-/// The score of the counts by a measure; 0.0 where they aren't valid.
+/// The score of the counts by a measure; 0.0 if they aren't valid.
 inline float ZQScoreOf(const ZQMeasure& measure, const ZQCounts& n, float alpha, float beta) {
   if (!n.valid) return 0.0F;
   if (n.onlyA + n.onlyB == 0) return measure.isDistance ? 0.0F : 1.0F;

@@ -14,13 +14,13 @@ namespace ZQKorvex {
 
 namespace {
 
-// What is counted in a fingerprint that has a type: bits where its kind isn't in the table.
+// What is counted in a fingerprint with a type: bits if its kind isn't in the table.
 ZQFPMeasures MeasuresOf(const ZQFingerPrint& fp) {
   const ZQFPKind* kind = ZQFindFPKind(fp.GetFPTypeBase());
   return kind ? kind->measures : ZQFPMeasures::Bits;
 }
 
-// The tokens of the NUL-terminated text that an unhashed fingerprint holds, sorted by byte.
+// The tokens of the NUL-terminated text of an unhashed fingerprint, sorted bytewise.
 std::vector<std::string_view> SortedTokens(const ZQFingerPrint& fp) {
   const std::string_view bytes(reinterpret_cast<const char*>(fp.Words()),
                                std::size_t{fp.NumWords()} * sizeof(std::uint64_t));
@@ -36,7 +36,7 @@ std::vector<std::string_view> SortedTokens(const ZQFingerPrint& fp) {
   return tokens;
 }
 
-// Tanimoto over the multisets of tokens.
+// Tanimoto of the multisets of tokens.
 float TokenTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b) {
   const std::vector<std::string_view> tokensA = SortedTokens(a);
   const std::vector<std::string_view> tokensB = SortedTokens(b);

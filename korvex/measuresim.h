@@ -1,18 +1,18 @@
 #pragma once
 
-/// Similarity of two fingerprints of one type, and the population counts that the fast database
-/// scans with. All functions are pure and may be called from any thread.
+/// Similarity of two fingerprints of one type, and the population counts for scans of the fast
+/// database. All functions are pure and may be called from any thread.
 ///
 /// Legend: onlyA and onlyB are the bits set in one fingerprint alone, both those set in both,
-/// neither those clear in both. Two fingerprints of different types report the error
-/// "fingerprint type mismatch!" (Tanimoto: "ZQTanimoto() fingerprint type mismatch!") and score
-/// 0.0. Two equal ones, the two empty ones among them, score 1.0, by Manhattan 0.0. A count above
-/// 2^24, where floats are no longer exact, is reported as Fatal.
+/// neither those clear in both. Two fingerprints of different types report the error "fingerprint
+/// type mismatch!" (Tanimoto: "ZQTanimoto() fingerprint type mismatch!") and score 0.0. Two equal
+/// ones, including two empty ones, score 1.0, by Manhattan 0.0. A count above 2^24, where floats
+/// are no longer exact, is reported as Fatal.
 ///
-/// Unhashed fingerprints hold text. Tanimoto compares them as multisets of tokens, and two empty
+/// Unhashed fingerprints contain text. Tanimoto compares them as multisets of tokens, and two empty
 /// ones score 0.0; for the other measures the unhashed path and circular kinds are an assertion
-/// failure. Of Lingo fingerprints the substrings of four characters are counted as bits are, with
-/// neither 0 (lingo.h): where one text is shorter, two that differ score 0.0 by all measures.
+/// failure. For Lingo fingerprints substrings of four characters are counted like bits, with
+/// neither 0 (lingo.h): if one text is shorter, two different ones score 0.0 by all measures.
 
 #include <cstdint>
 #include <string>
@@ -38,16 +38,16 @@ inline constexpr unsigned int Euclid = Number::Euclid;
 inline constexpr unsigned int Tversky = Number::Tversky;
 /// (onlyA + onlyB) / all, a distance
 inline constexpr unsigned int Manhattan = Number::Manhattan;
-/// Whether the number names a measure.
+/// Whether the number is that of a measure.
 inline constexpr bool IsValid(unsigned int measure) { return measure - 1 < Number::End - 1; }
 }  // namespace ZQSimMeasure
 
-/// "Tanimoto" for 1 and so on; "unknown" for a number that names no measure.
+/// "Tanimoto" for 1 and so on; "unknown" for a number that isn't a measure.
 ZQ_EXPORT std::string ZQGetSimilarityMeasureName(unsigned int measure);
 
-/// Fills the four counts; `neither` may be null, and stays untouched for Lingo. False for a type
-/// mismatch and for kinds that have no counts, with the counts untouched, and where
-/// `ZQGetLingoSimTerms` is.
+/// Computes the four counts; `neither` may be null, and isn't changed for Lingo. False for a type
+/// mismatch and for kinds without counts, with the counts unchanged, and where `ZQGetLingoSimTerms`
+/// returns false.
 ZQ_EXPORT bool ZQGetBitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int* onlyA,
                               unsigned int* onlyB, unsigned int* both, unsigned int* neither);
 
@@ -56,8 +56,8 @@ ZQ_EXPORT float ZQGetSimilarity(unsigned int measure, const ZQFingerPrint& a,
                                 const ZQFingerPrint& b, float alpha, float beta);
 
 ZQ_EXPORT float ZQTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b);
-/// By one Newton step on the processor's reciprocal square root: the last bits may differ from
-/// the rounded value and between processors, and 1.0 may be passed by a rounding step.
+/// Uses one Newton step on the processor's reciprocal square root: the last bits may differ from
+/// the rounded value and between processors, and the result may exceed 1.0 by a rounding step.
 ZQ_EXPORT float ZQCosine(const ZQFingerPrint& a, const ZQFingerPrint& b);
 ZQ_EXPORT float ZQDice(const ZQFingerPrint& a, const ZQFingerPrint& b);
 ZQ_EXPORT float ZQEuclid(const ZQFingerPrint& a, const ZQFingerPrint& b);
@@ -75,7 +75,7 @@ class ZQ_EXPORT ZQSimFuncBase {
   virtual std::string GetSimTypeString() const = 0;
 };
 
-/// A measure as a class: `Base` is the class that it derives from, `A` the type of side A.
+/// A measure as a class: `Base` is its base class, `A` the type of side A.
 template <class Base, class A, unsigned int measure>
 class ZQ_EXPORT ZQMeasureSim : public Base {
  public:
@@ -119,17 +119,17 @@ using ZQTverskySim = ZQWeightedMeasureSim<ZQSimFuncBase, ZQFingerPrint, ZQSimMea
 /// Counts the set bits of an array of words; the word count must be a multiple of 4.
 using ZQPopCountFunc = unsigned long (*)(const unsigned long* words, unsigned long count);
 
-/// What the processor offers: 2 with SSE4.2 and POPCNT, 1 without; 0 names a machine that has no
-/// scan function at all.
+/// The best method of the processor: 2 with SSE4.2 and POPCNT, 1 without; 0 on a machine without
+/// any scan function.
 ZQ_EXPORT unsigned int ZQGetPopCountMethod();
 /// The scan function of a method; null after an assertion failure for any number but 1 and 2.
 ZQ_EXPORT ZQPopCountFunc ZQGetPopCountFunc(unsigned int method);
 ZQ_EXPORT unsigned long ZQPopCountPOPCNT(const unsigned long* words, unsigned long count);
 ZQ_EXPORT unsigned long ZQPopCountBitCount(const unsigned long* words, unsigned long count);
-/// Placeholders of other processors: an assertion failure, and 0.
+/// Placeholders for other processors: an assertion failure, and 0.
 ZQ_EXPORT unsigned long ZQPopCountARM(const unsigned long* words, unsigned long count);
 ZQ_EXPORT unsigned long ZQPopCountMM(const unsigned long* words, unsigned long count);
-/// 256: fingerprints scanned by these functions are a multiple of this many bits.
+/// 256: these functions scan fingerprints whose size is a multiple of this many bits.
 ZQ_EXPORT unsigned int ZQGetPopCountFingerprintSizeUnit();
 
 }  // namespace ZQKorvex

@@ -1,8 +1,8 @@
 #pragma once
 
-/// The measures of measuresim.h over Lingo texts of which the query's was made ready once, for
-/// scans. The query is side A. Counts are those of `ZQGetLingoSimTerms`, with neither as 0; a query
-/// that isn't valid warns and scores 0.0. Immutable; one object may be called from many threads.
+/// The measures of measuresim.h for Lingo texts with the query's text prepared once, for scans. The
+/// query is side A. Counts are those of `ZQGetLingoSimTerms`, with neither as 0; an invalid query
+/// warns and scores 0.0. Immutable; one object may be called from many threads.
 
 #include <string>
 
@@ -13,7 +13,7 @@ namespace ZQKorvex {
 
 class ZQ_EXPORT ZQLingoSimFunc : public ZQSimFuncBase {
  public:
-  /// 0.0 whatever the fingerprints are: these objects serve the prepared form alone.
+  /// Always returns 0.0: these objects support only the prepared form.
   float operator()(const ZQFingerPrint& a, const ZQFingerPrint& b) const override;
   virtual float operator()(const ZQLingoSim& query, const ZQFingerPrint& fp) const = 0;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The one place where exceptions become messages. Nearly all are lack of memory.
+/// The only place that turns exceptions into messages. Nearly all are lack of memory.
 
 #include <exception>
 #include <new>
@@ -9,8 +9,7 @@
 
 namespace ZQKorvex {
 
-/// Returns what `make` returns. After an exception of type `Failure` it returns what
-/// `report(exception)` returns instead.
+/// Returns the result of `make` or, after an exception of type `Failure`, of `report(exception)`.
 template <class Failure = std::exception, class Make, class Report>
 auto ZQCatch(Make make, Report report) -> decltype(make()) {
   try {
@@ -20,7 +19,7 @@ auto ZQCatch(Make make, Report report) -> decltype(make()) {
   }
 }
 
-/// The same with the warning "%s : %s!" of `caller` and the exception's text; it then returns
+/// The same; a failure warns "%s : %s!" with `caller` and the exception's text, and returns
 /// `makeEmpty()`.
 template <class Make, class MakeEmpty>
 auto ZQWarnOnFailure(const char* caller, Make make, MakeEmpty makeEmpty) -> decltype(make()) {
@@ -30,14 +29,14 @@ auto ZQWarnOnFailure(const char* caller, Make make, MakeEmpty makeEmpty) -> decl
   });
 }
 
-/// The same; it then returns an empty result.
+/// The same; a failure returns an empty result.
 template <class Make>
 auto ZQWarnOnFailure(const char* caller, Make make) -> decltype(make()) {
   return ZQWarnOnFailure(caller, make, [] { return decltype(make())(); });
 }
 
-/// Returns what `make` returns, or false after an error report where memory ends: what a hostile
-/// molecule needs is more than there is. `name` is the operation, as messages name it.
+/// Returns the result of `make`, or false after an error report if memory runs out, as for a
+/// hostile molecule. `name` is the operation's name in messages.
 template <class Make>
 bool ZQGuardMemory(const char* name, Make make) {
   return ZQCatch<std::bad_alloc>(make, [name](const std::bad_alloc&) {
@@ -46,7 +45,8 @@ bool ZQGuardMemory(const char* name, Make make) {
   });
 }
 
-/// Lets `generate` add to the container; returns its size. It is left empty where memory ends.
+/// Calls `generate`, which adds to the container; returns its size. If memory runs out, the
+/// container is empty.
 template <class Ids, class Generate>
 unsigned int ZQCollectIds(const char* name, Ids& ids, Generate generate) {
   const bool done = ZQGuardMemory(name, [&] {

@@ -45,8 +45,8 @@ bool MMapInputFile::Take(int descriptor, const std::string& filename, std::uint6
 }
 
 void MMapInputFile::PageIn() const {
-  // The kernel maps what lies in the page cache in large steps, and reads the rest ahead. One
-  // that doesn't know the advice answers an error, and the scan takes its faults one by one.
+  // The kernel maps pages of the page cache in large steps, and reads the rest ahead. A kernel
+  // without this advice returns an error, and the scan takes its page faults one by one.
   madvise(mapping_.GetBase(), mapping_.GetLength(), MADV_POPULATE_READ);
 }
 
@@ -62,7 +62,7 @@ bool MMapOutputFile::Open(const std::string& filename, std::uint64_t length) {
     CloseDescriptor();
     return false;
   }
-  // A file system that can't reserve blocks says so, and is taken as it is.
+  // A file system that can't reserve blocks is accepted without.
   const bool reserved =
       fallocate(descriptor_, 0, 0, static_cast<off_t>(length)) == 0 || errno == EOPNOTSUPP;
   if (!reserved || write(descriptor_, "", 1) != 1) {

@@ -6,7 +6,7 @@
 
 namespace ZQKorvex {
 
-/// Tanimoto of two sorted lists as multisets. Two empty ones give a NaN.
+/// Tanimoto of two sorted vectors as multisets. Two empty ones give a NaN.
 template <class Item>
 float ZQMultisetTanimotoOf(const std::vector<Item>& a, const std::vector<Item>& b) {
   std::size_t common = 0;

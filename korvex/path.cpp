@@ -19,7 +19,7 @@ constexpr ZQFillFP fill = ZQFillHashedFP<FoldIds>;
 
 const ZQFPKind& Kind() { return ZQGetFPKind(ZQFPType::Path); }
 
-// Into a set or, behind one another, into a vector.
+// Adds the identifiers to a set or appends them to a vector.
 template <class Ids, class T>
 unsigned int GenerateIds(const char* name, Ids& ids, const ZQMolBase& mol,
                          std::vector<T>& atomInvariants, std::vector<T>& bondInvariants,

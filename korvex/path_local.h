@@ -1,6 +1,6 @@
 #pragma once
 
-/// The walk behind all path identifiers, as a template over the identifier's type.
+/// The enumeration of paths, as a template over the identifier's type.
 
 #include <algorithm>
 #include <array>
@@ -17,23 +17,23 @@
 
 namespace ZQKorvex {
 
-/// Enumerates walks; lives for one call. T is unsigned 32-bit or string.
+/// Enumerates paths; used for one call. T is unsigned 32-bit or string.
 template <class T>
 class PathGenerator {
  public:
-  /// `patterns`, if not null, receives the atoms and bonds of each recorded walk as well.
+  /// `patterns`, if not null, also receives the atoms and bonds of each recorded path.
   PathGenerator(const ZQMolBase& mol, std::vector<T>& atomInvariants,
                 std::vector<T>& bondInvariants, unsigned int minbonds, unsigned int maxbonds,
                 std::vector<ZQFPAtomBondSet<T>>* patterns = nullptr)
       : mol_(mol),
         atomInvariants_(atomInvariants),
         bondInvariants_(bondInvariants),
-        // No walk has more bonds than there are atoms, and with this cap nothing wraps.
+        // No path has more bonds than there are atoms; this cap prevents overflow.
         minAtoms_(std::min(minbonds, mol.GetMaxAtomIdx()) + 1),
         maxAtoms_(std::min(maxbonds, mol.GetMaxAtomIdx()) + 1),
         patterns_(patterns) {}
 
-  /// Calls `sink` with the identifier of each walk, depth first from each start atom.
+  /// Calls `sink` with the identifier of each path, depth first from each start atom.
   template <class Sink>
   void ForEachPath(Sink sink) {
     if (!ZQ_ASSERT(atomInvariants_.size() == mol_.GetMaxAtomIdx()) ||
@@ -60,16 +60,17 @@ class PathGenerator {
   static constexpr bool isText = std::is_same_v<T, std::string>;
   using Entry = ZQConnectionTable::Entry;
 
-  // One atom of the present walk, the bond that led there, and what is still to try from it.
+  // One atom of the current path, the bond to it from the previous atom, and its untried
+  // neighbours.
   struct Step {
     unsigned int atom;
     unsigned int bond;
     const Entry* next;
     const Entry* end;
-    T id;  // of the walk up to here
+    T id;  // of the path up to this atom
   };
 
-  // The entry behind the last of either vector, which a walk's start reads as its bond.
+  // An extra last entry of each vector, which a path's start reads as its bond.
   class SentinelEntries {
    public:
     SentinelEntries(std::vector<T>& atoms, std::vector<T>& bonds) : atoms_(atoms), bonds_(bonds) {
@@ -89,7 +90,7 @@ class PathGenerator {
     std::vector<T>& bonds_;
   };
 
-  // steps_[0] holds the empty walk, steps_[depth] the walk of `depth` atoms.
+  // steps_[0] is the empty path, steps_[depth] the path of `depth` atoms.
   template <class Sink>
   void WalkFrom(unsigned int start, const ZQConnectionTable& connections, Sink& sink) {
     unsigned int depth = 0;
@@ -146,7 +147,7 @@ class PathGenerator {
   unsigned int maxAtoms_;
   std::vector<ZQFPAtomBondSet<T>>* patterns_;
 
-  std::vector<unsigned char> visited_;  // by atom index: on the present walk
+  std::vector<unsigned char> visited_;  // by atom index: on the current path
   std::vector<Step> steps_;
 };
 

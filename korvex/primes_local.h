@@ -1,7 +1,6 @@
 #pragma once
 
-/// Tables of primes: all up to 65537, computed when the library is compiled, and the multipliers of
-/// identifiers.
+/// Tables of primes: all up to 65537, computed at compile time, and the multipliers of identifiers.
 
 #include <array>
 #include <cstddef>
@@ -13,10 +12,10 @@ inline constexpr std::size_t zqNumPrimes = 6543;
 
 namespace primes_local {
 
-// The primes from 2 to 65537 and a closing 0, by a sieve over the odd numbers.
+// The primes from 2 to 65537 and a terminating 0, by a sieve over the odd numbers.
 constexpr auto MakePrimes() {
   constexpr unsigned int half = zqLargestPrime / 2;
-  bool composite[half + 1] = {};  // composite[i] tells of 2 i + 1
+  bool composite[half + 1] = {};  // composite[i] is for 2 i + 1
   std::array<unsigned int, zqNumPrimes + 1> primes{};
   std::size_t count = 0;
   primes[count++] = 2;
@@ -24,7 +23,7 @@ constexpr auto MakePrimes() {
     if (composite[i]) continue;
     const unsigned int prime = 2 * i + 1;
     primes[count++] = prime;
-    if (prime > 255) continue;  // its multiples have a smaller factor
+    if (prime > 255) continue;  // its multiples have a smaller prime factor
     for (unsigned int multiple = prime * prime / 2; multiple <= half; multiple += prime) {
       composite[multiple] = true;
     }
@@ -34,12 +33,12 @@ constexpr auto MakePrimes() {
 
 }  // namespace primes_local
 
-/// All primes from 2 to 65537, ascending, closed by a 0.
+/// All primes from 2 to 65537, ascending, terminated by a 0.
 inline constexpr auto PRIMES = primes_local::MakePrimes();
 static_assert(PRIMES[zqNumPrimes - 1] == zqLargestPrime && PRIMES[zqNumPrimes] == 0);
 
-/// The multipliers of path, circular and tree identifiers, behind a 0. They are hash input and
-/// follow no rule: most are five primes apart, nine aren't. A walk reads entry 2 i for its i-th
+/// The multipliers of path, circular and tree identifiers, after a 0. They are hash input and
+/// follow no rule: most are five primes apart, nine aren't. A path reads entry 2 i for its i-th
 /// bond and 2 i + 1 for its i-th atom; its start has no bond, hence the 0. Identifiers of atom sets
 /// read from entry 1 on (`ZQCanonicalWeights`).
 inline constexpr std::array<unsigned int, 51> PATH_PRIMES{

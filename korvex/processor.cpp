@@ -17,7 +17,7 @@ const ZQProcessor& ZQGetProcessor() {
       *std::ranges::find_if(ZQProcessorTable(), [](const auto& row) { return row.runs(); });
   const ZQProcessor* chosen = forced;
   if (!chosen) chosen = &best;
-  // Threads share this line of memory, so it is written only when it changes.
+  // Threads share this cache line, so it is written only on a change.
   if (latest != chosen) latest = chosen;
   return *chosen;
 }

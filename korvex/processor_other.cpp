@@ -1,4 +1,4 @@
-// Processors without a file of their own.
+// For processors without a file of their own.
 
 #ifndef __x86_64__
 

@@ -10,7 +10,7 @@ namespace ZQKorvex {
 
 namespace {
 
-// Each row needs the instructions of the one below it, too.
+// Each row also needs the instructions of the row below it.
 bool RunsAlways() { return true; }
 bool RunsPopcnt() { return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"); }
 bool RunsAvx2() { return RunsPopcnt() && __builtin_cpu_supports("avx2"); }

@@ -1,7 +1,6 @@
 #pragma once
 
-/// For files of x86 alone: the instructions that a function is compiled for, as in the rows of
-/// processor_x86.cpp.
+/// For x86 files only: the target attributes of functions, as in the rows of processor_x86.cpp.
 
 #ifdef __x86_64__
 
@@ -10,9 +9,9 @@
 #ifdef __clang__
 #define ZQ_WIDE_VECTORS ""
 #else
-// Without, GCC makes loops of half the width.
+// Without this, GCC vectorizes loops at half the width.
 #define ZQ_WIDE_VECTORS ",prefer-vector-width=512"
-// GCC 12 takes the undefined operands of its own intrinsics for uninitialised variables.
+// GCC 12 reports the undefined operands of its own intrinsics as uninitialized variables.
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif

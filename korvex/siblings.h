@@ -1,6 +1,6 @@
 #pragma once
 
-/// The names of the sibling libraries, visible as korvex's own.
+/// Imports the names of the sibling libraries into korvex's namespace.
 
 #include "contract/bostrel/throw.h"
 #include "contract/quarnel/mol.h"

@@ -31,7 +31,7 @@ ZQSimSearchResultImpl::ZQSimSearchResultImpl(unsigned long bins, double minValue
     : bins_(bins), histogram_(std::max(bins, 1UL), minValue, maxValue) {}
 
 bool ZQSimSearchResultImpl::Init(unsigned long numTargets, const ZQFPDatabaseOptions& options) {
-  // Where the options have a limit, the number of targets is only how many scores to expect.
+  // With a limit in the options, the number of targets is only the expected number of scores.
   constexpr unsigned long most = std::numeric_limits<unsigned int>::max();
   auto list = ZQInitFPDatabaseHitList(
       ZQCheckedUnsigned(options.GetLimit() == 0 ? numTargets : std::min(numTargets, most)),

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The result of a sorted search: the best hits and, from the same pass, a histogram of all
-/// scores. It may be read from other threads while the search is running.
+/// The result of a sorted search: the best hits and, from the same pass, a histogram of all scores.
+/// Other threads may read it while the search is running.
 
 #include <memory>
 #include <string>
@@ -24,7 +24,7 @@ class ZQSimSearchResultImpl;
 
 class ZQ_EXPORT ZQSimSearchResult {
  public:
-  /// The histogram's bins (0 makes one bin) and range.
+  /// Takes the histogram's number of bins (0 makes one bin) and range.
   explicit ZQSimSearchResult(unsigned long bins = 200, double minValue = 0.0,
                              double maxValue = 1.0);
   ~ZQSimSearchResult();
@@ -35,18 +35,18 @@ class ZQ_EXPORT ZQSimSearchResult {
   bool IsValid() const;
   /// A constant of `ZQSimSearchStatus`.
   unsigned int GetSearchStatus() const;
-  /// Records to be searched, and records done so far.
+  /// Records to search, and records searched so far.
   unsigned long NumTargets() const;
   unsigned long NumSearched() const;
-  /// The histogram of the scores so far. Before any search warns "%s : result object is
+  /// The histogram of the scores so far. Before any search, warns "%s : result object is
   /// uninitialized!" and returns 200 empty bins from 0.0 to 1.0.
   ZQFPHistogram GetHistogram() const;
-  /// The hits, best first, once the search has finished. Before that a snapshot in no order, of
-  /// up to twice the limit, of what finished threads have merged. Before any search an
-  /// assertion failure and an empty iterator.
+  /// The hits, best first, once the search has finished. Before that, an unsorted snapshot of up to
+  /// twice the limit of the hits merged by finished threads. Before any search, an assertion
+  /// failure and an empty iterator.
   ZQIter<ZQSimScore> GetSortedScores();
 
-  /// What a search writes to.
+  /// The object that a search writes to.
   ZQSimSearchResultImpl& GetImpl() { return *impl_; }
 
  private:

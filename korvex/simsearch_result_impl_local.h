@@ -1,6 +1,6 @@
 #pragma once
 
-/// The side of a search result that the search writes to.
+/// The implementation of a search result, to which the search writes.
 
 #include <atomic>
 #include <cstdint>
@@ -15,25 +15,25 @@ class ZQSimSearchResultImpl {
  public:
   ZQSimSearchResultImpl(unsigned long bins, double minValue, double maxValue);
 
-  /// Sets out for a search of `numTargets` records. The histogram keeps what it has. Without a
-  /// limit in the options more than 2^32 - 1 records are reported as Fatal.
+  /// Prepares a search of `numTargets` records. The histogram keeps its content. Without a limit in
+  /// the options, more than 2^32 - 1 records are reported as Fatal.
   bool Init(unsigned long numTargets, const ZQFPDatabaseOptions& options);
   void SetSearchStatus(unsigned int status) { status_ = status; }
-  /// Counts records as searched; takes no lock.
+  /// Adds to the number of searched records; takes no lock.
   void RecordProgress(unsigned long done) { numSearched_ += done; }
-  /// Takes one score. For a single writer: takes no lock.
+  /// Adds one score. For a single writer: takes no lock.
   void UpdateScores(std::uint64_t index, double score);
-  /// Merges what one worker has found.
+  /// Merges the results of one worker.
   void UpdateScores(const ZQFPHistogram& histogram, const ZQHitList<ZQSimScore>& list);
 
   bool IsValid() const { return valid_; }
   unsigned int GetSearchStatus() const { return status_; }
   unsigned long NumTargets() const { return numTargets_; }
   unsigned long NumSearched() const { return numSearched_; }
-  /// As passed to the constructor; `GetHistogram` has one bin for 0.
+  /// As passed to the constructor; for 0, `GetHistogram` has one bin.
   unsigned long NumBins() const { return bins_; }
   ZQFPHistogram GetHistogram() const;
-  /// A histogram of the same bins without samples, for a worker.
+  /// An empty histogram of the same bins, for a worker.
   ZQFPHistogram MakeEmptyHistogram() const;
   ZQIter<ZQSimScore> GetSortedScores();
 

@@ -7,10 +7,10 @@
 
 namespace ZQKorvex {
 
-/// A set of atoms of one molecule that grows and shrinks at its end, and the bonds between them.
+/// A set of atoms of one molecule, used as a stack, and the bonds between them.
 class ZQSubgraph {
  public:
-  /// A bond between the atoms at two places of the set.
+  /// A bond between the atoms at two places in the set.
   struct Bond {
     unsigned int place;
     unsigned int earlierPlace;
@@ -46,11 +46,11 @@ class ZQSubgraph {
 
   bool Has(unsigned int atom) const { return places_[atom] != none; }
   std::size_t NumAtoms() const { return atoms_.size(); }
-  /// In the order in which they were added.
+  /// In the order of addition.
   std::span<const unsigned int> Atoms() const { return atoms_; }
-  /// By ascending place.
+  /// In ascending order of place.
   std::span<const Bond> Bonds() const { return bonds_; }
-  /// Those that the atom at a place brought with it.
+  /// The bonds from the atom at a place to earlier atoms.
   std::span<const Bond> BondsToEarlier(std::size_t place) const {
     const std::size_t end =
         place + 1 == firstBonds_.size() ? bonds_.size() : firstBonds_[place + 1];

@@ -8,8 +8,8 @@
 
 namespace ZQKorvex {
 
-/// Lets the first atom of each symmetry class through, and every atom of a molecule whose symmetry
-/// isn't perceived, whatever classes it still holds. Class 0 always passes.
+/// Accepts the first atom of each symmetry class, and every atom if the molecule's symmetry isn't
+/// perceived, even if old classes are set. Class 0 is always accepted.
 class ZQSymmetryFilter {
  public:
   explicit ZQSymmetryFilter(const ZQMolBase& mol)

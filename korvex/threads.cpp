@@ -37,7 +37,7 @@ void ZQRunOnThreads(unsigned int numThreads, const std::function<void()>& work) 
     threads.reserve(numThreads);
     while (threads.size() < numThreads) threads.push_back(startThread.load()(guarded));
   } catch (const std::exception&) {
-    // No more threads, or no memory for them.
+    // No more threads can be started, or memory ran out.
   }
   if (threads.empty()) guarded();
   for (std::thread& thread : threads) thread.join();

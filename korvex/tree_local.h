@@ -1,7 +1,7 @@
 #pragma once
 
-/// The enumeration of connected sets behind all tree identifiers, as a template over the
-/// identifier's type.
+/// The enumeration of connected sets for tree identifiers, as a template over the identifier's
+/// type.
 
 #include <span>
 #include <vector>
@@ -11,7 +11,7 @@
 
 namespace ZQKorvex {
 
-/// Enumerates connected sets of atoms; lives for one call. T is unsigned 32-bit or string.
+/// Enumerates connected sets of atoms; used for one call. T is unsigned 32-bit or string.
 template <class T>
 class TreeGenerator : FragmentGenerator<T> {
  public:
@@ -37,16 +37,16 @@ class TreeGenerator : FragmentGenerator<T> {
   using FragmentGenerator<T>::connections_;
   using FragmentGenerator<T>::fragment_;
 
-  // A set on the present branch: which candidates are still to be added to it, and how many there
-  // were before its last atom brought its own.
+  // A set on the current branch: the next candidate to add to it, and the number of candidates
+  // before its last atom added its own.
   struct Step {
     std::size_t next;
     std::size_t firstOwn;
   };
 
-  // Each set of a centre is reached once: its atoms join in the order in which they became
-  // candidates, and a candidate that was passed over or added by an earlier sibling stays out. The
-  // centre itself stays out of the sets of later ones.
+  // Each set of a centre is reached once: its atoms are added in the order in which they became
+  // candidates, and a candidate that was skipped, or added by an earlier sibling, is excluded. The
+  // centre itself is excluded from the sets of later ones.
   template <class Sink>
   void GrowFrom(unsigned int centre, Sink& sink) {
     listed_[centre] = 1;
@@ -76,7 +76,7 @@ class TreeGenerator : FragmentGenerator<T> {
     }
   }
 
-  // Lists the new neighbours of the set's last atom behind the candidates that remain.
+  // Appends the new neighbours of the set's last atom to the remaining candidates.
   void Push(std::size_t next) {
     steps_.push_back({next, candidates_.size()});
     for (const auto& entry : connections_[fragment_.Atoms().back()]) {
@@ -105,8 +105,8 @@ class TreeGenerator : FragmentGenerator<T> {
 
   unsigned int minbonds_;
   unsigned int maxbonds_;
-  std::vector<unsigned char> listed_;     // by atom index: in the set, a candidate, or left out
-  std::vector<unsigned int> candidates_;  // neighbours of the set, of each branch behind another
+  std::vector<unsigned char> listed_;     // by atom index: in the set, a candidate, or excluded
+  std::vector<unsigned int> candidates_;  // neighbours of the set, branch after branch
   std::vector<Step> steps_;
   T id_{};
 };

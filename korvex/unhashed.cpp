@@ -35,11 +35,11 @@ std::string TextOf(const Ids& ids) {
 void Store(ZQFingerPrint& fp, const std::string& text, unsigned int extraBytes) {
   const std::size_t numbits = text.empty() ? 0 : 8 * (text.size() + extraBytes);
   constexpr std::size_t most = std::numeric_limits<unsigned int>::max();
-  fp.SetSize(static_cast<unsigned int>(std::min(numbits, most)));  // reports what is too large
+  fp.SetSize(static_cast<unsigned int>(std::min(numbits, most)));  // reports too large a size
   if (fp.GetSize() == numbits) std::memcpy(fp.Words(), text.data(), text.size());
 }
 
-/// Whether the bits read as the identifiers.
+/// Whether the bits decode to the identifiers.
 bool HoldsIds(const ZQFingerPrint& fp, const Ids& ids) {
   if (fp.GetSize() == 0) return ids.empty();
   const auto* bytes = reinterpret_cast<const char*>(fp.Words());
@@ -52,8 +52,8 @@ bool HoldsIds(const ZQFingerPrint& fp, const Ids& ids) {
   return rest.find_first_not_of(' ') == std::string_view::npos;
 }
 
-// Whether no atom has more neighbours than the text of an environment can order. False after an
-// error.
+// Whether no atom has more neighbours than the text of an environment can order. False after
+// reporting an error.
 bool HasNameableEnvironments(const ZQMolBase& mol) {
   constexpr unsigned int most = std::numeric_limits<std::int8_t>::max();
   for (auto atom = mol.GetAtoms(); atom; ++atom) {
@@ -115,7 +115,7 @@ bool ZQFillUnhashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& k
   std::vector<std::string> atomIds;
   std::vector<std::string> bondIds;
   ZQGetFingerprintAtomTypes(atomIds, bondIds, copy, values.atype, values.btype);
-  // Most identifiers of a molecule are repeats, which a hash set drops without sorting them.
+  // Most identifiers of a molecule are repeats, which a hash set drops without sorting.
   std::unordered_set<std::string> distinct;
   if (!addIds(copy, atomIds, bondIds, values, {distinct})) return false;
   Ids ids(distinct.begin(), distinct.end());

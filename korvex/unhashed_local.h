@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the unhashed kinds have in common: the way from a prepared molecule to a text.
+/// The code shared by the unhashed kinds: making a text from a prepared molecule.
 
 #include <string>
 #include <unordered_set>
@@ -10,25 +10,25 @@
 
 namespace ZQKorvex {
 
-/// How a kind stores its text.
+/// The format of a kind's text.
 struct ZQTextForm {
-  unsigned int extraBytes;  ///< behind the text
-  bool isReadBack;          ///< the bits are checked to hold the identifiers
+  unsigned int extraBytes;  ///< after the text
+  bool isReadBack;          ///< checks that the bits contain the identifiers
 };
 
-/// Collects identifiers, each once.
+/// Collects distinct identifiers.
 struct ZQAddText {
   std::unordered_set<std::string>& texts;
   void operator()(const std::string& text) const { texts.insert(text); }
 };
 
-/// Calls `add` with each identifier of a prepared molecule, whose strings come with it. False after
-/// a report.
+/// Calls `add` with each identifier of a prepared molecule with the given strings. False after
+/// reporting an error.
 using ZQAddIds = bool (*)(const ZQMolBase& mol, std::vector<std::string>& atomIds,
                           std::vector<std::string>& bondIds, const ZQFPTypeValues& values,
                           ZQAddText add);
 
-/// A `ZQFillFP` but for its last two arguments.
+/// A `ZQFillFP` with two more arguments.
 bool ZQFillUnhashedFP(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
                       const ZQFPTypeValues& values, ZQTextForm form, ZQAddIds addIds);
 

@@ -7,7 +7,7 @@ namespace ZQKorvex {
 
 namespace {
 
-// Where the documentation site keeps the page of a class.
+// The documentation page of a class.
 std::string ClassPage(const std::string& name) {
   return "toolkits/python/korvextk/ZQKorvexClasses/" + name + ".html";
 }

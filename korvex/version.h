@@ -1,6 +1,6 @@
 #pragma once
 
-/// Which build of the library this is, and links into its documentation.
+/// The version of this build of the library, and links to its documentation.
 
 #include <string>
 
@@ -27,9 +27,9 @@ ZQ_EXPORT ZQLibraryVersion ZQKorvexVersion();
 
 ZQ_EXPORT bool ZQKorvexIsGPUReady();
 
-/// The instructions that scans, population counts and the naming of atom sets use here, the best
-/// that the library has code for: "AVX-512-VPOPCNTDQ", "AVX-512", "AVX2", "POPCNT" or "portable".
-/// Results don't depend on them.
+/// The instruction set used here for scans, population counts and identifiers of atom sets, the
+/// best that the library has code for: "AVX-512-VPOPCNTDQ", "AVX-512", "AVX2", "POPCNT" or
+/// "portable". Results don't depend on it.
 ZQ_EXPORT std::string ZQKorvexGetProcessor();
 
 /// reStructuredText references to the documentation page of a class, and to a method on it.
