@@ -10,7 +10,7 @@
 
 namespace Quarnel {
 
-/// Makes Lingo texts. Stateless: any number of threads may use one object.
+/// Creates Lingo texts. Stateless: any number of threads may use one object.
 class ZQ_EXPORT ZQLingoMap {
  public:
   /// The canonical SMILES of a molecule (`ZQMolToCanonicalSmiles`) with every ring closure number,
@@ -26,27 +26,27 @@ class ZQ_EXPORT ZQLingoMap {
   void CreateString(std::string& text, const ZQMolBase& mol) const;
 };
 
-/// A text made ready to be compared with many others. Any number of threads may compare with one
-/// object.
+/// A text prepared for comparison with many others. Any number of threads may use one object.
 class ZQ_EXPORT ZQLingoSim {
  public:
-  /// Substrings of four characters, each counted as often as it occurs.
+  /// Substrings of four characters, with multiplicity.
   class ZQ_EXPORT Impl {
    public:
     virtual ~Impl() = default;
-    /// Substrings of the own text alone, of `other` alone, and of both, as multisets. A text of
-    /// fewer than four characters has none. Takes time in proportion to the length of `other` and
-    /// the distinct substrings of the own text, and no memory once a thread has compared with as
-    /// long a text.
+    /// Counts the substrings of the own text alone, of `other` alone, and of both, as multisets. A
+    /// text of fewer than four characters has none. Time is proportional to the length of `other`
+    /// plus the number of distinct substrings of the own text. No memory is allocated once the
+    /// thread has compared with a text of that length.
     virtual void Compare(const char* other, unsigned int* onlyA, unsigned int* onlyB,
                          unsigned int* both) const = 0;
   };
 
-  /// `step` is the distance between the starts of neighbouring substrings, of this text and of
-  /// those compared with it: 1 for all substrings.
+  /// `step` is the distance between the starts of consecutive substrings, of this text and of those
+  /// compared with it: 1 for all substrings.
   ZQLingoSim(const char* text, unsigned int step);
 
-  /// False for a text of fewer than four characters and for a step of 0. `GetImpl` is null then.
+  /// False for a text of fewer than four characters and for a step of 0; `GetImpl` then returns
+  /// null.
   bool IsValid() const { return impl_ != nullptr; }
   const Impl* GetImpl() const { return impl_.get(); }
 
