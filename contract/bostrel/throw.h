@@ -29,7 +29,7 @@ using ZQErrorSink = std::function<bool(ZQErrorLevel level, const std::string& me
 
 /// The error handler. The default sink writes "Level: text" and a line feed to standard error and
 /// ends the program (`std::abort`) on Fatal. Reports below the threshold are dropped; the default
-/// threshold is Info. A report made from within a sink goes to standard error.
+/// threshold is Info. A report made within a sink is written to standard error.
 class ZQ_EXPORT ZQErrorHandler {
  public:
   void Debug(const char* format, ...) __attribute__((format(printf, 2, 3)));

@@ -22,7 +22,7 @@ class ZQ_EXPORT ZQLingoMap {
   ///     M  the d block           D  As Sb Bi Mc        G  noble gases
   ///     Z  the f block, La and Ac among them
   ///
-  /// in lower case where the symbol is ("[se]" becomes "[e]"). Other digits stay as they are.
+  /// in lower case where the symbol is ("[se]" becomes "[e]"). Other digits are unchanged.
   void CreateString(std::string& text, const ZQMolBase& mol) const;
 };
 
