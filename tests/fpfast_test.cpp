@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* typeText = "Path,ver=2.0.0,size=256,bonds=0-5,atype=AtmNum,btype=Order";
 
-/// A header of four lines with W and N at their places, cut or padded to `size` bytes.
+/// A header of four lines with W and N filled in, truncated or padded to `size` bytes.
 std::string Header(const std::string& lines, std::uint64_t numWords, std::uint64_t count,
                    std::size_t size = 800) {
   std::string header = lines;

@@ -130,7 +130,7 @@ TEST(Kekulize, AgreesWithBruteForceOnRandomGraphs) {
     unsigned int culprit = 99;
     ASSERT_EQ(ZQKekulize(mol, &culprit), possible) << atoms;
     EXPECT_EQ(culprit < atoms.size(), !possible) << atoms;
-    // The choice doesn't depend on the order of atoms, whatever the difference.
+    // The choice doesn't depend on the order of atoms, however it differs.
     ASSERT_EQ(ZQKekulize(other), possible);
     const auto text = [possible](const ZQMol& m) {
       return possible ? ZQMolToCanonicalSmiles(m) : std::string();

@@ -248,7 +248,7 @@ TEST(FPTypeRecords, RoundTrip) {
     EXPECT_EQ(old.GetFPTypeBase()->GetVersion(), 0);
     EXPECT_EQ(old.GetFPTypeBase()->GetID(), type->GetID());
     CapturedReports reports;
-    // If nothing is written, any fingerprint is valid.
+    // If nothing is written, any fingerprint is accepted.
     EXPECT_EQ(write(out, old), bytes.empty());
     EXPECT_EQ(write(out, cut), bytes.empty());
     EXPECT_FALSE(read(in, 0, old));

@@ -26,7 +26,7 @@ class ZQ_EXPORT ZQBitVector {
   /// Grows with zero bits or shrinks; a shrunk vector keeps no bits beyond its size. A size above
   /// INT_MAX reports the error "Max size for an ZQBitVector is INT_MAX" and changes nothing.
   void SetSize(unsigned int bits);
-  /// All bits off; the size stays.
+  /// Turns all bits off; the size is unchanged.
   void ClearBits();
 
   /// Sets a bit, growing the vector to `bit + 1` bits if needed.

@@ -22,8 +22,8 @@ class ZQ_EXPORT ZQFileMapping {
   /// object must not have a mapping yet. Returns false, with the cause in `errno`, if the system
   /// call fails.
   bool Map(int descriptor, std::uint64_t length, bool writable = false);
-  /// Removes the mapping, if any. Returns false, with the cause in `errno`, if the system call
-  /// fails.
+  /// Removes the mapping, if any; afterwards nothing is mapped. Returns false, with the cause in
+  /// `errno`, if the system call fails.
   bool Unmap();
   /// Null if nothing is mapped.
   void* GetBase() const { return base_; }

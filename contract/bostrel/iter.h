@@ -153,7 +153,7 @@ class ZQPointerIter : public ZQIterBase<T> {
 };
 
 /// Concatenates iterators: the values of the first, then those of the second, and so on. Empty ones
-/// are skipped. Begins with the first value of all, whatever the parts' positions.
+/// are skipped. Begins with the first value of all, regardless of the parts' positions.
 template <class T>
 class ZQConcatIter : public ZQIterBase<T> {
  public:

@@ -15,7 +15,7 @@ class ZQ_EXPORT ZQLingoMap {
  public:
   /// The canonical SMILES of a molecule (`ZQMolToCanonicalSmiles`) with every ring closure number,
   /// of one digit or more, written as 0 and every element symbol of two letters as one letter that
-  /// is no symbol: L for Cl, R for Br, and otherwise by the place in the periodic table:
+  /// isn't a symbol: L for Cl, R for Br, otherwise by position in the periodic table:
   ///
   ///     A  Li Na Rb Cs Fr        J  Al Ga In Tl Nh     E  Se Te Po Lv
   ///     Q  Be Mg Ca Sr Ba Ra     T  Si Ge Sn Pb Fl     X  At Ts

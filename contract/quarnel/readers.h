@@ -43,7 +43,7 @@ ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 ZQ_EXPORT std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol);
 
 /// Reads one molfile (V2000 or V3000) up to "M  END"; the title is its first line. Line feeds may
-/// have carriage returns before them. Configurations come from coordinates, or from parities if all
+/// be preceded by carriage returns. Configurations come from coordinates, or from parities if all
 /// coordinates are 0; aromatic bonds are kekulized; any, coordination and hydrogen bonds (types 8
 /// to 10) get order 0; atoms of queries and R groups are dummy atoms. Implicit hydrogens follow the
 /// valence field, otherwise `ZQDefaultHCount` minus the radical electrons.

@@ -27,11 +27,11 @@ namespace Quarnel {
 /// it takes atoms in input order.
 class CanonicalOrder {
  public:
-  /// Orders the atoms of the view, which has no bonds of order 0 and must outlive later calls.
-  /// `parts` numbers its components from 1 by atom index. Returns false if there are configurations
-  /// that aren't real; ranks are then not usable. Reported are all that the ligands of the atom or
-  /// bond exclude; if there are none, one, the first by rank, since without it others may become
-  /// real.
+  /// Orders the atoms of the view, which has no bonds of order 0 and must remain valid for later
+  /// calls. `parts` numbers its components from 1 by atom index. Returns false if there are
+  /// configurations that aren't real; ranks are then not usable. Reported are all that the ligands
+  /// of the atom or bond exclude; if there are none, one, the first by rank, since without it
+  /// others may become real.
   bool Find(const MolView& view, std::span<const unsigned int> parts, unsigned int numParts);
   std::span<const StereoCentre> Unreal() const { return unreal_; }
   std::uint32_t RankOf(std::uint32_t atom) const { return node_.partition.CellOf(atom); }

@@ -108,10 +108,10 @@ class LingoCounts final : public ZQLingoSim::Impl {
  private:
   struct Slot {
     std::uint32_t lingo;  // 0: empty
-    std::uint32_t place;  // in counts_
+    std::uint32_t place;  // index into counts_
   };
 
-  // Where the substring is, or would be (Fibonacci hashing).
+  // The slot of the substring, or the free one for it (Fibonacci hashing).
   std::size_t SlotOf(std::uint32_t lingo) const {
     std::size_t at = (lingo * 0x9E3779B9U) >> shift_;
     while (slots_[at].lingo != lingo && slots_[at].lingo != 0) at = (at + 1) & (slots_.size() - 1);

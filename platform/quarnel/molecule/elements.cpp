@@ -54,7 +54,7 @@ constexpr SymbolTable MakeSymbolTable() {
 
 constexpr SymbolTable symbolTable = MakeSymbolTable();
 
-// The elements that take implicit hydrogens. A metal takes none.
+// The elements that may have implicit hydrogens; metals don't.
 constexpr bool TakesHydrogens(unsigned int atomicNum) {
   constexpr std::array<unsigned int, 16> elements{5,  6,  14, 32, 7,  15, 33, 8,
                                                   16, 34, 52, 9,  17, 35, 53, 85};

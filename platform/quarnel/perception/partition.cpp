@@ -18,7 +18,7 @@ bool IsPlainHydrogen(const MolView& view, std::uint32_t a) {
   return view.atoms[edge.atom].element != 1 && view.bonds[edge.bond].order == 1;
 }
 
-/// Aromatic bonds are one kind, whatever their Kekulé order.
+/// Aromatic bonds are one kind, regardless of their Kekulé order.
 std::uint32_t BaseColour(const MolView::Bond& bond) {
   const std::uint32_t order = bond.aromatic ? 5 : std::min(bond.order, 4U);
   return order * 2 + (bond.inRing ? 1 : 0);
