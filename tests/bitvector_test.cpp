@@ -44,7 +44,7 @@ TEST(BitVector, BehavesAsASetOfBits) {
     bits.ToHexString(hex);
     ZQBitVector read(1);
     ASSERT_TRUE(read.FromHexString(hex));
-    bits.SetSize(read.GetSize());  // the text tells whole bytes
+    bits.SetSize(read.GetSize());  // the text has whole bytes
     EXPECT_EQ(read, bits);
     const ZQBitVector copy(bits);
     ZQBitVector moved(std::move(bits));

@@ -37,7 +37,7 @@ Ranks RanksOf(const CanonState& state) {
 TEST(Canon, RefinesInRoundsWhateverTheOrderOfTheList) {
   constexpr int length = 61;
   const ZQMol chain = ReadSmiles(std::string(length, 'C'));
-  // Ranks tell how far from its end an atom is, up to a limit.
+  // Ranks give an atom's distance from its end, up to a limit.
   const auto upTo = [](int limit) {
     Ranks ranks;
     for (int i = 0; i < length; ++i) ranks.push_back(2 * std::min({i, length - 1 - i, limit}));

@@ -87,7 +87,7 @@ TEST(CanonicalSmiles, AHydrogenBesideALonePairHoldsNoConfiguration) {
   EXPECT_EQ(ZQMolToCanonicalSmiles("C[S@]([H])=O"_mol), "CS=O");
 }
 
-// Every way to fill in the configurations, against the number of stereoisomers by hand.
+// All combinations of configurations, against the number of stereoisomers counted by hand.
 TEST(CanonicalSmiles, TellsStereoisomersApartAndNothingElse) {
   // "?" stands for @ or @@, "!" for / or a backslash. Among the first are the pentitols, which are
   // pseudoasymmetric in the middle, and the inositols.
@@ -144,7 +144,7 @@ TEST(CanonicalSmiles, GivesOneTextToTheManyFormsOfAMolecule) {
       EXPECT_EQ(ZQMolToCanonicalSmiles(WithHydrogens(ReadSmiles(form))), c.text) << form;
     }
   }
-  // Bonds of no order aren't written, and what only they make different isn't either.
+  // Bonds of no order aren't written, nor are differences that only they cause.
   ZQMol complex = "[Cu].N[C@@H](C)O"_mol;
   ZQBondBase* coordination = complex.NewBond(complex.GetAtomAt(0), complex.GetAtomAt(1), 0);
   EXPECT_EQ(ZQMolToCanonicalSmiles(complex), ZQMolToCanonicalSmiles("C[C@H](N)O.[Cu]"_mol));

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs the build tree given, then builds and runs a project that finds it as a package.
+# Installs the given build tree, then builds and runs a project that finds it as a package.
 set -euo pipefail
 build=$1 source=$2
 work=$(mktemp -d)

@@ -1,5 +1,5 @@
-// What the documents say is so: their examples are files that compile and run, their commands
-// run, the messages they list are in the sources, and one header has the whole interface.
+// The documents are correct: their examples are files that compile and run, their commands run, the
+// messages they list are in the sources, and one header has the whole interface.
 
 #include <fnmatch.h>
 #include <glob.h>
@@ -51,7 +51,7 @@ std::vector<fs::path> Sources(const Words& folders, const char* extension) {
   return sources;
 }
 
-// A folder where the documents' relative names lead to the project's files.
+// A folder in which the documents' relative names refer to the project's files.
 class DocsTest : public testing::Test {
  protected:
   DocsTest() { fs::create_directory_symlink(root / "data", folder / "data"); }
@@ -100,7 +100,7 @@ TEST_F(DocsTest, ShellBlocksRun) {
   for (const char* document : {"README.md", "docs/guide.md"}) {
     std::string output;
     for (const std::string& block : Blocks(root / document, "sh")) {
-      if (block.find("./run.sh") != std::string::npos) continue;  // what brought us here
+      if (block.find("./run.sh") != std::string::npos) continue;  // runs this test
       const RunResult run = folder.Run(
           {"bash", "-euo", "pipefail", "-c", "PATH=" + programs.string() + ":$PATH\n" + block});
       EXPECT_EQ(run.exitCode, 0) << block << run.err;
@@ -114,7 +114,7 @@ TEST_F(DocsTest, ShellBlocksRun) {
   EXPECT_EQ(ReadFile(folder / "drugs.fpbin"), ReadFile(folder / "same.fpbin"));
 }
 
-// A text without the ends of literals that the formatter has split, and with one form of %d.
+// A text with the literals joined that the formatter has split, and with one form of %d.
 std::string Normalized(const std::string& text) {
   std::string normalized;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -151,7 +151,7 @@ std::string SourceText() {
 std::set<std::string> ListedMessages() {
   std::set<std::string> listed;
   for (const std::string& line : Lines(ReadFile(root / "docs/errors.md"))) {
-    // A text with backquotes of its own stands between two of them.
+    // A text that contains backquotes is quoted by two of them.
     const std::string quote = line.starts_with("| ``") ? "``" : "`";
     if (!line.starts_with("| " + quote)) continue;
     const std::size_t begin = 2 + quote.size();
@@ -176,8 +176,7 @@ bool IsWorded(const std::string& text) {
   return false;
 }
 
-// Whether a literal that isn't a format of its own is a message: by the ways in which they begin
-// and end.
+// Whether a literal that isn't a complete format is a message, by its beginning and end.
 bool ReadsLikeAMessage(const std::string& text) {
   if (text.find(' ') == std::string::npos) return false;
   const std::size_t operation = text.starts_with("ZQ") ? text.find("() ") : std::string::npos;
@@ -219,7 +218,7 @@ TEST_F(DocsTest, GuideNamesTheExtensionsOfMoleculeFiles) {
   }
 }
 
-// Each way to read a path with alternatives in braces.
+// All expansions of a path with alternatives in braces.
 Words Expanded(const std::string& path) {
   const std::size_t end = path.find('}');
   const std::size_t begin = path.rfind('{', end);
@@ -253,7 +252,7 @@ TEST_F(DocsTest, PathsInBackquotesExist) {
     glob_t found{};
     const bool any = glob((in / pattern).c_str(), 0, nullptr, &found) == 0;
     globfree(&found);
-    // A file without its folder.
+    // A file name without its folder.
     return any || std::any_of(files.begin(), files.end(), [&](const std::string& file) {
              return fnmatch(pattern.c_str(), file.c_str(), 0) == 0;
            });

@@ -1,5 +1,5 @@
-// The sample library, and what must hold for every molecule in it: the formula that is told
-// equals the one counted, and the fingerprint doesn't depend on how the molecule came.
+// The sample library, and invariants of every molecule in it: the listed formula equals the counted
+// one, and the fingerprint doesn't depend on the molecule's input format.
 
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ Counts CountElements(const ZQMolBase& mol) {
   return counts;
 }
 
-// The valence is told only where the usual one is wrong.
+// The valence is written only if the usual one is wrong.
 std::string ToMolfile(const ZQMolBase& mol, bool v3000) {
   std::vector<MolfileAtom> atoms;
   std::vector<MolfileBond> bonds;
@@ -91,7 +91,7 @@ TEST(Drugs, FormulasAreTheOnesTold) {
 }
 
 TEST(Drugs, PathBitsDoNotDependOnHowTheMoleculeCame) {
-  // The default; everything at once; the equivalences; nothing but the shape.
+  // The default; everything at once; the equivalences; only the shape.
   const unsigned int typings[] = {191, 4223, 1 | 256 | 512 | 1024 | 4096, 0};
   unsigned int seed = 0;
   for (const Entry& entry : ReadLibrary()) {

@@ -95,10 +95,10 @@ TEST(TypeString, IsReadInAnyOrderAndReportedWhereItIsWrong) {
   const std::string badVersion = "Invalid version for `MACCS166` type!";
   const std::string badToken = "Invalid `Lingo` type string!";
   const std::string missing = "Missing fingerprint version!";
-  // What a string is to each of the readers, and what is said of it.
+  // The result and the reports of each reader for a string.
   const struct {
     std::string text;
-    bool valid;       // in form
+    bool valid;       // well-formed
     bool usable;      // gives a type
     Texts validSays;  // of ZQIsValidFPTypeString
     Texts typeSays;   // of ZQGetFPType
@@ -152,7 +152,7 @@ TEST(TypeString, ParsersTakeThePrefixAnywhereAndLeaveOnesForWhatIsMissing) {
   EXPECT_EQ(reports.Take(), Texts{"Invalid fingerprint type string!"});
 }
 
-// Of any text: no assertion, and the same type as for a caller's own string, where that one asserts
+// For any text: no assertion, and the same type as for a caller's own string if that one asserts
 // nothing.
 TEST(TypeString, TextFromOutsideIsHeldToTheLimitsWithoutAssertions) {
   const std::pair<const char*, const char*> faults[] = {

@@ -13,7 +13,7 @@ namespace ZQKorvex {
 
 namespace {
 
-// A type of a foreign kind, or with an id that no factory would make.
+// A type of a foreign kind, or with an id that no factory makes.
 class OddType final : public ZQFPTypeBase {
  public:
   OddType(unsigned int kind, std::uint64_t id) : ZQFPTypeBase(8192, id), kind_(kind) {}
@@ -126,7 +126,7 @@ TEST(MakeFP, DispatchesOnTheKind) {
   EXPECT_FALSE(ZQMakeFP(fp, mol, 77U));
   EXPECT_EQ(reports.Take(), (Texts{"ZQGetFPType() unknown fingerprint type",
                                    "ZQMakeFP() unknown fingerprint type"}));
-  // An id with a stray bit decodes, but isn't the type that the fingerprint then has.
+  // An id with a stray bit decodes, but differs from the type that the fingerprint then has.
   const OddType stray(102, expected.GetFPTypeBase()->GetID() | 1ULL << 42);
   EXPECT_FALSE(ZQMakeFP(fp, mol, &stray));
   EXPECT_TRUE(fp == expected);
@@ -144,7 +144,7 @@ TEST(MakeFP, GivesEachKindItsOwnTypeAndNoOther) {
     EXPECT_TRUE(ZQMakeFP(fp, mol, type));
     EXPECT_EQ(fp.GetFPTypeBase(), type);
     EXPECT_EQ(reports.Take(), Texts{});
-    // Of the same parameters, but not the object that others compare with.
+    // Has the same parameters, but isn't the shared object.
     const std::unique_ptr<ZQFPTypeBase> twin(kind.newType(type->GetVersion(), type->GetID()));
     EXPECT_EQ(ZQMakeFP(fp, mol, twin.get()), !kind.HasParams());
     EXPECT_EQ(fp.GetFPTypeBase(), type);

@@ -1,8 +1,8 @@
 #pragma once
 
-/// A molecule of another toolkit behind the abstract classes. Its atoms have labels from outside
-/// ("N7", never used twice) and own their bonds; an index is only a key of a map, which has holes
-/// wherever something was deleted.
+/// A molecule of another toolkit that implements the abstract classes. Its atoms have external
+/// labels ("N7", never reused) and own their bonds; an index is only a key of a map, which has
+/// holes after deletions.
 
 #include <algorithm>
 #include <initializer_list>
@@ -16,7 +16,7 @@
 
 class ForeignMol;
 
-/// What atoms and bonds have alike.
+/// The common members of atoms and bonds.
 template <class Base, class Stereo>
 class ForeignItem : public Base {
  public:
@@ -47,7 +47,7 @@ class ForeignItem : public Base {
   std::set<char> flags;
 };
 
-/// The steps that read what valences follow from.
+/// The steps that read properties from which valences follow.
 inline constexpr std::initializer_list<unsigned int> foreignReadersOfValence = {
     Quarnel::ZQPerceived::Aromaticity, Quarnel::ZQPerceived::Hybridization,
     Quarnel::ZQPerceived::Chirality, Quarnel::ZQPerceived::Symmetry};
@@ -183,7 +183,7 @@ class ForeignMol final : public Quarnel::ZQMolBase {
     }
   }
 
-  /// Forgets what a step has found.
+  /// Resets the results of a step.
   void Undo(unsigned int step) {
     if (done_.erase(step) == 0) return;
     const std::map<unsigned int, char> flags = {{Quarnel::ZQPerceived::Rings, 'r'},

@@ -1,7 +1,6 @@
 #pragma once
 
-/// Fingerprints at random, as objects, as records and as `.fpbin` files, for tests that need no
-/// molecules.
+/// Random fingerprints, as objects, as records and as `.fpbin` files, for tests without molecules.
 
 #include <cstdint>
 #include <random>
@@ -13,7 +12,7 @@ inline const ZQKorvex::ZQFPTypeBase* PathTypeOf(unsigned int numbits) {
   return ZQKorvex::ZQGetPathFPType(numbits, 0, 5, 1, 1);
 }
 
-/// One of few patterns with some bits more and fewer, so that scores spread from 0 to 1 and many
+/// Each is one of a few patterns with some bits changed, so that scores spread from 0 to 1 and many
 /// are equal; every ninth has no bits.
 inline std::vector<ZQKorvex::ZQFingerPrint> RandomFingerPrints(std::size_t n, unsigned int numbits,
                                                                unsigned int seed = 1) {
@@ -34,7 +33,7 @@ inline std::vector<ZQKorvex::ZQFingerPrint> RandomFingerPrints(std::size_t n, un
   return fps;
 }
 
-/// The records of a database, behind `offset` further words.
+/// The records of a database, after `offset` further words.
 inline std::vector<std::uint64_t> RecordsOf(const std::vector<ZQKorvex::ZQFingerPrint>& fps,
                                             std::size_t offset = 0) {
   std::vector<std::uint64_t> records(offset);
@@ -46,7 +45,7 @@ inline std::vector<std::uint64_t> RecordsOf(const std::vector<ZQKorvex::ZQFinger
   return records;
 }
 
-/// A file of this test's own; it is deleted at the end.
+/// A private file of this test, deleted at the end.
 class TempFile {
  public:
   explicit TempFile(const std::string& name) : name_(folder_ / name) {}

@@ -113,7 +113,7 @@ TEST(AtomInvariant, WrapsAndCountsHeavyNeighbours) {
     ZQAtomBase* const hub = mol.NewAtom(16);
     hub->SetFormalCharge(7);
     hub->SetImplicitHCount(9);
-    mol.NewBond(hub, mol.NewAtom(1), 1);  // a hydrogen is no heavy neighbour
+    mol.NewBond(hub, mol.NewAtom(1), 1);  // a hydrogen isn't a heavy neighbour
     for (unsigned int i = 0; i < neighbours; ++i) mol.NewBond(hub, mol.NewAtom(6), 1);
     hub->SetHyb(6);
     hub->SetInRing(true);
@@ -195,7 +195,7 @@ TEST(AtomInvariant, HydrogenBondClasses) {
 }
 
 TEST(Preparation, LeavesHeavyAtomsWithHydrogenCounts) {
-  // Each case: molecule, atoms, bonds and hydrogens that are left.
+  // Each case: molecule, remaining atoms, bonds and hydrogens.
   std::istringstream cases(R"t(
       [2H]C([2H])([2H])[2H] 1 0 4   [H][H] 0 0 0   [H+] 0 0 0   *CC* 2 1 4
       [H][B]1([H])[H][B]([H])([H])[H]1 2 0 8   [1H]Cl 1 0 1   C[C@H](F)[2H] 3 2 5)t");
@@ -213,7 +213,7 @@ TEST(Preparation, LeavesHeavyAtomsWithHydrogenCounts) {
 }
 
 TEST(Preparation, RestatesConfigurationsForTheAtomsThatAreLeft) {
-  // Each case: molecule, and what it reads like without hydrogens and dummy atoms.
+  // Each case: molecule, and its SMILES without hydrogens and dummy atoms.
   std::istringstream cases(R"t(
       [2H]/[C:1]([F:2])=[C:3]([CH3:5])/[Cl:4] [F:2]/[CH:1]=[C:3]([CH3:5])\[Cl:4]
       [F:2]/[C:1]([2H])=[CH:3]/[Cl:4] [F:2]/[CH:1]=[CH:3]/[Cl:4]

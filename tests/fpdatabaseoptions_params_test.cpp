@@ -11,7 +11,7 @@ namespace {
 
 class ParamsTest : public testing::Test {
  protected:
-  // The type after these words on the command line, or null.
+  // The type resulting from these words on the command line, or null.
   const ZQFPTypeBase* TypeOf(const std::vector<std::string>& words) {
     ZQInterface itf;
     EXPECT_TRUE(ZQConfigureFingerPrint(itf, ZQGetFPType(ZQFPType::Path)));

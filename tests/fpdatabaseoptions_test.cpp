@@ -90,7 +90,7 @@ TEST(HitList, TheBarRisesAtCompactionsOnly) {
   EXPECT_EQ(bars, (std::vector<double>{none, none, 0.3, 0.3, 0.3, 0.5}));
   EXPECT_TRUE(list->SortScores(true));
   EXPECT_EQ(ScoresOf(*list), std::vector<double>{0.5});
-  EXPECT_TRUE(list->UpdateScores(ZQSimScore(0, 0.6)));  // a sorted list takes more
+  EXPECT_TRUE(list->UpdateScores(ZQSimScore(0, 0.6)));  // a sorted list accepts more
 }
 
 TEST(HitList, IsTheSortedStartOfWhatItWasOffered) {

@@ -17,7 +17,7 @@ namespace {
 class CreateTest : public testing::Test {
  protected:
   std::string Path(const std::string& name) const { return folder_ / name; }
-  // A file of `count` lines, those of `bad` with a text that is no SMILES.
+  // A file of `count` lines; those in `bad` have a text that isn't a SMILES.
   std::string Molecules(const std::string& name, unsigned int count,
                         const std::vector<unsigned int>& bad = {}) const {
     std::ofstream file(Path(name));
@@ -76,7 +76,7 @@ TEST_F(CreateTest, EveryRecordStandsAtItsIndexForAnyNumberOfThreads) {
     ASSERT_TRUE(Create(Path("n.fpbin"), in, SmallType(), threads));
     EXPECT_EQ(ReadFile(Path("n.fpbin")), bytes) << threads;
   }
-  // A second run starts over, also where the file was longer.
+  // A second run starts over, even if the file was longer.
   ASSERT_TRUE(ZQCreateFastFPDatabaseFile(Path("1.fpbin"), Molecules("two.smi", 2), SmallType()));
   EXPECT_EQ(ReadFile(Path("1.fpbin")).size(), 896U);
 }
@@ -153,7 +153,7 @@ TEST_F(CreateTest, CompatibilityIsJudgedByNumberAndFirstRecord) {
       EXPECT_EQ(texts.back(), c.report);
     }
   }
-  // The same molecules under another type, which is swapped in behind the header.
+  // The same molecules under another type, which is substituted after the header.
   ASSERT_TRUE(Create(Path("b.fpbin"), Path("a.smi"), ZQGetPathFPType(256, 0, 4, 1, 1), 1));
   const std::string bytes =
       ReadFile(Path("a.fpbin")).substr(0, 800) + ReadFile(Path("b.fpbin")).substr(800);

@@ -26,8 +26,8 @@ Hits HitsOf(ZQIter<ZQSimScore> iter) {
 
 const std::string constructor = "ZQFastFPDatabase::ZQFastFPDatabase()";
 
-/// A file whose header claims `numWords` and `count`, with zero bytes behind it up to `size`. They
-/// take no room on a disk.
+/// A file whose header claims `numWords` and `count`, padded with zero bytes to `size`. The file is
+/// sparse.
 void WriteClaim(const TempFile& file, const ZQFPTypeBase* type, std::uint64_t numWords,
                 std::uint64_t count, std::uint64_t size) {
   ZQFastFPDatabaseParams params;
@@ -164,7 +164,7 @@ TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
   expect(!database.GetSortedScores(empty, options), "GetSortedScores() : empty molecule!");
   expect(!database.GetSortedScores(count, options),
          "GetSortedScores() : fingerprint index out of range!");
-  // Sorted scores don't ask for the type; a query of other words is an assertion failure.
+  // Sorted scores don't check the type; a query of another number of words is an assertion failure.
   ZQFingerPrint untyped = fps_[0];
   untyped.SetFPTypeBase(nullptr);
   EXPECT_TRUE(database.GetSortedScores(untyped, options));
@@ -203,7 +203,7 @@ TEST_P(BackEnd, BadArgumentsWarnAndGiveNothing) {
   ZQSimSearchResult result;
   EXPECT_EQ(database.GetImpl().SortedSearch(result, fps_[0], options), ZQSimSearchStatus::Finished);
   database.GetImpl().SortedSearch(result, fps_[0], options);
-  EXPECT_EQ(reports.Take(), Texts{"Assertion"});  // it has run before
+  EXPECT_EQ(reports.Take(), Texts{"Assertion"});  // it has already run
   ZQMol invalid;
   invalid.SetValid(false);
   expect(database.SortedSearch(result, invalid, options) == ZQSimSearchStatus::Uninitialized,
@@ -273,7 +273,7 @@ TEST_P(BackEnd, AHeaderThatDoesntFitItsTypeIsNotScanned) {
   }
 }
 
-// A type may have radii of which no fingerprint is made.
+// A type may have radii for which no fingerprint can be made.
 TEST_P(BackEnd, MoleculesAreNoQueriesUnderATypeThatCantBeMade) {
   const ZQFPTypeBase* type = ZQGetCircularFPType(256, 0, 200, 1, 1);
   std::vector<ZQFingerPrint> fps = RandomFingerPrints(3, 256);

@@ -18,7 +18,7 @@ using namespace ZQKorvex;
 
 namespace {
 
-// The judge: every pair by itself, in plain integers.
+// The reference: each pair computed separately, in plain integers.
 
 double PlainScore(const ZQFPDatabaseOptions& options, const std::uint64_t* a,
                   const std::uint64_t* b, std::size_t numWords) {
@@ -84,7 +84,7 @@ Hits HitsOf(const std::vector<ZQSimScore>& items) {
   return hits;
 }
 
-// Threads and calls that a popcount function of the test's own sees.
+// Threads and calls recorded by the test's popcount function.
 std::mutex callsLock;
 std::size_t calls = 0;
 std::set<std::thread::id> callers;
@@ -124,7 +124,7 @@ TEST_P(EveryVariant, CountsAreTheJudgesAtEveryLengthAndStart) {
   std::mt19937_64 random(11);
   std::vector<std::uint64_t> words(400);
   for (std::uint64_t& word : words) word = random();
-  std::fill_n(words.begin() + 40, 320, ~std::uint64_t{0});  // sums of bytes are as great as can be
+  std::fill_n(words.begin() + 40, 320, ~std::uint64_t{0});  // sums of bytes are at their maximum
   const ZQPopCountFunc popcount = ZQGetPopCountFunc(ZQGetPopCountMethod());
   const ZQScanVariant& scans = *ZQGetProcessor().scans;
   EXPECT_EQ(popcount(words.data(), 0), 0U);
@@ -207,7 +207,7 @@ TEST(Kernels, AForeignPopCountIsCalledOncePerPair) {
   const Data records(300, 512);
   calls = 0;
   const auto foreign = records.Raw({}, 5, CountingPopCount);
-  EXPECT_EQ(calls, 301U);  // the query's own count is one more
+  EXPECT_EQ(calls, 301U);  // one more for the query itself
   EXPECT_EQ(foreign, records.Raw({}, 5));
 }
 
@@ -306,7 +306,7 @@ TEST_P(EveryVariant, AllAgainstAll) {
       std::vector<float> matrix;
       ZQFastFPAllScores(matrix, options, records.Scanned());
       ASSERT_EQ(matrix.size(), count * count);
-      // Many bins: scores of few bits fall onto the edges of some.
+      // Many bins: scores of few bits coincide with the edges of some.
       for (const unsigned long bins : {1UL, 10UL, 49UL, 200UL, 66000UL}) {
         ZQFPHistogram expected(bins, 0.0, 1.0);
         for (std::size_t i = 0; i < count; ++i) {
@@ -349,7 +349,8 @@ namespace {
 
 using Entries = std::vector<std::tuple<std::uint64_t, std::uint64_t, double>>;
 
-/// Every `step`th row of a sparse matrix as it is told: each row keeps a list and its lowest entry.
+/// Every `step`th row of a sparse matrix straight from the definition: each row keeps a list and
+/// its lowest entry.
 Entries PlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& options, std::size_t k,
                           std::size_t step = 1) {
   Entries out;
@@ -413,7 +414,7 @@ void ExpectPlainSparseMatrix(const Data& records, const ZQFPDatabaseOptions& opt
 TEST_P(EveryVariant, SparseMatrixKeepsWhatItIsToldAmongEquals) {
   for (const std::size_t count : {1U, 63U, 64U, 150U}) {
     Data records(count, 256);
-    // Ids that aren't the positions show which of the two an entry carries.
+    // Ids differ from the positions, which shows which of the two an entry contains.
     for (std::size_t i = 0; i < count; ++i) records.words[i * 6] = 7 * i + 1000;
     for (const unsigned int measure : {1U, 2U, 5U, 6U}) {
       ZQFPDatabaseOptions options(0, measure);
@@ -497,7 +498,7 @@ TEST(Kernels, AMatrixBeyondAnyMemoryThrows) {
       std::length_error);
 }
 
-// Stored counts that aren't true.
+// Stored counts that are wrong.
 
 TEST_P(EveryVariant, FalseCountsGiveScoresFromZeroToOne) {
   const std::uint64_t all = ~std::uint64_t{0};
@@ -540,7 +541,7 @@ TEST_P(EveryVariant, AFalseCountIsNoOtherRecordsBusiness) {
     const auto raw = records.Raw(options, 5);
     std::vector<float> matrix;
     ZQFastFPAllScores(matrix, options, records.Scanned());
-    // Now a count that can't be true in each of the three blocks.
+    // Now an impossible count in each of the three blocks.
     for (const std::size_t i : {60U, 64U, 140U}) records.words[6 * i + 1] = ~std::uint64_t{0} - i;
     const auto isChanged = [](std::size_t i) { return i == 60 || i == 64 || i == 140; };
     EXPECT_EQ(records.Raw(options, 5), records.Raw(options, 5, CountingPopCount));
@@ -555,7 +556,7 @@ TEST_P(EveryVariant, AFalseCountIsNoOtherRecordsBusiness) {
         ASSERT_TRUE(isChanged(i) || isChanged(j) || score == matrix[i * count + j]);
       }
     }
-    // The kernels agree, and no histogram meets a score outside of its range.
+    // The kernels agree, and no histogram gets a score outside its range.
     ZQFPHistogram histogram(10, 0.0, 1.0);
     ZQFastFPHistogram(histogram, options, records.Scanned());
     EXPECT_GE(histogram.NumSamples(), count * (count - 1) / 2);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* typeText = "Path,ver=2.0.0,size=256,bonds=0-5,atype=AtmNum,btype=Order";
 
-/// A header of four lines with W and N at their places, cut or padded to `size` bytes.
+/// A header of four lines with W and N filled in, truncated or padded to `size` bytes.
 std::string Header(const std::string& lines, std::uint64_t numWords, std::uint64_t count,
                    std::size_t size = 800) {
   std::string header = lines;
@@ -39,7 +39,7 @@ TEST(Format, WorkedExample) {
   EXPECT_EQ(bytes.size(), 896U);
   EXPECT_EQ(ZQGetFPDatabaseFileSize(2, type), 896U);
   EXPECT_EQ(ZQGetFPDatabaseFileSize(0, type), 800U);
-  EXPECT_EQ(ZQGetFPDatabaseFileSize(1UL << 60, type), ~0UL);  // no file is so long
+  EXPECT_EQ(ZQGetFPDatabaseFileSize(1UL << 60, type), ~0UL);  // too long for any file
   EXPECT_EQ(ZQGetFPDatabaseFileSize(~0UL / 48, type), ~0UL);
   const std::string lines = "LE\nmols.smi\n" + type->GetFPTypeString() + "\n2\n";
   EXPECT_EQ(bytes.substr(0, lines.size()), lines);
@@ -80,7 +80,7 @@ TEST(Format, Conversions) {
   ZQFingerPrint back;
   EXPECT_TRUE(ZQConvertFP(back, fp.GetFPTypeBase(), words));
   EXPECT_EQ(back, fp);
-  // Over words, too, the count is one of bytes.
+  // The count is in bytes for words, too.
   EXPECT_TRUE(ZQConvertFP(back, fp.GetFPTypeBase(), words.data(), 12));
   EXPECT_EQ(back.GetSize(), 96U);
   EXPECT_EQ(back.Words()[1], words[1] & 0xFFFFFFFF);
@@ -179,7 +179,7 @@ TEST(HeaderReader, WhatItTakes) {
     EXPECT_EQ(params.GetMoleculeFile(), "m");
     EXPECT_FALSE(params.IsConsistent());  // no records follow
   }
-  // Short of its tail, a file reads as if zero bytes followed.
+  // A truncated file is read as if zero bytes followed.
   file.Write(Header("LE\n" + std::string(100, 'm') + "\n" + typeText + "\n0\n", 0, 0, 200));
   EXPECT_TRUE(ZQFastFPDatabaseParams(file.Name()).IsValid());
 }
@@ -225,7 +225,7 @@ TEST(MappedFiles, WriteAndRead) {
   in.Close();
   EXPECT_EQ(in.GetBase(), nullptr);
   in.Close();
-  // An open stream leads to its own file, whatever takes the name meanwhile.
+  // An open stream refers to its own file even if the name is reused.
   zqifstream stream(file.Name());
   std::filesystem::remove(file.Name());
   file.Write("another file");
@@ -259,7 +259,7 @@ TEST(MappedFiles, Failures) {
   file.Write("12345");
   EXPECT_FALSE(in.Open(file.Name(), 0));
   EXPECT_FALSE(out.Open(file.Name(), std::uint64_t{1} << 63));
-  EXPECT_FALSE(out.Open(file.Name(), std::uint64_t{1} << 55));  // no disk is so large
+  EXPECT_FALSE(out.Open(file.Name(), std::uint64_t{1} << 55));  // too large for any disk
   EXPECT_EQ(reports.Take(), (Texts{"Error opening file for reading: /no/such/file",
                                    "Error opening file for writing: /no/such/file",
                                    "Error mmapping the file: " + file.Name(),

@@ -1,4 +1,4 @@
-// The identifiers of circular and tree fingerprints, by routes of their own.
+// The identifiers of circular and tree fingerprints, computed independently.
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@
 #include "tests/generator_helpers.h"
 #include "tests/processor_helpers.h"
 
-// Memory ends for any single request above the limit.
+// Any single allocation above the limit fails.
 namespace {
 std::size_t largestRequest = std::numeric_limits<std::size_t>::max();
 }
@@ -34,7 +34,7 @@ namespace {
 
 using Ids = std::vector<unsigned int>;
 
-// A molecule as sets of numbers, and identifiers straight from the definition.
+// A molecule as sets of numbers, with identifiers straight from the definition.
 class Definition {
  public:
   explicit Definition(const Prepared<unsigned int>& from) : from_(from) {
@@ -90,7 +90,7 @@ class Definition {
     return ids;
   }
 
-  // Every subset that hangs together, for molecules of few atoms.
+  // Every connected subset, for molecules of few atoms.
   Ids Trees(unsigned int min, unsigned int max) {
     Ids ids = min == 0 ? Singles() : Ids{};
     for (std::uint32_t mask = 1; mask < 1U << from_.mol.GetMaxAtomIdx(); ++mask) {
@@ -114,7 +114,7 @@ class Definition {
     return ids;
   }
 
-  // The atoms of each set in the order of discovery: depth first, a set seen before cut off.
+  // The atoms of each set in the order of discovery: depth first, without sets seen before.
   using Rows = std::vector<std::vector<unsigned int>>;
   void Discover(Rows& rows, std::set<std::set<unsigned int>>& seen,
                 const std::vector<unsigned int>& row, std::size_t max) {
@@ -181,7 +181,7 @@ TEST(Fragments, WorkedIdentifiers) {
   pair.bonds = {1};
   EXPECT_EQ(Sorted(circular, pair, 1, 1), Ids(2, (3 + 3 * 947U) * 1019 + (2 + 4 * 947U) * 1049));
   EXPECT_EQ(Sorted(tree, pair, 1, 1), Ids{3 * 947U + 2 * 1019U + 983U});
-  // A value of 0 in the end uses up no weight.
+  // A final value of 0 consumes no weight.
   pair.atoms[1] = 0U - 3 * 947U;
   EXPECT_EQ(Sorted(circular, pair, 1, 1), Ids(2, (2 + (1 - 3 * 947U) * 947U) * 1019));
 }
@@ -199,8 +199,8 @@ TEST(Fragments, CircularIdentifiersFollowTheDefinition) {
   }
 }
 
-// One generator names sets of every size around the ends of registers, of values that are equal, 0
-// to the end or as great as they can be.
+// One generator names sets of every size around the register widths, with values that are equal, 0
+// up to the end or maximal.
 TEST_P(EveryVariant, SetsAreNamedByTheDefinition) {
   Prepared<unsigned int> from(ReadSmiles(LargeSmiles() + "C12C3C4C1C5C2C3C45"), 63, 1);
   const ZQConnectionTable connections(from.mol, ZQConnectionTable::Hydrogens::LeftOut);
@@ -294,7 +294,7 @@ TEST(Fragments, PatternsHoldAtomsInOrderOfDiscoveryAndASpanningTree) {
 }
 
 TEST(Fragments, HugeAndStrangeMoleculesTakeNoLongerThanTheyMust) {
-  // A star of 2,000 arms, whose balls of radius 2 are all of it, and a chain.
+  // A star of 2,000 arms, whose environments of radius 2 are the whole molecule, and a chain.
   const std::string star = "[U]" + Repeated("(C)", 1999) + "C";
   for (const std::string& smiles : {star, std::string(2000, 'C'), LargeSmiles()}) {
     const ZQMol mol = ReadSmiles(smiles);

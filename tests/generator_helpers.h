@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of the generators share.
+/// Shared by the tests of the generators.
 
 #include <vector>
 
@@ -26,8 +26,8 @@ inline ZQKorvex::ZQFingerPrint FingerPrintOfText(const std::string& text, unsign
   return fp;
 }
 
-/// The multipliers of identifiers, figure by figure as published, and the next two; behind them
-/// every fifth prime.
+/// The multipliers of identifiers, digit by digit as published, and the next two; after these every
+/// fifth prime.
 inline unsigned int PublishedMultiplier(std::size_t index) {
   static std::vector<unsigned int> multipliers{
       947,  983,  1019, 1049, 1087, 1109, 1153, 1193, 1229, 1277, 1297, 1321, 1381,
@@ -59,14 +59,14 @@ struct Prepared {
       : mol(from) {
     ZQKorvex::ZQPrepareForFingerprinting(mol, ZQKorvex::ZQFPType::Path);
     ZQKorvex::ZQGetFingerprintAtomTypes(atoms, bonds, mol, atype, btype);
-    // The perception of chirality may leave classes behind.
+    // The perception of chirality may leave classes set.
     for (auto atom = mol.GetAtoms(); atom; ++atom) atom->SetSymmetryClass(0);
     if (symmetry) Quarnel::ZQPerceiveSymmetry(mol, true, false);
   }
 };
 
 /// Molecules equal to this one: atoms and bonds in another order, another Kekulé structure, and
-/// every second one with hydrogens as atoms, whose preparation leaves holes in the indices.
+/// every second one with explicit hydrogens, whose preparation leaves holes in the indices.
 inline std::vector<Quarnel::ZQMol> OtherGuises(const Quarnel::ZQMolBase& mol, unsigned int count) {
   std::vector<Quarnel::ZQMol> others;
   for (unsigned int seed = 0; seed < count; ++seed) {

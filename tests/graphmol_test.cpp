@@ -15,7 +15,7 @@ namespace {
 
 using Edge = std::pair<unsigned int, unsigned int>;
 
-// The graph as its callers see it, by way of the atoms' own bonds; each bond shows up twice.
+// The graph as seen by callers, from the atoms' own bonds; each bond occurs twice.
 std::multiset<Edge> EdgesOf(const ZQMolBase& mol) {
   std::multiset<Edge> edges;
   for (auto atom = mol.GetAtoms(); atom; ++atom) {
@@ -105,8 +105,8 @@ TEST(GraphMol, DeletionLeavesHolesAndTrimsTheEnd) {
   EXPECT_EQ(other.NewBond(atoms[0], atoms[2], 1), nullptr);
 }
 
-/// The steps that are perceived, and those of which some atom or bond holds a value: rings,
-/// aromaticity, hybridization, chirality and symmetry.
+/// The perceived steps, and those for which some atom or bond has a value: rings, aromaticity,
+/// hybridization, chirality and symmetry.
 std::pair<std::string, std::string> StepsOf(const ZQMolBase& mol) {
   constexpr std::string_view names = "RAHCS";
   std::string perceived;

@@ -1,4 +1,4 @@
-// What the three hashed kinds with parameters have in common.
+// The common properties of the three hashed kinds with parameters.
 
 #include <gtest/gtest.h>
 
@@ -52,7 +52,7 @@ TEST(Hashed, BitsDontDependOnNumberingHydrogensOrKekuleStructure) {
     for (const std::string& smiles : all) {
       SCOPED_TRACE(Join({kind.name, " of ", smiles}));
       const ZQMol mol = ReadSmiles(smiles);
-      // All flags at once, so that a perceived value or a class that merges too much shows.
+      // All flags at once, to detect a perceived value or a class that merges too much.
       ZQFingerPrint fp;
       ASSERT_TRUE(kind.make(fp, mol, 4096, 0, 5, 127 + 4096, 7));
       for (const ZQMol& other : OtherGuises(mol, 8)) {
@@ -64,7 +64,7 @@ TEST(Hashed, BitsDontDependOnNumberingHydrogensOrKekuleStructure) {
   }
 }
 
-/// A molecule of another kind, whose atoms still answer what isn't perceived.
+/// A molecule of another kind, whose atoms still return values that aren't perceived.
 class StaleMol final : public ZQStoredMol<ZQMolBase> {
  public:
   explicit StaleMol(const ZQMolBase& other) { CopyFrom(other); }
@@ -108,13 +108,13 @@ TEST(Hashed, SymmetryClassesOfAnotherGraphLeaveNothingOut) {
     expectSame(ion, "[O-]c1ccc(O)cc1"_mol);
     expectSame(stale, "Clc1ccccc1"_mol);
   }
-  // As they stand, without a copy.
+  // Used unchanged, without a copy.
   std::vector<unsigned int> atoms;
   std::vector<unsigned int> bonds;
   ZQGetFingerprintAtomTypes(atoms, bonds, stale, 1, 1);
   std::vector<unsigned int> ids;
   EXPECT_EQ(ZQPathIdGeneratorStack(ids, stale, atoms, bonds, 0, 0), 7U);
-  // Classes of the graph as it stands are used, through preparation too.
+  // Classes of the current graph are used, also after preparation.
   ZQGraphMol copy(benzene);
   ZQPrepareForFingerprinting(copy, ZQFPType::Circular);
   EXPECT_EQ(copy.GetAtomAt(5)->GetSymmetryClass(), 1U);
@@ -215,7 +215,7 @@ TEST(Hashed, RefusesWhatItCannotFingerprint) {
       EXPECT_FALSE(kind.makeTyped(fp, "CCO"_mol, type));
       EXPECT_EQ(reports.Take(), Texts{kind.wrongType});
     }
-    // Under a type of an older version bits are made, but the type isn't theirs.
+    // With a type of an older version bits are made, but they don't get that type.
     EXPECT_FALSE(kind.makeTyped(fp, "CCO"_mol,
                                 kind.number == ZQFPType::Path ? ZQGetPathFPType(0, 64, 0, 5, 1, 1)
                                 : kind.number == ZQFPType::Circular

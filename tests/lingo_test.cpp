@@ -50,7 +50,7 @@ TEST(LingoMap, WritesRingClosuresAndElementsAsOneCharacter) {
   }
   EXPECT_TRUE(cases.eof());
   EXPECT_EQ(LingoText(ZQMol()), "");
-  // A complete graph, of which more than 99 closures are open at once.
+  // A complete graph, with more than 99 closures open at once.
   std::string smiles;
   for (int i = 0; i < 24; ++i) {
     smiles += i == 0 ? "*" : ".*";
@@ -143,7 +143,7 @@ TEST(LingoSimTerms, TakeShortTextsWhole) {
               c.answer);
     EXPECT_EQ(counts, c.counts) << c.a << " " << c.b;
   }
-  // A text that isn't ended ends with the vector.
+  // A text without a terminator ends with the vector.
   ZQFingerPrint open = Lingo("CCCCCCC");
   open.SetSize(64);
   std::memset(open.Words(), 'C', 8);

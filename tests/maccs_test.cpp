@@ -17,7 +17,7 @@ ZQFingerPrint Keys(const ZQMolBase& mol) {
 
 bool Has(const ZQFingerPrint& fp, unsigned int key) { return fp.IsBitOn(key - 1); }
 
-// A key, a molecule that has it, and one not far from it that hasn't.
+// A key, a molecule that has it, and a similar one that doesn't.
 constexpr const char* examples = R"(
 1 [13CH4] C  2 [Rf] [U]  3 C[AsH2] CCC  4 [U] [Rf]  5 [Sc+3] [V]  6 [Eu+3] [La+3]  7 [Mn+2] [Fe+2]
 8 C1COC1 C1CCC1  9 [Fe+2] [Mn+2]  10 [Ca+2] [Na+]  11 C1CNC1 C1CC1  12 [Zn+2] [Fe+2]  13 CN(C)O CNO
@@ -89,7 +89,7 @@ TEST(MACCSTest, HoldsOverManyMolecules) {
   std::vector<ZQMol> mols(drugs.GetMaxMolIdx());
   for (unsigned int i = 0; i < mols.size(); ++i) ASSERT_TRUE(drugs.GetMolecule(mols[i], i));
   for (const std::string& smiles : SampleSmiles()) mols.push_back(ReadSmiles(smiles));
-  // A second match implies a first, and some keys ask the same.
+  // A second match implies a first, and some keys are equivalent.
   const unsigned int implied[][2] = {{130, 124}, {120, 137}, {127, 143}, {118, 147}, {138, 153},
                                      {149, 160}, {145, 163}, {125, 162}, {122, 156}, {156, 122},
                                      {146, 159}, {159, 146}, {162, 165}};

@@ -1,5 +1,5 @@
-// What every implementation of the abstract molecule does: the built-in ones, and one of another
-// toolkit. A toolkit that passes gets the same fingerprints as the built-in molecule.
+// The requirements for every implementation of the abstract molecule: the built-in ones, and one of
+// another toolkit. A toolkit that passes has the same fingerprints as the built-in molecule.
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ void SetAllPerceived(ZQMolBase& mol) {
   for (unsigned int step = 1; step <= numSteps; ++step) mol.SetPerceived(step, true);
 }
 
-// The steps that are done, as digits.
+// The perceived steps, as digits.
 std::string PerceivedSteps(const ZQMolBase& mol) {
   std::string steps;
   for (unsigned int step = 0; step <= numSteps + 1; ++step) {
@@ -45,8 +45,8 @@ std::vector<unsigned int> BondIndices(const ZQAtomBase& atom) {
   return indices;
 }
 
-// Copies a molecule through the abstract operations. With holes, an atom and a bond that are
-// deleted in the end stand before every second of the others.
+// Copies a molecule through the abstract operations. With holes, every second atom and bond is
+// preceded by one that is deleted at the end.
 void Fill(ZQMolBase& mol, const ZQMolBase& from, bool holes) {
   mol.Clear();
   mol.BeginEdit();
@@ -87,7 +87,7 @@ TYPED_TEST(MolConformanceTest, IndicesAndEdits) {
     EXPECT_EQ(mol.GetTitle(), "");
     EXPECT_FALSE(mol.FindData(7));
     EXPECT_EQ(mol.GetAtomAt(0), nullptr);
-    // More atoms than a block of any store.
+    // More atoms than a block of any implementation.
     std::vector<ZQAtomBase*> ring;
     for (unsigned int i = 0; i < 131; ++i) ring.push_back(mol.NewAtom(6));
     for (unsigned int i = 0; i < 131; ++i) {
@@ -109,7 +109,7 @@ TYPED_TEST(MolConformanceTest, IndicesAndEdits) {
     EXPECT_FALSE(mol.DeleteBond(nullptr));
     EXPECT_EQ(mol.NumBonds(), 131U);
 
-    // Holes in the middle stay; those at the end don't count.
+    // Holes in the middle remain; those at the end don't count.
     EXPECT_TRUE(mol.DeleteAtom(ring[64]));
     EXPECT_TRUE(mol.DeleteBond(mol.GetBondAt(20)));
     EXPECT_EQ(mol.NumAtoms(), 130U);
@@ -123,7 +123,7 @@ TYPED_TEST(MolConformanceTest, IndicesAndEdits) {
     EXPECT_EQ(mol.GetMaxBondIdx(), 129U);
     EXPECT_EQ(mol.NewAtom(7)->GetIdx(), 130U);
     EXPECT_EQ(mol.NewBond(mol.GetAtomAt(130), ring[0], 1)->GetIdx(), 129U);
-    // An order between others of an atom: bonds come by index, not by neighbour.
+    // A bond index between others of an atom: bonds are ordered by index, not by neighbour.
     EXPECT_NE(mol.NewBond(ring[0], ring[70], 1), nullptr);
     EXPECT_EQ(BondIndices(*ring[0]), (std::vector<unsigned int>{0, 129, 130}));
 
@@ -182,7 +182,7 @@ TYPED_TEST(MolConformanceTest, ChangesUndoTheStepsThatReadThem) {
                            kept('5', '4'), kept('1', '1'), kept('2', '1'), kept('4', '1')}))
         << name;
   }
-  // Marks of the input, set while their steps aren't done, outlive a change.
+  // Marks of the input, set while their steps aren't done, survive a change.
   for (unsigned int step = 1; step <= numSteps; ++step) mol.SetPerceived(step, false);
   atom.SetAromatic(true);
   bond.SetChiral(true);
@@ -190,8 +190,8 @@ TYPED_TEST(MolConformanceTest, ChangesUndoTheStepsThatReadThem) {
   EXPECT_TRUE(atom.IsAromatic() && bond.IsChiral());
 }
 
-// Molecules as they come: charges, isotopes, stereo, explicit hydrogens, several components, large
-// rings, metals, and the two that have nothing to enumerate.
+// Varied molecules: charges, isotopes, stereo, explicit hydrogens, several components, large rings,
+// metals, and the two without anything to enumerate.
 const std::vector<std::string>& Table() {
   static const std::vector<std::string> table = [] {
     std::vector<std::string> smiles = SampleSmiles();
@@ -223,7 +223,7 @@ void ExpectSameFingerPrints(const ZQMolBase& mol, const ZQMolBase& expected,
 }
 
 TYPED_TEST(MolConformanceTest, AllKindsGiveTheSameAsOverTheBuiltIn) {
-  TypeParam mol;  // one for all, as an application reads a file
+  TypeParam mol;  // reused, as by an application that reads a file
   for (const std::string& smiles : Table()) {
     const ZQMol expected = ReadSmiles(smiles);
     ASSERT_TRUE(ZQSmilesToMol(mol, smiles));
@@ -270,7 +270,7 @@ TYPED_TEST(MolConformanceTest, EditsShowInTheFingerPrints) {
     ZQKorvex::ZQMakeFP(after, mol, 102);
     EXPECT_FALSE(before == after) << smiles;
     ExpectSameFingerPrints(mol, expected, "edited " + smiles);
-    // What was grown goes again, and the first bond with it.
+    // The added atoms are deleted again, and the first bond with them.
     for (ZQMolBase* edited : std::initializer_list<ZQMolBase*>{&mol, &expected}) {
       edited->DeleteAtom(edited->GetAtomAt(edited->GetMaxAtomIdx() - 1));
       edited->DeleteAtom(edited->GetAtomAt(edited->GetMaxAtomIdx() - 1));

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What several tests share: molecules as literals and in other guises, a sink that keeps
+/// Shared by several tests: molecules as literals and in equivalent forms, a sink that keeps
 /// reports, and work on several threads.
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ inline std::string Repeated(std::string_view text, std::size_t times) {
   return all;
 }
 
-/// What a parser says of a place: "3: found "X", expected a Y".
+/// A parser's error text: "3: found "X", expected a Y".
 inline std::string Finding(int place, std::string_view found, std::string_view expected) {
   return std::to_string(place)
       .append(": found ")
@@ -44,7 +44,7 @@ inline std::string Finding(int place, std::string_view found, std::string_view e
       .append(expected);
 }
 
-/// Does `work(t)` on a thread each for t = 0, 1 up to `count` - 1.
+/// Runs `work(t)` for t = 0 to `count` - 1, each on its own thread.
 template <class Work>
 void OnThreads(unsigned int count, Work work) {
   std::vector<std::thread> threads;
@@ -52,7 +52,7 @@ void OnThreads(unsigned int count, Work work) {
   for (std::thread& thread : threads) thread.join();
 }
 
-/// Keeps all reports while it lives, and lets Fatal go on.
+/// Collects all reports during its lifetime, and continues after Fatal.
 class CapturedReports {
  public:
   struct Report {
@@ -70,8 +70,8 @@ class CapturedReports {
   CapturedReports(const CapturedReports&) = delete;
   CapturedReports& operator=(const CapturedReports&) = delete;
 
-  /// The texts so far, which are then forgotten. Assertion reports are cut down to "Assertion",
-  /// with the text in front of them if they have one.
+  /// Returns and clears the texts so far. Assertion reports are shortened to "Assertion", preceded
+  /// by their message if they have one.
   std::vector<std::string> Take() {
     std::vector<std::string> texts;
     for (const Report& report : std::exchange(reports_, {})) {
@@ -93,8 +93,8 @@ class CapturedReports {
 
 using Texts = std::vector<std::string>;
 
-/// The same molecule with atoms and bonds numbered at random. What was drawn of stereo is left
-/// out; whether an atom or bond could carry it stays.
+/// The same molecule with atoms and bonds numbered at random. Drawn configurations are omitted;
+/// whether an atom or bond could carry stereo is kept.
 inline Quarnel::ZQMol Shuffled(const Quarnel::ZQMolBase& mol, unsigned int seed) {
   std::mt19937 random(seed);
   std::vector<Quarnel::ZQAtomBase*> atoms;
@@ -123,7 +123,7 @@ inline Quarnel::ZQMol Shuffled(const Quarnel::ZQMolBase& mol, unsigned int seed)
   return shuffled;
 }
 
-/// The same molecule with each implicit hydrogen as an atom of its own.
+/// The same molecule with all hydrogens explicit.
 inline Quarnel::ZQMol WithHydrogens(const Quarnel::ZQMolBase& mol) {
   Quarnel::ZQMol full(mol);
   const unsigned int heavy = full.GetMaxAtomIdx();
@@ -137,7 +137,7 @@ inline Quarnel::ZQMol WithHydrogens(const Quarnel::ZQMolBase& mol) {
   return full;
 }
 
-/// Molecules of many sorts: drugs, charges, salts, cages, stereo, symmetry, odd elements.
+/// Molecules of many kinds: drugs, charges, salts, cages, stereo, symmetry, odd elements.
 inline const std::vector<std::string>& SampleSmiles() {
   static const std::vector<std::string> smiles = [] {
     std::istringstream text(R"t(

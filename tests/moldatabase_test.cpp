@@ -12,7 +12,7 @@ namespace Quarnel {
 
 namespace {
 
-// "CCO ethanol\nC1CC " and "ring\nO\n", packed one by one.
+// "CCO ethanol\nC1CC " and "ring\nO\n", packed separately.
 const std::string packedFirst(
     "\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\x73\x76\xf6\x57\x48\x2d\xc9\x48\xcc\xcb\xcf\xe1"
     "\x72\x36\x74\x76\x56\x00\x00\x14\xd9\xf5\xc6\x11\x00\x00\x00",
@@ -38,7 +38,7 @@ std::string Molfile(const std::string& title, const std::string& symbol) {
 }
 
 struct Record {
-  const char *title, *smiles;  // no SMILES: unreadable
+  const char *title, *smiles;  // without SMILES: unreadable
 };
 
 void ExpectRecords(const std::string& file, const std::vector<Record>& records) {

@@ -42,7 +42,7 @@ inline std::string WriteMolfile(const std::vector<MolfileAtom>& atoms,
   for (int i = 0; i < numAtoms; ++i) {
     const MolfileAtom& a = atoms[static_cast<std::size_t>(i)];
     if (v3000) {
-      // Broken up as a writer may do it, in the middle of a number.
+      // Continued in the middle of a number, as a writer may do.
       Add(text, "M  V30 1-\nM  V30 %d %s %g %g %g %d CHG=%d RAD=%d MASS=%d VAL=%d CFG=%d\n", i,
           a.symbol, a.x, a.y, a.z, i + 1, a.charge, a.radical, a.mass, a.valence, a.parity);
       continue;

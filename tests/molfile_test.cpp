@@ -17,7 +17,7 @@ struct Case {
   std::vector<MolfileBond> bonds;
 };
 
-// A centre amid the corners of a square, and two double bonds with three neighbours up, one down.
+// A centre inside a square, and two double bonds with three neighbours up, one down.
 const std::vector<MolfileAtom> square{
     {"F", 1, 1}, {"Cl", -1, 1}, {"Br", -1, -1}, {"I", 1, -1}, {"C"}};
 const std::vector<MolfileAtom> chains{{"F", 0, 1}, {"C", 1, 0}, {"C", 2, 0}, {"Cl", 3, 1},
@@ -39,7 +39,7 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
       {"[cH:1]1[cH:2][n:3][cH:4][cH:5][cH:6]1",
        {{"C", 0}, {"C", 1}, {"N", 2}, {"C", 3}, {"C", 4}, {"C", 5}},
        {{1, 2, 4}, {2, 3, 4}, {3, 4, 4}, {4, 5, 4}, {5, 6, 4}, {6, 1, 4}}},
-      // One bond up, one down, both; a wide end and a wavy bond say nothing.
+      // One bond up, one down, both; a wide end and a wavy bond give no configuration.
       {"[F:1][C@:5]([Cl:2])([Br:3])[I:4]", square, {{5, 1, 1, 1}, {5, 2}, {5, 3}, {5, 4}}},
       {"[F:1][C@@:5]([Cl:2])([Br:3])[I:4]", square, {{5, 1, 1, 3}, {5, 2}, {5, 3}, {5, 4}}},
       {"[F:1][C@:5]([Cl:2])([Br:3])[I:4]", square, {{5, 4}, {5, 2, 1, 3}, {5, 3, 1, 1}, {5, 1}}},
@@ -64,7 +64,7 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
       {"[CH3:1][C:2]([CH3:3])([F:4])[Cl:5]",
        {{"C", 1, 1}, {"C"}, {"C", -1, 1}, {"F", -1, -1}, {"Cl", 1, -1}},
        {{2, 1, 1, 1}, {2, 3}, {2, 4}, {2, 5}}},
-      // Drawn cis and trans; as either; without a choice.
+      // Drawn cis and trans; as either; with only one possibility.
       {"[F:1]/[CH:2]=[CH:3]\\[Cl:4].[F:5]/[CH:6]=[N:7]/[OH:8]",
        chains,
        {{1, 2}, {2, 3, 2}, {3, 4}, {5, 6}, {6, 7, 2}, {7, 8}}},
@@ -104,14 +104,15 @@ TEST(MolfileReader, BothVersionsTellTheMoleculeThatItsSmilesTells) {
 
 TEST(MolfileReader, WedgesTellTheirConfigurationAtAllAngles) {
   // The directions of the neighbours 1 to 3 or 4 in degrees, the marks of their bonds (1 up, 2
-  // either, 3 down, negative: begun at the neighbour), and how they turn seen from the hydrogen or
+  // either, 3 down, negative: begun at the neighbour), and their turn seen from the hydrogen or
   // else the first: 1 clockwise.
   const struct {
     std::vector<double> angles;
     std::vector<int> marks;
     int turn;
   } cases[] = {
-      // The hydrogen lies below those that fill the plane, and opposite to those that don't.
+      // The hydrogen is below neighbours that surround the centre, and opposite to those that
+      // don't.
       {{80, 90, 100}, {0, 1, 0}, -1},
       {{35, 90, 145}, {0, 1, 0}, -1},
       {{30, 90, 150}, {0, 1, 0}, -1},
@@ -149,7 +150,7 @@ TEST(MolfileReader, WedgesTellTheirConfigurationAtAllAngles) {
       {{20, 90, 150}, {1, 3, 0}, 1},
       {{20, 90, 150}, {1, 1, 0}, 0},
       {{20, 90, 150}, {1, 0, 3}, 0},
-      // Wide ends say nothing; a wavy bond says that nothing is known.
+      // Wide ends give no configuration; a wavy bond makes it unknown.
       {{-30, 90, 200}, {-1, 0, 0}, 0},
       {{-30, 90, 200}, {-1, 0, 3}, -1},
       {{-30, 90, 200}, {1, 2, 0}, 0},
@@ -157,7 +158,7 @@ TEST(MolfileReader, WedgesTellTheirConfigurationAtAllAngles) {
   };
   const double lengths[] = {1, 2.9, 1.4, 2};
   for (const auto& [angles, marks, turn] : cases) {
-    // Each drawing also turned, seen from behind, of uneven bonds, large and small.
+    // Each drawing also rotated, seen from behind, with uneven bonds, large and small.
     for (unsigned int variant = 0; variant < 48; ++variant) {
       const bool swapped = variant % 2 != 0;
       const bool flipped = variant / 2 % 2 != 0;

@@ -13,7 +13,7 @@ namespace ZQKorvex {
 
 namespace {
 
-// Every walk by plain recursion, straight from the definition.
+// Every path by plain recursion, straight from the definition.
 template <class T>
 class AllWalks {
  public:
@@ -104,7 +104,7 @@ TEST(Path, WorkedIdentifiersAndBits) {
       {"CCN", 65535, 0, 0, 0, 1, {947}},
       {"", 4096, 0, 5, 191, 3, {}},
       {"[H][H]", 256, 0, 5, 191, 3, {}},
-      {"C1CCCCC1", 4096, 6, 6, 1, 1, {}},  // the closing bond is never crossed
+      {"C1CCCCC1", 4096, 6, 6, 1, 1, {}},  // the closing bond is never used
   };
   for (const auto& c : cases) {
     ZQMol mol;
@@ -128,14 +128,14 @@ TEST(Path, VisitsExactlyTheWalksThatTheDefinitionNames) {
     ExpectAllWalks<unsigned int>(mol, atype, btype, min, min + random() % 5);
     ExpectAllWalks<std::string>(mol, atype, btype, min, min + random() % 4);
   }
-  // The longest walks that a fingerprint can ask for, and longer ones than the molecule has.
+  // The longest paths allowed in a fingerprint, and longer ones than the molecule has.
   ExpectAllWalks<unsigned int>("CCCNCCCCOCCCCCC(C)CCCCCSCCCF"_mol, 191, 3, 0, 20);
   ExpectAllWalks<std::string>("CCCNCCCCOC"_mol, 191, 3, 0, 20);
 }
 
 TEST(Path, SymmetricStartAtomsAreWalkedFromOnce) {
   Prepared<unsigned int> benzene("c1ccccc1"_mol, 191, 3, true);
-  EXPECT_EQ(SortedIds(benzene, 5, 5).size(), 2U);  // one start, two ways round
+  EXPECT_EQ(SortedIds(benzene, 5, 5).size(), 2U);  // one start, two directions
   for (auto atom = benzene.mol.GetAtoms(); atom; ++atom) atom->SetSymmetryClass(0);
   EXPECT_EQ(SortedIds(benzene, 5, 5).size(), 12U);
 }

@@ -14,7 +14,7 @@ void Perceive(ZQMolBase& mol) {
   ZQPerceiveSymmetry(mol, true, false);
 }
 
-/// One character an atom, in index order.
+/// One character per atom, in index order.
 template <class Get>
 std::string Row(const ZQMolBase& mol, Get get) {
   std::string row;
@@ -41,8 +41,8 @@ std::string Classes(const ZQMolBase& mol) {
   });
 }
 
-/// The row of each molecule after a step on it, rings and aromaticity perceived. The table is of
-/// molecules and rows in turn.
+/// The row of each molecule after a step, with rings and aromaticity perceived. The table
+/// alternates molecules and rows.
 template <class Step>
 void ExpectRows(const char* table, Step step, std::string (*row)(const ZQMolBase&)) {
   std::istringstream cases(table);
@@ -68,7 +68,7 @@ TEST(Symmetry, ClassesDoNotDependOnOrderHydrogensOrKekuleStructure) {
   for (const std::string& smiles : SampleSmiles()) {
     const ZQMol mol = ReadSmiles(smiles);
     for (unsigned int seed = 0; seed < 8; ++seed) {
-      // A shuffled molecule is matched from elsewhere: another Kekulé structure.
+      // A shuffled molecule is matched from other atoms: another Kekulé structure.
       ZQMol other = Shuffled(mol, seed);
       ASSERT_TRUE(ZQKekulize(other)) << smiles;
       EXPECT_EQ(classSizes(seed % 2 != 0 ? WithHydrogens(other) : other), classSizes(mol))
@@ -77,8 +77,8 @@ TEST(Symmetry, ClassesDoNotDependOnOrderHydrogensOrKekuleStructure) {
   }
 }
 
-/// Whether the atoms from `first` on that aren't served yet can be, 'C' by exactly one of the
-/// bonds, '*' by one or none, 'N' by none.
+/// Whether the unmatched atoms from `first` on can be matched: 'C' by exactly one of the bonds, '*'
+/// by one or none, 'N' by none.
 bool CanBeServed(const std::string& atoms,
                  const std::vector<std::pair<unsigned int, unsigned int>>& bonds,
                  std::vector<bool>& served, std::size_t first) {
@@ -130,7 +130,7 @@ TEST(Kekulize, AgreesWithBruteForceOnRandomGraphs) {
     unsigned int culprit = 99;
     ASSERT_EQ(ZQKekulize(mol, &culprit), possible) << atoms;
     EXPECT_EQ(culprit < atoms.size(), !possible) << atoms;
-    // The choice doesn't depend on the order of atoms, by whatever it differs.
+    // The choice doesn't depend on the order of atoms, however it differs.
     ASSERT_EQ(ZQKekulize(other), possible);
     const auto text = [possible](const ZQMol& m) {
       return possible ? ZQMolToCanonicalSmiles(m) : std::string();
@@ -208,7 +208,7 @@ TEST(Aromaticity, Model2) {
 }
 
 TEST(Aromaticity, BondsArgumentsAndRecord) {
-  // The link of biphenyl stays single; the middle bond of azulene isn't.
+  // The central bond of biphenyl isn't aromatic; the middle bond of azulene is.
   const auto numAromatic = [](const ZQMol& mol) {
     unsigned int count = 0;
     for (auto bond = mol.GetBonds(); bond; ++bond) count += bond->IsAromatic();
@@ -282,7 +282,7 @@ TEST(Symmetry, Table) {
   const auto split = [](ZQMol& mol) { ZQPerceiveSymmetry(mol, true, false); };
   ExpectRows(table, refine, Classes);
   ExpectRows(table, split, Classes);
-  // Alike in every neighbourhood; the last are a prism and a ring with all its long diagonals.
+  // All neighbourhoods are equal; the last are a prism and a ring with all its long diagonals.
   ExpectRows("C1CC1.C1CCCCC1 aaaaaaaaa C12C3C1C1C2C31.C12C3C4C1C3C42 aaaaaaaaaaaa", refine,
              Classes);
   ExpectRows("C1CC1.C1CCCCC1 aaabbbbbb C12C3C1C1C2C31.C12C3C4C1C3C42 aaaaaabbbbbb", split, Classes);
@@ -302,7 +302,7 @@ TEST(Symmetry, KeepsWhatIsPerceivedByOtherRules) {
 }
 
 TEST(Symmetry, OfDrawnStereo) {
-  // The first has both the same hand, read from either end.
+  // The first has two centres of the same configuration, from either end.
   std::istringstream cases(R"t(
       C[C@H](F)C[C@@H](F)C abcdbca   C[C@H](F)C[C@H](F)C abcdefg
       F/C=C/CC/C=C/F abcddcba   F/C=C/CC/C=C\F abcdefgh)t");
@@ -317,7 +317,7 @@ TEST(Symmetry, OfDrawnStereo) {
 }
 
 TEST(Hydrogens, WhichAreKept) {
-  // Each case: molecule, atoms left by default, atoms left with every flag set.
+  // Each case: molecule, remaining atoms by default, remaining atoms with every flag set.
   std::istringstream cases(R"t(
       [H]C([H])([H])O[H] 2 2   [2H]C[H] 2 1   [H:3]C 2 1   [H][H] 2 2   [H+].[Cl-] 2 2
       [H]/N=C/F 4 3   [H]/C(C)=C/F 4 4   [H]N=CF 3 3   B1[H]B[H]1 4 4   [H][Na] 1 1)t");
@@ -346,7 +346,7 @@ TEST(Hydrogens, WhichAreKept) {
 }
 
 TEST(Perception, LargeMoleculesTakeNoRecursion) {
-  // A chain and a strip of fused rings, far longer than any stack would hold.
+  // A chain and a strip of fused rings, too long for recursion on any stack.
   ZQMol strip;
   ZQAtomBase* sides[2] = {nullptr, nullptr};
   constexpr unsigned int length = 30000;

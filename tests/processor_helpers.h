@@ -1,6 +1,7 @@
 #pragma once
 
-/// Tests of what is written for several processors: each row that runs here is forced in turn.
+/// Tests of code with versions for several processors: each version that runs here is forced in
+/// turn.
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Running programs as a user does, in a folder of the test's own.
+/// Runs programs as a user does, in a private folder of the test.
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -34,12 +34,12 @@ inline std::vector<std::string> Lines(const std::string& text) {
 }
 
 struct RunResult {
-  int exitCode;  ///< -1 for a program that a signal ended
+  int exitCode;  ///< -1 for a program ended by a signal
   std::string out;
   std::string err;
 };
 
-/// A fresh folder, the working folder of what runs in it, removed at the end.
+/// A new folder, the working folder of programs run in it, removed at the end.
 class WorkFolder {
  public:
   WorkFolder() {
@@ -53,7 +53,7 @@ class WorkFolder {
   const std::filesystem::path& GetPath() const { return path_; }
   std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
 
-  /// Runs a program to its end; `maxFileSize` above 0 limits the files that it can write.
+  /// Runs a program to its end; `maxFileSize` above 0 limits the size of files that it can write.
   RunResult Run(std::vector<std::string> words, rlim_t maxFileSize = 0) const {
     const std::filesystem::path out = path_ / ".stdout";
     const std::filesystem::path err = path_ / ".stderr";

@@ -1,4 +1,4 @@
-// The program as its users meet it: arguments, exit code, both outputs, and bad files.
+// The program as seen by its users: arguments, exit code, both outputs, and bad files.
 
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
@@ -47,7 +47,7 @@ class ProgramTest : public testing::Test {
     EXPECT_EQ(run.out, "mols.fpbin: " + std::to_string(SampleSmiles().size()) + " records\n");
   }
 
-  // One message or more, no result, and this exit code.
+  // At least one message, no result, and this exit code.
   void ExpectFailure(const Words& words, int exitCode, const std::string& message) const {
     const RunResult run = Korvex(words);
     std::string line = "korvex";
@@ -77,7 +77,7 @@ TEST_F(ProgramTest, UsageAndHelp) {
   ExpectFailure({"compare", "C", "C", "-fptype", "UHTree", "-numbits", "512"}, 2, "no use for");
   ExpectFailure({"compare", "C", "C", "-fptype", "UHCircular", "-maxd", "10"}, 2,
                 "maximum radius 10 is outside 0 to 9");
-  // Types that are valid in form.
+  // Well-formed types.
   const std::string typing = ",atype=AtmNum,btype=Order";
   for (const auto& [type, fault] :
        {std::pair<std::string, const char*>{"Circular,ver=2.0.0,size=64,radius=0-200",
@@ -104,7 +104,7 @@ TEST_F(ProgramTest, UsageAndHelp) {
             std::string::npos);
 }
 
-// What isn't told has the default of the kind, as the library has it.
+// Omitted parameters have the kind's default, as in the library.
 TEST_F(ProgramTest, EveryKindOfFingerprint) {
   WriteFile(folder / "mols.smi", "CC(=O)Oc1ccccc1C(=O)O\nC\n");
   std::vector<std::pair<Words, const ZQFPTypeBase*>> cases{
@@ -303,7 +303,7 @@ TEST_F(ProgramTest, CompareInfoHistogramNeighbors) {
   EXPECT_EQ(pairs, records * (records - 1) / 2);
   EXPECT_EQ(bins[0][0], "# pairs " + std::to_string(pairs));
 
-  // Each row's best others, as a search for its record finds them behind the record itself.
+  // Each row's best others, as found by a search for its record, after the record itself.
   const std::vector<Words> near = Table(Korvex({"neighbors", "mols.fpbin", "-limit", "2"}).out);
   ASSERT_EQ(near.size(), 2 * records);
   const std::vector<Words> hits =
@@ -314,7 +314,7 @@ TEST_F(ProgramTest, CompareInfoHistogramNeighbors) {
     EXPECT_NE(near[i][1], near[i][0]);
     EXPECT_NEAR(std::stod(near[i][2]), std::stod(hits[i / 2 * 3 + i % 2 + 1][2]), 2e-6);
   }
-  // A cutoff is reached by what equals it, record 0 included.
+  // A score equal to the cutoff reaches it, record 0 included.
   WriteFile(folder / "same.smi", "CCO\nCCO\nCCO\nC\n");
   ASSERT_EQ(Korvex({"create", "same.smi", "same.fpbin"}).exitCode, 0);
   EXPECT_EQ(Table(Korvex({"neighbors", "same.fpbin", "-limit", "0", "-cutoff", "1"}).out).size(),
@@ -353,7 +353,7 @@ TEST_F(ProgramTest, BadMoleculeFilesGiveAMessage) {
     ExpectFailure({"fingerprint", name}, 1, name);
   }
   EXPECT_FALSE(fs::exists(folder / "out.fpbin"));
-  WriteFile(folder / "good.smi", nested + " nested");  // legal, and without a final line feed
+  WriteFile(folder / "good.smi", nested + " nested");  // legal, without a final line feed
   EXPECT_EQ(Korvex({"fingerprint", "good.smi"}).exitCode, 0);
 
   WriteFile(folder / "good.fpbin", "");
@@ -404,7 +404,7 @@ TEST_F(ProgramTest, ANewDatabaseTakesThePlaceAndTheModeOfTheOldOne) {
   EXPECT_EQ(fs::status(folder / "sub/own.fpbin").permissions(),
             fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_EQ(ZQFastFPDatabaseParams(folder / "sub/own.fpbin").NumWords(), 8U);
-  // The molecules are found beside it, whatever folder the header names.
+  // The molecules are found next to it, regardless of the header's folder.
   const RunResult run = folder.Run(
       {"bash", "-c", "cd sub && " + std::string(KORVEX_PROGRAM) + " search own.fpbin CCO"});
   EXPECT_EQ(run.out, "1\t1\t1.000000\t0\tethanol\tCCO\n") << run.err;
@@ -425,7 +425,7 @@ TEST_F(ProgramTest, DamagedDatabasesAreRefused) {
       EXPECT_EQ(run.err.find("defect of korvex"), std::string::npos) << words[0] << ": " << what;
     }
   };
-  // Cut at the edges of every part of the file, and at some bytes between.
+  // Truncated at the edges of every part of the file, and at some bytes between.
   const std::size_t records = SampleSmiles().size();
   const std::string count = "\n" + std::to_string(records) + "\n";
   const std::size_t text = good.find(count);

@@ -1,6 +1,6 @@
-// The public names, as a caller of the shared library uses them: one header, each function by its
-// exact signature, each constant by its value. A name that is lost, changed or hidden doesn't
-// compile or link.
+// The public names, as used by a caller of the shared library: one header, each function by its
+// exact signature, each constant by its value. A missing, changed or hidden name doesn't compile or
+// link.
 
 #include <gtest/gtest.h>
 #include <korvex/korvex.h>
@@ -28,7 +28,7 @@ using Options = const ZQFPDatabaseOptions&;
 using Numbers = std::vector<unsigned int>;
 using Texts = std::vector<std::string>;
 
-// Functions of one signature, which picks one where there are several of the name.
+// Functions of one signature, which selects one of several overloads.
 template <class Signature>
 bool Has(std::initializer_list<Signature*> functions) {
   return std::find(functions.begin(), functions.end(), nullptr) == functions.end();

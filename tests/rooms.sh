@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Keeps the arrows between the rooms: apps -> korvex -> contract <- platform. Within
-# platform/quarnel: readers, canonical, substructure -> perception -> molecule, and the SMARTS parser
-# reports errors as the readers do.
+# Checks the dependencies between folders: apps -> korvex -> contract <- platform. Within
+# platform/quarnel: readers, canonical, substructure -> perception -> molecule, and the SMARTS
+# parser may use the readers' error reports.
 set -euo pipefail
 cd "$1"
 status=0
-# Prints the project includes of a room that lie outside the rooms allowed to it.
+# Prints the project includes of a folder that are outside the folders allowed to it.
 check() {
   local room=$1 allowed=$2 found
   found=$(grep -rnE '^#include "' "$room" --include='*.h' --include='*.cpp' |

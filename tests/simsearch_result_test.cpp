@@ -37,7 +37,7 @@ TEST(SearchResult, BeforeAnySearch) {
   EXPECT_EQ(reports.Take(),
             Texts{"ZQSimSearchResult::GetSortedScores() : result object is uninitialized!"});
   result.GetImpl().SetSearchStatus(ZQSimSearchStatus::InProgress);
-  EXPECT_EQ(result.GetHistogram().NumBins(), 1U);  // none asked for makes one
+  EXPECT_EQ(result.GetHistogram().NumBins(), 1U);  // a request for none makes one
   EXPECT_EQ(result.GetHistogram().NumSamples(), 1U);
 }
 
@@ -51,7 +51,7 @@ TEST(SearchResult, SnapshotsWhileRunningAndTheBestAtTheEnd) {
   for (const double score : {0.1, 0.6, 0.3, 0.2, 0.5, 0.4}) impl.UpdateScores(1, score);
   EXPECT_EQ(result.NumSearched(), 6U);
   EXPECT_EQ(result.NumTargets(), 6U);
-  EXPECT_EQ(SortedScores(result).size(), 6U);  // twice the limit, as they came
+  EXPECT_EQ(SortedScores(result).size(), 6U);  // twice the limit, in order of arrival
   impl.SetSearchStatus(ZQSimSearchStatus::Finished);
   const std::vector<double> best{0.6, 0.5, 0.4};
   EXPECT_EQ(SortedScores(result), best);

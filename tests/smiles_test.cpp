@@ -89,7 +89,7 @@ TEST(SmilesReader, ReadsWhatTheLanguageHas) {
        "6:11"},
       {"C1:C:C:C:C:C1", "CH CH CH CH CH CH | 0:1 1:2 2:3 3:4 4:5 0:5"},
       {" CC\tignored", "CH3 CH3 | 0-1"},
-      // Coordination bonds have no order and take no hydrogen away.
+      // Coordination bonds have no order and replace no hydrogen.
       {"N->[Fe](<-O)(->C)Cl", "NH3 Fe OH2 CH4 Cl | 0~1 1~2 1~3 1-4"},
       {"c1ccccn1->[Cu-2]<-[NH3]", "CH CH CH CH CH N Cu-2 NH3 | 0:1 1:2 2:3 3:4 4:5 0:5 5~6 6~7"},
       {"N->1CCN->2.[Cu]12.N3CC[Cu]<-3.O<-4C[Cu]->4.O->%12C[Cu]<-%12",
@@ -127,7 +127,7 @@ TEST(SmilesReader, AromaticRingsGetTheirDoubleBonds) {
   EXPECT_TRUE(cases.eof());
 }
 
-// Each line is one molecule, in notations that its author could have chosen.
+// Each line is one molecule, in several possible notations.
 TEST(SmilesReader, OneConfigurationHasManyNotations) {
   const std::vector<std::vector<const char*>> same{
       {"[NH2:1][C@:2]([Br:3])([OH:4])[CH3:5]", "[Br:3][C@:2]([OH:4])([NH2:1])[CH3:5]",
@@ -135,7 +135,7 @@ TEST(SmilesReader, OneConfigurationHasManyNotations) {
        "[C@@:2]([CH3:5])([Br:3])([OH:4])[NH2:1]", "[Br:3][C@TH1:2]([NH2:1])([CH3:5])[OH:4]"},
       {"[NH2:1][C@@H:2]([CH3:3])[Cl:4]", "[C@H:2]([NH2:1])([CH3:3])[Cl:4]",
        "[Cl:4][C@@H:2]([NH2:1])[CH3:3]", "[CH3:3][C@TH1H:2]([NH2:1])[Cl:4]"},
-      // Ring closures take their place where the digit stands.
+      // A ring closure's position is that of its digit.
       {"[F:1][C@:2]1([Cl:3])[CH2:4][O:5]1", "[F:1][C@:2]12[Cl:3].[CH2:4]1[O:5]2",
        "[CH2:4]1[O:5][C@@:2]1([F:1])[Cl:3]", "[O:5]1[CH2:4][C@:2]1([F:1])[Cl:3]"},
       {"[CH3:1][S@:2](=[O:3])[F:4]", "[O:3]=[S@@:2]([CH3:1])[F:4]", "[F:4][S@@:2](=[O:3])[CH3:1]"},
@@ -254,7 +254,7 @@ TEST(SmilesWriter, WritesWhatReadsBackInAnyOrder) {
         "C1=CC=C1.[H][H].[OH3+].O=N(=O)C", "C$C.[U+6].[*H2]"}) {
     all.emplace_back(more);
   }
-  // A cage of many ring closures at once, past 9 and past 99.
+  // A cage with more than 9 and more than 99 ring closures open at once.
   std::string dense = "C";
   for (int i = 0; i < 120; ++i) dense += "C%(" + std::to_string(i) + ")";
   for (int i = 0; i < 120; ++i) dense += "C%(" + std::to_string(i) + ")";
@@ -308,7 +308,7 @@ TEST(SmilesWriter, WritesThePlainFormWhereItCan) {
         "c1ccc(-c2ccccc2)cc1", "C1CC12CC2", "[13CH4].[OH2:3].[Fe+2]", "O=[N+]([O-])c1cc[nH]c1"}) {
     EXPECT_EQ(ZQMolToSmiles(ReadSmiles(smiles)), smiles);
   }
-  // A bond of no order has no symbol: its ends stand apart.
+  // A bond of no order has no symbol: its ends are in separate parts.
   ZQMol complex;
   ZQAtomBase* water = complex.NewAtom(8);
   water->SetImplicitHCount(2);
@@ -317,8 +317,8 @@ TEST(SmilesWriter, WritesThePlainFormWhereItCan) {
   EXPECT_EQ(ZQMolToSmiles(ZQMol()), "");
 }
 
-// A conjugated ring whose configurations no set of marks can tell, as every single bond is shared,
-// is written without them, rather than with wrong ones.
+// A conjugated ring whose configurations no set of marks can describe, since every single bond is
+// shared, is written without them, rather than with wrong ones.
 TEST(SmilesWriter, WritesNoMarkThatWouldTellAWrongConfiguration) {
   for (const unsigned int cis : {0U, 1U, 2U, 9U}) {
     ZQMol ring;
@@ -339,7 +339,7 @@ TEST(SmilesWriter, WritesNoMarkThatWouldTellAWrongConfiguration) {
     }
     EXPECT_EQ(written.find('/') == std::string::npos, cis % 2 != 0);
   }
-  // The middle bond has no configuration, and both its neighbours would mark it.
+  // The middle bond has no configuration, but both its neighbours would mark it.
   ZQMol triene = "F/C=C/C=C/C=C/F"_mol;
   triene.GetBondAt(3)->SetStereo(ZQBondStereo::None);
   const ZQMol back = ReadSmiles(ZQMolToSmiles(triene));

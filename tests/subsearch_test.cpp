@@ -16,7 +16,8 @@ std::size_t Count(const ZQSubSearch& pattern, const ZQMolBase& mol, bool unique)
   return pattern.CountMatches(ZQSubSearchTarget(mol), unique, noLimit);
 }
 
-// Each case: pattern, molecule, number of matches of different atoms, number of all matches.
+// Each case: pattern, molecule, number of matches with distinct sets of atoms, number of all
+// matches.
 constexpr const char* matchCases =
     // Elements
     R"t(* Cc1ccccc1 7 7   a Cc1ccccc1 6 6   A Cc1ccccc1 1 1   C Cc1ccncc1Cl 1 1
@@ -91,7 +92,7 @@ TEST(SubSearch, CountsMatches) {
 }
 
 TEST(SubSearch, CanIgnoreStereo) {
-  // The same text with and without, in one target.
+  // The same text with and without stereo, in one target.
   const ZQMol mol = "N[C@H](C)/C=C/F"_mol;
   const ZQSubSearchTarget target(mol);
   const std::string smarts = "[$(N[C@@H](C)/C=C\\F)]";
@@ -169,7 +170,7 @@ TEST(SubSearch, ReportsWhatCantBeParsed) {
   }
 }
 
-// What random patterns are made of, with the meaning spelled out.
+// The components of random patterns, with their meaning as code.
 const std::pair<const char*, std::function<bool(const ZQAtomBase&)>> atomTerms[] = {
     {"[!Xe]", [](const ZQAtomBase& a) { return a.GetAtomicNum() != 54; }},
     {"[!Xe;!$([Xe])]", [](const ZQAtomBase& a) { return a.GetAtomicNum() != 54; }},
@@ -201,7 +202,7 @@ struct RandomPattern {
     }
   }
 
-  // Every bond as a ring closure over dots.
+  // Every bond as a ring closure between parts separated by dots.
   std::string Text() const {
     std::string text;
     for (std::size_t i = 0; i < atoms.size(); ++i) {
@@ -242,7 +243,7 @@ TEST(SubSearch, FindsWhatTryingEverythingFinds) {
   for (const char* smiles : {"CC(=O)Nc1ccc(O)cc1", "C1CC2CCC1CC2", "OC1C(O)C1N", "CC#N.C1=CO1"}) {
     ZQMol mol = ReadSmiles(smiles);
     ZQFindRingAtomsAndBonds(mol);
-    // Beyond 64 atoms the search has other ways.
+    // Above 64 atoms the search uses other code.
     ZQMol big = ReadSmiles(smiles + Repeated(".[Xe]", 70));
     ZQFindRingAtomsAndBonds(big);
     for (int i = 0; i < 400; ++i) {
@@ -305,7 +306,7 @@ std::vector<unsigned int> CountRelevantCycles(const ZQMolBase& mol) {
       if (reduce(cycles[next].second) == 0) continue;
       for (unsigned int b = 0; b < mol.NumBonds(); ++b) {
         if ((cycles[next].second >> b & 1) == 0) continue;
-        ++counts[mol.GetBondAt(b)->GetBgn()->GetIdx()];  // once at either end of every bond
+        ++counts[mol.GetBondAt(b)->GetBgn()->GetIdx()];  // once at each end of every bond
         ++counts[mol.GetBondAt(b)->GetEnd()->GetIdx()];
       }
     }
@@ -394,7 +395,7 @@ TEST(SubSearch, StaysSmallOnLargeTargets) {
   EXPECT_EQ(count(Repeated("C(", 20000) + "C" + Repeated(")", 20000), 1), 0U);
   EXPECT_EQ(count("*", 0), 0U);
 
-  // Each macrocycle goes along either side of forty rings.
+  // Each macrocycle takes one of two sides of forty rings.
   const ZQMol phane = ReadSmiles("C1" + Repeated("Cc2ccc(cc2)", 40) + "C1");
   EXPECT_EQ(Count(ZQSubSearch("[R999]"), phane, true), 0U);
   EXPECT_EQ(Count(ZQSubSearch("[r6]"), phane, true), 240U);
@@ -423,7 +424,7 @@ TEST(SubSearch, ThreadsShareAPattern) {
   EXPECT_NE(expected, 0U);
   OnThreads(4, [&](unsigned int) {
     EXPECT_EQ(countAll(shared), expected);
-    // Patterns of the same text, made and dropped at the same time.
+    // Patterns of the same text, created and destroyed at the same time.
     EXPECT_EQ(countAll(makeAll()), expected);
   });
 }

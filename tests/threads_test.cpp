@@ -18,7 +18,7 @@ using namespace ZQKorvex;
 
 namespace {
 
-// A machine on which so many threads more can be started.
+// Simulates a machine on which only this many more threads can be started.
 std::atomic<int> threadsLeft = 0;
 
 std::thread StartWhileAny(const std::function<void()>& work) {
@@ -32,7 +32,7 @@ class Threads : public ::testing::Test {
   ~Threads() override { ZQSetThreadStarter(nullptr); }
 };
 
-/// Pieces of a task, and the threads that come for them.
+/// The pieces of a task, and the threads that process them.
 struct Task {
   explicit Task(int pieces) : done(pieces) {}
 
@@ -84,14 +84,14 @@ TEST_F(Threads, AnExceptionIsRethrownWhenAllHaveEnded) {
         task.Work();
       };
       EXPECT_THROW(ZQRunOnThreads(wanted, work), std::domain_error);
-      // The other workers went on, and no piece was taken back from them.
+      // The other workers continued, and no piece was taken from them.
       const int others = wanted > 1 && available > 1 ? 1 : 0;
       EXPECT_EQ(task.done, std::vector<int>(1003, others)) << wanted << " " << available;
     }
   }
 }
 
-// What runs on threads has the same result on as many as there are, and the next run has all again.
+// Threaded work has the same result on fewer threads, and the next run has all of them again.
 TEST_F(Threads, SearchesAndCreationDoWithFewer) {
   constexpr std::size_t count = 2037;  // whole batches of records, and a part of one
   const auto fps = RandomFingerPrints(count, 256);

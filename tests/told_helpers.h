@@ -1,15 +1,15 @@
 #pragma once
 
-/// A molecule told in terms of its atoms' map numbers, which must be distinct: two molecules are
-/// told alike exactly if they are the same, configurations included, however their atoms and
-/// bonds are numbered.
+/// A description of a molecule by its atoms' map numbers, which must be distinct: two descriptions
+/// are equal exactly if the molecules are the same, configurations included, regardless of the
+/// numbering of atoms and bonds.
 
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/perception.h"
 #include "tests/mol_helpers.h"
 
-/// The map numbers of an atom's neighbours in the order that its configuration is told of, with 0
-/// for the hydrogen or lone pair.
+/// The map numbers of an atom's neighbours in the order of its configuration, with 0 for the
+/// hydrogen or lone pair.
 inline std::vector<unsigned int> StereoOrder(const Quarnel::ZQAtomBase& atom) {
   std::vector<unsigned int> order;
   for (const auto* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) {
@@ -27,15 +27,15 @@ inline bool IsOdd(const std::vector<unsigned int>& order) {
   return odd;
 }
 
-/// Seen from the neighbour of the lowest number the others turn: -1 counterclockwise, 1 clockwise
-/// by rising number, 0 if nothing is drawn.
+/// The turn of the others by ascending number, seen from the neighbour of the lowest number: -1
+/// counterclockwise, 1 clockwise, 0 if nothing is drawn.
 inline int GetTurn(const Quarnel::ZQAtomBase& atom) {
   if (atom.GetStereo() == Quarnel::ZQAtomStereo::None) return 0;
   const bool clockwise = atom.GetStereo() == Quarnel::ZQAtomStereo::Clockwise;
   return clockwise != IsOdd(StereoOrder(atom)) ? 1 : -1;
 }
 
-/// Of the neighbours of the lowest number on either side: 1 cis, -1 trans, 0 if nothing is drawn.
+/// For the neighbours of the lowest number on each side: 1 cis, -1 trans, 0 if nothing is drawn.
 inline int GetSides(const Quarnel::ZQBondBase& bond) {
   if (bond.GetStereo() == Quarnel::ZQBondStereo::None) return 0;
   int sides = bond.GetStereo() == Quarnel::ZQBondStereo::Cis ? 1 : -1;

@@ -19,7 +19,7 @@ using Atoms = std::vector<const ZQAtomBase*>;
 
 using PreparedTexts = Prepared<std::string>;
 
-// The name of a set of atoms by whole keys in each round and plain recursion.
+// The name of a set of atoms, by complete keys in each round and plain recursion.
 std::string NameOf(const PreparedTexts& from, const Atoms& set) {
   struct Key {
     std::string text;  // in the first round only
@@ -74,7 +74,7 @@ std::string NameOf(const PreparedTexts& from, const Atoms& set) {
   return write(root);
 }
 
-// The balls of radius 1 to 9 around each atom, up to the first that doesn't grow.
+// The environments of radius 1 to 9 around each atom, up to the first that doesn't grow.
 std::set<std::string> NamesOfBalls(const PreparedTexts& from) {
   std::set<std::string> names;
   for (auto centre = from.mol.GetAtoms(); centre; ++centre) {
@@ -136,11 +136,11 @@ TEST(Unhashed, WorkedTexts) {
     unsigned int kind, distance;
     const char* text;  // before the padding
   } cases[] = {
-      {"CCCC", 0, 3, "C-C-C-C "},  // 8 bytes: its blank becomes the NUL
+      {"CCCC", 0, 3, "C-C-C-C "},  // 8 bytes: its blank becomes NUL
       {"CCCCN", 0, 3, "C-C-C-C C-C-C-N N-C-C-C "},
       {"CCC", 1, 2, "C-C-C "},
       {"CC(C)(C)C", 1, 2, "C-C(-C)(-C)-C "},
-      {"CC=C", 2, 2, "C=C-C "},  // the greater bond ranks first
+      {"CC=C", 2, 2, "C=C-C "},  // the bond of higher order ranks first
       {"C1CCO1", 2, 3, "C(-C-O-C) "},
       {"NC1CC1", 2, 3, "C(-C-C-N) "},
       {"[H][H]", 0, 0, ""},
@@ -158,10 +158,10 @@ TEST(Unhashed, WorkedTexts) {
 
 TEST(Unhashed, TextsAreFoundInTheirMoleculeWhateverItsOrder) {
   std::vector<std::string> all = SampleSmiles();
-  std::erase(all, "C12C3C4C1C5C2C3C45");  // its ties leave the text to the order
+  std::erase(all, "C12C3C4C1C5C2C3C45");  // its ties make the text depend on the order
   for (const std::string& smiles : all) {
     ZQMol mol = ReadSmiles(smiles);
-    // A coordination bond, which no symbol tells of.
+    // A coordination bond, which has no symbol.
     if (mol.GetAtomAt(0)->GetAtomicNum() == 26) {
       mol.NewBond(mol.GetAtomAt(0), mol.GetAtomAt(1), 0);
     }
@@ -248,7 +248,7 @@ TEST(FPTypeRecords, RoundTrip) {
     EXPECT_EQ(old.GetFPTypeBase()->GetVersion(), 0);
     EXPECT_EQ(old.GetFPTypeBase()->GetID(), type->GetID());
     CapturedReports reports;
-    // Where nothing is written, any fingerprint can be.
+    // If nothing is written, any fingerprint is accepted.
     EXPECT_EQ(write(out, old), bytes.empty());
     EXPECT_EQ(write(out, cut), bytes.empty());
     EXPECT_FALSE(read(in, 0, old));

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Generic data: values of any type that an application hangs onto a molecule, atom or bond
-/// under an unsigned tag. An object without data costs one null pointer. Not synchronised.
+/// Generic data: values of any type that an application attaches to a molecule, atom or bond under
+/// an unsigned tag. An object without data costs one null pointer. Not synchronised.
 
 #include <any>
 #include <memory>
@@ -14,8 +14,8 @@
 
 namespace Bostrel {
 
-/// The number of a tag name, the same for the life of the process; new names get numbers from
-/// 65536 up, so that fixed numbers below stay free. Safe from any thread.
+/// Returns the number of a tag name, constant within a process. New names get numbers from 65536
+/// up; smaller ones are reserved for fixed tags. Safe from any thread.
 ZQ_EXPORT unsigned int ZQGetTag(const std::string& name);
 inline unsigned int ZQGetTag(unsigned int number) { return number; }
 
@@ -35,15 +35,15 @@ class ZQ_EXPORT ZQBase {
   }
   virtual ~ZQBase() = default;
 
-  /// Adds a datum; one tag may carry several.
+  /// Adds a datum; one tag may have several.
   void AddData(unsigned int tag, std::any value);
-  /// Replaces everything under the tag by this one value.
+  /// Replaces all data of the tag by this value.
   void SetData(unsigned int tag, std::any value);
-  /// Whether anything was there to delete.
+  /// Returns whether the tag had data.
   bool DeleteData(unsigned int tag);
-  /// The first value under the tag, or null.
+  /// Returns the first value of the tag, or null.
   const std::any* FindData(unsigned int tag) const;
-  /// All data, in the order in which they were added.
+  /// All data, in the order of addition.
   ZQIter<const ZQBaseData> GetDataIter() const;
   /// Replaces the data by a copy of the other object's.
   void CopyData(const ZQBase& other) {
@@ -51,7 +51,7 @@ class ZQ_EXPORT ZQBase {
   }
   void ClearData() { data_.reset(); }
 
-  /// The value under the tag if it has type T. A value of another type counts as absent and is
+  /// Returns the value of the tag if it has type T. A value of another type counts as absent and is
   /// reported as a warning.
   template <class T>
   bool GetData(unsigned int tag, T& value) const {

@@ -1,8 +1,8 @@
 #pragma once
 
-/// A vector of bits. Bit i lives in byte i/8 at the mask 1 << (i % 8); the storage is an array of
-/// 64-bit little-endian words. Up to 64 bits live inside the object, more on the heap. Values are
-/// copied freely; distinct objects may be used from distinct threads.
+/// A vector of bits. Bit i is in byte i/8 at the mask 1 << (i % 8); the storage is an array of
+/// 64-bit little-endian words. Up to 64 bits are stored inside the object, more on the heap. Values
+/// are copied freely; distinct objects may be used from distinct threads.
 
 #include <cstdint>
 #include <string>
@@ -23,13 +23,13 @@ class ZQ_EXPORT ZQBitVector {
   ~ZQBitVector();
 
   unsigned int GetSize() const { return size_; }
-  /// Grows with zero bits or shrinks; a shrunk vector keeps no bits beyond its size. A size past
+  /// Grows with zero bits or shrinks; a shrunk vector keeps no bits beyond its size. A size above
   /// INT_MAX reports the error "Max size for an ZQBitVector is INT_MAX" and changes nothing.
   void SetSize(unsigned int bits);
-  /// All bits off; the size stays.
+  /// Turns all bits off; the size is unchanged.
   void ClearBits();
 
-  /// Sets a bit, growing the vector to `bit + 1` where it lies at or past the size.
+  /// Sets a bit, growing the vector to `bit + 1` bits if needed.
   void SetBitOn(unsigned int bit) {
     if (bit >= size_ && !Grow(bit)) return;
     Words()[bit / 64] |= std::uint64_t{1} << (bit % 64);
@@ -49,10 +49,10 @@ class ZQ_EXPORT ZQBitVector {
   std::uint64_t* Words() { return heap_ ? heap_ : &word_; }
   unsigned int NumWords() const { return size_ / 64 + (size_ % 64 != 0); }
 
-  /// Replaces the text by byte 0 first, two lower-case hexadecimal digits a byte.
+  /// Writes two lower-case hexadecimal digits per byte, byte 0 first, replacing the text.
   void ToHexString(std::string& text) const;
-  /// Reads what `ToHexString` writes; the size becomes 4 bits a digit. False, and the vector
-  /// unchanged, when a character isn't a hexadecimal digit or their number is odd.
+  /// Reads what `ToHexString` writes; the size becomes 4 bits per digit. Returns false and leaves
+  /// the vector unchanged if a character isn't a hexadecimal digit or the number of digits is odd.
   bool FromHexString(const std::string& text);
 
   /// Same size and same bits.
@@ -66,11 +66,11 @@ class ZQ_EXPORT ZQBitVector {
   std::uint64_t* heap_ = nullptr;  // null up to 64 bits
 };
 
-/// Bits set in `a` alone, in `b` alone and in both. The shorter vector counts as padded with
-/// zeros up to the longer one's size.
+/// Counts the bits set in `a` alone, in `b` alone and in both. The shorter vector is treated as
+/// padded with zeros to the longer one's size.
 ZQ_EXPORT void ZQGetBitCounts(const ZQBitVector& a, const ZQBitVector& b, unsigned int* onlyA,
                               unsigned int* onlyB, unsigned int* both);
-/// The same and the bits clear in both.
+/// The same, and the number of bits clear in both.
 ZQ_EXPORT void ZQGetBitCounts(const ZQBitVector& a, const ZQBitVector& b, unsigned int* onlyA,
                               unsigned int* onlyB, unsigned int* both, unsigned int* neither);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Tests of single characters, the same in every locale: letters and digits are those of ASCII.
+/// Tests of single characters, independent of the locale: only ASCII letters and digits count.
 
 #include <string_view>
 
@@ -12,11 +12,11 @@ constexpr bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 constexpr char ToLower(char c) { return IsUpper(c) ? static_cast<char>(c - 'A' + 'a') : c; }
 constexpr char ToUpper(char c) { return IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c; }
 
-/// What separates words of a header or of a fingerprint's text.
+/// Separates words of a header or of a fingerprint's text.
 inline constexpr std::string_view whiteSpace = " \t\n\v\f\r";
 constexpr bool IsSpace(char c) { return whiteSpace.find(c) != std::string_view::npos; }
 
-/// What separates words of a molecule file, where vertical tabs and form feeds are errors.
+/// Separates words of a molecule file, where vertical tabs and form feeds are errors.
 constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 /// The text without blanks at its ends.

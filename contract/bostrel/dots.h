@@ -1,7 +1,7 @@
 #pragma once
 
-/// Progress of a long run. On a terminal a bar with count, rate and time left, redrawn at most
-/// ten times a second; elsewhere nothing but the closing line of `Total`. Not synchronised.
+/// Progress of a long run. On a terminal, a bar with count, rate and time left, redrawn at most ten
+/// times a second; otherwise only the closing line of `Total`. Not synchronised.
 
 #include <chrono>
 #include <string>
@@ -15,7 +15,7 @@ class ZQ_EXPORT ZQDots {
   /// `total` is the expected count, 0 if unknown; `what` names the things counted, in the
   /// plural ("molecules"). Draws to standard error.
   explicit ZQDots(unsigned int total = 0, std::string what = "items");
-  /// The expected count, for who didn't know it at the start.
+  /// Sets the expected count if it wasn't known at construction.
   void SetTotal(unsigned int total) { total_ = total; }
   unsigned int GetTotal() const { return total_; }
   /// Counts `n` more.

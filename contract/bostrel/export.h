@@ -1,6 +1,6 @@
 #pragma once
 
-/// Marks what callers of `libkorvex.so` may use; everything else is hidden.
+/// Exports a symbol from `libkorvex.so`; all others are hidden.
 #define ZQ_EXPORT __attribute__((visibility("default")))
-/// Hides a class inside one that is exported.
+/// Hides a class nested in an exported one.
 #define ZQ_LOCAL __attribute__((visibility("hidden")))

@@ -1,7 +1,7 @@
 #pragma once
 
-/// A file mapped into memory. An object is mapped and unmapped by one thread; the pages may be used
-/// by many.
+/// A file mapped into memory. One thread maps and unmaps an object; any number of threads may use
+/// the pages.
 
 #include <cstdint>
 
@@ -9,7 +9,8 @@
 
 namespace Bostrel {
 
-/// The first bytes of a file, shared with whoever else maps or reads it. Unmapped at destruction.
+/// The first bytes of a file, shared with other mappings and readers of it. Unmapped at
+/// destruction.
 class ZQ_EXPORT ZQFileMapping {
  public:
   ZQFileMapping() = default;
@@ -17,10 +18,12 @@ class ZQ_EXPORT ZQFileMapping {
   ZQFileMapping(const ZQFileMapping&) = delete;
   ZQFileMapping& operator=(const ZQFileMapping&) = delete;
 
-  /// Maps `length` bytes, at least 1, of an open file, whose descriptor may be closed then. Nothing
-  /// may be mapped yet. False, with the cause in `errno`, if the system refuses.
+  /// Maps `length` bytes, at least 1, of an open file; the descriptor may be closed afterwards. The
+  /// object must not have a mapping yet. Returns false, with the cause in `errno`, if the system
+  /// call fails.
   bool Map(int descriptor, std::uint64_t length, bool writable = false);
-  /// Nothing is mapped then. False, with the cause in `errno`, if the system refuses.
+  /// Removes the mapping, if any; afterwards nothing is mapped. Returns false, with the cause in
+  /// `errno`, if the system call fails.
   bool Unmap();
   /// Null if nothing is mapped.
   void* GetBase() const { return base_; }

@@ -1,10 +1,10 @@
 #pragma once
 
-/// The bounded list that turns a stream of entries into the best N of them. Entries pile up to
-/// twice the limit; then one selection keeps the better half, and the worst entry kept becomes
-/// the bar for all that follow. So nearly every entry costs one comparison, and a compaction
-/// costs linear time once for `limit` accepted entries. Entries that tie stand in no particular
-/// order, and one that ties the bar is lost. One list belongs to one thread.
+/// A bounded list that keeps the best N of a stream of entries. It collects up to twice the limit;
+/// then one selection keeps the better half, and the worst entry kept becomes the bar for all later
+/// ones. Nearly every entry costs one comparison; a compaction takes linear time, once per `limit`
+/// accepted entries. Tied entries are in no particular order, and one that ties the bar is dropped.
+/// A list is for one thread.
 
 #include <algorithm>
 #include <cstddef>
@@ -24,21 +24,21 @@ class ZQHitList {
   /// Whether the first entry is strictly better than the second.
   using Better = bool (*)(const T&, const T&);
 
-  /// Keeps the best `limit` of the entries that are better than `threshold`. Memory for
-  /// `expected` entries is reserved, but not for more than the list holds. A limit of 0 keeps
-  /// nothing and is an assertion failure once an entry arrives.
+  /// Keeps the best `limit` of the entries that are better than `threshold`. Reserves memory for
+  /// `expected` entries, at most for as many as the list holds. A limit of 0 keeps nothing; adding
+  /// an entry then is an assertion failure.
   ZQHitList(unsigned int limit, Better better, T threshold, std::size_t expected)
       : better_(better), threshold_(std::move(threshold)), limit_(limit) {
     items_.reserve(std::min(expected, Capacity()));
   }
 
-  /// What an entry must beat to be taken: the worst entry kept by the latest compaction, before
-  /// that the threshold.
+  /// The bar that an entry must beat: the worst entry kept by the latest compaction, or the
+  /// threshold before the first.
   const T& GetBar() const {
     return worst_ < 0 ? threshold_ : items_[static_cast<std::size_t>(worst_)];
   }
 
-  /// Takes an entry if it beats the bar, and says whether it did.
+  /// Adds an entry if it beats the bar; returns whether it did.
   bool UpdateScores(const T& entry) {
     if (!better_(entry, GetBar())) return false;
     items_.push_back(entry);
@@ -46,8 +46,8 @@ class ZQHitList {
     return true;
   }
 
-  /// Compacts a list that has outgrown its capacity; if `final`, keeps the best `limit` entries,
-  /// best first. False only for an empty list. A sorted list takes further entries.
+  /// Compacts a list that exceeds its capacity; if `final`, keeps the best `limit` entries, best
+  /// first. Returns false only for an empty list. More entries may be added after sorting.
   bool SortScores(bool final) {
     if (items_.empty()) return false;
     if (final) {
@@ -58,7 +58,7 @@ class ZQHitList {
     return true;
   }
 
-  /// In best-first order after a final sort, else in none.
+  /// Best first after a final sort, otherwise unordered.
   const std::vector<T>& GetItems() const { return items_; }
   unsigned int GetLimit() const { return limit_; }
 
@@ -94,7 +94,7 @@ class ZQHitList {
   unsigned int limit_;
 };
 
-/// Iterates over the entries of a hit list, which it takes from the list.
+/// Iterates over the entries of a hit list, moved out of the list.
 template <class T>
 class ZQHitListIter : public ZQVectorIter<T> {
  public:

@@ -1,8 +1,8 @@
 #pragma once
 
 /// Parameters of an application: named, typed values with defaults and legal ranges, in a tree of
-/// interfaces, from which a command line is read and a help text is made. An interface belongs to
-/// one thread.
+/// interfaces, used to parse a command line and to write a help text. An interface is for one
+/// thread.
 
 #include <memory>
 #include <string>
@@ -14,16 +14,16 @@
 
 namespace Bostrel {
 
-/// A value; the first alternative stands for none.
+/// A value; the first alternative means no value.
 using ZQParamValue = std::variant<std::monostate, bool, int, float, std::string>;
 
-/// The type of a parameter, numbered as the alternatives of `ZQParamValue`.
+/// The type of a parameter, in the order of the alternatives of `ZQParamValue`.
 enum class ZQParamType { Switch, Bool, Int, Float, String };
 
-/// One parameter. Its name and alias begin with a dash, unless it is told by its position.
+/// One parameter. Its name and alias begin with a dash, unless it is positional.
 class ZQ_EXPORT ZQParameter {
  public:
-  /// A switch is set by its bare name and has no value; it ends a command line (see
+  /// A switch is set by its name alone and has no value; it ends the parsing of a command line (see
   /// `ZQParseCommandLine`).
   ZQParameter(std::string name, std::string alias, ZQParamType type, std::string brief);
 
@@ -32,44 +32,45 @@ class ZQ_EXPORT ZQParameter {
   ZQParamType GetType() const { return type_; }
   const std::string& GetBrief() const { return brief_; }
 
-  /// Text for the long help, appended; lines may begin with tabs.
+  /// Appends text to the long help; lines may begin with tabs.
   ZQParameter& AddDetail(const std::string& text);
   const std::string& GetDetails() const { return details_; }
 
-  /// The value while none is set. Its type must be the parameter's (an assertion); its range
-  /// isn't checked.
+  /// Sets the value used while none is set. Its type must be the parameter's (an assertion); its
+  /// range isn't checked.
   ZQParameter& SetDefault(ZQParamValue value);
   bool HasDefault() const { return default_.index() != 0; }
   const ZQParamValue& GetDefault() const { return default_; }
-  /// What the help tells of the default in place of its value, where that depends on another
-  /// parameter.
+  /// Sets the text shown by the help instead of the default value, for a default that depends on
+  /// another parameter.
   ZQParameter& SetDefaultText(const std::string& text);
   std::string GetDefaultText() const;
 
-  /// Legal values of an int or float parameter, both ends included.
+  /// Sets the legal range of an int or float parameter, both ends included.
   ZQParameter& SetLegalRange(ZQParamValue least, ZQParamValue greatest);
-  /// Legal values of a string parameter: what the namespace holds valid, and further names. The
-  /// namespace must outlive the parameter.
+  /// Sets the legal values of a string parameter: the valid names of the namespace, and further
+  /// names. The namespace must outlive the parameter.
   ZQParameter& SetLegalNames(const ZQNamespaceInterface& names,
                              std::vector<std::string> furtherNames = {});
-  /// The legal values in words, empty if all are legal.
+  /// Describes the legal values; empty if all are legal.
   std::string GetLegalText() const;
 
-  /// 0 (the default) is shown by every help, greater numbers by a help that asks for them.
+  /// 0 (the default) is shown by every help text, a greater number only by one of at least this
+  /// visibility.
   ZQParameter& SetVisibility(unsigned int visibility);
   unsigned int GetVisibility() const { return visibility_; }
 
-  /// Told by its place among the words without a dash, and required.
+  /// Makes the parameter required and identified by its position among the words without a dash.
   ZQParameter& SetPositional();
   bool IsPositional() const { return positional_; }
 
-  /// Sets the value. One of another type or out of the legal range warns, answers false and
-  /// changes nothing.
+  /// Sets the value. For a value of another type or outside the legal range, warns, returns false
+  /// and changes nothing.
   bool SetValue(ZQParamValue value);
-  /// The same with the value in words, as a command line has it: "true" or "false" for bool.
+  /// The same with the value as text, as on a command line: "true" or "false" for bool.
   bool SetText(const std::string& text);
   bool IsSet() const { return set_; }
-  /// The value set, or the default; none if there is neither.
+  /// Returns the value set, else the default, else no value.
   const ZQParamValue& GetValue() const { return set_ ? value_ : default_; }
 
  private:
@@ -103,27 +104,27 @@ class ZQ_EXPORT ZQInterface {
   const std::string& GetName() const { return name_; }
   const std::string& GetBrief() const { return brief_; }
 
-  /// Adds a parameter, owned by the interface; null after a warning if the tree has its name or
-  /// alias.
+  /// Adds a parameter, owned by the interface. Warns and returns null if the tree already has its
+  /// name or alias.
   ZQParameter* AddParameter(ZQParameter parameter);
-  /// Adds an empty interface below this one; null if there is one of this name.
+  /// Adds an empty child interface; returns null if there is one of this name.
   ZQInterface* AddInterface(const std::string& name);
-  /// The interface of this name directly below this one, or null.
+  /// Returns the child interface of this name, or null.
   ZQInterface* GetInterface(const std::string& name) const;
 
   const std::vector<std::unique_ptr<ZQParameter>>& GetParameters() const { return parameters_; }
   const std::vector<std::unique_ptr<ZQInterface>>& GetInterfaces() const { return interfaces_; }
 
-  /// The parameter of this name or alias here or below, or null.
+  /// Returns the parameter of this name or alias in this interface or its descendants, or null.
   ZQParameter* FindParameter(const std::string& name) const;
   bool IsSet(const std::string& name) const {
     const ZQParameter* parameter = FindParameter(name);
     return parameter && parameter->IsSet();
   }
 
-  /// The value of a parameter, T being bool, int, float or std::string. A parameter that doesn't
-  /// exist, is neither set nor has a default, is of another type or has no value warns
-  /// "ZQInterface:: Get, ..." and gives T().
+  /// Returns the value of a parameter; T is bool, int, float or std::string. If the parameter
+  /// doesn't exist, is neither set nor has a default, is of another type or has no value, warns
+  /// "ZQInterface:: Get, ..." and returns T().
   template <class T>
   T Get(const std::string& name) const {
     const ZQParamValue* value = Read(name, static_cast<ZQParamType>(ZQParamValue(T()).index()));
@@ -140,16 +141,17 @@ class ZQ_EXPORT ZQInterface {
   std::vector<std::unique_ptr<ZQInterface>> interfaces_;
 };
 
-/// Sets the parameters from the words of a command line, program name left out: a name with one
-/// dash or two and its value, or a positional value; behind "--" all words are positional. A
-/// switch ends the reading there, with nothing required any more: it asks for help, or the like.
-/// False after one warning: an unknown name (with the nearest known one), a value that is missing,
-/// illegal or of another type, a name given twice, a positional value too many or too few.
+/// Sets the parameters from the words of a command line, without the program name: a name with one
+/// or two dashes and its value, or a positional value; after "--" all words are positional. A
+/// switch (such as one that requests help) ends the parsing; required parameters may then be
+/// missing. Returns false after one warning for an unknown name (with the nearest known one), a
+/// missing or illegal value or one of another type, a repeated name, or too many or too few
+/// positional values.
 ZQ_EXPORT bool ZQParseCommandLine(ZQInterface& interface, const std::vector<std::string>& words);
 
-/// The help text, at most 80 columns wide: usage, brief, and each parameter of at most this
-/// visibility with type, brief, legal values and default; `details` adds the detail texts, with
-/// references of the form :ref:`text <target>` shown as their text.
+/// Returns the help text, at most 80 columns wide: usage, brief, and each parameter of at most this
+/// visibility with type, brief, legal values and default. `details` adds the detail texts; a
+/// reference :ref:`text <target>` is shown as its text.
 ZQ_EXPORT std::string ZQGetHelp(const ZQInterface& interface, bool details = false,
                                 unsigned int visibility = 0);
 

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Owning iterators: what every query that yields many values returns. An iterator that has run
-/// out is false; a null iterator is an empty one. One iterator belongs to one thread.
+/// Owning iterators, returned by every query that has many results. An iterator is false at its
+/// end; a null iterator is empty. An iterator is for one thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,9 +17,9 @@ template <class T>
 class ZQIterBase {
  public:
   virtual ~ZQIterBase() = default;
-  /// A new iterator at the same position, owned by the caller.
+  /// Returns a new iterator at the same position, owned by the caller.
   virtual ZQIterBase* Copy() const = 0;
-  /// Moves back by one so that the next `++` yields the present value again.
+  /// Moves back by one so that the next `++` returns to the current value.
   virtual void Push() { --*this; }
   virtual ZQIterBase& operator++() = 0;
   virtual ZQIterBase& operator--() = 0;
@@ -35,17 +35,17 @@ class ZQIterBase {
   virtual void ToLast() = 0;
   virtual T& operator*() const = 0;
   virtual T* operator->() const = 0;
-  /// Whether there is a present value.
+  /// Whether there is a current value.
   virtual explicit operator bool() const = 0;
 };
 
-/// Owns an iterator of any kind; default constructed, or made from null, it is empty. Stepping
-/// an empty iterator does nothing; dereferencing one is undefined.
+/// Owns an iterator of any kind; empty if default constructed or made from null. Stepping an empty
+/// iterator does nothing; dereferencing one is undefined.
 template <class T>
 class ZQIter {
  public:
   ZQIter() = default;
-  /// Takes the iterator over; implicit, so that a query can return a bare new one.
+  /// Takes ownership; implicit, so that a query can return the result of `new`.
   ZQIter(ZQIterBase<T>* base) : base_(base) {}  // NOLINT(google-explicit-constructor)
   ZQIter(const ZQIter& other) : base_(other.base_ ? other.base_->Copy() : nullptr) {}
   ZQIter(ZQIter&&) noexcept = default;
@@ -113,7 +113,7 @@ class ZQVectorIter : public ZQIterBase<T> {
   void ToLast() override { position_ = values_->size() - 1; }
   T& operator*() const override { return (*values_)[position_]; }
   T* operator->() const override { return &(*values_)[position_]; }
-  // A step before the first entry wraps to a huge position, which is past the end as well.
+  // A step before the first entry wraps to a huge position, which is also past the end.
   explicit operator bool() const override { return position_ < values_->size(); }
 
  private:
@@ -122,7 +122,7 @@ class ZQVectorIter : public ZQIterBase<T> {
   std::size_t position_ = 0;
 };
 
-/// Iterates over objects by way of a vector of pointers to them, as atoms and bonds are.
+/// Iterates over objects through a vector of pointers to them, such as atoms and bonds.
 template <class T>
 class ZQPointerIter : public ZQIterBase<T> {
  public:
@@ -152,8 +152,8 @@ class ZQPointerIter : public ZQIterBase<T> {
   std::size_t position_ = 0;
 };
 
-/// Joins iterators: the values of the first, then those of the second, and so on. Empty ones among
-/// them are passed over. Begins with the first value of all, wherever the parts are.
+/// Concatenates iterators: the values of the first, then those of the second, and so on. Empty ones
+/// are skipped. Begins with the first value of all, regardless of the parts' positions.
 template <class T>
 class ZQConcatIter : public ZQIterBase<T> {
  public:
@@ -234,8 +234,8 @@ class ZQConcatIter : public ZQIterBase<T> {
   }
 
   std::vector<ZQIter<T>> parts_;
-  std::size_t part_ = 0;      // that has the present value
-  std::int64_t outside_ = 0;  // steps before the first value (below 0) or behind the last
+  std::size_t part_ = 0;      // index of the current part
+  std::int64_t outside_ = 0;  // steps before the first value (below 0) or after the last
 };
 
 }  // namespace Bostrel

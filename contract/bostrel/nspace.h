@@ -1,7 +1,7 @@
 #pragma once
 
-/// A namespace interface: the table from names to values that type strings, command lines and
-/// help texts share. Immutable once built; safe from any thread.
+/// A namespace interface: the table of names and values used by type strings, command lines and
+/// help texts. Immutable once built; safe from any thread.
 
 #include <string>
 #include <string_view>
@@ -31,12 +31,12 @@ class ZQ_EXPORT ZQNamespaceInterface {
   ZQNamespaceMode GetMode() const { return mode_; }
   const std::vector<ZQNamespacePrim>& GetPrimitives() const { return prims_; }
 
-  /// Whether the name, or each name of a combination, is known. An empty text isn't.
+  /// Whether the name, or each name of a combination, is in the table. False for an empty text.
   bool IsValid(std::string_view name) const;
-  /// The value of a name or a combination, in any order; `defaultValue` if not valid.
+  /// Returns the value of a name or of a combination, in any order; `defaultValue` if not valid.
   unsigned int GetValue(std::string_view name, unsigned int defaultValue) const;
-  /// The name of a value, combinations in table order; `defaultValue` as a whole if any bit of
-  /// it has no name.
+  /// Returns the name of a value, combinations in table order; `defaultValue` if any bit has no
+  /// name.
   std::string GetName(unsigned int value, const std::string& defaultValue) const;
 
  private:

@@ -6,21 +6,19 @@
 
 namespace Quarnel {
 
-/// A set of atoms and bonds of one molecule, by pointer, in the order of addition; a second
-/// addition of the same one, or of null, does nothing and returns false. The molecule must outlive
-/// it.
+/// A set of atoms and bonds of one molecule, by pointer, in the order of addition; adding a member
+/// again, or null, does nothing and returns false. The molecule must outlive the set.
 class ZQ_EXPORT ZQAtomBondSet {
  public:
   ZQAtomBondSet() = default;
   ZQAtomBondSet(const ZQAtomBondSet&) = default;
-  /// The set of what the atoms and bonds of `other` became in a copy of its molecule: each is
-  /// replaced by the entry of its index in the table. One whose entry is null or missing is left
-  /// out.
+  /// The set that corresponds to `other` in a copy of its molecule: each atom and bond is replaced
+  /// by the table's entry for its index. Those whose entry is null or missing are omitted.
   ZQAtomBondSet(const ZQAtomBondSet& other, const std::vector<ZQAtomBase*>& atoms,
                 const std::vector<ZQBondBase*>& bonds);
   ZQAtomBondSet& operator=(const ZQAtomBondSet&) = default;
   virtual ~ZQAtomBondSet() = default;
-  /// A new set of the same atoms and bonds, owned by the caller.
+  /// Returns a new set of the same atoms and bonds, owned by the caller.
   virtual ZQAtomBondSet* CreateCopy() const { return new ZQAtomBondSet(*this); }
 
   bool AddAtom(ZQAtomBase* atom);

@@ -1,8 +1,8 @@
 #pragma once
 
-/// Partition refinement under a comparison of the caller's: a list of atoms is sorted into
-/// partitions, which are split until the atoms of each are equal by the comparison. Ties stay, so
-/// that ranks depend on the graph alone and not on the order of the list.
+/// Partition refinement with the caller's comparison: a list of atoms is sorted into partitions,
+/// which are split until the atoms of each compare equal. Ties are kept, so that ranks depend only
+/// on the graph and not on the order of the list.
 
 #include <cstdint>
 #include <vector>
@@ -11,9 +11,9 @@
 
 namespace Quarnel {
 
-/// One refinement: the atoms and the partition of each. It keeps its scratch, so that one state
-/// serves many lists without an allocation each; a fragment is refined so fast that to look the
-/// scratch up elsewhere would cost 2 % of a UHTree fingerprint. Distinct states may be used by
+/// One refinement: the atoms and the partition of each. It keeps its scratch, so that one state can
+/// be reused for many lists without allocations; refining a fragment is so fast that looking up
+/// scratch elsewhere would cost 2 % of a UHTree fingerprint. Distinct states may be used by
 /// distinct threads.
 struct CanonState {
   /// The rank of an atom that is in no partition.
@@ -21,39 +21,39 @@ struct CanonState {
 
   struct AtomRecord {
     std::int32_t rank = noRank;  ///< the number of atoms in the partitions before its own
-    std::int8_t degree = 0;      ///< within the list; for the caller, as the comparison reads it
+    std::int8_t degree = 0;      ///< within the list; set by the caller for its comparison
   };
-  /// Atoms of one rank, as places of the list.
+  /// Atoms of one rank, as positions in the list.
   struct Partition {
     std::uint32_t begin;
     std::uint32_t end;
   };
 
   std::vector<AtomRecord> atomRecords;   ///< by atom index, for every atom of the list
-  std::vector<const ZQAtomBase*> atoms;  ///< the list; after a refinement by ascending rank
+  std::vector<const ZQAtomBase*> atoms;  ///< the list; by ascending rank after a refinement
   void* userData = nullptr;              ///< for the comparison
-  std::uint32_t round = 0;               ///< moves on whenever ranks may have changed
+  std::uint32_t round = 0;               ///< incremented whenever ranks may have changed
 
-  std::vector<Partition> active;  ///< of two atoms and more, subject to the next refinement
+  std::vector<Partition> active;  ///< of two or more atoms, subject to the next refinement
   std::vector<Partition> split;   ///< scratch
   std::vector<Partition> moved;   ///< scratch
 };
 
-/// Negative if `a` comes first, 0 if the two are equal. It must order the atoms of a
+/// Negative if `a` comes first, 0 if the two are equal. Must be a weak order on the atoms of a
 /// partition: no cycles, and equality is transitive.
 using ZQCanonComparison = int (*)(const CanonState& state, const ZQAtomBase& a,
                                   const ZQAtomBase& b);
 
-/// Puts all atoms of the list into one partition, which is active.
+/// Puts all atoms of the list into one active partition.
 ZQ_EXPORT void ZQCanonSinglePartition(CanonState& state);
-/// Sorts and splits the active partitions by the comparison, which sees the ranks as they were
-/// when a round began: a round's splits take effect together. Atoms of one partition keep their
-/// order in the list. With `untilStable` rounds go on until one splits nothing, else there is one.
-/// No partition is active afterwards. A round costs n log n comparisons for the n atoms that share
-/// their rank.
+/// Sorts and splits the active partitions by the comparison, which sees the ranks as they were when
+/// a round began: a round's splits take effect together. Atoms of one partition keep their order in
+/// the list. With `untilStable`, rounds repeat until one splits nothing; otherwise there is one
+/// round. No partition is active afterwards. A round costs n log n comparisons for the n atoms that
+/// share their rank.
 ZQ_EXPORT void ZQCanonRefinePartitions(CanonState& state, bool untilStable,
                                        ZQCanonComparison compare);
-/// Marks the partitions made so far, those of one atom left out, as subject to the next refinement.
+/// Makes all partitions of more than one atom subject to the next refinement.
 ZQ_EXPORT void ZQCanonActivatePartitions(CanonState& state);
 
 }  // namespace Quarnel

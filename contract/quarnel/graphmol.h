@@ -1,7 +1,7 @@
 #pragma once
 
-/// The built-in molecules. `ZQMol` is what files are read into; `ZQGraphMol` is the working copy
-/// that every generator makes: flat, cheap to copy and to throw away.
+/// The built-in molecules. `ZQMol` is for reading files; `ZQGraphMol` is the working copy made by
+/// every generator: flat, cheap to copy and to destroy.
 
 #include <memory>
 
@@ -9,9 +9,9 @@
 
 namespace Quarnel {
 
-class ZQGraph;  // the store of atoms and bonds that both molecules share
+class ZQGraph;  // the storage of atoms and bonds used by both molecules
 
-/// Everything of a molecule over the flat store, for a base class of either kind.
+/// Implements a molecule over the flat storage, for a base class of either kind.
 template <class Base>
 class ZQ_EXPORT ZQStoredMol : public Base {
  public:
@@ -39,7 +39,7 @@ class ZQ_EXPORT ZQStoredMol : public Base {
   void SetPerceived(unsigned int step, bool done) override;
 
  protected:
-  /// Indices, holes, perceived properties and generic data alike.
+  /// Copies indices, holes, perceived properties and generic data.
   void CopyFrom(const ZQMolBase& other);
 
   std::unique_ptr<ZQGraph> graph_;

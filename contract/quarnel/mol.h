@@ -1,12 +1,12 @@
 #pragma once
 
-/// The molecule as korvex sees it: three abstract classes that any toolkit's molecule can
-/// implement. `ZQMol` and `ZQGraphMol` (graphmol.h) are the built-in implementations.
+/// The molecule interface: three abstract classes that any toolkit's molecule can implement.
+/// `ZQMol` and `ZQGraphMol` (graphmol.h) are the built-in implementations.
 ///
-/// Indices are small non-negative integers, stable while the molecule isn't edited; deletion
-/// leaves holes, so that a slot accessor may return null. Atom and bond pointers belong to the
-/// molecule and live until they are deleted or the molecule is cleared. A molecule may be read
-/// from many threads at once, but perception and edits need it alone.
+/// Indices are small non-negative integers, stable while the molecule isn't edited; deletion leaves
+/// holes, so that access by index may return null. The molecule owns its atoms and bonds; pointers
+/// are valid until the atom or bond is deleted or the molecule is cleared. Many threads may read a
+/// molecule at once; perception and edits need exclusive access.
 
 #include <cstdint>
 #include <string>
@@ -21,13 +21,13 @@ namespace Quarnel {
 class ZQBondBase;
 class ZQMolBase;
 
-/// What a tetrahedral centre was drawn as. Looking from the first neighbour, the others turn
-/// counterclockwise ("@") or clockwise ("@@"). The order of neighbours: an implicit hydrogen or
-/// lone pair first, then the atom's bonds by ascending bond index.
+/// The configuration of a tetrahedral centre as drawn. Seen from the first neighbour, the others
+/// turn counterclockwise ("@") or clockwise ("@@"). The order of neighbours: an implicit hydrogen
+/// or lone pair first, then the atom's bonds by ascending bond index.
 enum class ZQAtomStereo : std::uint8_t { None, CounterClockwise, Clockwise };
 
-/// What a double bond was drawn as, of two reference atoms: on either end the neighbour
-/// (not the other end) that is reached by the bond of the lowest index.
+/// The configuration of a double bond as drawn, of two reference atoms: at each end the neighbour
+/// (other than the opposite end) whose bond has the lowest index.
 enum class ZQBondStereo : std::uint8_t { None, Cis, Trans };
 
 class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
@@ -40,13 +40,13 @@ class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
   virtual unsigned int GetIsotope() const = 0;
   /// Atom class of a SMILES, atom map number of a molfile; 0 for none.
   virtual unsigned int GetMapIdx() const = 0;
-  /// Hydrogens held as a count on the atom.
+  /// Hydrogens stored as a count on the atom.
   virtual unsigned int GetImplicitHCount() const = 0;
   virtual ZQAtomStereo GetStereo() const = 0;
 
-  /// 1 to 5 for sp, sp2, sp3, sp3d, sp3d2; 0 when none or not perceived.
+  /// 1 to 5 for sp, sp2, sp3, sp3d, sp3d2; 0 if none or not perceived.
   virtual unsigned int GetHyb() const = 0;
-  /// Topological symmetry class, 0 when not perceived.
+  /// Topological symmetry class, 0 if not perceived.
   virtual unsigned int GetSymmetryClass() const = 0;
   virtual bool IsAromatic() const = 0;
   virtual bool IsInRing() const = 0;
@@ -64,11 +64,11 @@ class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
   virtual void SetInRing(bool inRing) = 0;
   virtual void SetChiral(bool chiral) = 0;
 
-  /// The incident bonds one by one, by ascending bond index: the bond after `previous`, or the
-  /// first for null; null at the end. Without an allocation.
+  /// Iterates over the incident bonds by ascending bond index: returns the bond after `previous`,
+  /// or the first for null; null at the end. Doesn't allocate.
   virtual ZQBondBase* NextBond(const ZQBondBase* previous) const = 0;
 
-  // What follows from the operations above.
+  // Derived from the operations above.
 
   /// Implicit and explicit hydrogens together.
   unsigned int GetTotalHCount() const;
@@ -109,7 +109,7 @@ class ZQ_EXPORT ZQBondBase : public Bostrel::ZQBase {
   virtual void SetInRing(bool inRing) = 0;
   virtual void SetChiral(bool chiral) = 0;
 
-  /// The other end; null if `atom` is no end of this bond.
+  /// The other end; null if `atom` isn't an end of this bond.
   ZQAtomBase* GetNbr(const ZQAtomBase* atom) const {
     ZQAtomBase* bgn = GetBgn();
     ZQAtomBase* end = GetEnd();
@@ -136,8 +136,8 @@ class ZQPredicate {
 
 class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
  public:
-  /// The molecule is usable: false after a read that failed, true again after `Clear`. A
-  /// molecule of no atoms is valid.
+  /// Whether the molecule is usable: false after a failed read, true again after `Clear`. A
+  /// molecule without atoms is valid.
   virtual bool IsValid() const = 0;
   virtual void SetValid(bool valid) = 0;
   /// Valid and not empty.
@@ -151,12 +151,12 @@ class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
   /// One more than the largest index in use.
   virtual unsigned int GetMaxAtomIdx() const = 0;
   virtual unsigned int GetMaxBondIdx() const = 0;
-  /// The atom or bond of an index below `GetMaxAtomIdx` or `GetMaxBondIdx`; null for a hole.
+  /// The atom or bond with an index below `GetMaxAtomIdx` or `GetMaxBondIdx`; null for a hole.
   virtual ZQAtomBase* GetAtomAt(unsigned int idx) const = 0;
   virtual ZQBondBase* GetBondAt(unsigned int idx) const = 0;
 
-  /// Adds an atom or bond with the next index. A bond from an atom to itself, a second bond
-  /// between two atoms, or a foreign atom gives null.
+  /// Adds an atom or bond with the next index. Returns null for a bond from an atom to itself, a
+  /// second bond between two atoms, or an atom of another molecule.
   virtual ZQAtomBase* NewAtom(unsigned int atomicNum) = 0;
   virtual ZQBondBase* NewBond(ZQAtomBase* bgn, ZQAtomBase* end, unsigned int order) = 0;
   /// Removes the atom and its bonds; false if it isn't this molecule's.
@@ -166,10 +166,10 @@ class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
   virtual void Clear() = 0;
 
   /// Whether a step of `ZQPerceived` is done. Adding or deleting an atom or bond undoes all steps;
-  /// a change of an order, charge, isotope, count of hydrogens or configuration undoes those that
-  /// read it. What a step has found is forgotten when it is undone, by a change or by
-  /// `SetPerceived`: it reads as 0 or false. What was set while its step wasn't done stays:
-  /// aromatic flags are marks of the input then, chiral ones those of drawn configurations.
+  /// a change of an order, charge, isotope, hydrogen count or configuration undoes those that read
+  /// it. Undoing a step, by a change or by `SetPerceived`, resets its results to 0 or false. Values
+  /// set while their step isn't done are kept: aromatic flags are then marks of the input, chiral
+  /// ones those of drawn configurations.
   virtual bool IsPerceived(unsigned int step) const = 0;
   virtual void SetPerceived(unsigned int step, bool done) = 0;
 
@@ -177,7 +177,7 @@ class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
   virtual void BeginEdit() {}
   virtual void EndEdit() {}
 
-  // What follows from the operations above.
+  // Derived from the operations above.
 
   Bostrel::ZQIter<ZQAtomBase> GetAtoms() const;
   Bostrel::ZQIter<ZQAtomBase> GetAtoms(const ZQPredicate<ZQAtomBase>& predicate) const;
@@ -187,7 +187,7 @@ class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
   ZQBondBase* GetBond(const ZQPredicate<ZQBondBase>& predicate) const;
 };
 
-/// A molecule that could hold several conformations: what files are read into.
+/// A molecule that can hold several conformations, used for reading files.
 class ZQ_EXPORT ZQMCMolBase : public ZQMolBase {};
 
 template <class T>
@@ -200,7 +200,7 @@ class ZQHasIdx final : public ZQPredicate<T> {
   unsigned int idx_;
 };
 
-/// Any atom but a hydrogen.
+/// Any atom except hydrogen.
 class ZQIsHeavy final : public ZQPredicate<ZQAtomBase> {
  public:
   bool operator()(const ZQAtomBase& atom) const override { return !atom.IsHydrogen(); }
@@ -222,7 +222,7 @@ class ZQHasAtomicNum final : public ZQPredicate<ZQAtomBase> {
   unsigned int atomicNum_;
 };
 
-/// A neighbour carbon (alpha) has another neighbour carbon (beta) with a multiple bond or, where
+/// A neighbour carbon (alpha) has another neighbour carbon (beta) with a multiple bond or, if
 /// `orAromatic` is set, an aromatic one.
 class ZQ_EXPORT ZQHasAlphaBetaUnsat final : public ZQPredicate<ZQAtomBase> {
  public:

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Substructure search by SMARTS, and the matches that it finds.
+/// Substructure search by SMARTS, and its matches.
 ///
 /// The language is Daylight's. Atoms in brackets, n being a number:
 ///
@@ -17,26 +17,25 @@
 ///     $(...)                   first atom of a pattern; up to 32 within each other
 ///     :n                       atom class, without effect
 ///
-/// `[H]`, alone or with isotope and charge, is the hydrogen atom. Without brackets stand `*`, `a`,
-/// `A`, `B C N O P S F Cl Br I K V W Y U` and `b c n o p s`. The longest symbol wins: `[Sc]` is
-/// scandium.
+/// `[H]`, alone or with isotope and charge, is the hydrogen atom. No brackets are needed for `*`,
+/// `a`, `A`, `B C N O P S F Cl Br I K V W Y U` and `b c n o p s`. The longest symbol wins: `[Sc]`
+/// is scandium.
 ///
 /// Bonds are `-` (not aromatic) `=` `#` `$` `:` `~` `@` (in a ring) `/` `\` and `/?` `\?`; without
 /// a symbol a bond is single, aromatic or of no order. Operators are `!`, `&` or nothing, `,` and
 /// `;`, in falling strength, for atoms and bonds. Branches, ring closures (`1`, `%12`, `%(123)`, a
-/// bond symbol at either end) and dots are those of SMILES. Parentheses around whole parts hold
-/// them to one component, each pair to a component of its own: `(C.O).(N)`. White space ends the
-/// text.
+/// bond symbol at either end) and dots are those of SMILES. Parentheses around whole parts require
+/// one component for them, a different one for each pair: `(C.O).(N)`. White space ends the text.
 ///
-/// A configuration is compared as seen along the mapped neighbours; in a pattern of three, the one
-/// left out stands where an implicit hydrogen would, and with fewer any configuration will do, but
-/// one must be drawn. `/` and `\` count in pairs around a double bond, and only where one stands
-/// alone in its bond's expression.
+/// A configuration is compared in the order of the mapped neighbours. In a pattern with three, the
+/// missing one takes the position of an implicit hydrogen; with fewer, any drawn configuration
+/// matches. `/` and `\` count in pairs around a double bond, and only if one is the whole
+/// expression of its bond.
 ///
 /// Rings are the relevant cycles, the union of all minimum cycle bases, so that `R<n>` depends on
 /// the graph alone (P. Vismara, Electron. J. Combin. 4, R9, 1997). They are found by ranges of
 /// length (3 to 8, 9 to 16 and so on); a range with more than 16384 families of candidates, far
-/// beyond molecules, isn't counted, nor are longer ones.
+/// more than in molecules, isn't counted, nor are longer ones.
 
 #include <cstddef>
 #include <memory>
@@ -47,23 +46,23 @@
 
 namespace Quarnel {
 
-class SmartsTarget;  // the tables of a molecule that a search reads
+class SmartsTarget;  // the tables of a molecule read by a search
 
-/// An atom or bond of a pattern and the one of the molecule that it is mapped onto.
+/// An atom or bond of a pattern and its image in the molecule.
 template <class T>
 struct ZQMatchPair {
   T* pattern;
   T* target;
 };
 
-/// A mapping between the atoms and bonds of two graphs. Owns none of them.
+/// A mapping between the atoms and bonds of two graphs, without ownership.
 class ZQ_EXPORT ZQMatchBase {
  public:
   virtual ~ZQMatchBase() = default;
   virtual const std::vector<ZQMatchPair<ZQAtomBase>>& GetAtomPairs() const = 0;
   virtual const std::vector<ZQMatchPair<ZQBondBase>>& GetBondPairs() const = 0;
 
-  // What follows from the pairs, in their order.
+  // Derived from the pairs, in their order.
 
   unsigned int NumAtoms() const { return static_cast<unsigned int>(GetAtomPairs().size()); }
   unsigned int NumBonds() const { return static_cast<unsigned int>(GetBondPairs().size()); }
@@ -85,10 +84,9 @@ class ZQ_EXPORT ZQMatch final : public ZQMatchBase {
   std::vector<ZQMatchPair<ZQBondBase>> bonds_;
 };
 
-/// A molecule made ready to be searched by many patterns: what they need of an atom is looked up
-/// once. Reads the molecule's aromaticity as it is; ring membership and hybridization are found
-/// on the side if they aren't perceived. The molecule must outlive it, unchanged. Belongs to one
-/// thread.
+/// A molecule prepared for searches by many patterns: each atom property is read once. Uses the
+/// molecule's aromaticity unchanged; ring membership and hybridization are computed internally if
+/// they aren't perceived. The molecule must outlive it, unchanged. For one thread.
 class ZQ_EXPORT ZQSubSearchTarget {
  public:
   explicit ZQSubSearchTarget(const ZQMolBase& mol);
@@ -101,36 +99,36 @@ class ZQ_EXPORT ZQSubSearchTarget {
   std::unique_ptr<SmartsTarget> target_;
 };
 
-/// A pattern, parsed once. Any number of threads may search with one object; one that was moved
-/// from can only be assigned to or destroyed.
+/// A pattern, parsed once. Any number of threads may search with one object; a moved-from object
+/// can only be assigned to or destroyed.
 ///
-/// Matches come in an order that depends on pattern and molecule alone. The search backtracks from
-/// the atom with the fewest candidates: its time is short for most patterns but has no bound, its
-/// memory doesn't grow with the number of matches unless they must be unique.
+/// The order of matches depends only on pattern and molecule. The search backtracks from the atom
+/// with the fewest candidates. Its time is short for most patterns but has no bound; its memory
+/// doesn't grow with the number of matches unless they must be unique.
 class ZQ_EXPORT ZQSubSearch {
  public:
   /// A text that can't be parsed gives an object that isn't valid and matches nothing, after one
-  /// warning: "SMARTS column 4: found "Q", expected an atom primitive". `ignoreStereo` takes `@`
-  /// and `@@` as if they weren't there, `/` and `\` for single bonds.
+  /// warning: "SMARTS column 4: found "Q", expected an atom primitive". `ignoreStereo` ignores `@`
+  /// and `@@` and treats `/` and `\` as single bonds.
   explicit ZQSubSearch(const std::string& smarts, bool ignoreStereo = false);
   ~ZQSubSearch();
   ZQSubSearch(ZQSubSearch&& other) noexcept;
   ZQSubSearch& operator=(ZQSubSearch&& other) noexcept;
 
   bool IsValid() const;
-  /// The pattern's atoms and bonds as matches name them: a graph without chemistry, atoms in the
+  /// The pattern's atoms and bonds as used in matches: a graph without chemistry, atoms in the
   /// order of the text.
   const ZQMolBase& GetPattern() const;
 
-  /// Whether the pattern is found at all.
+  /// Whether there is a match.
   bool SingleMatch(const ZQMolBase& mol) const;
   bool SingleMatch(const ZQSubSearchTarget& target) const;
-  /// The matches, pairs in the order of the text. With `unique`, of all matches onto one set of
-  /// atoms only the first. They are searched for as the iterator moves forward, and kept for its
-  /// way back; the molecule must live and stay unchanged as long. The iterator doesn't need this
-  /// object any more, but the atoms and bonds of the pattern live only as long as either.
+  /// The matches, with pairs in the order of the text. With `unique`, only the first of all matches
+  /// onto one set of atoms. The search proceeds as the iterator advances; matches are kept for
+  /// stepping back. The molecule must outlive the iterator, unchanged. The iterator may outlive
+  /// this object; the atoms and bonds of the pattern exist as long as either.
   Bostrel::ZQIter<ZQMatchBase> Match(const ZQMolBase& mol, bool unique) const;
-  /// Their number, counted up to `limit`.
+  /// The number of matches, counted up to `limit`.
   std::size_t CountMatches(const ZQSubSearchTarget& target, bool unique, std::size_t limit) const;
 
  private:

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the library asks of the platform: streams, processors, time and the stack.
+/// Platform services: streams, processors, time and the stack.
 
 #include <cmath>
 #include <cstddef>
@@ -19,23 +19,23 @@ using zqostream = std::ostream;
 using zqisstream = std::istringstream;
 using zqosstream = std::ostringstream;
 
-/// A binary input file with the bounded reads that untrusted headers need.
+/// A binary input file with bounded reads for untrusted headers.
 class ZQ_EXPORT zqifstream : public std::istream {
  public:
   zqifstream() : std::istream(nullptr) {}
   explicit zqifstream(const std::string& name) : std::istream(nullptr) { Open(name); }
-  /// False for anything that isn't a readable regular file, a directory included. The cause, such
-  /// as "Is a directory", goes to `cause` if not null.
+  /// Returns false for anything but a readable regular file, such as a directory, and stores the
+  /// cause, such as "Is a directory", in `cause` if not null.
   bool Open(const std::string& name, std::string* cause = nullptr);
   void Close();
-  /// The file's descriptor, which stays the stream's; -1 if not open.
+  /// The file's descriptor, owned by the stream; -1 if not open.
   int GetDescriptor() const { return descriptor_; }
   /// Size in bytes, -1 if not open.
   std::int64_t Size();
   /// Skips white space and reads up to `limit` bytes that aren't white space.
   bool ReadToken(std::string& token, std::size_t limit);
-  /// Reads up to a line feed, which is taken and dropped; false at the end of the file or when
-  /// `limit` bytes hold no line feed.
+  /// Reads up to a line feed, which is discarded; false at the end of the file or if `limit` bytes
+  /// contain no line feed.
   bool ReadLine(std::string& line, std::size_t limit);
 
  private:
@@ -60,7 +60,7 @@ ZQ_EXPORT double ZQGetTimeOfDay();
 
 inline bool ZQIsNaN(double x) { return std::isnan(x); }
 
-/// Scratch arrays above this many bytes come from the heap.
+/// Scratch arrays larger than this many bytes are allocated on the heap.
 ZQ_EXPORT std::size_t ZQGetAllocaThreshold();
 
 }  // namespace Vantrel

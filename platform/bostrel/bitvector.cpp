@@ -111,7 +111,7 @@ bool ZQBitVector::FromHexString(const std::string& text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const int digit = HexDigit(text[i]);
     if (digit < 0) return false;
-    // Byte 0 comes first, and within a byte the high digit does.
+    // Byte 0 comes first, and within a byte the high digit.
     read.Words()[i / 16] |= static_cast<std::uint64_t>(digit) << (4 * (i % 16 ^ 1));
   }
   *this = std::move(read);

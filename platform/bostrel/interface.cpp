@@ -32,7 +32,7 @@ std::vector<std::string> PrimitiveNames(const ZQNamespaceInterface& space) {
   return names;
 }
 
-// "; did you mean x?" or nothing.
+// Returns "; did you mean x?" or an empty text.
 std::string Suggestion(const std::string& word, const std::vector<std::string>& names) {
   const std::string nearest = ZQNearestName(word, names);
   return nearest.empty() ? nearest : "; did you mean " + nearest + "?";

@@ -13,7 +13,7 @@ const ZQNamespacePrim* Find(const std::vector<ZQNamespacePrim>& prims, std::stri
   return found == prims.end() ? nullptr : &*found;
 }
 
-// Splits off the first name of a combination; a text without one is empty.
+// Removes the first name of a combination from `rest` and returns it; empty if there is none.
 std::string_view NextName(std::string_view& rest) {
   const std::size_t bar = rest.find('|');
   const std::string_view name = rest.substr(0, bar);

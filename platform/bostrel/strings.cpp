@@ -63,7 +63,7 @@ std::string ZQFileExtension(const std::string& name, const std::string& defaultV
 
 std::string ZQNearestName(const std::string& word, const std::vector<std::string>& names) {
   const std::string* nearest = nullptr;
-  std::size_t least = word.size() / 2 + 1;  // further off, it is another word
+  std::size_t least = word.size() / 2 + 1;  // beyond this distance it is another word
   for (const std::string& name : names) {
     const std::size_t distance = EditDistance(word, name);
     if (distance < least) {

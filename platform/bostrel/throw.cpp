@@ -34,7 +34,7 @@ __attribute__((format(printf, 1, 0))) std::string Format(const char* format, std
   std::string text(size > 0 ? static_cast<std::size_t>(size) : 0, '\0');
   if (size > 0) std::vsnprintf(text.data(), text.size() + 1, format, again);
   va_end(again);
-  while (!text.empty() && text.back() == '\n') text.pop_back();  // line ends are the sink's
+  while (!text.empty() && text.back() == '\n') text.pop_back();  // the sink adds line ends
   return text;
 }
 
@@ -45,7 +45,7 @@ __attribute__((format(printf, 2, 0))) void Report(ZQErrorLevel level, const char
   bool goOn = false;
   if (insideSink) {
     WriteToStandardError(level, message);
-    goOn = true;  // ending here would hide what the sink is about to say
+    goOn = true;  // ending here would hide the sink's report
   } else {
     const std::lock_guard<std::mutex> lock(SinkMutex());
     insideSink = true;

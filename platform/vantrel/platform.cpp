@@ -17,7 +17,7 @@ namespace Vantrel {
 
 bool zqifstream::Open(const std::string& name, std::string* cause) {
   Close();
-  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  // Without O_NONBLOCK, opening a pipe would wait for a writer.
   const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   struct stat status {};
   int error = descriptor >= 0 && fstat(descriptor, &status) == 0 ? 0 : errno;

@@ -6,11 +6,11 @@
 #include "platform/quarnel/perception/stereo_local.h"
 
 // Backtracking over images of atoms. Most automorphisms of a sparse graph move few atoms (P. T.
-// Darga, K. A. Sakallah and I. L. Markov, DAC 2008, 149-154), so that a search only assigns what
-// the first pair forces: neighbours of an atom that moved, and atoms whose place was taken. All
-// others stay. Cells are equitable, hence a partial mapping that keeps cells and bonds seldom fails
-// late. A configuration is checked as soon as all its neighbours have images, and those that are
-// still broken at the end force further atoms to move.
+// Darga, K. A. Sakallah and I. L. Markov, DAC 2008, 149-154), so that a search only assigns images
+// forced by the first pair: those of neighbours of a moved atom, and of atoms that are another's
+// image. All others are fixed. Cells are equitable, hence a partial mapping that preserves cells
+// and bonds seldom fails late. A configuration is checked once all its neighbours have images;
+// those still broken at the end force further atoms to move.
 
 namespace Quarnel {
 
@@ -69,9 +69,9 @@ bool AutomorphismSearch::Find(std::uint32_t from, std::uint32_t to) {
   return found;
 }
 
-// Once no atom waits, atoms that lost their place make up another component, which takes the first
-// one's place. All others stay, unless a configuration needs more moves: two other neighbours
-// may have to change places, too.
+// Once the queue is empty, atoms that are an image but have none form another component, which is
+// mapped onto the first one. All others are fixed, unless a configuration needs more moves: two
+// other neighbours may have to be exchanged, too.
 bool AutomorphismSearch::Complete() {
   while (true) {
     while (head_ < queue_.size()) {
@@ -84,7 +84,7 @@ bool AutomorphismSearch::Complete() {
   }
 }
 
-// An atom whose configuration isn't kept, if all atoms without an image stay.
+// Returns an atom whose configuration isn't preserved if all atoms without an image are fixed.
 std::uint32_t AutomorphismSearch::FindBroken() {
   Spend(trail_.size());
   for (const std::uint32_t a : trail_) {
@@ -114,7 +114,7 @@ bool AutomorphismSearch::QueueAround(std::uint32_t atom) {
   return queue_.size() != before;
 }
 
-// Gives the atom the target of this number, remembering if there are more.
+// Maps the atom onto its target of this number; records a choice if there are more targets.
 bool AutomorphismSearch::Place(std::uint32_t atom, std::size_t choice) {
   ListTargets(atom);
   if (choice >= targets_.size()) return false;
@@ -163,8 +163,8 @@ void AutomorphismSearch::UndoTo(std::size_t trail) {
   }
 }
 
-// Where the atom could go: next to the image of a neighbour. Its own place first, then that of
-// the atom which took it.
+// Lists the possible images of the atom: neighbours of a neighbour's image. The atom itself comes
+// first, then the atom mapped onto it.
 void AutomorphismSearch::ListTargets(std::uint32_t atom) {
   targets_.clear();
   const auto hasImage = [this](const MolView::Edge& edge) { return image_[edge.atom] != none; };
@@ -199,7 +199,8 @@ bool AutomorphismSearch::Fits(std::uint32_t atom, std::uint32_t target) {
   return std::ranges::count_if(ofTarget, isImage) == mapped;
 }
 
-// Before the `last` time, configurations that images are missing for pass; then these atoms stay.
+// Configurations with missing images pass, except in the `last` check, where atoms without an image
+// are fixed.
 bool AutomorphismSearch::Keeps(std::uint32_t atom, bool last) const {
   const Watched& watched = watched_[atom];
   return (!watched.centre || KeepsCentre(atom, last)) &&

@@ -19,10 +19,10 @@ struct StereoCentre {
 
 /// Searches automorphisms that map each cell of a partition onto itself.
 ///
-/// A search starts from one atom mapped onto another and follows what this forces: the neighbours
-/// of an atom that moved, and atoms whose place was taken. Where there is a choice an atom rather
-/// stays, or changes places with the one that took its place, so that the search reaches no
-/// further than it must: a flipped phenyl ring costs its own atoms, in a molecule of any size.
+/// A search starts from one atom mapped onto another and follows the consequences: the neighbours
+/// of a moved atom, and atoms that are another's image, need images. If there is a choice, an atom
+/// is preferably fixed, or exchanged with the atom mapped onto it, so that the search stays local:
+/// a flipped phenyl ring costs its own atoms, in a molecule of any size.
 class AutomorphismSearch {
  public:
   struct Move {
@@ -30,25 +30,25 @@ class AutomorphismSearch {
     std::uint32_t to;
   };
 
-  /// Searches until `SetGraph` is called again are over this graph and may look at as many edges
-  /// as `budget` says, one search at no more than `limit`. View and partition must stay.
+  /// Sets the graph for all searches until the next call. Together they visit at most `budget`
+  /// edges, each at most `limit`. View and partition must outlive the searches.
   void SetGraph(const MolView& view, const Partition& partition, std::uint64_t budget,
                 std::uint64_t limit);
-  /// Configurations of these centres are to be kept as well, those of `turned`, if there is one, to
-  /// be turned into the opposite. Those that the partition's cells determine need no watch.
+  /// Requires searches to preserve the configurations of these centres as well, and to invert that
+  /// of `turned` if not null. Those determined by the partition's cells needn't be listed.
   void Watch(std::span<const StereoCentre> centres, const StereoCentre* turned = nullptr);
 
-  /// Searches one with this mapping; false, too, when the budget or limit is spent.
+  /// Searches an automorphism with this mapping; false also if the budget or limit is spent.
   bool Find(std::uint32_t from, std::uint32_t to);
-  /// The atoms that the last one found gives an image, some of them their own place. Where it maps
-  /// one component onto another, the way back isn't listed.
+  /// The atoms with an assigned image in the last automorphism found; some are fixed. If it maps
+  /// one component onto another, the inverse mapping isn't listed.
   std::span<const Move> Moves() const { return moves_; }
 
   void Spend(std::uint64_t edges) { budget_ -= edges < budget_ ? edges : budget_; }
   std::uint64_t BudgetLeft() const { return budget_; }
 
  private:
-  /// An atom that had several targets, and the state before it took one.
+  /// An atom that had several targets, and the state before one was chosen.
   struct Choice {
     std::uint32_t atom;
     std::size_t nextTarget;
@@ -56,7 +56,7 @@ class AutomorphismSearch {
     std::size_t queue;
     std::size_t head;
   };
-  /// What is watched at an atom.
+  /// The configurations watched at an atom.
   struct Watched {
     bool centre = false;
     std::uint32_t bond = MolView::none;
@@ -85,10 +85,10 @@ class AutomorphismSearch {
   std::uint64_t limit_ = 0;
   std::vector<Watched> watched_;  // by atom, empty for none
   std::vector<Move> moves_;
-  // Of one search. An atom that is neither an image nor has one stays in its place.
+  // Of one search. An atom that is neither an image nor has one is fixed.
   std::vector<std::uint32_t> image_;
   std::vector<std::uint32_t> source_;
-  std::vector<std::uint32_t> trail_;  // atoms with an image, in the order of getting it
+  std::vector<std::uint32_t> trail_;  // atoms with an image, in the order of assignment
   std::vector<std::uint32_t> queue_;  // atoms that need an image and have a neighbour with one
   std::size_t head_ = 0;
   std::vector<Choice> choices_;

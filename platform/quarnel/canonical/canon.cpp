@@ -10,10 +10,10 @@ CanonState::AtomRecord& RecordOf(CanonState& state, std::uint32_t place) {
   return state.atomRecords[state.atoms[place]->GetIdx()];
 }
 
-// Keeps equal atoms in order. The usual partition has a handful of atoms, for which insertion takes
-// fewer steps and no scratch.
+// A stable sort. The usual partition has a handful of atoms, for which insertion takes fewer steps
+// and no scratch.
 void Sort(CanonState& state, const CanonState::Partition& partition, ZQCanonComparison compare) {
-  constexpr std::uint32_t few = 16;  // from about here on n log n comparisons are fewer
+  constexpr std::uint32_t few = 16;  // above about this size n log n comparisons are fewer
   const auto begin = state.atoms.begin() + partition.begin;
   const auto end = state.atoms.begin() + partition.end;
   const auto isBefore = [&](const ZQAtomBase* a, const ZQAtomBase* b) {

@@ -6,13 +6,13 @@
 
 #include "platform/quarnel/molecule/mix_local.h"
 
-// Refine and set apart, after B. D. McKay (Congr. Numer. 30, 45-87, 1981): properties and numbers
-// of neighbours split the atoms into cells until nothing more splits; then one atom of the first
-// cell that has several gets a cell of its own, and so on until all cells are single. Which atom
-// makes no difference if symmetry takes it to all others of its cell, and in molecules it nearly
-// always does; else each kind is tried and the least result taken. Configurations take part as soon
-// as the neighbours of their atoms are in distinct cells. One that stays undetermined although the
-// order is complete is real unless an automorphism turns it, and nothing else, into its opposite.
+// Refinement and individualisation, after B. D. McKay (Congr. Numer. 30, 45-87, 1981): properties
+// and numbers of neighbours split the atoms into cells until nothing more splits; then one atom of
+// the first cell with several gets a cell of its own, and so on until all cells have one atom. The
+// choice of the atom makes no difference if automorphisms map it onto all others of its cell, as
+// they nearly always do in molecules; otherwise each orbit is tried and the least result used.
+// Configurations are used once the neighbours of their atoms are in distinct cells. One that is
+// undetermined in the complete order is real unless an automorphism inverts it and no other.
 
 namespace Quarnel {
 
@@ -20,15 +20,15 @@ namespace {
 
 constexpr std::uint32_t none = MolView::none;
 
-/// What the search may look at, and what its steps cost, in bonds. Of 38,000 molecules, 8,000 of
-/// them picked as hard, the most costly one took 654 bonds an atom in all, and a search for an
+/// The search's budget and the cost of its steps, in bonds. Of 38,000 molecules, 8,000 of them
+/// selected as hard, the most costly one took 654 bonds per atom in all, and a search for an
 /// automorphism 6,171 bonds. The rest is for graphs of thousands of equal atoms.
 constexpr std::uint64_t budgetPerAtom = 10000;
 constexpr std::uint64_t baseBudget = std::uint64_t{1} << 24;
 constexpr std::uint64_t limitPerAtom = 1000;  // of one search for an automorphism
 constexpr std::uint64_t baseLimit = 50000;
 constexpr std::uint64_t costOfTrial = 8;  // per atom: copies the cells and refines
-constexpr std::uint64_t costOfNode = 64;  // per atom: keeps all tables of a partition for later
+constexpr std::uint64_t costOfNode = 64;  // per atom: stores all tables of a partition
 
 }  // namespace
 
@@ -65,8 +65,8 @@ void CanonicalOrder::OrderParts(std::span<const std::uint32_t> sizes) {
   }
 }
 
-// All centres are undetermined at first, but those that can't be real: of a kind that holds no
-// configuration, or with two equal ligands of one atom each.
+// All centres are undetermined at first, except those that can't be real: of a kind that can't have
+// a configuration, or with two equal ligands of one atom each.
 void CanonicalOrder::FindCentres() {
   node_.undetermined.clear();
   unreal_.clear();
@@ -90,8 +90,8 @@ bool CanonicalOrder::HasLeafTwins(std::uint32_t atom) const {
   });
 }
 
-// Of the centres whose configuration the cells of the root leave undetermined, the first by rank
-// that isn't real: without it others may be.
+// Finds the first centre by rank, among those undetermined by the cells of the root, that isn't
+// real: without it others may be.
 void CanonicalOrder::FindUnreal(Node& root) {
   const auto rankOf = [this](const StereoCentre& centre) {
     if (!centre.IsBond()) return std::pair(RankOf(centre.atom), 0U);
@@ -109,7 +109,7 @@ void CanonicalOrder::FindUnreal(Node& root) {
   node_ = ordered;
 }
 
-// By atom classes, and by numbers where they are beyond the limits of the first keys.
+// Splits by atom classes, and by numbers beyond the limits of the first keys.
 void CanonicalOrder::SplitByLargeValues() {
   using Property = std::uint32_t (*)(const MolView::Atom& atom);
   constexpr std::array<Property, 4> properties{
@@ -130,7 +130,7 @@ void CanonicalOrder::SplitByLargeValues() {
   }
 }
 
-// First by what has a configuration at all.
+// Splits first by whether there is a configuration.
 void CanonicalOrder::SplitByStereo() {
   for (const bool bonds : {false, true}) {
     labels_.clear();
@@ -151,7 +151,7 @@ void CanonicalOrder::Label(const StereoCentre& centre, Configuration configurati
   labels_.insert(labels_.end(), {{configuration, bond.bgn}, {configuration, bond.end}});
 }
 
-// By the configurations that cells have come to determine, until there are no more.
+// Splits by the configurations newly determined by cells, until there are no more.
 void CanonicalOrder::SplitByDetermined() {
   while (SplitByDetermined(false) || SplitByDetermined(true)) {
   }
@@ -173,8 +173,8 @@ bool CanonicalOrder::SplitByDetermined(bool bonds) {
   return true;
 }
 
-// Not if an automorphism that leaves the centre in its place turns just this configuration into the
-// opposite: then both are one molecule.
+// False if an automorphism fixes the centre and inverts only this configuration: then both
+// configurations are the same molecule.
 bool CanonicalOrder::IsReal(const StereoCentre& centre) {
   const Node before = node_;
   std::erase_if(node_.undetermined, [&](const StereoCentre& other) {
@@ -227,7 +227,7 @@ void CanonicalOrder::OrderPart(std::uint32_t begin, std::uint32_t end) {
   node_ = std::move(best);
 }
 
-// Sets atoms apart until all cells of the part are single.
+// Individualises atoms until all cells of the component have one atom.
 void CanonicalOrder::GoDown(std::uint32_t begin, std::uint32_t end) {
   for (std::uint32_t cell = begin; cell < end;) {
     if (node_.partition.Cell(cell).size() == 1) {
@@ -246,7 +246,7 @@ void CanonicalOrder::GoDown(std::uint32_t begin, std::uint32_t end) {
   }
 }
 
-// Or is taken for one when the budget is spent.
+// Also true when the budget is spent.
 bool CanonicalOrder::IsOneOrbit(std::uint32_t cell) {
   const std::span<const std::uint32_t> members = node_.partition.Cell(cell);
   for (const std::uint32_t a : members) parent_[a] = a;
@@ -265,7 +265,7 @@ bool CanonicalOrder::IsMapped(std::uint32_t from, std::uint32_t to, std::uint32_
   return true;
 }
 
-// Goes on with one atom of the cell; others that may come as first wait, one of each orbit.
+// Continues with one atom of the cell; one of each other orbit that may come first is queued.
 void CanonicalOrder::Branch(std::uint32_t cell, std::uint32_t begin, std::uint32_t end) {
   const Node before = node_;
   const std::span<const std::uint32_t> members = before.partition.Cell(cell);
@@ -315,7 +315,7 @@ void CanonicalOrder::JoinMoved(const Automorphism& automorphism, std::uint32_t c
   }
 }
 
-// The atom that most of the known automorphisms leave in place.
+// The atom fixed by most of the known automorphisms.
 std::uint32_t CanonicalOrder::LeastMoved(std::uint32_t cell) {
   const std::span<const std::uint32_t> members = node_.partition.Cell(cell);
   for (const std::uint32_t a : members) numMoves_[a] = 0;
@@ -331,7 +331,7 @@ std::uint64_t CanonicalOrder::ColourWithStereo(std::uint32_t bond) const {
          ConfigurationOf(*view_, node_.partition, view_->bonds[bond]);
 }
 
-// In an equitable partition one atom stands for its whole cell.
+// In an equitable partition one atom represents its whole cell.
 std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const {
   const Partition& partition = node_.partition;
   std::uint64_t hash = 0;
@@ -348,7 +348,7 @@ std::uint64_t CanonicalOrder::Hash(std::uint32_t begin, std::uint32_t end) const
   return hash;
 }
 
-// For each atom its configuration, and its bonds to atoms in front of it with theirs.
+// Lists for each atom its configuration, and its bonds to preceding atoms with theirs.
 std::vector<std::uint64_t> CanonicalOrder::Certificate(std::uint32_t begin,
                                                        std::uint32_t end) const {
   const Partition& partition = node_.partition;

@@ -11,26 +11,27 @@
 
 namespace Quarnel {
 
-/// Ranks the atoms of a molecule so that the order of atoms and bonds makes no difference but among
-/// atoms that an automorphism takes into each other, configurations included.
+/// Ranks the atoms of a molecule independently of the order of atoms and bonds, except among atoms
+/// that an automorphism maps onto each other, configurations included.
 ///
-/// A partition is refined; then, again and again, an atom of the first cell that has several is set
-/// apart and the partition refined further (B. D. McKay, Congr. Numer. 30, 45-87, 1981). It makes
-/// no difference which atom if automorphisms take it to all others of its cell. These are searched
-/// for, and serve later cells, too, if they leave in place what was set apart. Only where a cell
-/// has several orbits does the search branch, to those whose refined partition comes first by a
-/// hash of its structure. Of several complete orders, the one with the least list of bonds and
-/// configurations is taken. Connected parts are ordered one by one.
+/// A partition is refined; then, repeatedly, an atom of the first cell with several is
+/// individualised and the partition refined further (B. D. McKay, Congr. Numer. 30, 45-87, 1981).
+/// The choice of the atom makes no difference if automorphisms map it onto all others of its cell.
+/// These are searched for, and reused for later cells if they fix the individualised atoms. The
+/// search branches only if a cell has several orbits, to those whose refined partition comes first
+/// by a hash of its structure. Of several complete orders, the one with the least list of bonds and
+/// configurations is used. Connected components are ordered one by one.
 ///
-/// The search may look at 2^24 bonds and 10,000 more an atom; a refinement tried counts as 8 bonds
-/// an atom, a partition kept for a branch as 64. Beyond that, where no known molecule leads, it
-/// takes atoms as they come.
+/// The search visits at most 2^24 bonds plus 10,000 per atom; a trial refinement counts as 8 bonds
+/// per atom, a partition stored for a branch as 64. Beyond that, which no known molecule reaches,
+/// it takes atoms in input order.
 class CanonicalOrder {
  public:
-  /// Orders the atoms of the view, which has no bonds of order 0 and stays for later calls. Its
-  /// parts are numbered from 1 by atom index. False if there are configurations that aren't real;
-  /// ranks are of no use then. Such are, all at once, those that can't be for the ligands of the
-  /// atom or bond; else one, the first by rank, since without it others may become real.
+  /// Orders the atoms of the view, which has no bonds of order 0 and must remain valid for later
+  /// calls. `parts` numbers its components from 1 by atom index. Returns false if there are
+  /// configurations that aren't real; ranks are then not usable. Reported are all that the ligands
+  /// of the atom or bond exclude; if there are none, one, the first by rank, since without it
+  /// others may become real.
   bool Find(const MolView& view, std::span<const unsigned int> parts, unsigned int numParts);
   std::span<const StereoCentre> Unreal() const { return unreal_; }
   std::uint32_t RankOf(std::uint32_t atom) const { return node_.partition.CellOf(atom); }
@@ -38,7 +39,7 @@ class CanonicalOrder {
  private:
   struct Node {
     Partition partition;
-    std::vector<StereoCentre> undetermined;  // centres that the cells don't determine yet
+    std::vector<StereoCentre> undetermined;  // centres not yet determined by the cells
   };
   using Automorphism = std::vector<AutomorphismSearch::Move>;
 
@@ -75,8 +76,8 @@ class CanonicalOrder {
   std::vector<StereoCentre> unreal_;
   AutomorphismSearch search_;  // over node_'s partition
   std::vector<Partition::Keyed> labels_;
-  std::vector<Node> waiting_;            // branches to be gone down
-  std::vector<Automorphism> known_;      // those that leave in place what was set apart
+  std::vector<Node> waiting_;            // branches to be searched
+  std::vector<Automorphism> known_;      // those that fix the individualised atoms
   std::vector<std::uint32_t> parent_;    // by atom, of the trees of a cell's orbits
   std::vector<std::uint32_t> numMoves_;  // by atom
 };

@@ -36,8 +36,8 @@ void Prepare(ZQMolBase& mol) {
 
 }  // namespace
 
-// Where a configuration turns out not to be real, or can't be written, the work starts again
-// without it, so that the text reads back to the molecule that it is the text of.
+// If a configuration proves not to be real, or can't be written, the work restarts without it, so
+// that reading the text gives the molecule that was written.
 std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol) {
   const Workspace<MolView> workspace;
   const Workspace<CanonicalOrder> order;

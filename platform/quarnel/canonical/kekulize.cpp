@@ -13,27 +13,28 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = MolView::none;
-/// Of a molecule whose assignment is chosen by the canonical order. The largest of 38,000 molecules
-/// that had a choice has 169 atoms.
+/// Limit for choosing the assignment by the canonical order. The largest of 38,000 molecules with a
+/// choice has 169 atoms.
 constexpr std::uint32_t maxAtomsToOrder = 2000;
 
 /// Whether an atom marked aromatic takes a double bond among its aromatic bonds.
 enum class Need : std::uint8_t { Never, Optional, Always };
 
-/// By the hydrogens that would fill up an atom with these sigma bonds: exactly one missing is the
-/// double bond. Short of more than one it is a radical or a carbene, with or without a double bond.
+/// Follows from the hydrogens that would fill up an atom with these sigma bonds: if exactly one is
+/// missing, there is a double bond. If more are missing, it is a radical or a carbene, with or
+/// without a double bond.
 Need NeedOf(unsigned int element, int charge, unsigned int sigma) {
   if (element == 0) return Need::Optional;
   const unsigned int missing = ZQDefaultHCount(element, charge, sigma);
   return missing == 0 ? Need::Never : missing == 1 ? Need::Always : Need::Optional;
 }
 
-/// A matching that covers every atom that needs a double bond. A greedy start that serves atoms
-/// with one choice first (Karp and Sipser 1981), then augmenting paths with blossoms (Edmonds
-/// 1965), which also may end by freeing an optional atom.
+/// A matching that covers every atom that needs a double bond. Greedy first, beginning with atoms
+/// that have one choice (Karp and Sipser 1981), then by augmenting paths with blossoms (Edmonds
+/// 1965), which may also end by freeing an optional atom.
 class Matching {
  public:
-  /// No atom has a need yet. View and candidates, by bond, must stay.
+  /// Initially no atom has a need. View and candidates, by bond, must outlive the matching.
   void SetGraph(const MolView& view, const std::vector<char>& candidate) {
     view_ = &view;
     candidate_ = &candidate;
@@ -42,13 +43,13 @@ class Matching {
   }
   void Start();
   bool Augment(std::uint32_t root);
-  /// Turns the matching into the first one by rank: the first atom has the first partner that it
-  /// can have, and so on. Leaves no needs.
+  /// Changes the matching to the first one by rank: the first atom has its first possible partner,
+  /// and so on. Clears all needs.
   void ChooseFirst(const std::vector<std::uint32_t>& rank);
 
   std::vector<Need> need;
   std::vector<std::uint32_t> mate;
-  std::vector<char> free;  // by atom: still open when the first choice was made
+  std::vector<char> free;  // by atom: unmatched when the first choice was made
 
  private:
   bool IsOpen(std::uint32_t atom) const { return need[atom] != Need::Never && mate[atom] == none; }
@@ -62,8 +63,8 @@ class Matching {
   const std::vector<char>* candidate_ = nullptr;
   std::vector<std::uint32_t> choices_;  // open neighbours of an atom
   std::vector<std::uint32_t> queue_;
-  std::vector<std::uint32_t> before_;  // mate, to go back to
-  // Of one search: the search tree's outer atoms, parents and the bases of contracted blossoms.
+  std::vector<std::uint32_t> before_;  // the previous matching, for restoring it
+  // State of one search: the tree's outer atoms, parents and the bases of contracted blossoms.
   std::vector<char> outer_;
   std::vector<char> blossom_;
   std::vector<char> onPath_;
@@ -210,7 +211,7 @@ void Matching::ChooseFirst(const std::vector<std::uint32_t>& rank) {
   }
 }
 
-// Joins the two for good, if those that they leave find others.
+// Matches the two permanently if their previous partners can be matched otherwise.
 bool Matching::Settle(std::uint32_t a, std::uint32_t b) {
   const Need needOfA = need[a];
   const Need needOfB = need[b];
@@ -233,12 +234,12 @@ bool Matching::Settle(std::uint32_t a, std::uint32_t b) {
   return false;
 }
 
-/// Rings of six whose atoms bring an electron each, as in benzene and pyridine. Their bonds become
-/// aromatic whatever the assignment, so that the choice among several can't be seen.
+/// Rings of six whose atoms contribute one electron each, as in benzene and pyridine. Their bonds
+/// become aromatic in any assignment, so that the choice has no visible effect.
 class Sextets {
  public:
-  /// Whether each bond between free atoms lies in one. A bond counts only with a ring that the
-  /// rule of aromaticity looks at: one that is the shortest of some bond.
+  /// Whether each bond between free atoms is in one. Only rings tested by the aromaticity rule
+  /// count: shortest rings of some bond.
   bool Cover(const MolView& view, const std::vector<char>& candidate, const Matching& matching);
 
  private:
@@ -249,7 +250,7 @@ class Sextets {
   const std::vector<char>* candidate_ = nullptr;
   const Matching* matching_ = nullptr;
   std::vector<char> covered_;           // by bond
-  std::array<std::uint32_t, 6> atoms_;  // of the present path
+  std::array<std::uint32_t, 6> atoms_;  // of the current path
   std::array<std::uint32_t, 6> bonds_;
   std::vector<std::uint32_t> found_;  // bonds of rings
   std::vector<std::uint32_t> left_;   // bonds for other bonds' rings to cover
@@ -283,7 +284,7 @@ bool Sextets::Cover(const MolView& view, const std::vector<char>& candidate,
   return std::ranges::all_of(left_, [&](std::uint32_t b) { return covered_[b] != 0; });
 }
 
-// Not a nitrogen that loses a valence with a dummy atom.
+// False for a nitrogen that loses a valence with a dummy atom.
 bool Sextets::IsPlain(std::uint32_t a) const {
   const MolView::Atom& atom = view_->atoms[a];
   if (matching_->need[a] != Need::Always) return false;
@@ -297,7 +298,7 @@ bool Sextets::IsPlain(std::uint32_t a) const {
          });
 }
 
-// On from the last atom of the path, which `length` bonds lead to.
+// Extends the path, which has `length` bonds, from its last atom.
 void Sextets::Extend(std::uint32_t length) {
   unsigned int ways = 0;
   for (const MolView::Edge& edge : view_->Edges(atoms_[length])) {
@@ -320,8 +321,8 @@ void Sextets::Extend(std::uint32_t length) {
   }
 }
 
-/// Ranks by atom index, in which the order of atoms makes no difference, nor whether hydrogens are
-/// atoms. Orders of the candidates play no part.
+/// Ranks by atom index, independent of the order of atoms, of whether hydrogens are explicit and of
+/// the candidates' orders.
 std::vector<std::uint32_t> RankAtoms(const ZQMolBase& mol, const MolView& view,
                                      const std::vector<char>& candidate) {
   // No other bonds have these orders. The canonical order distinguishes those up to 31.

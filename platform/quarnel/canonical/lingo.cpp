@@ -32,8 +32,8 @@ static_assert(letters.size() == 119);
 
 char WithCaseOf(char letter, char model) { return IsLower(model) ? ToLower(letter) : letter; }
 
-// Appends the atom in brackets at the start of `smiles`, brackets included; returns its length
-// there.
+// Appends the atom in brackets at the start of `smiles`, brackets included; returns its length in
+// `smiles`.
 std::size_t AppendBracketAtom(std::string& text, std::string_view smiles) {
   std::size_t at = 1;
   while (IsDigit(smiles[at])) ++at;
@@ -79,7 +79,7 @@ class LingoCounts final : public ZQLingoSim::Impl {
       ++counts_[slot.place];
       ++total_;
     });
-    // What isn't found has the last count, which is 0.
+    // A substring that isn't found has the last count, which is 0.
     for (Slot& slot : slots_) {
       if (slot.lingo == 0) slot.place = static_cast<std::uint32_t>(counts_.size());
     }
@@ -90,7 +90,7 @@ class LingoCounts final : public ZQLingoSim::Impl {
                unsigned int* both) const override {
     const Workspace<std::vector<unsigned int>> scratch;
     scratch->assign(counts_.begin(), counts_.end());
-    unsigned int* const left = scratch->data();  // of each of the own ones
+    unsigned int* const left = scratch->data();  // remaining count of each own substring
     unsigned int common = 0;
     unsigned int ofOther = 0;
     ForEachLingo(other, step_, [&](std::uint32_t lingo) {
@@ -108,10 +108,10 @@ class LingoCounts final : public ZQLingoSim::Impl {
  private:
   struct Slot {
     std::uint32_t lingo;  // 0: empty
-    std::uint32_t place;  // in counts_
+    std::uint32_t place;  // index into counts_
   };
 
-  // Where the substring is, or would be (Fibonacci hashing).
+  // The slot of the substring, or the free one for it (Fibonacci hashing).
   std::size_t SlotOf(std::uint32_t lingo) const {
     std::size_t at = (lingo * 0x9E3779B9U) >> shift_;
     while (slots_[at].lingo != lingo && slots_[at].lingo != 0) at = (at + 1) & (slots_.size() - 1);

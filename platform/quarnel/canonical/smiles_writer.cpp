@@ -28,7 +28,7 @@ bool IsOrganic(unsigned int atomicNum) {
   return std::find(organic.begin(), organic.end(), atomicNum) != organic.end();
 }
 
-// A bracket has one digit for hydrogens. What is left is written as atoms of their own.
+// A bracket has one digit for hydrogens. The remaining ones are written as separate atoms.
 constexpr unsigned int mostInBracket = 9;
 unsigned int NumLeftHydrogens(const ZQAtomBase& atom) {
   return atom.GetImplicitHCount() - std::min(atom.GetImplicitHCount(), mostInBracket);
@@ -48,8 +48,8 @@ class SmilesWriter {
     std::uint32_t degree;
     std::uint32_t visit;       // place in the depth-first order, from 1
     std::uint32_t parentBond;  // none for a start
-    std::uint32_t doubles;     // double bonds, those written as aromatic left out
-    bool lower;                // is read back as aromatic
+    std::uint32_t doubles;     // double bonds not written as aromatic
+    bool lower;                // read back as aromatic
     bool isCoordinated;        // has bonds of no order, which aren't written
   };
   struct Bond {
@@ -57,8 +57,8 @@ class SmilesWriter {
     std::uint32_t bgn;
     std::uint32_t end;
     std::uint32_t ring;    // number of an open ring closure
-    std::uint32_t system;  // that the mark belongs to
-    std::int8_t mark;      // 1: the end lies above the begin, -1: below
+    std::uint32_t system;  // of the mark
+    std::int8_t mark;      // 1: the end is above the begin, -1: below
     bool isTree;
   };
   // An end of a double bond whose configuration is to be written.
@@ -159,7 +159,7 @@ SmilesWriter::SmilesWriter(const ZQMolBase& mol, const std::vector<unsigned int>
   }
 }
 
-// The texts of the parts.
+// Returns the texts of the components.
 std::vector<std::string> SmilesWriter::Write() {
   FindLowerCase();
   for (const Bond& bond : bonds_) {
@@ -171,8 +171,8 @@ std::vector<std::string> SmilesWriter::Write() {
   std::vector<std::string> parts;
   for (std::uint32_t a = 0; a < atoms_.size(); ++a) {
     if (atoms_[a].visit != 0) continue;
-    // At the start of a SMILES, readers disagree on the place of a lone pair: a part whose first
-    // atom has one that matters starts with a neighbour of it.
+    // At the start of a SMILES, readers disagree on the position of a lone pair: if that of a
+    // component's first atom matters, the text starts with a neighbour.
     const std::uint32_t start = HasLonePairStereo(a) ? Edges(a).front().atom : a;
     FindTree(start);
     WritePart(start);
@@ -192,7 +192,7 @@ std::vector<ZQBondBase*> SmilesWriter::FindLostBonds() const {
   return lost;
 }
 
-// A dummy atom has no lower case, and reads as aromatic between aromatic neighbours.
+// A dummy atom has no lower case, and is read as aromatic between aromatic neighbours.
 void SmilesWriter::FindLowerCase() {
   for (Atom& atom : atoms_) {
     atom.lower = atom.atom->IsAromatic() && IsAromaticElement(atom.atom->GetAtomicNum());
@@ -231,8 +231,8 @@ void SmilesWriter::FindTree(std::uint32_t start) {
   }
 }
 
-// Each end of a double bond with a configuration gets a mark on one of its other bonds. A mark
-// also describes a second double bond at the bond's other end, which ties the two together.
+// Each end of a double bond with a configuration gets a mark on one of its other bonds. A mark also
+// describes a second double bond at the bond's other end, which couples the two.
 void SmilesWriter::ChooseMarks() {
   ends_.resize(atoms_.size());
   bool any = false;
@@ -268,7 +268,7 @@ void SmilesWriter::ChooseMarks() {
     systems_.push_back({false, 0});
     PlaceSystem(a, system);
   }
-  // Marks meant for its neighbours mustn't give a configuration to a bond that has none.
+  // Marks for neighbouring bonds mustn't imply a configuration of a bond that has none.
   for (std::uint32_t a = 0; a < atoms_.size(); ++a) {
     if (ends_[a].bond != none) continue;
     for (const Edge& edge : Edges(a)) {
@@ -294,7 +294,7 @@ bool SmilesWriter::IsMarked(std::uint32_t atom) const {
                      [this](const Edge& edge) { return GetMark(bonds_[edge.bond]) != 0; });
 }
 
-// Prefers a bond whose far end has no double bond that the mark would describe as well.
+// Prefers a bond whose far end has no double bond that the mark would also describe.
 void SmilesWriter::ChooseMark(std::uint32_t atom) {
   const auto isDescribed = [this](const Edge& edge) {
     return IsWrittenDouble(bonds_[edge.bond]) && !IsInSmallRing(*bonds_[edge.bond].bond);
@@ -311,7 +311,7 @@ void SmilesWriter::ChooseMark(std::uint32_t atom) {
     bestScore = score;
     best = &bonds_[edge.bond];
   }
-  if (best) best->mark = 1;  // its direction is found later
+  if (best) best->mark = 1;  // its direction is computed later
 }
 
 void SmilesWriter::PlaceSystem(std::uint32_t start, std::uint32_t system) {
@@ -344,7 +344,7 @@ void SmilesWriter::PlaceSystem(std::uint32_t start, std::uint32_t system) {
       }
     }
   }
-  // Around a ring of such bonds the marks may contradict each other: no SMILES can write it.
+  // Around a ring of such bonds the marks may contradict each other: no SMILES can describe it.
   if (conflict) systems_[system].erased = true;
 }
 
@@ -364,7 +364,7 @@ void SmilesWriter::WritePart(std::uint32_t start) {
       WriteBond(atom.parentBond, bond.bgn == step.atom ? bond.end : bond.bgn);
     }
     WriteAtom(step.atom);
-    // The last child goes on the main chain; the others are branches in front of it.
+    // The last child continues the main chain; the others are branches before it.
     for (std::size_t i = children_.size(); i-- > 0;) {
       if (i + 1 == children_.size()) {
         steps.push_back({Step::Go, children_[i].atom});
@@ -442,7 +442,7 @@ void SmilesWriter::WriteBond(std::uint32_t idx, std::uint32_t from) {
   const Bond& bond = bonds_[idx];
   if (GetMark(bond) != 0) {
     const int mark = from == bond.bgn ? bond.mark : -bond.mark;
-    // The first mark of a system is always the same, whatever side the system was placed from.
+    // The first mark of a system is always the same, whichever end was placed first.
     std::int8_t& turn = systems_[bond.system].turn;
     if (turn == 0) turn = static_cast<std::int8_t>(mark);
     text_ += mark == turn ? '/' : '\\';
@@ -464,13 +464,13 @@ void SmilesWriter::WriteBond(std::uint32_t idx, std::uint32_t from) {
   }
 }
 
-// Carries the configuration over from the order of bond indices to the order of the text.
+// Converts the configuration from the order of bond indices to the order of the text.
 ZQAtomStereo SmilesWriter::GetWrittenStereo(std::uint32_t idx) const {
   const Atom& own = atoms_[idx];
   const ZQAtomStereo stereo = own.atom->GetStereo();
   if (stereo == ZQAtomStereo::None || own.isCoordinated) return ZQAtomStereo::None;
   if (!HasFourPlaces(own.degree, own.atom->GetImplicitHCount())) return ZQAtomStereo::None;
-  // Bonds count from 1 here, so that the hydrogen or lone pair sorts in front.
+  // Bonds are numbered from 1 here, so that the hydrogen or lone pair sorts first.
   std::array<std::uint32_t, 4> order{};
   std::size_t count = 0;
   if (own.parentBond != none) order[count++] = own.parentBond + 1;
@@ -481,7 +481,7 @@ ZQAtomStereo SmilesWriter::GetWrittenStereo(std::uint32_t idx) const {
   return Turned(stereo, IsOdd(order));
 }
 
-// Whether an atom without brackets would be read back as another one.
+// Whether the atom without brackets would be read back differently.
 bool SmilesWriter::NeedsBracket(std::uint32_t idx) const {
   const Atom& own = atoms_[idx];
   const ZQAtomBase& atom = *own.atom;
@@ -538,7 +538,7 @@ std::string WriteInOrder(const ZQMolBase& mol) {
   return JoinSmilesParts(WriteSmilesParts(mol, rank, nullptr));
 }
 
-// Whether an atom that is aromatic in the molecule lies in no ring of the one that is written.
+// Whether an aromatic atom of the molecule is in no ring of the written one.
 bool HasLostRings(const ZQMolBase& mol, const ZQMolBase& written) {
   for (auto atom = mol.GetAtoms(); atom; ++atom) {
     if (atom->IsAromatic() && !written.GetAtomAt(atom->GetIdx())->IsInRing()) return true;
@@ -557,7 +557,7 @@ std::string ZQMolToSmiles(const ZQMolBase& mol) {
   }
   ZQFindRingAtomsAndBonds(written);
   if (!HasLostRings(mol, written)) return WriteInOrder(mol);
-  // A ring that such a bond closes can't be read back as aromatic.
+  // A ring closed by such a bond can't be read back as aromatic.
   ZQAssignAromaticFlags(written, 2, true, 0, false);
   ZQGraphMol flagged(mol);
   for (auto atom = written.GetAtoms(); atom; ++atom) {

@@ -7,11 +7,11 @@
 
 namespace Quarnel {
 
-/// Writes the connected parts of a molecule as SMILES. Each starts from its atom of the lowest
-/// rank, the parts come in the order of these, and a chain goes to the neighbour of the lowest rank
-/// first. `rank` is by atom index; equal ranks go by index. The texts depend on the molecule and
-/// the order of the ranks alone. `lostBonds`, if not null, gets the double bonds whose
-/// configuration no set of marks could write.
+/// Writes the connected components of a molecule as SMILES. Each starts from its atom of lowest
+/// rank, components are in the order of these atoms, and neighbours of lower rank are visited
+/// first. `rank` is by atom index; ties are broken by index. The texts depend only on the molecule
+/// and the order of the ranks. `lostBonds`, if not null, receives the double bonds whose
+/// configuration no set of marks can describe.
 std::vector<std::string> WriteSmilesParts(const ZQMolBase& mol,
                                           const std::vector<unsigned int>& rank,
                                           std::vector<ZQBondBase*>* lostBonds);
@@ -19,7 +19,7 @@ std::vector<std::string> WriteSmilesParts(const ZQMolBase& mol,
 /// Whether the molecule has bonds that aren't written.
 bool HasBondsWithoutOrder(const ZQMolBase& mol);
 
-/// One SMILES of several parts.
+/// Joins several parts to one SMILES.
 std::string JoinSmilesParts(const std::vector<std::string>& parts);
 
 }  // namespace Quarnel

@@ -13,12 +13,12 @@
 namespace Quarnel {
 namespace {
 
-/// Edges that the search for automorphisms may look at, per atom and besides. Of 38,000 molecules,
-/// 8,000 of them picked as hard, none took more than 33 an atom.
+/// Limits on the edges visited by the search for automorphisms, per atom and in addition. Of 38,000
+/// molecules, 8,000 of them selected as hard, none took more than 33 per atom.
 constexpr std::uint64_t budgetPerAtom = 1000;
 constexpr std::uint64_t baseBudget = 50000;
 
-/// Joins atoms of one cell into orbits, each join by an automorphism that was found.
+/// Joins atoms of one cell into orbits by the automorphisms found.
 class Orbits {
  public:
   void Find(const MolView& view, const Partition& partition);
@@ -64,7 +64,7 @@ bool Orbits::FindMapping(std::uint32_t from, std::uint32_t to) {
   return true;
 }
 
-/// Hydrogens that are atoms of their own, on each atom: paths distinguish them from implicit ones.
+/// Splits by the number of explicit hydrogens: paths distinguish them from implicit ones.
 void SplitByExplicitHydrogens(const MolView& view, Partition& partition) {
   if (partition.Atoms().size() == view.atoms.size()) return;
   std::vector<std::uint32_t> explicitH(view.atoms.size(), 0);
@@ -74,9 +74,9 @@ void SplitByExplicitHydrogens(const MolView& view, Partition& partition) {
   partition.Split(view, explicitH);
 }
 
-/// Separates atoms by the configurations around them, again and again, since this makes further
-/// neighbours distinct. What stays undetermined, as in 1,4-dimethylcyclohexane, sets its atom
-/// apart.
+/// Separates atoms by the configurations around them, repeatedly, since this makes further
+/// neighbours distinct. An atom whose configuration remains undetermined, as in
+/// 1,4-dimethylcyclohexane, gets a cell of its own.
 void SplitByStereo(const MolView& view, Partition& partition) {
   std::vector<std::uint32_t> property(view.atoms.size(), 0);
   std::vector<std::uint8_t> kinds(view.bonds.size(), 0);
@@ -101,7 +101,7 @@ void SplitByStereo(const MolView& view, Partition& partition) {
   partition.Split(view, property);
 }
 
-/// Separates atoms and bonds by what was perceived before: it may be by another's rules.
+/// Separates atoms and bonds by properties perceived earlier, possibly by other rules.
 void SplitByPerceived(const ZQMolBase& mol, const MolView& view, Partition& partition) {
   const bool hasHyb = mol.IsPerceived(ZQPerceived::Hybridization);
   const bool hasChiral = mol.IsPerceived(ZQPerceived::Chirality);
@@ -145,7 +145,7 @@ void ZQPerceiveSymmetry(ZQMolBase& mol, bool automorphisms, bool stereo) {
   if (stereo) SplitByStereo(view, partition);
   if (automorphisms) orbits.Find(view, partition);
 
-  // Folded hydrogens have the classes of their parents, moved by n.
+  // Folded hydrogens have the classes of their parents plus n.
   classes.assign(std::size_t{2} * n, 0);
   unsigned int numClasses = 0;
   for (std::uint32_t a = 0; a < n; ++a) {

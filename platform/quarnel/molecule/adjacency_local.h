@@ -1,7 +1,7 @@
 #pragma once
 
-/// The bonds of each atom as stretches of one flat table, for any records of atoms and bonds that
-/// are numbered from 0.
+/// The bonds of each atom as ranges of one flat table, for any records of atoms and bonds numbered
+/// from 0.
 
 #include <cstdint>
 #include <span>
@@ -14,8 +14,8 @@ struct Edge {
   std::uint32_t bond;
 };
 
-/// Fills the table from the bonds' `bgn` and `end`; an atom's `degree` holds its number of bonds
-/// already. The edges of an atom come by ascending bond.
+/// Fills the table from the bonds' `bgn` and `end`; each atom's `degree` must already be its number
+/// of bonds. The edges of an atom ascend by bond.
 template <class Atom, class Bond>
 void LinkBonds(std::vector<Atom>& atoms, const std::vector<Bond>& bonds, std::vector<Edge>& edges) {
   std::uint32_t total = 0;

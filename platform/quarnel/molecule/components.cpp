@@ -6,8 +6,8 @@ namespace Quarnel {
 
 namespace {
 
-// Numbers from 1 up what hangs together by bonds that `crosses` admits; an atom that has none is
-// labelled only where `aloneCounts`. Returns how many there are.
+// Numbers from 1 up the components connected by bonds for which `crosses` is true; an atom without
+// such bonds is labelled only if `aloneCounts`. Returns the number of components.
 template <class Crosses>
 unsigned int LabelConnected(const ZQMolBase& mol, const MolView& view, bool aloneCounts,
                             std::vector<unsigned int>& labels, Crosses crosses) {

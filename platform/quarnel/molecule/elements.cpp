@@ -35,7 +35,7 @@ constexpr std::array<std::uint16_t, numElements> referenceMasses{
     259, 262, 267, 268, 269, 270, 270, 278, 281, 282, 285, 286, 289, 290, 293, 294, 294,
 };
 
-// Symbols by their letters: 26 capitals times 27, the last place for no second letter.
+// Index of a symbol by its letters: 26 capitals times 27, the last for no second letter.
 constexpr std::size_t SymbolSlot(char first, char second) {
   return static_cast<std::size_t>(first - 'A') * 27 +
          static_cast<std::size_t>(second == 0 ? 26 : second - 'a');
@@ -54,7 +54,7 @@ constexpr SymbolTable MakeSymbolTable() {
 
 constexpr SymbolTable symbolTable = MakeSymbolTable();
 
-// The elements that take implicit hydrogens. A metal takes none.
+// The elements that may have implicit hydrogens; metals don't.
 constexpr bool TakesHydrogens(unsigned int atomicNum) {
   constexpr std::array<unsigned int, 16> elements{5,  6,  14, 32, 7,  15, 33, 8,
                                                   16, 34, 52, 9,  17, 35, 53, 85};
@@ -80,8 +80,8 @@ unsigned int GetReferenceMass(unsigned int atomicNum) noexcept {
   return atomicNum < numElements ? referenceMasses[atomicNum] : 0;
 }
 
-// A charged atom has the valences of the neutral one with as many electrons: N+ bonds like C, O-
-// like F, B- like C. Only the third period on goes past the octet, and neutral nitrogen, whose
+// A charged atom has the valences of the isoelectronic neutral one: N+ bonds like C, O- like F, B-
+// like C. Only elements from the third period on exceed the octet, and neutral nitrogen, whose
 // nitro group is often drawn with two double bonds.
 unsigned int ZQDefaultHCount(unsigned int atomicNum, int charge, unsigned int bondOrderSum) {
   if (atomicNum == 1) return charge == 0 && bondOrderSum == 0 ? 1 : 0;
@@ -99,7 +99,7 @@ unsigned int ZQDefaultHCount(unsigned int atomicNum, int charge, unsigned int bo
 
 unsigned int GetAromaticHCount(unsigned int atomicNum, int charge, unsigned int sigmaSum,
                                bool hasMultiple) noexcept {
-  // A charged carbon gives the ring its lone pair or its empty orbital, no bond.
+  // A charged carbon contributes its lone pair or its empty orbital to the ring, no bond.
   const bool bonds = !hasMultiple && !(atomicNum == 6 && charge != 0);
   const unsigned int lowest = ZQDefaultHCount(atomicNum, charge, 0);
   const unsigned int used = sigmaSum + (bonds ? 1 : 0);

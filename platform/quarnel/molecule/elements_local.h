@@ -5,7 +5,7 @@
 
 namespace Quarnel {
 
-/// `ZQGetAtomicNum` over a view, for readers.
+/// `ZQGetAtomicNum` of a `string_view`, for readers.
 std::uint8_t GetAtomicNumOf(std::string_view symbol) noexcept;
 
 /// Whether SMILES has a lower-case symbol for the element.
@@ -27,13 +27,13 @@ constexpr bool IsAromaticElement(unsigned int atomicNum) {
   }
 }
 
-/// Mass number that a mass difference in a molfile counts from: the standard atomic weight,
+/// Mass number to which a mass difference in a molfile is added: the standard atomic weight,
 /// rounded. 0 for a dummy atom.
 unsigned int GetReferenceMass(unsigned int atomicNum) noexcept;
 
 /// Implicit hydrogens of an atom that is written as aromatic. `sigmaSum` counts an aromatic bond as
-/// 1; `hasMultiple`: there is a double or triple bond among the others, which leaves no electron
-/// for the ring.
+/// 1; `hasMultiple`: one of the other bonds is double or triple, which leaves no electron for the
+/// ring.
 unsigned int GetAromaticHCount(unsigned int atomicNum, int charge, unsigned int sigmaSum,
                                bool hasMultiple) noexcept;
 

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-// The store behind both molecules. Atoms and bonds are objects in blocks, so that pointers to
-// them stay good while the molecule grows, and blocks are kept for the next molecule. The bonds of
-// an atom form a list that is threaded through the bonds themselves: no atom owns memory.
+// The storage of both molecules. Atoms and bonds are stored in blocks, so that pointers to them
+// remain valid while the molecule grows; blocks are reused for the next molecule. The bonds of an
+// atom form a linked list through the bonds themselves: no atom owns memory.
 
 namespace Quarnel {
 
@@ -22,7 +22,7 @@ using Steps = std::uint8_t;
 constexpr unsigned int maxSteps = 8;
 constexpr Steps SetOf(unsigned int step) { return static_cast<Steps>(1U << step); }
 
-// The steps that read a property. Rings are found by the graph alone.
+// The steps that read a property. Rings depend on the graph alone.
 constexpr Steps readersOfIsotope = SetOf(ZQPerceived::Chirality) | SetOf(ZQPerceived::Symmetry);
 constexpr Steps readersOfValence =
     readersOfIsotope | SetOf(ZQPerceived::Aromaticity) | SetOf(ZQPerceived::Hybridization);
@@ -93,7 +93,7 @@ class ZQGraphBond final : public ZQBondBase {
   void SetInRing(bool value) override { inRing = value; }
   void SetChiral(bool value) override { chiral = value; }
 
-  // The next bond in the list of one of the two ends.
+  // The next bond in the list of `end`.
   unsigned int& Next(const ZQGraphAtom* end) { return next[end == ends[1]]; }
   unsigned int Next(const ZQGraphAtom* end) const { return next[end == ends[1]]; }
 
@@ -116,7 +116,7 @@ class Slots {
   unsigned int size() const { return size_; }
   T& operator[](unsigned int i) { return blocks_[i / blockSize][i % blockSize]; }
   const T& operator[](unsigned int i) const { return blocks_[i / blockSize][i % blockSize]; }
-  /// The new last element, as default constructed.
+  /// Adds and returns a default-constructed element.
   T& Grow() {
     if (size_ == blocks_.size() * blockSize) blocks_.push_back(std::make_unique<T[]>(blockSize));
     T& item = (*this)[size_++];
@@ -177,7 +177,7 @@ class ZQGraph {
     --numBonds;
   }
 
-  // Steps through the bonds of both, so that it costs no more than the atom with fewer has.
+  // Iterates over the bonds of both at once: the cost is that of the atom with fewer.
   bool AreBonded(const ZQGraphAtom& a, const ZQGraphAtom& b) const {
     const ZQBondBase* ofA = a.NextBond(nullptr);
     const ZQBondBase* ofB = b.NextBond(nullptr);
@@ -195,8 +195,8 @@ class ZQGraph {
     return own == atom ? own : nullptr;
   }
 
-  // Forgets what the steps have found. Steps that aren't perceived hold nothing, but for the
-  // aromatic marks of the input, which stay.
+  // Resets the results of the steps. Steps that aren't perceived have none, except for the aromatic
+  // marks of the input, which are kept.
   void Undo(Steps steps) {
     if ((steps & perceived) != 0) Forget(steps);
   }

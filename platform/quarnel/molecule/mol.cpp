@@ -6,7 +6,7 @@ namespace Quarnel {
 
 namespace {
 
-// The incident bonds of an atom as a range, without an allocation.
+// Visits the incident bonds of an atom without an allocation.
 template <class Visit>
 void ForEachBond(const ZQAtomBase& atom, Visit visit) {
   for (ZQBondBase* bond = atom.NextBond(nullptr); bond; bond = atom.NextBond(bond)) visit(*bond);
@@ -17,7 +17,7 @@ Bostrel::ZQIter<T> MakeIter(std::vector<T*>&& items) {
   return {new Bostrel::ZQPointerIter<T>(std::move(items))};
 }
 
-// Atoms or bonds by index, holes passed over.
+// Atoms or bonds by index, without holes.
 template <class T, class GetAt>
 std::vector<T*> Collect(unsigned int count, GetAt getAt, const ZQPredicate<T>* predicate) {
   std::vector<T*> items;

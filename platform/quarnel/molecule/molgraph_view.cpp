@@ -42,8 +42,8 @@ MolView& MolView::Read(const ZQMolBase& mol, Depth depth) {
   return *this;
 }
 
-// A tree bond of a depth-first search is a bridge if nothing below it reaches above it; every
-// other bond lies in a ring (Tarjan 1974).
+// A tree bond of a depth-first search is a bridge if nothing below it reaches above it; every other
+// bond is in a ring (Tarjan 1974).
 void MolView::FindRings() {
   for (Atom& atom : atoms) atom.inRing = false;
   for (Bond& bond : bonds) bond.inRing = true;

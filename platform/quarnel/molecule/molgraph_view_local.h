@@ -1,8 +1,8 @@
 #pragma once
 
-/// A flat picture of a molecule: what every perception step reads once, computes on and writes
-/// back from. Atoms and bonds are numbered densely, holes left out, in ascending index order, so
-/// that the edges of an atom come by ascending bond index as well.
+/// A flat copy of a molecule, which every perception step reads once, computes on and writes back.
+/// Atoms and bonds are numbered densely, without holes, in ascending index order, so that the edges
+/// of an atom also ascend by bond index.
 
 #include <cstdint>
 #include <span>
@@ -19,7 +19,7 @@ struct MolView {
   struct Atom {
     ZQAtomBase* atom;
     std::uint32_t firstEdge;
-    std::uint32_t degree;  // bonds, explicit hydrogens included, implicit ones not
+    std::uint32_t degree;  // bonds, including those to explicit hydrogens
     // Properties.
     std::uint32_t element;
     std::uint32_t isotope;
@@ -45,7 +45,7 @@ struct MolView {
     Properties  ///< everything
   };
 
-  /// Fills the view from the molecule, whatever it held before; returns it.
+  /// Fills the view from the molecule, replacing its content; returns it.
   MolView& Read(const ZQMolBase& mol, Depth depth);
 
   std::uint32_t NumAtoms() const { return static_cast<std::uint32_t>(atoms.size()); }

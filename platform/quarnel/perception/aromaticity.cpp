@@ -10,37 +10,38 @@
 #include "platform/quarnel/molecule/valence_electrons_local.h"
 #include "platform/quarnel/molecule/workspace_local.h"
 
-// Hückel's rule (E. Hückel, Z. Phys. 70, 204, 1931) over cycles of atoms that give the ring 0, 1 or
-// 2 electrons each. The graph of these atoms is contracted: atoms with two such neighbours vanish
+// Hückel's rule (E. Hückel, Z. Phys. 70, 204, 1931) over cycles of atoms that contribute 0, 1 or 2
+// electrons each. The graph of these atoms is contracted: atoms with two such neighbours are merged
 // into chains between the branching atoms. A drug's ring system has a handful of chains, a cycle is
-// a set of them, and the sum of two rings is the difference of two sets. Tested are the shortest
-// rings through each chain, by Dijkstra's search from one of its ends to the other, and then the
-// outlines of fused rings, in order of their number, until all rings are aromatic.
+// a set of them, and the sum of two rings is the symmetric difference of two sets. The shortest
+// rings through each chain are tested, found by Dijkstra's search from one of its ends to the
+// other, and then the outlines of fused rings, in order of their number, until all rings are
+// aromatic.
 
 namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = MolView::none;
 constexpr unsigned int largestRing = 24;  // of the model
-/// Bounds on the work for one ring system, in units that don't depend on the atoms' order. Beside
-/// each is the most that 38,000 molecules came to, 8,000 of them picked for their ring systems,
-/// metals and size.
+/// Bounds on the work for one ring system, in units that don't depend on the atoms' order. The
+/// number after each is the maximum in 38,000 molecules, 8,000 of them selected for their ring
+/// systems, metals and size.
 constexpr std::size_t maxRingsOfChain = 64;    // 8
 constexpr unsigned int maxReached = 256;       // 33
 constexpr std::size_t maxFused = 6;            // of the model
 constexpr std::size_t maxCombinations = 1024;  // 126
-/// A combination grows by each of its fused neighbours, so that most come up several times.
+/// A combination is extended by each of its fused neighbours, so that most occur several times.
 constexpr std::size_t maxRepeats = 64;
 
 constexpr int noPart = -1;  // of an atom that can't take part
 
-/// Whether a double bond to this element leaves carbon no electron: groups 15 to 17.
+/// Whether a double bond to this element takes carbon's electron: groups 15 to 17.
 bool StealsElectrons(unsigned int element) {
   const unsigned int electrons = GetValenceElectrons(element);
   return electrons >= 5 && electrons <= 7;
 }
 
-/// What an atom has bound, as far as the electron count needs it.
+/// The bonds of an atom, as needed for the electron count.
 struct Bonding {
   unsigned int valence = 0;
   unsigned int ringDoubles = 0;
@@ -105,9 +106,9 @@ class AromaticSystems {
   void Run(MolView& view, unsigned int maxRing);
 
  private:
-  /// A path whose inner atoms have no further neighbour that takes part.
+  /// A path whose inner atoms have no other neighbour that takes part.
   struct Chain {
-    std::uint32_t from;  // branching atoms, both ends; the same one for a ring that hangs on it
+    std::uint32_t from;  // branching atoms, both ends; equal for a ring with one branching atom
     std::uint32_t to;
     std::uint32_t firstBond;  // in chainBonds_
     std::uint32_t length;     // in bonds
@@ -137,7 +138,7 @@ class AromaticSystems {
   std::span<const std::uint32_t> ChainsAt(std::uint32_t branch) const {
     return {chainsAt_.data() + firstChainAt_[branch], numChainsAt_[branch]};
   }
-  /// A triple bond stays what it is between its aromatic atoms.
+  /// A triple bond isn't marked between its aromatic atoms.
   void MarkBond(std::uint32_t b) {
     MolView::Bond& bond = view_->bonds[b];
     view_->atoms[bond.bgn].aromatic = view_->atoms[bond.end].aromatic = true;
@@ -151,7 +152,7 @@ class AromaticSystems {
   std::vector<std::uint32_t> degree_;  // neighbours that take part
   std::vector<char> seen_;
   std::vector<char> takesPart_;  // by bond
-  // Of the present system.
+  // Of the current system.
   std::vector<std::uint32_t> members_;
   std::vector<std::uint32_t> branches_;
   std::vector<Chain> chains_;
@@ -183,7 +184,7 @@ class AromaticSystems {
   std::vector<Combination> combinations_;
   std::vector<Combination> grown_;
   std::vector<char> inCycle_;  // by chain
-  std::vector<char> marked_;   // by chain: aromatic by a combination of the present size
+  std::vector<char> marked_;   // by chain: aromatic by a combination of the current size
   std::vector<std::uint32_t> cycle_;
 };
 
@@ -292,7 +293,7 @@ void AromaticSystems::TestSimpleRing() {
   }
 }
 
-// Appends the chain that leaves `from` by `first` and returns the bond by which it arrives.
+// Appends the chain that leaves `from` by `first` and returns its last bond.
 std::uint32_t AromaticSystems::FollowChain(std::uint32_t from, const MolView::Edge& first) {
   Chain chain{from, first.atom, static_cast<std::uint32_t>(chainBonds_.size()), 1, 0, false};
   std::uint32_t bond = first.bond;
@@ -325,7 +326,7 @@ void AromaticSystems::FindChains() {
   }
   for (const std::uint32_t a : branches_) {
     for (const MolView::Edge& edge : view_->Edges(a)) {
-      // A chain is followed from one of its ends; its last bond is taken out until all are found.
+      // A chain is followed from one of its ends; its last bond is unmarked until all are found.
       if (takesPart_[edge.bond] != 1) continue;
       takesPart_[edge.bond] = 2;
       takesPart_[FollowChain(a, edge)] = 2;
@@ -337,14 +338,14 @@ void AromaticSystems::FindChains() {
   }
 }
 
-// The shortest rings through each bond, all of them where several are equally short: a set that
-// doesn't depend on the order of atoms, as a smallest set of smallest rings does.
+// Finds all shortest rings through each bond: unlike a smallest set of smallest rings, this set
+// doesn't depend on the order of atoms.
 void AromaticSystems::FindRings() {
   ringChains_.clear();
   ringStart_.assign(1, 0);
   distance_.resize(std::max(distance_.size(), view_->atoms.size()), none);
   for (std::uint32_t c = 0; c < chains_.size(); ++c) FindRingsOf(c);
-  // A ring was found once for each chain of it that has no shorter ring.
+  // A ring was found once for each of its chains that has no shorter ring.
   const auto numRings = static_cast<std::uint32_t>(ringStart_.size() - 1);
   path_.resize(numRings);
   for (std::uint32_t r = 0; r < numRings; ++r) path_[r] = r;
@@ -377,7 +378,7 @@ void AromaticSystems::FindRingsOf(std::uint32_t chain) {
     return;
   }
   if (closed.length >= maxRing_) return;
-  // Dijkstra from one end of the chain to the other, around it.
+  // Dijkstra's search from one end of the chain to the other without the chain.
   const auto later = [](const Reached& a, const Reached& b) { return a.distance > b.distance; };
   std::uint32_t limit = maxRing_ - closed.length;
   touched_.assign(1, closed.from);
@@ -458,7 +459,7 @@ bool AromaticSystems::IsAromatic(std::span<const std::uint32_t> cycle) const {
   return IsHueckel(size, electrons + ends / 2);
 }
 
-// Pairs of rings that share one bond and no more.
+// Finds the pairs of rings that share exactly one bond.
 void AromaticSystems::FindFusedRings() {
   const auto numRings = static_cast<std::uint32_t>(ringStart_.size() - 1);
   byChain_.clear();
@@ -487,8 +488,8 @@ void AromaticSystems::FindFusedRings() {
     firstFusion_[ring + 1] += firstFusion_[ring];
 }
 
-// Rings that aren't aromatic by themselves may be so together with their neighbours, as in
-// azulene. All combinations of one size are tested against the same state.
+// Rings that aren't aromatic alone may be aromatic together with their neighbours, as in azulene.
+// All combinations of one size are tested against the same state.
 void AromaticSystems::CombineRings() {
   const auto numRings = static_cast<std::uint32_t>(ringStart_.size() - 1);
   const auto isCovered = [this](std::uint32_t ring) {
@@ -532,8 +533,8 @@ void AromaticSystems::CombineRings() {
   }
 }
 
-// Marks the outline of the rings if it is one cycle that obeys the rule, and the bonds of the
-// rings that link two of its atoms: which of those are double is often a matter of drawing.
+// Marks the outline of the rings if it is one cycle that obeys the rule, and the bonds of the rings
+// that link two of its atoms: which of those are double often depends on the drawing.
 void AromaticSystems::TestCombination(const Combination& rings) {
   const auto forEachChain = [&](const auto& visit) {
     for (const std::uint32_t ring : rings) {
@@ -579,7 +580,7 @@ bool AromaticSystems::IsSingleCycle(std::uint32_t start, std::size_t size) const
   return false;
 }
 
-/// Whether the molecule's aromatic flags aren't those of the view.
+/// Whether the molecule's aromatic flags differ from the view's.
 bool HasOtherFlags(const MolView& view) {
   return std::ranges::any_of(view.atoms,
                              [](const auto& a) { return a.atom->IsAromatic() != a.aromatic; }) ||

@@ -11,7 +11,7 @@ namespace {
 
 struct Orbitals {
   unsigned int sigma = 0;
-  unsigned int lone = 0;  // pairs, a single electron counting as one
+  unsigned int lone = 0;  // pairs; a single electron counts as one
 };
 
 Orbitals CountOrbitals(const MolView& view, std::uint32_t a) {

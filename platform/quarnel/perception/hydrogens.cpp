@@ -4,10 +4,10 @@
 namespace Quarnel {
 namespace {
 
-/// A configuration is of four bonds at most.
+/// A configuration has at most four bonds.
 constexpr unsigned int mostBonds = 4;
 
-/// The number of bonds, or a greater one than `mostBonds`: an atom may have thousands.
+/// The number of bonds, or any number above `mostBonds`: an atom may have thousands.
 unsigned int NumBonds(const ZQAtomBase& atom) {
   unsigned int count = 0;
   const ZQBondBase* b = atom.NextBond(nullptr);
@@ -15,9 +15,8 @@ unsigned int NumBonds(const ZQAtomBase& atom) {
   return count;
 }
 
-/// The configuration was given by four explicit neighbours, the hydrogen among them: without
-/// it the configuration stays, with the hydrogen now first in the order of neighbours. With
-/// three, a lone pair being the fourth, it doesn't.
+/// If the configuration was given by four explicit neighbours including the hydrogen, it is kept,
+/// with the hydrogen now first in the order of neighbours. With three and a lone pair it is lost.
 void MoveToFront(ZQAtomBase& centre, const ZQBondBase& toHydrogen) {
   unsigned int position = 0;
   for (const ZQBondBase* b = centre.NextBond(nullptr); b != &toHydrogen; b = centre.NextBond(b)) {
@@ -26,7 +25,7 @@ void MoveToFront(ZQAtomBase& centre, const ZQBondBase& toHydrogen) {
   centre.SetStereo(Turned(centre.GetStereo(), position % 2 != 0));
 }
 
-/// The bond of the lowest index that isn't `doubleBond` nor `left`.
+/// The bond of the lowest index that is neither `doubleBond` nor `left`.
 const ZQBondBase* FirstOther(const ZQAtomBase& end, const ZQBondBase& doubleBond,
                              const ZQBondBase* left) {
   const ZQBondBase* b = end.NextBond(nullptr);
@@ -44,8 +43,8 @@ bool HasStereoRole(const ZQAtomBase& parent, const ZQBondBase& toHydrogen) {
   return numBonds == 2 && other->GetStereo() != ZQBondStereo::None;
 }
 
-/// Restates the configurations around the parent for the graph in which the atom behind the bond is
-/// one more implicit hydrogen, or gone without a trace; clears those that can't be.
+/// Restates the configurations around the parent for the graph in which the bond's other atom is
+/// one more implicit hydrogen, or deleted without replacement; clears those that can't be restated.
 void ReleaseStereo(ZQAtomBase& parent, const ZQBondBase& toLeaving, bool becomesHydrogen) {
   const unsigned int numBonds = NumBonds(parent);
   if (parent.GetStereo() != ZQAtomStereo::None) {

@@ -18,20 +18,20 @@ bool IsPlainHydrogen(const MolView& view, std::uint32_t a) {
   return view.atoms[edge.atom].element != 1 && view.bonds[edge.bond].order == 1;
 }
 
-/// Aromatic bonds are one kind, whatever their Kekulé order.
+/// Aromatic bonds are one kind, regardless of their Kekulé order.
 std::uint32_t BaseColour(const MolView::Bond& bond) {
   const std::uint32_t order = bond.aromatic ? 5 : std::min(bond.order, 4U);
   return order * 2 + (bond.inRing ? 1 : 0);
 }
 
-/// Appends a field of `bits` bits to a key; larger values share its highest.
+/// Appends a field of `bits` bits to a key; larger values are clamped to its maximum.
 std::uint64_t Append(std::uint64_t key, std::uint64_t value, unsigned int bits) {
   const std::uint64_t highest = (std::uint64_t{1} << bits) - 1;
   return (key << bits) | std::min(value, highest);
 }
 
-/// The first key to sort atoms by. Ends of chains come first: a SMILES starts with them and keeps
-/// its branches short.
+/// The first sort key of an atom. Ends of chains come first: a SMILES that starts with them has
+/// short branches.
 std::uint64_t KeyOf(std::uint64_t part, const MolView::Atom& atom, unsigned int hydrogens,
                     unsigned int degree, unsigned int valence) {
   std::uint64_t key = Append(0, part, 18);
@@ -107,7 +107,7 @@ void Partition::BuildForSmiles(const MolView& view, std::span<const unsigned int
   Start(view);
 }
 
-// From the atoms in keyed_.
+// Makes the first cells from the atoms in keyed_.
 void Partition::Start(const MolView& view) {
   const std::uint32_t n = view.NumAtoms();
   atoms_.clear();
@@ -168,10 +168,10 @@ void Partition::Push(std::uint32_t cell) {
   queue_.push_back(cell);
 }
 
-// Moves the atoms of `byKey`, which ascend by key, to the end of the cell, a new cell for each
-// key. Atoms that aren't listed stay as the first part; where all are listed, those of the lowest
-// key do. All parts are to be used as splitters, but where the cell itself was used already the
-// largest one needn't be (Hopcroft 1971).
+// Moves the atoms of `byKey`, which ascend by key, to the end of the cell, a new cell for each key.
+// Atoms that aren't listed remain as the first part; if all are listed, those of the lowest key
+// remain. All parts are queued as splitters; if the cell itself was already used, the largest one
+// needn't be (Hopcroft 1971).
 void Partition::SplitCell(std::uint32_t cell, std::span<const Keyed> byKey) {
   if (byKey.size() == size_[cell] && byKey.front().key == byKey.back().key) return;
   const std::uint32_t end = cell + size_[cell];

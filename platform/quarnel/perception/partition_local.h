@@ -1,7 +1,7 @@
 #pragma once
 
 /// Partition refinement: the coarsest grouping of atoms into cells in which two atoms of one cell
-/// have equal properties and, by kind of bond, equally many neighbours in every cell.
+/// have equal properties and, for each kind of bond, equal numbers of neighbours in every cell.
 
 #include <cstdint>
 #include <span>
@@ -20,25 +20,25 @@ class Partition {
 
   /// Groups by element, charge, isotope, hydrogens, degree, valence, aromaticity and ring
   /// membership. Plain explicit hydrogens (`IsFolded`) count as implicit ones and are in no cell,
-  /// so that it makes no difference which way they are held. Large values are cut off at limits
-  /// that lie beyond what any invariant distinguishes.
+  /// so that both forms are equivalent. Large values are clamped at limits beyond those
+  /// distinguished by any invariant.
   void Build(const MolView& view);
-  /// Groups by what a SMILES writes of an atom in brackets but its class, by degree, aromaticity
-  /// and ring membership, bonds by what is written of them. Every atom is in a cell. `parts` has a
-  /// number from 1 for each atom index; atoms of one number come together, in the order of
-  /// numbers. `NumHydrogens` and `Degree` aren't for use after this.
+  /// Groups by the properties that a SMILES writes of an atom in brackets except its class, by
+  /// degree, aromaticity and ring membership; bonds by their written properties. Every atom is in a
+  /// cell. `parts` has a number from 1 for each atom index; atoms of one number are consecutive, in
+  /// the order of numbers. `NumHydrogens` and `Degree` mustn't be used after this.
   void BuildForSmiles(const MolView& view, std::span<const unsigned int> parts);
-  /// Splits cells by a further property of each atom, and refines.
+  /// Splits cells by another property of each atom, and refines.
   void Split(const MolView& view, std::span<const std::uint32_t> property);
-  /// Splits by a property, not 0, of the atoms listed, and refines.
+  /// Splits by a nonzero property of the listed atoms, and refines.
   void Split(const MolView& view, std::span<const Keyed> listed);
-  /// Gives an atom a cell of its own, and refines.
+  /// Moves an atom to a cell of its own, and refines.
   void SetApart(const MolView& view, std::uint32_t atom);
-  /// Sets a kind of 0 to 3 by which bonds differ as well, and refines.
+  /// Sets a kind of 0 to 3 that also distinguishes bonds, and refines.
   void SplitBonds(const MolView& view, std::span<const std::uint8_t> kinds);
 
   bool IsFolded(std::uint32_t atom) const { return cellOf_[atom] == MolView::none; }
-  /// The same number for atoms of one cell; `MolView::none` for folded hydrogens.
+  /// The number of the atom's cell; `MolView::none` for folded hydrogens.
   std::uint32_t CellOf(std::uint32_t atom) const { return cellOf_[atom]; }
   /// Hydrogens of an atom, implicit or folded.
   std::uint32_t NumHydrogens(std::uint32_t atom) const { return hydrogens_[atom]; }
@@ -46,7 +46,7 @@ class Partition {
   std::uint32_t Degree(std::uint32_t atom) const { return degree_[atom]; }
   std::uint32_t ColourOf(std::uint32_t bond) const { return colours_[bond]; }
   std::uint32_t NumCells() const { return numCells_; }
-  /// The atoms in order of their cells. A cell's number is the place of its first atom.
+  /// The atoms in order of their cells. A cell's number is the position of its first atom.
   std::span<const std::uint32_t> Atoms() const { return atoms_; }
   std::span<const std::uint32_t> Cell(std::uint32_t cell) const {
     return {atoms_.data() + cell, size_[cell]};

@@ -10,17 +10,17 @@
 // A cycle is relevant if it isn't the sum of shorter ones; the relevant cycles together are the
 // union of all minimum cycle bases. There can be exponentially many, but they fall into few
 // families (P. Vismara, Electron. J. Combin. 4, R9, 1997): those of one family have the same root,
-// their atom of the highest number, and differ only in which shortest paths lead from it to the two
-// atoms across. All of a family are relevant or none is, so that one of them, as a vector of bonds
-// over GF(2), is tested by elimination against the basis so far, in order of length, and the others
-// are counted by counting paths.
+// their atom of the highest number, and differ only in the shortest paths from it to the two
+// opposite atoms. Either all of a family are relevant or none is, so that one of them, as a vector
+// of bonds over GF(2), is tested by elimination against the current basis, in order of length, and
+// the others are counted by counting paths.
 
 namespace Quarnel {
 
 namespace {
 
 constexpr std::uint32_t none = ~0U;
-/// Of one range of lengths. Molecules picked for their ring systems have up to 84.
+/// Of one range of lengths. Molecules selected for their ring systems have up to 84.
 constexpr std::size_t maxFamilies = 16384;
 
 std::uint32_t Saturated(std::uint64_t count) {
@@ -28,9 +28,9 @@ std::uint32_t Saturated(std::uint64_t count) {
       std::min<std::uint64_t>(count, std::numeric_limits<std::uint32_t>::max()));
 }
 
-// The cycles through a root and two atoms equally far from it, by any shortest ways there over
-// atoms of lower numbers than the root. The two are bonded (odd lengths) or share a neighbour, the
-// middle (even).
+// The cycles through a root and two atoms equally far from it, by any shortest paths over atoms of
+// lower numbers than the root. The two are bonded (odd lengths) or share a neighbour, the middle
+// (even).
 struct Family {
   std::uint32_t length;
   std::uint32_t root;
@@ -77,10 +77,10 @@ class CycleCounter {
   std::vector<Vector> basis_;  // by pivot, empty for none
   std::vector<Family> families_;
   RingCounts counts_;
-  // Of the present root, for the atoms in `reached_`, nearest first.
+  // Of the current root, for the atoms in `reached_`, nearest first.
   std::vector<std::uint32_t> reached_;
   std::vector<std::uint32_t> distance_;  // none if not reached
-  std::vector<std::uint32_t> ways_;      // shortest ways over lower numbers, saturating
+  std::vector<std::uint32_t> ways_;      // shortest paths over lower numbers, saturating
   std::vector<std::uint64_t> weight_;
 };
 
@@ -216,7 +216,8 @@ Edge CycleCounter::StepDown(std::uint32_t from) const {
   return {none, none};
 }
 
-// Whether the first ways from the root share nothing else. Of a relevant cycle all ways do so.
+// Whether the first paths from the root share no other atom. In a relevant cycle all paths are
+// disjoint.
 bool CycleCounter::AreDisjoint(std::uint32_t left, std::uint32_t right, std::uint32_t root) const {
   while (left != root) {
     if (left == right) return false;
@@ -247,7 +248,7 @@ CycleCounter::Vector CycleCounter::MakeVector(const Family& family) const {
   return vector;
 }
 
-// Takes off basis vectors as far as possible; false if nothing remains.
+// Subtracts basis vectors as far as possible; false if nothing remains.
 bool CycleCounter::Reduce(Vector& vector) const {
   for (std::size_t w = 0; w < vector.size(); ++w) {
     std::uint64_t left = ~std::uint64_t{0};
@@ -276,10 +277,10 @@ void CycleCounter::AddCounts(const Family& family) {
   AddSide(family, family.right, left);
 }
 
-// Counts for the atoms on the ways to `from`, each of which belongs to `others` cycles.
+// Counts for the atoms on the paths to `from`, each of which belongs to `others` cycles.
 void CycleCounter::AddSide(const Family& family, std::uint32_t from, std::uint64_t others) {
   std::vector<std::uint32_t> layer{from};
-  weight_[from] = 1;  // ways on from an atom to the end
+  weight_[from] = 1;  // paths from an atom to the end
   for (std::size_t next = 0; next < layer.size(); ++next) {
     const std::uint32_t atom = layer[next];
     const std::uint64_t weight = std::exchange(weight_[atom], 0);

@@ -11,15 +11,16 @@ namespace {
 
 constexpr std::uint32_t none = MolView::none;
 
-/// Carbon and those below it, which have no lone pair to keep a configuration of three neighbours.
+/// Carbon and the elements below it, which have no lone pair for a configuration of three
+/// neighbours.
 constexpr bool IsTetravalent(unsigned int element) {
   return element == 6 || element == 14 || element == 32 || element == 50 || element == 82;
 }
 
 // ---- Perception
 
-/// Whether the atom holds four things in a tetrahedron, one of which may be a lone pair, and
-/// neither two hydrogens nor a hydrogen and a lone pair. Amines turn over too fast to count.
+/// Whether the atom has four ligands in a tetrahedron, one of which may be a lone pair, and neither
+/// two hydrogens nor a hydrogen and a lone pair. Amines invert too fast to count.
 bool IsTetrahedral(const MolView& view, const Partition& partition, std::uint32_t a) {
   const MolView::Atom& atom = view.atoms[a];
   const unsigned int hydrogens = partition.NumHydrogens(a);
@@ -61,7 +62,7 @@ bool HasTwinCells(const MolView& view, const Partition& partition, std::uint32_t
   });
 }
 
-/// Whether the end of a double bond holds two distinct things: neighbours, a hydrogen, or the lone
+/// Whether the end of a double bond has two distinct ligands: neighbours, a hydrogen, or the lone
 /// pair of a nitrogen.
 bool IsPerceivedEnd(const MolView& view, const Partition& partition, std::uint32_t a,
                     std::uint32_t other) {
@@ -84,8 +85,8 @@ bool IsPerceivedEnd(const MolView& view, const Partition& partition, std::uint32
 
 // ---- Canonical order
 
-/// Whether a nitrogen of three bonds keeps its configuration: all three in rings, or two in a ring
-/// of three. Others turn over.
+/// Whether a nitrogen with three bonds keeps its configuration: all three in rings, or two in a
+/// ring of three. Others invert.
 bool IsLocked(const MolView& view, std::uint32_t a) {
   const std::span<const MolView::Edge> edges = view.Edges(a);
   const auto isRing = [&](const MolView::Edge& edge) { return view.bonds[edge.bond].inRing; };
@@ -98,7 +99,7 @@ bool IsLocked(const MolView& view, std::uint32_t a) {
   });
 }
 
-/// Whether a neighbour, `except` left out, is a hydrogen that could as well be counted.
+/// Whether a neighbour other than `except` is a hydrogen that could be implicit.
 bool HasPlainHydrogen(const MolView& view, std::uint32_t a, std::uint32_t except) {
   return std::ranges::any_of(view.Edges(a), [&](const MolView::Edge& edge) {
     const MolView::Atom& neighbour = view.atoms[edge.atom];
@@ -111,7 +112,7 @@ bool HasPlainHydrogen(const MolView& view, std::uint32_t a, std::uint32_t except
 bool CanBeEnd(const MolView& view, std::uint32_t a, std::uint32_t other) {
   const MolView::Atom& atom = view.atoms[a];
   if (atom.degree < 2 || atom.degree > 3) return false;
-  // A hydrogen that is an atom is the same as one that is counted.
+  // An explicit hydrogen is equal to an implicit one.
   if (atom.degree == 2 && atom.implicitH != 0 && HasPlainHydrogen(view, a, other)) return false;
   return std::ranges::none_of(view.Edges(a), [&](const MolView::Edge& edge) {
     const MolView::Bond& bond = view.bonds[edge.bond];
@@ -124,7 +125,7 @@ bool CanBeEnd(const MolView& view, std::uint32_t a, std::uint32_t other) {
 Configuration ConfigurationOf(const MolView& view, const Partition& partition, std::uint32_t a) {
   const ZQAtomStereo stereo = view.atoms[a].atom->GetStereo();
   if (stereo == ZQAtomStereo::None) return NoStereo;
-  // A hydrogen or lone pair counts as the cell none; where implicit it comes first.
+  // A hydrogen or lone pair has the cell `none`; an implicit one comes first.
   std::array<std::uint32_t, 4> cells{};
   std::size_t count = 0;
   if (view.atoms[a].degree < 4) cells[count++] = none;
@@ -178,7 +179,7 @@ bool CanHold(const MolView& view, std::uint32_t a) {
   const MolView::Atom& atom = view.atoms[a];
   if (atom.aromatic || !HasFourPlaces(atom.degree, atom.implicitH)) return false;
   if (atom.degree + atom.implicitH == 4) return true;
-  // Beside a lone pair a hydrogen holds none, whether it is counted or an atom.
+  // With a lone pair and a hydrogen, implicit or explicit, there is none.
   if (IsTetravalent(atom.element) || HasPlainHydrogen(view, a, none)) return false;
   const auto isSingle = [&](const MolView::Edge& e) { return view.bonds[e.bond].order == 1; };
   return atom.element != 7 ||
@@ -190,7 +191,7 @@ bool CanHold(const MolView& view, const MolView::Bond& bond) {
          CanBeEnd(view, bond.end, bond.bgn) && !(bond.inRing && IsInSmallRing(*bond.bond));
 }
 
-// No double bonds but those of the third period on, no amine, whose lone pair swings through.
+// No double bonds except from the third period on, and no amine, which inverts.
 bool CanBeDrawn(const DrawnAtom& atom) {
   return HasFourPlaces(atom.numNeighbours, atom.numHydrogens) && !atom.isAromatic &&
          !(atom.hasMultiple && atom.element <= 10) &&
@@ -262,7 +263,7 @@ void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly) {
     bond.SetChiral(chirality.bonds[b] != 0 &&
                    (!specifiedOnly || bond.GetStereo() != ZQBondStereo::None));
   }
-  // The step means all that could carry stereo.
+  // The step includes all that could carry stereo.
   if (!specifiedOnly) mol.SetPerceived(ZQPerceived::Chirality, true);
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
-/// Configurations of atoms and double bonds: how one reads in another order of neighbours, which
-/// atoms and bonds can hold one, and which neighbours are equal. All readers, writers and searches
+/// Configurations of atoms and double bonds: their conversion to another order of neighbours, which
+/// atoms and bonds can have one, and which neighbours are equal. All readers, writers and searches
 /// use these.
 ///
-/// There are three rules of what can hold a configuration. Perception (`Chirality`) follows a table
-/// of elements, so that invariants are the same everywhere. The canonical order (`CanHold`) takes
-/// what was drawn unless it can't be real. A molfile (`CanBeDrawn`, `CanBeDrawnEnd`) has to
-/// interpret a drawing, in which wedges also start at atoms that hold nothing.
+/// There are three rules for having a configuration. Perception (`Chirality`) follows a table of
+/// elements, so that invariants are the same everywhere. The canonical order (`CanHold`) accepts a
+/// drawn configuration unless it can't be real. A molfile (`CanBeDrawn`, `CanBeDrawnEnd`) requires
+/// the interpretation of a drawing, in which wedges also start at atoms without a configuration.
 
 #include <cstdint>
 #include <span>
@@ -18,7 +18,7 @@
 
 namespace Quarnel {
 
-// ---- Reading in another order
+// ---- Conversion to another order
 
 /// Whether an odd number of swaps sorts the keys.
 constexpr bool IsOdd(std::span<const std::uint32_t> keys) {
@@ -29,7 +29,7 @@ constexpr bool IsOdd(std::span<const std::uint32_t> keys) {
   return odd;
 }
 
-/// The opposite configuration if `odd`. None stays none.
+/// The opposite configuration if `odd`; none for none.
 constexpr ZQAtomStereo Turned(ZQAtomStereo stereo, bool odd) {
   if (!odd || stereo == ZQAtomStereo::None) return stereo;
   return stereo == ZQAtomStereo::Clockwise ? ZQAtomStereo::CounterClockwise
@@ -40,25 +40,25 @@ constexpr ZQBondStereo Turned(ZQBondStereo stereo, bool odd) {
   return stereo == ZQBondStereo::Cis ? ZQBondStereo::Trans : ZQBondStereo::Cis;
 }
 
-/// The reference atom at one end of a double bond, which leads to `other`. `edges` ascend by bond,
-/// two at least.
+/// The reference atom at the end of a double bond opposite to `other`. `edges` ascend by bond, at
+/// least two.
 template <class AnyEdge>
 std::uint32_t ReferenceOf(const AnyEdge* edges, std::uint32_t other) {
   return edges[edges[0].atom == other ? 1 : 0].atom;
 }
 
-/// How a configuration reads when neighbours are taken in the order of their cells. Undetermined:
-/// two of them share a cell.
+/// A configuration with the neighbours in the order of their cells. Undetermined: two of them share
+/// a cell.
 enum Configuration : std::uint8_t { NoStereo, Even, Odd, Undetermined };
 
 Configuration ConfigurationOf(const MolView& view, const Partition& partition, std::uint32_t atom);
 Configuration ConfigurationOf(const MolView& view, const Partition& partition,
                               const MolView::Bond& bond);
 
-// ---- What can hold a configuration
+// ---- Atoms and bonds that can have a configuration
 
-/// Whether neighbours and hydrogens, or three neighbours and a lone pair, fill the four places of a
-/// tetrahedron, and at most one of them isn't a neighbour.
+/// Whether neighbours and hydrogens, or three neighbours and a lone pair, fill the four positions
+/// of a tetrahedron, and at most one of them isn't a neighbour.
 constexpr bool HasFourPlaces(unsigned int numNeighbours, unsigned int numHydrogens) {
   return numNeighbours == 3 ? numHydrogens <= 1 : numNeighbours == 4 && numHydrogens == 0;
 }
@@ -67,8 +67,8 @@ constexpr bool IsPlainHydrogen(unsigned int element, unsigned int isotope, int c
   return element == 1 && isotope == 0 && charge == 0;
 }
 
-/// Whether two of the edges, that to `except` left out, lead to atoms that are equal: twins. Each
-/// pair is compared once, in the order of the edges.
+/// Whether two of the edges, without that to `except`, lead to equal atoms (twins). Each pair is
+/// compared once, in the order of the edges.
 template <class AreEqual>
 bool HasTwins(std::span<const Edge> edges, std::uint32_t except, AreEqual areEqual) {
   for (std::size_t i = 0; i < edges.size(); ++i) {
@@ -88,12 +88,12 @@ struct Chirality {
   std::vector<char> bonds;
 };
 
-/// Whether a configuration of the atom or bond could be real, for its own ligands. Needs
-/// the view's ring membership.
+/// Whether the ligands of the atom or bond allow a real configuration. Needs the view's ring
+/// membership.
 bool CanHold(const MolView& view, std::uint32_t atom);
 bool CanHold(const MolView& view, const MolView::Bond& bond);
 
-/// What the rules for drawings read of an atom. Bonds of no order count as neighbours.
+/// The properties of an atom used by the rules for drawings. Bonds of no order count as neighbours.
 struct DrawnAtom {
   unsigned int element;
   unsigned int numNeighbours;
@@ -103,21 +103,21 @@ struct DrawnAtom {
   bool isAromatic;
 };
 
-/// Whether a drawing can give the atom, without twins, a configuration.
+/// Whether an atom without twins can have a configuration in a drawing.
 bool CanBeDrawn(const DrawnAtom& atom);
-/// Whether the atom can be an end of a double bond that a drawing gives a configuration.
+/// Whether the atom can be an end of a double bond with a configuration in a drawing.
 bool CanBeDrawnEnd(const DrawnAtom& atom);
 
-/// Whether the bond is in a ring of up to seven atoms, where a double bond can only be cis. Looks
-/// at the neighbourhood alone and needs no perception.
+/// Whether the bond is in a ring of up to seven atoms, where a double bond can only be cis. Reads
+/// only the neighbourhood and needs no perception.
 bool IsInSmallRing(const ZQBondBase& bond);
 
-// ---- Taking configurations back
+// ---- Removing configurations
 
-/// Those of double bonds in small rings, as readers do.
+/// Removes those of double bonds in small rings, for readers.
 void DropSmallRingStereo(ZQMolBase& mol);
 
-/// Those of the atom and its bonds.
+/// Removes those of the atom and its bonds.
 void DropStereo(ZQAtomBase& atom);
 
 }  // namespace Quarnel

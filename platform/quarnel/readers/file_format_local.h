@@ -1,7 +1,8 @@
 #pragma once
 
-/// The formats of molecule files. All that differs between them is a column of `FileFormat`. A new
-/// format has its name in the two lines at the end, and a file that reads it and defines its row.
+/// The formats of molecule files. Each difference between them is a member of `FileFormat`. A new
+/// format needs its name in the two lines at the end, and a file that reads it and defines its
+/// object.
 
 #include <cstddef>
 #include <string_view>
@@ -13,12 +14,12 @@ namespace Quarnel {
 
 struct FileFormat {
   std::string_view extensions;  ///< in lower case, such as ".sdf .sd .mol"
-  const char* place;            ///< what the place of an error counts, such as "molfile line"
-  /// Returns where the first record at or behind `from` starts, and moves `from` behind the record;
-  /// npos if there is none. A record's text goes on to the start of the next one.
+  const char* place;            ///< unit of an error's place, such as "molfile line"
+  /// Returns the start of the first record at or after `from`, and moves `from` past the record;
+  /// npos if there is none. A record's text extends to the start of the next one.
   std::size_t (*findRecord)(std::string_view text, std::size_t& from);
-  /// Reads a record, its title included. A failure fills the error and leaves the molecule in any
-  /// state.
+  /// Reads a record, its title included. On failure, fills the error and leaves the molecule in an
+  /// unspecified state.
   bool (*read)(ZQMolBase& mol, std::string_view record, ReaderError& error);
   std::string_view (*getTitle)(std::string_view record);
   /// The record's own SMILES; null for a format that has none.

@@ -25,7 +25,7 @@ using Bostrel::ZQThrow;
 
 namespace {
 
-// The format that the name's extension stands for, null if none.
+// The format of the name's extension, null if none.
 const FileFormat* FindFormat(const std::string& filename, bool& isPacked) {
   std::string extension = Bostrel::ZQFileExtension(filename);
   std::transform(extension.begin(), extension.end(), extension.begin(), Bostrel::ToLower);
@@ -41,7 +41,7 @@ const FileFormat* FindFormat(const std::string& filename, bool& isPacked) {
   return nullptr;
 }
 
-/// All members of a gzip file, one after another.
+/// Unpacks all members of a gzip file, concatenated.
 bool Unpack(std::string_view packed, std::string& text, std::string& cause) {
   z_stream stream{};
   constexpr int gzipOnly = 16 + MAX_WBITS;
@@ -136,7 +136,7 @@ bool ZQMolDatabase::Impl::Map(std::string& cause) {
 }
 
 void ZQMolDatabase::Impl::AddRecord(std::size_t start) {
-  // The first records tell about how many there will be, so that the index isn't moved about.
+  // The first records give an estimate of the total, so that the index isn't reallocated.
   constexpr std::size_t sample = 1000;
   if (starts_.size() == sample) {
     const double share = static_cast<double>(text_.size()) / static_cast<double>(start);

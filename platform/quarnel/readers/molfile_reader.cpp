@@ -17,8 +17,8 @@
 #include "platform/quarnel/perception/stereo_local.h"
 #include "platform/quarnel/readers/file_format_local.h"
 
-// Both versions of the format are read into the same flat arrays; what the numbers mean for the
-// molecule is worked out after that, once for both.
+// Both versions of the format are read into the same flat arrays; interpreting the numbers comes
+// after that, shared by both.
 
 namespace Quarnel {
 
@@ -48,7 +48,7 @@ Point Normalized(const Point& a) {
   return length > 0 ? a * (1 / length) : a;
 }
 
-// A whole number, blanks around it allowed; a blank field counts as 0.
+// Reads an integer with optional blanks around it; a blank field counts as 0.
 bool ToInt(std::string_view text, int& value) {
   text = Trimmed(text);
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
@@ -67,8 +67,7 @@ bool ToReal(std::string_view text, double& value) {
   return status == std::errc() && end == text.data() + text.size() && std::isfinite(value);
 }
 
-// The first word of `text`, which is taken off. Parentheses, brackets and quotes hold words
-// together.
+// Removes the first word from `text` and returns it. Parentheses, brackets and quotes group words.
 std::string_view TakeWord(std::string_view& text) {
   text = Trimmed(text);
   std::size_t length = 0;
@@ -87,7 +86,7 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
-// How the corners of a triangle turn in the plane: the sine of its smallest angle, positive for
+// The orientation of a triangle in the plane: the sine of its smallest angle, positive for
 // counterclockwise.
 double TurnOf(const Point& a, const Point& b, const Point& c) {
   const double ab = std::hypot(b.x - a.x, b.y - a.y);
@@ -96,10 +95,11 @@ double TurnOf(const Point& a, const Point& b, const Point& c) {
   return Cross(b - a, c - a).z / std::max({ab * ac, ab * bc, ac * bc});
 }
 
-// The configuration of four places in the plane to which wedges give heights. Either two of the
-// four lie across from the two others, or one lies amid the other three (J. Radon, Math. Ann. 83,
-// 113, 1921). Wedges on points of one side agree if they point the same way, wedges on both sides
-// if they point opposite ways: no point of the lower side may be above one of the higher side.
+// The configuration of four points in the plane with heights from wedges. Either the segments of
+// two pairs cross, or one point is inside the triangle of the other three (J. Radon, Math. Ann. 83,
+// 113, 1921). Wedges on points of one side agree if they have the same direction, wedges on both
+// sides if they have opposite directions: no point of the lower side may be above one of the higher
+// side.
 ZQAtomStereo GetWedgedStereo(const std::array<Point, 4>& around) {
   constexpr double leastTurn = 3e-5;  // less is rounding
   std::array<double, 2> lowest{2, 2};
@@ -107,7 +107,7 @@ ZQAtomStereo GetWedgedStereo(const std::array<Point, 4>& around) {
   for (std::size_t i = 0; i < 4; ++i) {
     const double turn =
         TurnOf(around[i == 0 ? 1 : 0], around[i <= 1 ? 2 : 1], around[i == 3 ? 2 : 3]);
-    if (!(std::abs(turn) > leastTurn)) continue;  // the other three are in line
+    if (!(std::abs(turn) > leastTurn)) continue;  // the other three are collinear
     const std::size_t side = (turn > 0) == (i % 2 == 0) ? 0 : 1;
     lowest[side] = std::min(lowest[side], around[i].z);
     highest[side] = std::max(highest[side], around[i].z);
@@ -122,7 +122,7 @@ class MolfileParser {
   bool Read(ZQMolBase& mol, std::string_view text, ReaderError& error);
 
  private:
-  enum class Wedge : std::uint8_t { None, Up, Down, Either };  // seen from the begin atom
+  enum class Wedge : std::uint8_t { None, Up, Down, Either };  // as seen from the begin atom
 
   struct Atom {
     Point at;
@@ -134,10 +134,10 @@ class MolfileParser {
     int isotope = 0;
     int mapIdx = 0;
     int radicalElectrons = 0;
-    int valence = 0;  // 0: not told, -1: zero
+    int valence = 0;  // 0: not specified, -1: zero
     int parity = 0;   // 1 odd, 2 even
     unsigned int hCount = 0;
-    unsigned int bondSum = 0;  // an aromatic bond counts 1
+    unsigned int bondSum = 0;  // an aromatic bond counts as 1
     unsigned int numWithoutOrder = 0;
     unsigned int doubles = 0;
     bool isotopeFromDifference = false;
@@ -152,7 +152,7 @@ class MolfileParser {
     unsigned int order = 1;
     Wedge wedge = Wedge::None;
     bool aromatic = false;
-    bool crossed = false;  // a double bond drawn as either
+    bool crossed = false;  // a double bond drawn as cis or trans
     ZQBondStereo stereo = ZQBondStereo::None;
   };
 
@@ -207,7 +207,7 @@ class MolfileParser {
   bool atEnd_ = false;
   ReaderError* error_ = nullptr;
   std::string_view title_;
-  std::string joined_;  // a V3000 line put together from several
+  std::string joined_;  // a V3000 line joined from several
   std::vector<Atom> atoms_;
   std::vector<Bond> bonds_;
   std::vector<Edge> edges_;
@@ -337,7 +337,7 @@ bool MolfileParser::ReadV2000Properties() {
     if (line_.starts_with("M  END")) return true;
     if (line_.starts_with("$$$$") || line_.starts_with("> ")) break;
     if (line_.starts_with("A  ") || line_.starts_with("G  ")) {
-      NextLine();  // their text is a line of its own
+      NextLine();  // their text is on the next line
     } else if (line_.starts_with("S  SKP")) {
       int count = 0;
       if (!ToInt(Field(6, 3), count)) return Fail(line_, "the number of lines to skip");
@@ -399,7 +399,7 @@ bool MolfileParser::NextV3000(std::string_view& content) {
     content = Trimmed(line_.substr(prefix.size()));
     const bool continues = content.ends_with('-');
     if (!continues && joined_.empty()) return true;
-    // Blanks in front of a continuation belong to the text.
+    // Blanks before a continuation belong to the text.
     joined_ += line_.substr(prefix.size());
     while (!joined_.empty() && (joined_.back() == ' ' || joined_.back() == '\t'))
       joined_.pop_back();
@@ -544,7 +544,7 @@ bool MolfileParser::SetSymbol(Atom& atom, std::string_view symbol) {
   }
   atom.atomicNum = GetAtomicNumOf(symbol);
   if (atom.atomicNum != 0) return true;
-  // Atoms of queries, pseudo atoms and lists stand for something: dummy atoms.
+  // Query atoms, pseudo atoms and lists become dummy atoms.
   constexpr std::array<std::string_view, 10> dummies{"*",  "A",  "Q",  "X",  "M",
                                                      "AH", "QH", "XH", "MH", "LP"};
   if (std::find(dummies.begin(), dummies.end(), symbol) != dummies.end()) return true;
@@ -601,7 +601,7 @@ bool MolfileParser::SetIsotope(Atom& atom, int massNumber) {
   if (massNumber < 0 || massNumber > 65535) {
     return Fail(std::to_string(massNumber), "a mass number from 0 to 65535");
   }
-  if (massNumber == 0) return true;  // tells nothing, and a D stays one
+  if (massNumber == 0) return true;  // no information; a D remains one
   atom.isotope = massNumber;
   atom.isotopeFromDifference = false;
   return true;
@@ -625,7 +625,7 @@ bool MolfileParser::AddBond(Bond bond) {
 
 void MolfileParser::CountHydrogens() {
   for (Atom& atom : atoms_) {
-    if (atom.valence != 0) {  // of which a bond of no order takes one as well
+    if (atom.valence != 0) {  // a bond of no order also uses one of it
       const int left = atom.valence - static_cast<int>(atom.bondSum + atom.numWithoutOrder);
       atom.hCount = static_cast<unsigned int>(std::max(left, 0));
       continue;
@@ -639,7 +639,7 @@ void MolfileParser::CountHydrogens() {
 }
 
 void MolfileParser::SetStereo() {
-  constexpr double flat = 1e-4;  // in terms of the drawing's size
+  constexpr double flat = 1e-4;  // relative to the drawing's size
   double size = 0;
   double depth = 0;
   for (const Atom& atom : atoms_) {
@@ -656,7 +656,7 @@ void MolfileParser::SetStereo() {
   for (std::uint32_t b = 0; b < bonds_.size(); ++b) bonds_[b].stereo = GetBondStereo(b);
 }
 
-// Whether two neighbours of the atom, `without` left out, are single atoms of one kind.
+// Whether two neighbours of the atom other than `without` are equal terminal atoms.
 bool MolfileParser::HasTwins(std::uint32_t atom, std::uint32_t without) const {
   const auto isHydrogen = [&](const Edge& edge) {
     const Atom& a = atoms_[edge.atom];
@@ -693,10 +693,10 @@ ZQAtomStereo MolfileParser::GetDrawnStereo(std::uint32_t idx) const {
     at.z = bond.wedge == Wedge::Up ? 1 : bond.wedge == Wedge::Down ? -1 : 0;
   }
   if (!hasDepth_) {
-    // A missing neighbour stands where the centre is: amid the others if those fill the plane, and
-    // across from the middle one if they lie in a half-plane. A trace further out, two others in
-    // line count as a half-plane: a real centre seen along their plane has one neighbour on either
-    // side of it.
+    // A missing neighbour is placed at the centre: inside the triangle of the others if they
+    // surround it, and opposite the middle one if they are in a half-plane. It is moved slightly
+    // outwards, so that two others in line count as a half-plane: a real centre seen along their
+    // plane has one neighbour on each side of it.
     constexpr double trace = 1e-4;  // exceeds the rounding of coordinates
     if (atom.degree == 3) around[0] = opposite * trace;
     return GetWedgedStereo(around);
@@ -709,8 +709,8 @@ ZQAtomStereo MolfileParser::GetDrawnStereo(std::uint32_t idx) const {
   return volume < 0 ? ZQAtomStereo::CounterClockwise : ZQAtomStereo::Clockwise;
 }
 
-// The neighbours by ascending number, hydrogens last: looking towards the last one, the others
-// turn clockwise for an odd parity.
+// The neighbours by ascending number, hydrogens last: seen towards the last one, the others turn
+// clockwise for an odd parity.
 ZQAtomStereo MolfileParser::GetParityStereo(std::uint32_t idx) const {
   const Atom& atom = atoms_[idx];
   if (atom.parity != 1 && atom.parity != 2) return ZQAtomStereo::None;
@@ -720,8 +720,8 @@ ZQAtomStereo MolfileParser::GetParityStereo(std::uint32_t idx) const {
   for (const Edge& edge : Edges(idx)) {
     keys[count++] = edge.atom + (atoms_[edge.atom].atomicNum == 1 ? none / 2 : 0);
   }
-  // In the order of the parity, turned to begin with the last, they are counterclockwise for an
-  // odd one; the turn of four is three swaps.
+  // In the order of the parity, rotated to begin with the last, they are counterclockwise for an
+  // odd one; the rotation of four is three swaps.
   return Turned(atom.parity == 1 ? ZQAtomStereo::Clockwise : ZQAtomStereo::CounterClockwise,
                 IsOdd(keys));
 }
@@ -805,7 +805,7 @@ std::size_t FindSdfRecord(std::string_view text, std::size_t& from) {
     from = std::min(text.find('\n', end), text.size() - 1) + 1;
     return start;
   }
-  // A file may end with blank lines behind the last delimiter.
+  // A file may end with blank lines after the last delimiter.
   return Trimmed(text.substr(start)).empty() ? end : start;
 }
 

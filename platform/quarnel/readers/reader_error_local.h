@@ -1,7 +1,7 @@
 #pragma once
 
-/// What a reader of text found wrong, and where. Kept apart from the report, so that the text of
-/// a report is only put together when there is one to make.
+/// An error found by a text reader, and its place. Separate from the report, so that a report's
+/// text is only composed when one is made.
 
 #include <cstddef>
 #include <string>
@@ -17,7 +17,7 @@ struct ReaderError {
   std::string expected;
 };
 
-/// The start of `text` in quotes, at most 16 bytes of it, unprintable bytes as "\x1b"; "the end"
+/// Returns up to 16 bytes of the start of `text` in quotes, unprintable bytes as "\x1b"; "the end"
 /// for an empty text.
 std::string QuoteStart(std::string_view text);
 

@@ -13,8 +13,8 @@
 #include "platform/quarnel/readers/file_format_local.h"
 #include "platform/quarnel/readers/smiles_scanner_local.h"
 
-// The text is read into flat arrays first; the molecule is only filled once the syntax is known to
-// be right. The arrays stay with the thread, so that a molecule in a row of many costs no memory.
+// The text is read into flat arrays first; the molecule is only filled once the syntax is verified.
+// The thread keeps the arrays, so that reading many molecules in a row allocates no memory.
 
 namespace Quarnel {
 
@@ -26,12 +26,12 @@ constexpr std::uint32_t none = ~0U;
 constexpr std::uint32_t nineDigits = 999999999;
 
 bool IsMark(char c) { return c == '/' || c == '\\'; }
-// Coordination bonds, "->" and "<-", are known by the tip of the arrow.
+// Coordination bonds, "->" and "<-", are identified by the tip of the arrow.
 bool IsArrow(char c) { return c == '<' || c == '>'; }
 std::string TextOf(char symbol) {
   return symbol == '>' ? "->" : symbol == '<' ? "<-" : std::string(1, symbol);
 }
-// A bond's symbol as told from its other end.
+// A bond's symbol as seen from its other end.
 char TurnedOver(char c) {
   constexpr std::string_view symbols = "/\\<>";
   const std::size_t at = symbols.find(c);
@@ -91,7 +91,7 @@ class SmilesParser : SmilesScanner {
     std::uint32_t end;
     std::uint32_t column;
     std::uint8_t order;
-    std::int8_t mark;  // 1: the end lies above the begin ("/"), -1: below
+    std::int8_t mark;  // 1: the end is above the begin ("/"), -1: below
     bool aromatic;
     ZQBondStereo stereo;
   };
@@ -110,18 +110,18 @@ class SmilesParser : SmilesScanner {
   struct RingOpening {
     std::uint32_t atom;
     std::uint32_t column;
-    std::uint32_t link;  // its place among the bonds of a centre
+    std::uint32_t link;  // its position among the bonds of a centre
     char symbol;
   };
   struct Branch {
     std::uint32_t atom;
     std::uint32_t column;
   };
-  // What a double bond's stereo needs to know of an end.
+  // The properties of an end for a double bond's stereo.
   struct DoubleEnd {
     std::uint32_t doubles;
     std::uint32_t others;
-    std::int8_t reference;  // 1: the reference neighbour lies above, -1: below, 0: not said
+    std::int8_t reference;  // 1: the reference neighbour is above, -1: below, 0: not given
     bool conflict;
   };
 
@@ -148,11 +148,11 @@ class SmilesParser : SmilesScanner {
 
   After after_ = After::Start;
   std::uint32_t previous_ = none;
-  char symbol_ = 0;  // of the bond to come
+  char symbol_ = 0;  // of the next bond
   std::uint32_t symbolColumn_ = 0;
   std::uint32_t openRings_ = 0;
   bool anyAromatic_ = false;
-  bool anyAromaticDummy_ = false;  // a dummy atom beside an aromatic one
+  bool anyAromaticDummy_ = false;  // a dummy atom next to an aromatic one
   bool anyMark_ = false;
   bool anyRing_ = false;
 
@@ -177,7 +177,7 @@ bool SmilesParser::Read(ZQMolBase& mol, std::string_view text, ReaderError& erro
 }
 
 void SmilesParser::Reset() {
-  // One giant molecule mustn't hold its memory for the life of the thread.
+  // The memory of one giant molecule mustn't be kept for the thread's lifetime.
   constexpr std::size_t keep = 1 << 16;
   if (atoms_.capacity() > keep || links_.capacity() > keep || rings_.capacity() > keep ||
       branches_.capacity() > keep) {
@@ -186,7 +186,7 @@ void SmilesParser::Reset() {
   after_ = After::Start;
   previous_ = none;
   symbol_ = 0;
-  if (openRings_ != 0) rings_.clear();  // what a failed text left open
+  if (openRings_ != 0) rings_.clear();  // left open by a failed text
   openRings_ = 0;
   anyAromatic_ = false;
   anyAromaticDummy_ = false;
@@ -287,7 +287,7 @@ bool SmilesParser::ReadEnd() {
   return true;
 }
 
-// An atom without brackets.
+// Reads an atom without brackets.
 bool SmilesParser::ReadOrganic() {
   const char c = Peek();
   const std::uint8_t code = static_cast<unsigned char>(c) < 128 ? organicTable[c & 127] : 0;
@@ -492,15 +492,15 @@ bool SmilesParser::ReadBracket() {
   return true;
 }
 
-// Carries the order of the text over to the order of bond indices, hydrogen or lone pair first.
+// Converts from the order of the text to the order of bond indices, hydrogen or lone pair first.
 ZQAtomStereo SmilesParser::GetStereo(const Centre& centre) {
   unsigned int numBonds = 0;
   for (std::uint32_t link = centre.first; link != none && numBonds <= 4; link = links_[link].next) {
     ++numBonds;
   }
   if (!HasFourPlaces(numBonds, atoms_[centre.atom].hCount)) return ZQAtomStereo::None;
-  // Bonds count from 1 here, so that the hydrogen or lone pair sorts in front. In the text it
-  // stands behind the atom before, if there is one.
+  // Bonds are numbered from 1 here, so that the hydrogen or lone pair sorts first. In the text it
+  // follows the preceding atom, if there is one.
   std::array<std::uint32_t, 4> order{};
   std::size_t place = numBonds == 3 && !centre.hasPrevious ? 1 : 0;
   for (std::uint32_t link = centre.first; link != none; link = links_[link].next) {
@@ -519,7 +519,7 @@ void SmilesParser::SetDoubleBondStereo() {
         ++end.doubles;
         continue;
       }
-      // The first of the others is the reference, a second one lies on the opposite side.
+      // The first of the others is the reference; a second one is on the opposite side.
       ++end.others;
       if (bond.mark == 0) continue;
       const bool above = (bond.mark > 0) == atBgn;
@@ -619,7 +619,7 @@ std::string_view GetSmilesOfLine(std::string_view record) {
   return record.substr(0, record.find_first_of(" \t\r\n"));
 }
 
-// What is behind the SMILES, up to a further column.
+// The text after the SMILES, up to a further column.
 std::string_view GetTitleOfLine(std::string_view record) {
   record = record.substr(0, record.find('\n'));
   const std::string_view title = Trimmed(record.substr(GetSmilesOfLine(record).size()));

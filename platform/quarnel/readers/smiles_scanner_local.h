@@ -1,8 +1,8 @@
 #pragma once
 
-/// What SMILES and SMARTS have in common: the text with a cursor, numbers, ring closure numbers,
-/// charges, element symbols, and errors with their columns. A `Read...` that fails has filled the
-/// error; a number that is missing or too large leaves the cursor where it should begin.
+/// The common parts of SMILES and SMARTS: the text with a cursor, numbers, ring closure numbers,
+/// charges, element symbols, and errors with their columns. A failing `Read...` fills the error; if
+/// a number is missing or too large, the cursor remains at its expected start.
 
 #include <cstddef>
 #include <cstdint>
@@ -21,10 +21,10 @@ using Bostrel::IsUpper;
 
 class SmilesScanner {
  protected:
-  /// What was read last of a text of atoms, bonds and branches.
+  /// The item read last in a text of atoms, bonds and branches.
   enum class After : std::uint8_t { Start, Atom, Bond, Opening, Closing, Dot, GroupEnd };
 
-  /// A chirality class as in "@TH2", and how many of them there are.
+  /// A chirality class as in "@TH2", and the number of its members.
   struct ChiralityClass {
     std::string_view name;
     std::uint32_t count;
@@ -35,7 +35,7 @@ class SmilesScanner {
     pos_ = 0;
     error_ = &error;
   }
-  /// The character at the cursor or ahead of it; '\0' past the end.
+  /// The character `ahead` bytes after the cursor; '\0' past the end.
   char Peek(std::size_t ahead = 0) const {
     return pos_ + ahead < text_.size() ? text_[pos_ + ahead] : '\0';
   }
@@ -43,28 +43,28 @@ class SmilesScanner {
     while (IsBlank(Peek())) ++pos_;
   }
 
-  /// Reads a number of at least one digit, at most `most`.
+  /// Reads a number of at least one digit and with a value of at most `most`.
   bool ReadNumber(std::uint32_t& number, std::uint32_t most, const char* expected);
   /// Reads the number of a ring closure: a digit, "%nn" or "%(n)" of up to five digits. `missing`
-  /// is what is expected in place of "%()".
+  /// is the expected text for the error at "%()".
   bool ReadRingNumber(std::uint32_t& number, const char* missing);
-  /// Reads a sign with a number behind it, or as many signs. A number that is too large is an error
+  /// Reads a sign followed by a number, or repeated signs. A number that is too large is an error
   /// at its first digit, too many signs at the first of them.
   bool ReadCharge(std::int32_t& charge, std::uint32_t most, const char* expected);
-  /// The element whose symbol of one or two letters, in either case, is at the cursor; 0 if none,
-  /// or none that SMILES has a lower-case symbol for.
+  /// The element whose symbol of one or two letters, in either case, is at the cursor; 0 if there
+  /// is none or SMILES has no lower-case symbol for it.
   std::uint8_t PeekElement(std::size_t length) const;
   /// The class whose name is at the cursor, or null.
   const ChiralityClass* PeekChiralityClass() const;
 
-  // All return false.
+  // These return false.
   bool Fail(std::size_t column, std::string found, std::string expected);
   bool FailHere(std::string expected);
-  /// Reports what may follow `after`, `bareAtom` being the words for an atom where a letter is
-  /// that begins none.
+  /// Reports the items that may follow `after`; `bareAtom` is the text for an atom if the letter at
+  /// the cursor begins none.
   bool FailExpectingMore(After after, const char* bareAtom);
   bool FailOpenBranch(std::size_t column);
-  /// Reports what is wrong with a ring closure, such as " left open".
+  /// Reports an error of a ring closure, such as " left open".
   bool FailRing(std::size_t column, std::uint32_t number, const std::string& fault,
                 std::string expected);
 

@@ -7,27 +7,28 @@
 
 #include "platform/quarnel/readers/smiles_scanner_local.h"
 
-// A SMARTS is a SMILES whose atoms and bonds are expressions. There are two grammars, and each has
-// a way of its own through the text.
+// A SMARTS is a SMILES whose atoms and bonds are expressions. There are two grammars, parsed in
+// different ways.
 //
 // The graph (atoms, bonds, branches, ring closures, dots, component groups) is read in one loop
-// from left to right: `State` holds the atom that comes before, and what is still open. An item is
-// legal or not by what was read last, `After`. "$(...)" within an atom begins a pattern of its own,
-// with a fresh state; the recursion is as deep as the nesting, which is bounded.
+// from left to right: `State` contains the preceding atom and all open items. Whether an item is
+// legal depends on the last one, `After`. "$(...)" within an atom begins a separate pattern with a
+// new state; the recursion is as deep as the nesting, which is bounded.
 //
 // Expressions have four operators, which bind from loosest to tightest: ";" (and), "," (or), "&"
-// (and; also where nothing is written between two primitives), "!" (not). No parentheses group
-// them, so an expression is never deeper than three levels: clauses joined by ";", terms joined by
-// ",", literals joined by "&". No tree is needed:
+// (and; also implied between adjacent primitives), "!" (not). No parentheses group them, so an
+// expression is never deeper than three levels: clauses joined by ";", terms joined by ",",
+// literals joined by "&". No tree is needed:
 //
-// - An atom's is the flat list of its literals, each with two flags for the last of a term and of a
-//   clause.
-// - A bond has but 32 classes to tell apart, so the operators are computed on the spot over sets of
-//   these, and one mask is left.
+// - An atom's expression is the flat list of its literals, each with two flags for the last of a
+//   term and of a clause.
+// - A bond has only 32 classes, so the operators are evaluated at once on sets of these and give
+// one
+//   mask.
 //
-// Atom expressions are shared by their text among all patterns of the process, so that a target
-// looks up once what many patterns need. The order of the search is planned as soon as a pattern
-// has been read, for those within "$()" from their first atom.
+// All patterns of the process share atom expressions of equal text, so that a target evaluates each
+// only once for many patterns. The order of the search is planned as soon as a pattern has been
+// read, for those within "$()" from their first atom.
 
 namespace Quarnel {
 
@@ -35,12 +36,12 @@ namespace {
 
 constexpr std::uint32_t none = SmartsPattern::none;
 constexpr unsigned int maxNesting = 32;  // of $() within $()
-constexpr std::int32_t otherClass = 3;   // of chirality: no turn that a molecule could have
+constexpr std::int32_t otherClass = 3;   // of chirality: no configuration that a molecule can have
 
 // Bonds of no order have no symbol of their own, in a SMILES as here.
 constexpr std::uint32_t unwrittenBond = BondsOfOrder(0) | BondsOfOrder(1) | aromaticBonds;
 
-// A bond expression as read; the direction is that from the atom before it.
+// A bond expression as read; the direction is that from the preceding atom.
 struct BondExpression {
   std::uint32_t mask = unwrittenBond;
   std::int8_t direction = 0;
@@ -70,9 +71,9 @@ class SmartsParser : SmilesScanner {
     std::uint32_t atom;
     std::size_t column;
     BondExpression bond;
-    std::size_t neighbour;  // its place among those of a centre
+    std::size_t neighbour;  // its position among those of a centre
   };
-  // What is open while a pattern is read; those around a $() wait.
+  // The open items while a pattern is read; a $() has a state of its own.
   struct State {
     std::unique_ptr<SmartsPattern> pattern = std::make_unique<SmartsPattern>();
     After after = After::Start;
@@ -234,7 +235,7 @@ bool SmartsParser::ReadClosing(State& state) {
 
 // ---- Atoms
 
-// An atom without brackets.
+// Reads an atom without brackets.
 bool SmartsParser::ReadBareAtom(State& state) {
   const std::size_t start = pos_;
   const char c = Peek();
@@ -272,7 +273,7 @@ bool SmartsParser::ReadBareAtom(State& state) {
   return true;
 }
 
-// Whether what stands in brackets is a hydrogen atom: H with at most an isotope and a charge.
+// Whether the brackets contain a hydrogen atom: H with at most an isotope and a charge.
 bool SmartsParser::IsHydrogenAtom() const {
   std::size_t ahead = 0;
   while (IsDigit(Peek(ahead))) ++ahead;
@@ -454,7 +455,7 @@ bool SmartsParser::ReadRecursive(AtomExpression& expression, AtomLiteral& litera
   return true;
 }
 
-// What is left of an expression of chirality for an atom that turns so.
+// Simplifies an expression with chirality for an atom of this configuration.
 AtomExpression SmartsParser::Resolve(const AtomExpression& expression, std::int32_t turn) {
   AtomExpression resolved;
   resolved.literals = expression.literals;
@@ -494,7 +495,7 @@ void SmartsParser::AddAtom(State& state, AtomExpression&& expression, std::strin
     AddNeighbour(state, idx, state.previous);
     AddBond(state, state.previous, idx, state.bond);
   }
-  AddNeighbour(state, idx, none);  // a hydrogen or whatever the pattern leaves out
+  AddNeighbour(state, idx, none);  // a hydrogen or a neighbour missing from the pattern
   state.bond = BondExpression();
   state.previous = idx;
   state.after = After::Atom;
@@ -544,8 +545,8 @@ bool SmartsParser::ReadBond(BondExpression& bond) {
         break;
       case '/':
       case '\\':
-        // A single bond; its direction is told later, and only by the pair of them. Not to have
-        // the direction is no condition.
+        // A single bond; its direction is compared later, and only in a pair. A negated direction
+        // is no condition.
         mask = negated ? 0 : BondsOfOrder(1);
         directions += negated ? 2 : 1;
         bond.direction = Peek() == '/' ? 1 : -1;

@@ -1,7 +1,7 @@
 #pragma once
 
-/// A SMARTS text as the search wants it: atom expressions that distinct patterns share, bond
-/// expressions as masks, and the order in which to map the atoms.
+/// A parsed SMARTS text: atom expressions shared by distinct patterns, bond expressions as masks,
+/// and the order in which to map the atoms.
 
 #include <array>
 #include <cstdint>
@@ -50,17 +50,17 @@ struct AtomLiteral {
 };
 
 struct AtomExpression {
-  /// Never the same for two expressions of one process, so that what a target has looked up stays
-  /// right when a pattern dies.
+  /// Unique among all expressions of a process, so that a target's results remain right after a
+  /// pattern is destroyed.
   std::uint64_t serial = 0;
-  std::shared_ptr<const AtomExpression> base;  // holds as well, unless null
+  std::shared_ptr<const AtomExpression> base;  // must be satisfied as well, unless null
   std::vector<AtomLiteral> literals;
   std::vector<std::shared_ptr<const SmartsPattern>> patterns;
-  double frequency = 1;  // a guess of how many atoms in one satisfy it
+  double frequency = 1;  // estimated fraction of atoms that satisfy it
 };
 
-/// What bonds look like to an expression: order, aromaticity and ring membership make 32 classes,
-/// and an expression is the set of those that it admits.
+/// Classes of bonds: order, aromaticity and ring membership give 32, and an expression is the set
+/// of those that satisfy it.
 inline constexpr unsigned int maxBondOrder = 7;
 constexpr std::uint32_t BondClass(unsigned int order, bool aromatic, bool inRing) {
   return 1U << ((order < maxBondOrder ? order : maxBondOrder) * 4 + (aromatic ? 2 : 0) +
@@ -68,7 +68,7 @@ constexpr std::uint32_t BondClass(unsigned int order, bool aromatic, bool inRing
 }
 inline constexpr std::uint32_t aromaticBonds = 0xCCCCCCCCU;
 inline constexpr std::uint32_t ringBonds = 0xAAAAAAAAU;
-/// Those of an order, Kekulé orders not counted.
+/// Bonds of an order, without Kekulé orders.
 constexpr std::uint32_t BondsOfOrder(unsigned int order) {
   return BondClass(order, false, false) | BondClass(order, false, true);
 }
@@ -80,16 +80,16 @@ struct SmartsPattern {
     std::uint32_t bgn;
     std::uint32_t end;
     std::uint32_t mask;
-    std::int8_t direction;  // 1: the end lies above the begin ("/"), -1: below
+    std::int8_t direction;  // 1: the end is above the begin ("/"), -1: below
     bool orUnspecified;     // of the direction
   };
-  /// An atom told to be chiral, and its neighbours in the order of the text: four, one of them
-  /// `none` if the pattern leaves it out, or no list if it tells too few.
+  /// An atom with chirality, and its neighbours in the order of the text: four, one of them `none`
+  /// if missing from the pattern, or an empty list if there are too few.
   struct Centre {
     enum Turn : std::uint8_t { Unspecified, CounterClockwise, Clockwise };
     std::uint32_t atom;
     std::vector<std::uint32_t> neighbours;
-    /// What the atom's expression comes to for an atom that turns so.
+    /// The atom's expression, simplified for each configuration.
     std::array<std::shared_ptr<const AtomExpression>, 3> byTurn;
   };
   /// A double bond between marked bonds.
@@ -100,13 +100,13 @@ struct SmartsPattern {
     bool cis;
     bool orUnspecified;
   };
-  /// The atoms that share an expression. A target needs as many atoms that satisfy it.
+  /// The atoms that share an expression. A target needs at least as many atoms that satisfy it.
   struct Domain {
     std::shared_ptr<const AtomExpression> expression;
     std::uint64_t serial;  // the expression's
     std::uint32_t numAtoms;
   };
-  /// Maps one atom: a root anywhere, any other along a bond from an atom mapped before.
+  /// Maps one atom: a root onto any atom, another along a bond from an atom mapped before.
   struct Step {
     std::uint32_t atom;
     std::uint32_t domain;
@@ -121,7 +121,7 @@ struct SmartsPattern {
     std::uint32_t atom;
     std::uint32_t mask;
   };
-  /// A connected part, with a way through it for each atom that it may begin with.
+  /// A connected part, with a sequence of steps for each atom that it may begin with.
   struct Part {
     std::uint32_t numAtoms;
     std::uint32_t firstWay;  // index of a step; ways have numAtoms steps each
@@ -133,7 +133,7 @@ struct SmartsPattern {
   std::vector<Bond> bonds;
   std::vector<Centre> centres;
 
-  // What `PlanSearch` makes of it.
+  // Computed by `PlanSearch`.
   std::vector<Domain> domains;
   std::vector<Part> parts;
   std::vector<Step> steps;
@@ -143,17 +143,17 @@ struct SmartsPattern {
   bool fromFirstAtom = false;
 };
 
-/// Null with the error told if the text can't be parsed.
+/// Returns null and fills the error if the text can't be parsed.
 std::unique_ptr<const SmartsPattern> ParseSmarts(std::string_view smarts, bool ignoreStereo,
                                                  ReaderError& error);
 
-/// The expression of this text, made only if there is none yet in the process. Safe from many
+/// Returns the expression of this text, created only if the process has none yet. Safe from many
 /// threads.
 std::shared_ptr<const AtomExpression> ShareExpression(const std::string& key,
                                                       AtomExpression&& expression);
 
-/// Finds the ways through the pattern. With `fromFirstAtom`, the only way through the first atom's
-/// part begins there, and that part comes first.
+/// Computes the sequences of steps. With `fromFirstAtom`, the only one of the first atom's part
+/// begins there, and that part comes first.
 void PlanSearch(SmartsPattern& pattern, bool fromFirstAtom);
 
 }  // namespace Quarnel

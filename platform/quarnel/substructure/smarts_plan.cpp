@@ -14,10 +14,10 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = SmartsPattern::none;
-/// Atoms that a part may begin with. From two to eight, MACCS keys cost the same.
+/// Number of atoms that a part may begin with. From two to eight, MACCS keys cost the same.
 constexpr std::uint32_t maxWays = 4;
 
-/// How many atoms in one satisfy a literal, about, in an organic molecule.
+/// Estimates the fraction of atoms that satisfy a literal in an organic molecule.
 double GuessFrequency(const AtomLiteral& literal) {
   switch (literal.kind) {
     case AtomLiteral::Any:
@@ -51,7 +51,7 @@ double GuessFrequency(const AtomExpression& expression) {
   return all;
 }
 
-/// The expressions of the process by their text.
+/// All expressions of the process by text.
 class ExpressionRegistry {
  public:
   static ExpressionRegistry& Get() {
@@ -111,8 +111,8 @@ class Planner {
   MolView graph_;
   std::vector<std::uint32_t> domainOf_;  // by atom
   std::vector<bool> inPart_;
-  std::vector<std::uint32_t> position_;  // by atom, in the present way
-  std::vector<std::uint32_t> waiting_;   // by atom, bonds to atoms of the present way
+  std::vector<std::uint32_t> position_;  // by atom, in the current sequence
+  std::vector<std::uint32_t> waiting_;   // by atom, bonds to atoms of the current sequence
 };
 
 void Planner::Plan() {
@@ -147,8 +147,8 @@ void Planner::ReadGraph() {
   graph_.FindRings();
 }
 
-// What the graph of the pattern requires of any match: a ring is mapped to a ring, and an atom to
-// one with as many bonds.
+// Adds the requirements of the pattern's graph: a ring is mapped to a ring, and an atom to one with
+// at least as many bonds.
 void Planner::Sharpen() {
   for (std::size_t b = 0; b < pattern_.bonds.size(); ++b) {
     if (graph_.bonds[b].inRing) pattern_.bonds[b].mask &= ringBonds;
@@ -174,7 +174,7 @@ void Planner::Sharpen() {
 void Planner::SetDomains() {
   std::map<std::uint64_t, std::uint32_t> firstAtoms;
   for (std::uint32_t a = 0; a < NumAtoms(); ++a) firstAtoms.emplace(pattern_.atoms[a]->serial, a);
-  // The rarest first: they are the ones to be missing.
+  // Rarest first, since these are most likely missing.
   std::vector<std::uint32_t> firsts;
   firsts.reserve(firstAtoms.size());
   for (const auto& [serial, atom] : firstAtoms) firsts.push_back(atom);
@@ -192,7 +192,7 @@ void Planner::SetDomains() {
   }
 }
 
-// The atom at the marked bond beside a double bond, and the side that it lies on.
+// The atom at the marked bond next to a double bond, and its side.
 std::uint32_t Planner::FindReference(std::uint32_t bond, std::uint32_t atom, int& side,
                                      bool& orUnspecified) const {
   for (const Edge& edge : graph_.Edges(atom)) {
@@ -236,7 +236,7 @@ void Planner::AddPart(std::uint32_t first) {
     AddWay(0);
     part.numWays = 1;
   } else {
-    // Begin with the expressions that promise the fewest atoms, one atom for each.
+    // Begin with the expressions expected to have the fewest atoms, one atom for each.
     std::stable_sort(atoms.begin(), atoms.end(), [this](std::uint32_t a, std::uint32_t b) {
       return std::make_tuple(Frequency(a), domainOf_[a], a) <
              std::make_tuple(Frequency(b), domainOf_[b], b);
@@ -250,7 +250,7 @@ void Planner::AddPart(std::uint32_t first) {
   pattern_.parts.push_back(part);
 }
 
-// Rings are closed as soon as they can be; then the rarest atom comes next, leaves last.
+// Rings are closed as soon as possible; otherwise the rarest atom comes next, leaves last.
 void Planner::AddWay(std::uint32_t root) {
   using Key = std::tuple<std::int64_t, double, std::int64_t, std::uint32_t>;
   const auto keyOf = [this](std::uint32_t a) {

@@ -6,12 +6,12 @@
 #include "platform/quarnel/substructure/subsearch_local.h"
 
 // Backtracking over sets of candidates, as in J. R. Ullmann (J. ACM 23, 31-42, 1976): the atoms
-// that satisfy each expression are found beforehand, so that a pattern fails at once where a set is
-// too small, and the search begins with the atom that has the fewest. The order of all others was
-// fixed with the pattern: each is bonded to one mapped before. With up to 64 atoms in the molecule
-// a set is one word, and the candidates of an atom are the intersection of its set with the
-// neighbours of the atoms that it is bonded to; in larger molecules they come from the bonds of one
-// of those. Configurations are compared once all atoms are mapped.
+// that satisfy each expression are found first, so that a pattern fails at once if a set is too
+// small, and the search begins with the atom that has the fewest candidates. The order of all
+// others is part of the pattern: each is bonded to one mapped before. With up to 64 atoms in the
+// molecule a set is one word, and the candidates of an atom are the intersection of its set with
+// the neighbours of the images of its bonded atoms; in larger molecules they come from the bonds of
+// one of those. Configurations are compared once all atoms are mapped.
 
 namespace Quarnel {
 
@@ -46,7 +46,8 @@ bool SmartsSearch::Start(const SmartsPattern& pattern, SmartsTarget& target) {
   if (pattern.parts.size() == 1) {
     AddLevels(pattern.parts[0]);
   } else {
-    // No part may fail only after all ways to place the others have been tried.
+    // Each part is tried alone first: one without a match would otherwise fail only after all
+    // placements of the others.
     order_.clear();
     for (std::uint32_t i = 0; i < pattern.parts.size(); ++i) {
       order_.push_back(i);
@@ -78,7 +79,7 @@ void SmartsSearch::Restart() {
   isSmall_ ? Enter<true>(levels_[0]) : Enter<false>(levels_[0]);
 }
 
-// The way that begins with the rarest atom, as the index of its first step.
+// The sequence that begins with the rarest atom, as the index of its first step.
 std::uint32_t SmartsSearch::BestWay(const SmartsPattern::Part& part) const {
   const auto countAt = [&](std::uint32_t way) { return sets_[pattern_->steps[way].domain].count; };
   std::uint32_t best = part.firstWay;
@@ -138,7 +139,7 @@ std::uint32_t SmartsSearch::NextRoot(Level& level) {
   return none;
 }
 
-// Groups of the pattern lie in components of their own.
+// Groups of the pattern are in distinct components.
 bool SmartsSearch::GroupAdmits(const Level& level, std::uint32_t atom) const {
   if (level.step->group == 0) return true;
   for (const Level* other = levels_.data(); other != &level; ++other) {
@@ -238,12 +239,12 @@ bool SmartsSearch::CentreHolds(std::size_t index) const {
   if (stereo == ZQAtomStereo::None) return holds(SmartsPattern::Centre::Unspecified);
   const bool implicit = atom.degree == 3;
   if (centre.neighbours.empty() || (atom.degree != 4 && !implicit)) {
-    // The pattern doesn't distinguish the turns.
+    // The pattern doesn't distinguish the two configurations.
     return holds(SmartsPattern::Centre::CounterClockwise) ||
            holds(SmartsPattern::Centre::Clockwise);
   }
-  // The places of the pattern's neighbours among the target's; a place left over belongs to the
-  // neighbour left out.
+  // The positions of the pattern's neighbours among the target's; the remaining position is that of
+  // the missing neighbour.
   std::array<std::uint32_t, 4> places{};
   std::uint32_t sum = 0;
   std::size_t leftOut = 4;

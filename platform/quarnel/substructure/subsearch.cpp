@@ -20,8 +20,8 @@ Bostrel::ZQIter<T> IterateSide(const std::vector<ZQMatchPair<T>>& pairs) {
   return {new Bostrel::ZQPointerIter<T>(std::move(items))};
 }
 
-/// Sets of atoms seen so far, of one size, each as a row of ascending numbers. A std::set of
-/// vectors takes four times as long for 4.5 million matches, and twice the memory.
+/// The distinct sets of atoms found, all of one size, each a row of ascending numbers. A std::set
+/// of vectors takes four times as long for 4.5 million matches, and twice the memory.
 class SeenSets {
  public:
   void Clear() {
@@ -30,7 +30,7 @@ class SeenSets {
     table_.assign(16, 0);
   }
 
-  /// Whether the set is new.
+  /// Returns whether the set is new.
   bool Insert(const std::vector<std::uint32_t>& atoms) {
     const std::size_t size = atoms.size();
     rows_.insert(rows_.end(), atoms.begin(), atoms.end());
@@ -72,16 +72,16 @@ class SeenSets {
 
   std::vector<std::uint32_t> rows_;
   std::size_t numRows_ = 0;
-  std::vector<std::size_t> table_;  // numbers of rows from 1, 0 for a free place
+  std::vector<std::size_t> table_;  // numbers of rows from 1, 0 for a free slot
 };
 
-/// A pattern with its atoms and bonds as matches name them.
+/// A pattern with its atoms and bonds as used in matches.
 struct NamedPattern {
   std::unique_ptr<const SmartsPattern> pattern;
   ZQGraphMol graph;
 };
 
-/// Finds matches as it is stepped forward, and keeps them for the way back.
+/// Finds matches as it advances, and keeps them for stepping back.
 class MatchIter final : public Bostrel::ZQIterBase<ZQMatchBase> {
  public:
   MatchIter(std::shared_ptr<const NamedPattern> named, const ZQMolBase& mol, bool unique)
@@ -102,7 +102,7 @@ class MatchIter final : public Bostrel::ZQIterBase<ZQMatchBase> {
     MoveTo(position_ + n);
     return *this;
   }
-  // A step before the first wraps to a huge position, which no longer is one.
+  // A step before the first wraps to a huge position, which is invalid.
   MatchIter& operator-=(unsigned int n) override {
     const bool passed = n > position_;
     position_ -= n;
@@ -151,7 +151,7 @@ class MatchIter final : public Bostrel::ZQIterBase<ZQMatchBase> {
   }
 
   std::shared_ptr<const NamedPattern> named_;
-  std::shared_ptr<const SmartsTarget> target_;  // nothing is looked up any more
+  std::shared_ptr<const SmartsTarget> target_;  // no further look-ups
   SmartsSearch search_;
   SeenSets seen_;
   bool unique_;

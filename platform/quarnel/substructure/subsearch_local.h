@@ -8,18 +8,19 @@
 
 namespace Quarnel {
 
-/// A backtracking search that yields one match after the other. Its memory is a record for each
-/// atom of the pattern, whatever the target. Pattern and target must outlive it; while it runs, no
-/// new expression may be looked up in the target.
+/// A backtracking search that finds matches one by one. Its memory is one record per atom of the
+/// pattern, independent of the target. Pattern and target must outlive it; while it runs, no new
+/// expression may be looked up in the target.
 class SmartsSearch {
  public:
-  /// False if there can't be a match.
+  /// Returns false if there can't be a match.
   bool Start(const SmartsPattern& pattern, SmartsTarget& target);
   /// Finds the next match.
   bool Next();
-  /// Finds a match of the pattern's first atom, where the pattern begins with it, onto this one.
+  /// Finds a match that maps the pattern's first atom, with which the plan must begin, onto this
+  /// atom.
   bool NextAt(std::uint32_t atom);
-  /// The atoms of the present match, by atom of the pattern.
+  /// The atoms of the current match, by atom of the pattern.
   const std::vector<std::uint32_t>& Images() const { return images_; }
 
  private:
@@ -31,8 +32,8 @@ class SmartsSearch {
   struct Level {
     const SmartsPattern::Step* step;
     const std::uint64_t* domain;
-    // What is left to try: up to 64 atoms as a set; of more, the atoms for a root and else the
-    // edges of the parent's image.
+    // The remaining candidates: a set for up to 64 atoms; for more, the atoms for a root and
+    // otherwise the edges of the parent's image.
     std::uint64_t left;
     std::uint32_t next;
     std::uint32_t end;
@@ -61,7 +62,7 @@ class SmartsSearch {
   const SmartsPattern* pattern_ = nullptr;
   SmartsTarget* target_ = nullptr;
   bool isSmall_ = false;
-  const std::uint32_t* components_ = nullptr;  // where the pattern has groups
+  const std::uint32_t* components_ = nullptr;  // if the pattern has groups
   std::vector<SmartsTarget::Set> sets_;        // by domain, then three for each centre
   std::vector<Level> levels_;
   std::vector<Tie> ties_;

@@ -9,13 +9,12 @@
 #include "platform/quarnel/perception/hybridization_local.h"
 #include "platform/quarnel/substructure/subsearch_local.h"
 
-// Many patterns need the same of an atom: the 166 MACCS keys share 25 primitives. Each primitive
-// and each expression is evaluated once for all atoms of the molecule, into a set of bits;
-// expressions combine the sets of their primitives word by word. Sets lie one behind the other in
-// one array, found by a hash table of open addressing whose key is the serial number of the
-// expression, which no two expressions of a process share, or the code of the primitive. A
-// recursive primitive runs a search of its own from each atom that the rest of its expression
-// leaves.
+// Many patterns need the same properties of an atom: the 166 MACCS keys share 25 primitives. Each
+// primitive and each expression is evaluated once for all atoms of the molecule, into a set of
+// bits; expressions combine the sets of their primitives word by word. Sets are consecutive in one
+// array, indexed by a hash table of open addressing whose key is the serial number of the
+// expression, which is unique in the process, or the code of the primitive. A recursive primitive
+// runs a search of its own from each atom that satisfies the rest of its expression.
 
 namespace Quarnel {
 
@@ -53,7 +52,7 @@ SmartsTarget::SmartsTarget(const ZQMolBase& mol) : mol_(mol), table_(firstTableS
 
 namespace {
 
-/// A set of atoms while it is made; what lies in the target's table may move meanwhile.
+/// A set of atoms under construction; sets in the target's table may move in the meantime.
 class WordBuffer {
  public:
   explicit WordBuffer(std::size_t size) : many_(size > few ? size : 0) {}
@@ -98,7 +97,7 @@ void SmartsTarget::Evaluate(const AtomExpression& expression, std::uint64_t* res
     std::fill_n(result, numWords_, ~std::uint64_t{0});
     if (NumAtoms() % 64 != 0) result[numWords_ - 1] = (std::uint64_t{1} << NumAtoms() % 64) - 1;
   }
-  // Patterns come last, for the atoms that the rest leaves.
+  // Recursive patterns come last, for the remaining atoms.
   const auto restrictTo = [&](const AtomLiteral* first, const AtomLiteral* last,
                               std::uint64_t* term) {
     for (const bool recursive : {false, true}) {
@@ -136,10 +135,10 @@ void SmartsTarget::Evaluate(const AtomExpression& expression, std::uint64_t* res
   }
 }
 
-// Takes away the atoms that don't satisfy the literal.
+// Removes the atoms that don't satisfy the literal.
 void SmartsTarget::Restrict(const AtomExpression& expression, const AtomLiteral& literal,
                             std::uint64_t* result) {
-  if (literal.kind == AtomLiteral::Chirality) return;  // for the search to decide
+  if (literal.kind == AtomLiteral::Chirality) return;  // tested by the search
   if (literal.kind != AtomLiteral::Recursive) {
     const std::uint64_t* words = Words(Find(literal));
     for (std::uint32_t w = 0; w < numWords_; ++w) {
@@ -160,9 +159,9 @@ void SmartsTarget::Restrict(const AtomExpression& expression, const AtomLiteral&
   }
 }
 
-// The atoms that satisfy the primitive, its negation aside.
+// The atoms that satisfy the primitive, without its negation.
 SmartsTarget::Set SmartsTarget::Find(const AtomLiteral& literal) {
-  // Apart from all serials, and with neighbouring values side by side.
+  // Distinct from all serials; consecutive values have consecutive keys.
   const std::uint64_t key = std::uint64_t{1} << 63 |
                             static_cast<std::uint64_t>(literal.kind) << 48 |
                             (static_cast<std::uint32_t>(literal.value) + literal.kind * 16U);

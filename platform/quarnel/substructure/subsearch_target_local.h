@@ -1,7 +1,7 @@
 #pragma once
 
-/// A molecule in flat arrays, and for each atom expression looked up in it the set of atoms that
-/// satisfy it, found once.
+/// A molecule in flat arrays, with the set of atoms that satisfy each expression looked up,
+/// computed once.
 
 #include <array>
 #include <cstdint>
@@ -33,7 +33,7 @@ class SmartsTarget {
     std::uint32_t end;
     std::uint32_t bondClass;
   };
-  /// A set of atoms as bits, by the place of its first word.
+  /// A set of atoms as bits, given by the position of its first word.
   struct Set {
     std::uint32_t first;
     std::uint32_t count;
@@ -42,14 +42,14 @@ class SmartsTarget {
   explicit SmartsTarget(const ZQMolBase& mol);
 
   std::uint32_t NumAtoms() const { return static_cast<std::uint32_t>(atoms.size()); }
-  /// The atoms that satisfy the expression, chirality aside. The words of a set move
-  /// when another is looked up for the first time.
+  /// Returns the atoms that satisfy the expression, without chirality. The words of a set move when
+  /// another is looked up for the first time.
   Set Find(const AtomExpression& expression, std::uint64_t serial) {
     const Entry& entry = *Place(serial);
     return entry.key != 0 ? entry.set : Make(expression);
   }
   Set Find(const AtomExpression& expression) { return Find(expression, expression.serial); }
-  /// With up to 64 atoms: by atom, the neighbours by a bond of the mask. Stays in place.
+  /// For up to 64 atoms: by atom, the neighbours by a bond of the mask. Pointers remain valid.
   const std::uint64_t* Neighbours(std::uint32_t mask);
   const std::uint64_t* Words(Set set) const { return words_.data() + set.first; }
   const Edge* FindEdge(std::uint32_t from, std::uint32_t to) const {
@@ -68,7 +68,7 @@ class SmartsTarget {
 
  private:
   struct Entry {
-    std::uint64_t key;  // the expression's serial or the literal's code; 0 for a free place
+    std::uint64_t key;  // the expression's serial or the literal's code; 0 for a free slot
     Set set;
   };
 
@@ -102,7 +102,7 @@ class SmartsTarget {
   std::vector<std::uint32_t> components_;
   std::vector<std::uint8_t> hybridization_;
   RingCounts rings_;
-  std::vector<std::uint32_t> masks_;                      // those that neighbours_ is made for
+  std::vector<std::uint32_t> masks_;                      // masks of the entries of neighbours_
   std::deque<std::array<std::uint64_t, 64>> neighbours_;  // by atom
 };
 
