@@ -4,7 +4,7 @@
 #include <set>
 
 #include "contract/quarnel/perception.h"
-#include "tests/told_helpers.h"
+#include "tests/description_helpers.h"
 
 namespace Quarnel {
 

@@ -7,7 +7,7 @@
 #include "contract/quarnel/perception.h"
 #include "korvex/fingerprint.h"
 #include "korvex/fpatomtypes_local.h"
-#include "tests/told_helpers.h"
+#include "tests/description_helpers.h"
 
 namespace ZQKorvex {
 

@@ -84,27 +84,6 @@ TEST(GraphMol, RandomEditsAgainstAModelAndCopies) {
   }
 }
 
-TEST(GraphMol, DeletionLeavesHolesAndTrimsTheEnd) {
-  ZQGraphMol mol;
-  std::vector<ZQAtomBase*> atoms;
-  for (unsigned int z : {6U, 7U, 8U, 9U}) atoms.push_back(mol.NewAtom(z));
-  for (unsigned int i = 0; i < 3; ++i) mol.NewBond(atoms[i], atoms[i + 1], 1);
-  mol.SetPerceived(ZQPerceived::Rings, true);
-  EXPECT_TRUE(mol.DeleteAtom(atoms[1]));
-  EXPECT_FALSE(mol.IsPerceived(ZQPerceived::Rings));
-  EXPECT_EQ(mol.GetMaxAtomIdx(), 4U);
-  EXPECT_EQ(mol.GetAtomAt(1), nullptr);
-  EXPECT_EQ(mol.NumBonds(), 1U);
-  EXPECT_EQ(mol.GetAtom(ZQHasAtomicNum(9)), atoms[3]);
-  EXPECT_TRUE(mol.DeleteAtom(atoms[3]));
-  EXPECT_EQ(mol.GetMaxAtomIdx(), 3U);
-  EXPECT_EQ(mol.GetMaxBondIdx(), 0U);
-  EXPECT_FALSE(mol.DeleteAtom(nullptr));
-  ZQGraphMol other;
-  EXPECT_FALSE(other.DeleteAtom(atoms[0]));
-  EXPECT_EQ(other.NewBond(atoms[0], atoms[2], 1), nullptr);
-}
-
 /// The perceived steps, and those for which some atom or bond has a value: rings, aromaticity,
 /// hybridization, chirality and symmetry.
 std::pair<std::string, std::string> StepsOf(const ZQMolBase& mol) {
@@ -133,23 +112,7 @@ std::pair<std::string, std::string> StepsOf(const ZQMolBase& mol) {
   return {perceived, held};
 }
 
-TEST(GraphMol, AChangeUndoesTheStepsThatReadIt) {
-  const struct {
-    void (*change)(ZQMol&);
-    const char* left;
-  } cases[] = {{[](ZQMol& mol) { mol.NewAtom(17); }, ""},
-               {[](ZQMol& mol) { mol.NewBond(mol.GetAtomAt(0), mol.GetAtomAt(3), 1); }, ""},
-               {[](ZQMol& mol) { mol.DeleteAtom(mol.GetAtomAt(0)); }, ""},
-               {[](ZQMol& mol) { mol.DeleteBond(mol.GetBondAt(0)); }, ""},
-               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetFormalCharge(1); }, "R"},
-               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetImplicitHCount(2); }, "R"},
-               {[](ZQMol& mol) { mol.GetBondAt(0)->SetOrder(2); }, "R"},
-               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetIsotope(13); }, "RAH"},
-               {[](ZQMol& mol) { mol.GetAtomAt(1)->SetStereo(ZQAtomStereo::None); }, "RAHC"},
-               {[](ZQMol& mol) { mol.GetBondAt(0)->SetStereo(ZQBondStereo::Cis); }, "RAHC"},
-               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetMapIdx(7); }, "RAHCS"},
-               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetFormalCharge(0); }, "RAHCS"},
-               {[](ZQMol& mol) { mol.SetPerceived(ZQPerceived::Hybridization, false); }, "RACS"}};
+TEST(GraphMol, CopiesHaveTheStepsThatAChangeLeft) {
   const auto perceived = [] {
     ZQMol mol = "C[C@H](F)c1ccccc1"_mol;
     ZQAssignAromaticFlags(mol, 2, true, 0, false);
@@ -157,7 +120,14 @@ TEST(GraphMol, AChangeUndoesTheStepsThatReadIt) {
     return mol;
   };
   using Steps = std::pair<std::string, std::string>;
-  EXPECT_EQ(StepsOf(perceived()), Steps("RAHCS", "RAHCS"));
+  const struct {
+    void (*change)(ZQMol&);
+    const char* left;
+  } cases[] = {{[](ZQMol&) {}, "RAHCS"},
+               {[](ZQMol& mol) { mol.GetAtomAt(1)->SetStereo(ZQAtomStereo::None); }, "RAHC"},
+               {[](ZQMol& mol) { mol.SetPerceived(ZQPerceived::Hybridization, false); }, "RACS"},
+               {[](ZQMol& mol) { mol.GetAtomAt(0)->SetImplicitHCount(2); }, "R"},
+               {[](ZQMol& mol) { mol.DeleteAtom(mol.GetAtomAt(0)); }, ""}};
   for (const auto& c : cases) {
     ZQMol mol = perceived();
     c.change(mol);

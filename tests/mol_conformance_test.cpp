@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <functional>
 #include <map>
 #include <tuple>
@@ -11,6 +10,7 @@
 #include "contract/quarnel/perception.h"
 #include "korvex/fingerprint.h"
 #include "korvex/fingerprint_params.h"
+#include "korvex/fpkinds.h"
 #include "tests/foreign_mol.h"
 #include "tests/mol_helpers.h"
 
@@ -207,18 +207,18 @@ const std::vector<std::string>& Table() {
   return table;
 }
 
-constexpr std::array<unsigned int, 8> kinds = {101, 102, 103, 104, 105, 9000, 9001, 9002};
-
 void ExpectSameFingerPrints(const ZQMolBase& mol, const ZQMolBase& expected,
                             const std::string& what) {
   EXPECT_EQ(ZQMolToSmiles(mol), ZQMolToSmiles(expected)) << what;
   EXPECT_EQ(ZQMolToCanonicalSmiles(mol), ZQMolToCanonicalSmiles(expected)) << what;
-  for (const unsigned int kind : kinds) {
+  for (const ZQKorvex::ZQFPKind& kind : ZQKorvex::ZQGetFPKinds()) {
     ZQKorvex::ZQFingerPrint fp;
     ZQKorvex::ZQFingerPrint other;
-    EXPECT_EQ(ZQKorvex::ZQMakeFP(fp, mol, kind), ZQKorvex::ZQMakeFP(other, expected, kind)) << what;
+    EXPECT_EQ(ZQKorvex::ZQMakeFP(fp, mol, kind.number),
+              ZQKorvex::ZQMakeFP(other, expected, kind.number))
+        << what;
     ASSERT_TRUE(fp && other) << what;
-    EXPECT_TRUE(fp == other) << what << " kind " << kind;
+    EXPECT_TRUE(fp == other) << what << " kind " << kind.name;
   }
 }
 

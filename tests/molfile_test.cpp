@@ -4,8 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "tests/description_helpers.h"
 #include "tests/molfile_helpers.h"
-#include "tests/told_helpers.h"
 
 namespace Quarnel {
 

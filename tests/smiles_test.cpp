@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/told_helpers.h"
+#include "tests/description_helpers.h"
 
 namespace Quarnel {
 
