@@ -1,3 +1,9 @@
+// All records have the same size, and the number of molecules is known from the start. So the file
+// gets its full length first, and a molecule's index determines the offset of its record. Threads
+// take molecules in small chunks, make the fingerprints, and write each record through one mapping
+// of the file. Nothing is queued, sorted or copied twice, and the file doesn't depend on which
+// thread makes which record.
+
 #include "korvex/fpfast_create.h"
 
 #include <algorithm>

@@ -1,12 +1,6 @@
 #pragma once
 
 /// Creates a `.fpbin` file (fpfast.h) from a molecule file, and checks whether the two match.
-///
-/// All records have the same size, and the number of molecules is known from the start. So the file
-/// gets its full length first, and a molecule's index determines the offset of its record. Threads
-/// take molecules in small chunks, make the fingerprints, and write each record through one mapping
-/// of the file. Nothing is queued, sorted or copied twice, and the file doesn't depend on which
-/// thread makes which record.
 
 #include <cstdint>
 #include <optional>
