@@ -25,10 +25,7 @@ inline constexpr unsigned int UnhashedCircular = 9001;
 inline constexpr unsigned int UnhashedTree = 9002;
 }  // namespace ZQFPType
 
-class ZQFPTypeBase;
 struct ZQFPKind;
-ZQ_EXPORT const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
-                                             std::uint64_t id);  // fptypes.h
 
 class ZQ_EXPORT ZQFPTypeBase {
  public:
@@ -54,8 +51,8 @@ class ZQ_EXPORT ZQFPTypeBase {
   ZQFPTypeBase(unsigned short version, std::uint64_t id) : version_(version), id_(id) {}
 
  private:
-  friend const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
-                                            std::uint64_t id);
+  template <class T, class... Key>
+  friend class ZQFPTypeInterner;
 
   unsigned short version_;
   std::uint64_t id_;

@@ -1,5 +1,7 @@
 #include "korvex/fpfast_database.h"
 
+#include <utility>
+
 #include "korvex/fpfast_database_inmemory_impl_local.h"
 #include "korvex/fpfast_database_mmap_impl_local.h"
 #include "korvex/fpfast_local.h"
@@ -209,11 +211,11 @@ ZQIter<ZQSimScore> ZQFastFPDatabase::GetSortedScores(std::uint64_t index,
 
 std::vector<ZQIter<ZQSimScore>> ZQFastFPDatabase::GetSortedScores(
     const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options) const {
-  const auto none = [&] { return std::vector<ZQIter<ZQSimScore>>(queries.size()); };
-  if (!IsValidDatabase(sortedScoresName) || !IsValidOptions(options, sortedScoresName))
-    return none();
+  std::vector<ZQIter<ZQSimScore>> none(queries.size());
+  if (!IsValidDatabase(sortedScoresName) || !IsValidOptions(options, sortedScoresName)) return none;
   return ZQWarnOnFailure(
-      sortedScoresName, [&] { return impl_->GetSortedScores(queries, options); }, none);
+      sortedScoresName, [&] { return impl_->GetSortedScores(queries, options); },
+      [&none] { return std::move(none); });
 }
 
 ZQIter<double> ZQFastFPDatabase::GetRawScores(const ZQFingerPrint& query,
@@ -243,19 +245,17 @@ unsigned int ZQFastFPDatabase::SortedSearch(ZQSimSearchResult& result, const ZQM
                                             const ZQFPDatabaseOptions& options) const {
   const char* caller = "ZQFastFPDatabase::Search()";
   if (!IsValidDatabase(caller)) return result.GetSearchStatus();
-  const auto reset = [&] {
-    result.GetImpl().SetSearchStatus(ZQSimSearchStatus::Uninitialized);
-    return ZQSimSearchStatus::Uninitialized;
-  };
   return ZQWarnOnFailure(
       caller,
       [&] {
         ZQFingerPrint fp;
-        const unsigned int status = reset();
-        if (!impl_->MakeQuery(fp, query, "ZQFastFPDatabase::SortedSearch()")) return status;
+        result.GetImpl().SetSearchStatus(ZQSimSearchStatus::Uninitialized);
+        if (!impl_->MakeQuery(fp, query, "ZQFastFPDatabase::SortedSearch()")) {
+          return ZQSimSearchStatus::Uninitialized;
+        }
         return impl_->SortedSearch(result, fp, options);
       },
-      reset);
+      [] { return ZQSimSearchStatus::Uninitialized; });
 }
 
 // All pairs of records.

@@ -232,6 +232,15 @@ unsigned int ZQFastFPDatabaseImplBase::SortedSearch(ZQSimSearchResult& result,
   const auto records = GetScanRecords("ZQFastFPDatabase::Search() :");
   if (!records || !impl.Init(NumFingerPrints(), options)) return impl.GetSearchStatus();
   impl.SetSearchStatus(ZQSimSearchStatus::InProgress);
+  // After an exception the result is uninitialized.
+  const struct Reset {
+    ZQSimSearchResultImpl& impl;
+    ~Reset() {
+      if (impl.GetSearchStatus() == ZQSimSearchStatus::InProgress) {
+        impl.SetSearchStatus(ZQSimSearchStatus::Uninitialized);
+      }
+    }
+  } reset{impl};
   ZQFastFPResult(&impl, query, options, *records);
   impl.SetSearchStatus(ZQSimSearchStatus::Finished);
   return impl.GetSearchStatus();

@@ -41,7 +41,7 @@ class ZQFastFPDatabaseImplBase {
   virtual ZQFPVariogram GetVariogram(const std::vector<float>& values,
                                      const ZQFPDatabaseOptions& options, unsigned long bins) const;
   virtual ZQIter<ZQSimScorePair> GetSparseMatrix(const ZQFPDatabaseOptions& options) const;
-  /// The result must be uninitialized. After an exception the caller must reset its status.
+  /// The result must be uninitialized, and is so again after an exception.
   virtual unsigned int SortedSearch(ZQSimSearchResult& result, const ZQFingerPrint& query,
                                     const ZQFPDatabaseOptions& options) const;
   /// The raw content of a record.

@@ -1,6 +1,7 @@
 #include "korvex/fpkinds.h"
 
 #include <string_view>
+#include <type_traits>
 
 #include "korvex/circular.h"
 #include "korvex/fpatomtyper.h"
@@ -16,9 +17,25 @@ namespace ZQKorvex {
 
 namespace {
 
-template <class Type>
-ZQFPTypeBase* NewType(unsigned short version, std::uint64_t id) {
-  return new Type(version, id);
+// Only kinds with parameters have a type class of their own.
+template <class T>
+using Factory = std::conditional_t<std::is_same_v<T, ZQFPTypeOfKind<T::number>>,
+                                   ZQFPTypeFactoryNoParams<T>, ZQFPTypeFactory<T>>;
+
+// The factory of the process. Usable while other files are being initialised.
+template <class T>
+Factory<T>& FactoryOf() {
+  static Factory<T> factory(ZQFindFPKind(T::number));
+  return factory;
+}
+
+template <class T>
+const ZQFPTypeBase* Intern(unsigned short version, std::uint64_t id) {
+  if constexpr (std::is_same_v<Factory<T>, ZQFPTypeFactoryNoParams<T>>) {
+    return FactoryOf<T>().GetFPType(version);
+  } else {
+    return FactoryOf<T>().GetFPType(version, id);
+  }
 }
 
 constexpr unsigned int any = ~0U;
@@ -37,7 +54,7 @@ constexpr ZQFPKind rows[] = {
      .readsPreparedMolecules = false,
      .perceivesSymmetry = true,
      .make = ZQMakePathFP,
-     .newType = NewType<ZQFPPathType>,
+     .intern = Intern<ZQFPPathType>,
      .texts = {"ZQMakePathFP()", "ZQMakePathFP : invalid path fingerprint type!", false,
                "Unrecognised data in ZQFPPathType!", "path", "!", ""}},
     {.number = ZQFPType::Circular,
@@ -53,7 +70,7 @@ constexpr ZQFPKind rows[] = {
      .readsPreparedMolecules = false,
      .perceivesSymmetry = false,  // costs more than it saves on environments
      .make = ZQMakeCircularFP,
-     .newType = NewType<ZQFPCircularType>,
+     .intern = Intern<ZQFPCircularType>,
      .texts = {"ZQMakeCircularFP()", "ZQMakeCircularFP : invalid circular fingerprint type", false,
                "Unrecognised data in ZQFPCircularType!", "circular", "", " 5"}},
     {.number = ZQFPType::Tree,
@@ -69,7 +86,7 @@ constexpr ZQFPKind rows[] = {
      .readsPreparedMolecules = false,
      .perceivesSymmetry = true,
      .make = ZQMakeTreeFP,
-     .newType = NewType<ZQFPTreeType>,
+     .intern = Intern<ZQFPTreeType>,
      .texts = {"ZQMakeTreeFP()", "ZQMakeTreeFP ;invalid tree fingerprint type", true,
                "Unrecognised data in ZQFPTreeType!", "tree", "", ""}},
     {.number = ZQFPType::UnhashedPath,
@@ -85,7 +102,7 @@ constexpr ZQFPKind rows[] = {
      .readsPreparedMolecules = false,
      .perceivesSymmetry = true,
      .make = ZQMakeUnhashedPathFP,
-     .newType = NewType<ZQFPUnhashedPathType>,
+     .intern = Intern<ZQFPUnhashedPathType>,
      .texts = {"ZQMakeUnhashedPathFP()", "Invalid path fingerprint type", true,
                "Unrecognised data!", nullptr, nullptr, nullptr}},
     {.number = ZQFPType::UnhashedCircular,
@@ -101,7 +118,7 @@ constexpr ZQFPKind rows[] = {
      .readsPreparedMolecules = false,
      .perceivesSymmetry = false,
      .make = ZQMakeUnhashedCircularFP,
-     .newType = NewType<ZQFPUnhashedCircularType>,
+     .intern = Intern<ZQFPUnhashedCircularType>,
      .texts = {"ZQMakeUnhashedCircularFP()", "Invalid circular fingerprint type", true,
                "Unrecognised data!", nullptr, nullptr, nullptr}},
     {.number = ZQFPType::UnhashedTree,
@@ -117,7 +134,7 @@ constexpr ZQFPKind rows[] = {
      .readsPreparedMolecules = false,
      .perceivesSymmetry = true,
      .make = ZQMakeUnhashedTreeFP,
-     .newType = NewType<ZQFPUnhashedTreeType>,
+     .intern = Intern<ZQFPUnhashedTreeType>,
      .texts = {"ZQMakeUnhashedTreeFP()", "Invalid unhashed tree fingerprint type", true,
                "Unrecognised data!", nullptr, nullptr, nullptr}},
     {.number = ZQFPType::MACCS166,
@@ -134,7 +151,7 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = false,
      .make = [](ZQFingerPrint& fp, const ZQMolBase& mol,
                 const ZQFPTypeBase*) { return ZQMakeMACCS166FP(fp, mol); },
-     .newType = NewType<ZQFPMACCS166Type>,
+     .intern = Intern<ZQFPMACCS166Type>,
      .texts = {"ZQMakeMACCS166FP()", nullptr, false, nullptr, nullptr, nullptr, nullptr}},
     {.number = ZQFPType::Lingo,
      .name = "Lingo",
@@ -150,7 +167,7 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = false,
      .make = [](ZQFingerPrint& fp, const ZQMolBase& mol,
                 const ZQFPTypeBase*) { return ZQMakeLingoFP(fp, mol); },
-     .newType = NewType<ZQFPLingoType>,
+     .intern = Intern<ZQFPLingoType>,
      .texts = {"ZQMakeLingoFP()", nullptr, false, nullptr, nullptr, nullptr, nullptr}},
 };
 
@@ -167,6 +184,16 @@ constexpr bool AreRowsDistinct() {
 static_assert(AreRowsDistinct());
 
 }  // namespace
+
+ZQFPTypeFactoryNoParams<ZQFPMACCS166Type>& maccs166TypeFactory = FactoryOf<ZQFPMACCS166Type>();
+ZQFPTypeFactoryNoParams<ZQFPLingoType>& lingoTypeFactory = FactoryOf<ZQFPLingoType>();
+ZQFPTypeFactory<ZQFPPathType>& pathTypeFactory = FactoryOf<ZQFPPathType>();
+ZQFPTypeFactory<ZQFPCircularType>& circularTypeFactory = FactoryOf<ZQFPCircularType>();
+ZQFPTypeFactory<ZQFPTreeType>& treeTypeFactory = FactoryOf<ZQFPTreeType>();
+ZQFPTypeFactory<ZQFPUnhashedPathType>& uhpathTypeFactory = FactoryOf<ZQFPUnhashedPathType>();
+ZQFPTypeFactory<ZQFPUnhashedCircularType>& uhcircularTypeFactory =
+    FactoryOf<ZQFPUnhashedCircularType>();
+ZQFPTypeFactory<ZQFPUnhashedTreeType>& uhtreeTypeFactory = FactoryOf<ZQFPUnhashedTreeType>();
 
 std::span<const ZQFPKind> ZQGetFPKinds() { return rows; }
 

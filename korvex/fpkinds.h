@@ -62,8 +62,8 @@ struct ZQFPKind {
   bool perceivesSymmetry;          ///< in larger molecules, to start from one atom per class
   /// Makes the fingerprint of a molecule for a type; see `ZQMakeFP`.
   bool (*make)(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type);
-  /// A new object of the kind's type class (fptypes.h), owned by the caller.
-  ZQFPTypeBase* (*newType)(unsigned short version, std::uint64_t id);
+  /// The unique type of a version and id (fptypes.h). Doesn't check either.
+  const ZQFPTypeBase* (*intern)(unsigned short version, std::uint64_t id);
   ZQFPKindTexts texts;
 
   bool HasParams() const { return distanceKey != nullptr; }

@@ -32,7 +32,7 @@ bool ReadType(zqistream& in, unsigned short version, ZQFingerPrint& fp, unsigned
     if (!ZQ_io_read_binary(in, bytes.data(), bytes.size())) return false;
     for (std::size_t i = 0; i < bytes.size(); ++i) id |= std::uint64_t{bytes[i]} << (8 * i);
   }
-  fp.SetFPTypeBase(ZQInternFPType(fptype, version, id));
+  fp.SetFPTypeBase(ZQFindFPKind(fptype)->intern(version, id));
   return true;
 }
 

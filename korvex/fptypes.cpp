@@ -2,9 +2,6 @@
 
 #include <array>
 #include <limits>
-#include <map>
-#include <memory>
-#include <mutex>
 
 #include "korvex/fpatomtyper.h"
 #include "korvex/fpkinds_local.h"
@@ -41,13 +38,6 @@ std::array<Limit, 6> LimitsOf(const ZQFPKind& kind, const ZQFPTypeValues& values
 bool HasStrayBits(const ZQFPKind& kind, std::uint64_t id) {
   return (id & (kind.IsHashed() ? 0xf0000f0000000000 : 0xffffff0000000000)) != 0;
 }
-
-// The interned types of the process.
-struct InternedTypes {
-  std::mutex mutex;
-  std::map<std::tuple<unsigned int, unsigned short, std::uint64_t>, std::unique_ptr<ZQFPTypeBase>>
-      byKey;
-} internedTypes;
 
 // Why no fingerprint of a type can be made; empty if one can.
 std::string FindMakingFault(const ZQFPTypeBase* type) {
@@ -116,25 +106,13 @@ ZQFPTypeValues ZQUnpackFPTypeID(const ZQFPKind& kind, std::uint64_t id) {
   return values;
 }
 
-const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version, std::uint64_t id) {
-  const ZQFPKind* kind = ZQFindFPKind(fptype);
-  if (!kind) return nullptr;
-  const std::lock_guard<std::mutex> lock(internedTypes.mutex);
-  std::unique_ptr<ZQFPTypeBase>& type = internedTypes.byKey[{fptype, version, id}];
-  if (!type) {
-    type.reset(kind->newType(version, id));
-    type->kind_ = kind;
-  }
-  return type.get();
-}
-
 const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, unsigned short version,
                                 const ZQFPTypeValues& values) {
   // Version 0 belongs to types read from older records, which the unhashed kinds don't have.
   if (!ZQ_ASSERT(version == kind.version || (version == 0 && !kind.IsUnhashed()))) return nullptr;
   std::uint64_t id = 0;
   if (kind.HasParams() && !ZQPackFPTypeID(kind, values, id)) return nullptr;
-  return ZQInternFPType(kind.number, version, id);
+  return kind.intern(version, id);
 }
 
 const ZQFPTypeBase* ZQGetFPType(const ZQFPKind& kind, const ZQFPTypeValues& values) {

@@ -4,6 +4,9 @@
 /// need neither: `ZQGetFPType` and similar functions return types as `const ZQFPTypeBase*`.
 
 #include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <tuple>
 
@@ -90,35 +93,45 @@ using ZQFPUnhashedPathType = ZQFPUnhashedType<ZQFPType::UnhashedPath>;
 using ZQFPUnhashedCircularType = ZQFPUnhashedType<ZQFPType::UnhashedCircular>;
 using ZQFPUnhashedTreeType = ZQFPUnhashedType<ZQFPType::UnhashedTree>;
 
-/// The unique type of a kind, version and id, created on first use and deleted at process exit.
-/// Thread safe; the pointers need no lock. Doesn't check version or id. Null for an unknown kind.
-ZQ_EXPORT const ZQFPTypeBase* ZQInternFPType(unsigned int fptype, unsigned short version,
-                                             std::uint64_t id);
-
-/// `ZQInternFPType` for one type class, by version and id.
-template <class T>
-class ZQFPTypeFactory {
+/// Returns the unique T of each key, created on first use and deleted with the factory. Thread
+/// safe; the pointers need no lock. Doesn't check version or id.
+template <class T, class... Key>
+class ZQFPTypeInterner {
  public:
-  const T* GetFPType(unsigned short version, std::uint64_t id) const {
-    return static_cast<const T*>(ZQInternFPType(T::number, version, id));
+  /// `kind` is for the factories of the process, whose types are those of fingerprints.
+  explicit ZQFPTypeInterner(const ZQFPKind* kind = nullptr) : kind_(kind) {}
+
+  const T* GetFPType(Key... key) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::unique_ptr<T>& type = types_[{key...}];
+    if (!type) {
+      type = std::make_unique<T>(key...);
+      type->kind_ = kind_;
+    }
+    return type.get();
   }
-};
-/// The same by version alone.
-template <class T>
-class ZQFPTypeFactoryNoParams {
- public:
-  const T* GetFPType(unsigned short version) const {
-    return static_cast<const T*>(ZQInternFPType(T::number, version, 0));
-  }
+
+ private:
+  const ZQFPKind* kind_;
+  std::mutex mutex_;
+  std::map<std::tuple<Key...>, std::unique_ptr<T>> types_;
 };
 
-inline constexpr ZQFPTypeFactoryNoParams<ZQFPMACCS166Type> maccs166TypeFactory{};
-inline constexpr ZQFPTypeFactoryNoParams<ZQFPLingoType> lingoTypeFactory{};
-inline constexpr ZQFPTypeFactory<ZQFPPathType> pathTypeFactory{};
-inline constexpr ZQFPTypeFactory<ZQFPCircularType> circularTypeFactory{};
-inline constexpr ZQFPTypeFactory<ZQFPTreeType> treeTypeFactory{};
-inline constexpr ZQFPTypeFactory<ZQFPUnhashedPathType> uhpathTypeFactory{};
-inline constexpr ZQFPTypeFactory<ZQFPUnhashedCircularType> uhcircularTypeFactory{};
-inline constexpr ZQFPTypeFactory<ZQFPUnhashedTreeType> uhtreeTypeFactory{};
+/// The key is version and id.
+template <class T>
+using ZQFPTypeFactory = ZQFPTypeInterner<T, unsigned short, std::uint64_t>;
+/// The key is the version.
+template <class T>
+using ZQFPTypeFactoryNoParams = ZQFPTypeInterner<T, unsigned short>;
+
+// The factories of the process, which last until it exits.
+ZQ_EXPORT extern ZQFPTypeFactoryNoParams<ZQFPMACCS166Type>& maccs166TypeFactory;
+ZQ_EXPORT extern ZQFPTypeFactoryNoParams<ZQFPLingoType>& lingoTypeFactory;
+ZQ_EXPORT extern ZQFPTypeFactory<ZQFPPathType>& pathTypeFactory;
+ZQ_EXPORT extern ZQFPTypeFactory<ZQFPCircularType>& circularTypeFactory;
+ZQ_EXPORT extern ZQFPTypeFactory<ZQFPTreeType>& treeTypeFactory;
+ZQ_EXPORT extern ZQFPTypeFactory<ZQFPUnhashedPathType>& uhpathTypeFactory;
+ZQ_EXPORT extern ZQFPTypeFactory<ZQFPUnhashedCircularType>& uhcircularTypeFactory;
+ZQ_EXPORT extern ZQFPTypeFactory<ZQFPUnhashedTreeType>& uhtreeTypeFactory;
 
 }  // namespace ZQKorvex

@@ -47,7 +47,7 @@ struct ZQMeasure {
   const char* name;
   bool isSymmetric;
   bool isDistance;     ///< equal fingerprints have 0.0, not 1.0
-  bool countsNeither;  ///< whether `neither` is counted
+  bool countsNeither;  ///< whether `neither` is computed, even if the formula doesn't use it
   /// The score of two different fingerprints; `ZQScoreOf` also handles equal ones.
   float (*ofCounts)(const ZQCounts& n, float alpha, float beta);
   /// The score of two fingerprints with `q` and `r` bits, `c` of them common: from 0.0 to 1.0 for

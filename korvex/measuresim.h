@@ -22,7 +22,8 @@
 namespace ZQKorvex {
 
 namespace ZQSimMeasure {
-/// The numbers in one list. Each has a row in measures_local.h, which doesn't compile without it.
+/// The numbers in one list. Each has a row in the library's table of measures, which doesn't
+/// compile without it.
 struct Number {
   enum : unsigned int { Tanimoto = 1, Cosine, Dice, Euclid, Tversky, Manhattan, End };
 };

@@ -1,6 +1,7 @@
 #pragma once
 
-/// The only place that turns exceptions into messages. Nearly all are lack of memory.
+/// The only place in the library proper that turns exceptions into messages. Nearly all are lack of
+/// memory.
 
 #include <exception>
 #include <new>

@@ -24,7 +24,13 @@ std::string ZQKorvexGetPlatform() { return "linux-g++10.x-x64"; }
 std::string ZQKorvexGetNonDebugRelease() { return "2.5.6.1"; }
 std::string ZQKorvexGetDebugRelease() { return "2.5.6.1 debug"; }
 std::string ZQKorvexGetRelease() { return ZQKorvexGetDebugRelease(); }
-std::string ZQKorvexGetConfigureArgs() { return "-std=c++20 -ffp-contract=off, g++ " __VERSION__; }
+std::string ZQKorvexGetConfigureArgs() {
+#ifdef __clang__
+  return "-std=c++20 -ffp-contract=off, " __VERSION__;
+#else
+  return "-std=c++20 -ffp-contract=off, g++ " __VERSION__;
+#endif
+}
 
 ZQLibraryVersion ZQKorvexVersion() { return {"zqtoolkit", "ZQKorvex", ZQKorvexGetRelease()}; }
 

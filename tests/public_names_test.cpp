@@ -148,9 +148,9 @@ const bool types[] = {
     Has<U64(U, U, U, U)>({&ZQFPUnhashedTreeType::GetIDFromParams}),
     Has<void(U64, U&, U&, U&, U&, U&)>({&ZQFPCircularType::SetParamsFromID}),
     Has<void(U64, U&, U&, U&, U&)>({&ZQFPUnhashedPathType::SetParamsFromID}),
-    Has<ZQFPTypeFactory<ZQFPPathType>, const ZQFPPathType*(V, U64) const>(
+    Has<ZQFPTypeFactory<ZQFPPathType>, const ZQFPPathType*(V, U64)>(
         {&ZQFPTypeFactory<ZQFPPathType>::GetFPType}),
-    Has<ZQFPTypeFactoryNoParams<ZQFPLingoType>, const ZQFPLingoType*(V) const>(
+    Has<ZQFPTypeFactoryNoParams<ZQFPLingoType>, const ZQFPLingoType*(V)>(
         {&ZQFPTypeFactoryNoParams<ZQFPLingoType>::GetFPType}),
     Has<ZQFPTypeParams, U() const>({&ZQFPTypeParams::GetNumBits}),
     Has<Text(Type)>({&ZQGetFingerPrintName}),

@@ -8,7 +8,9 @@ namespace Bostrel {
 
 bool ZQFileMapping::Map(int descriptor, std::uint64_t length, bool writable) {
   const int protection = writable ? PROT_READ | PROT_WRITE : PROT_READ;
-  void* base = mmap(nullptr, length, protection, MAP_SHARED, descriptor, 0);
+  // Some file systems refuse shared mappings, which only writing needs.
+  const int sharing = writable ? MAP_SHARED : MAP_PRIVATE;
+  void* base = mmap(nullptr, length, protection, sharing, descriptor, 0);
   if (base == MAP_FAILED) return false;
   base_ = base;
   length_ = length;

@@ -15,10 +15,13 @@ namespace Quarnel {
 template <class T>
 class Workspace {
  public:
-  Workspace() : object_(std::move(Spare())) {
+  Workspace() {
+    if (!isThreadEnding_) object_ = std::move(Spare());
     if (!object_) object_ = std::make_unique<T>();
   }
-  ~Workspace() { Spare() = std::move(object_); }
+  ~Workspace() {
+    if (!isThreadEnding_) Spare() = std::move(object_);
+  }
   Workspace(const Workspace&) = delete;
   Workspace& operator=(const Workspace&) = delete;
 
@@ -27,10 +30,16 @@ class Workspace {
 
  private:
   static std::unique_ptr<T>& Spare() {
-    thread_local std::unique_ptr<T> spare;
-    return spare;
+    struct Store {
+      ~Store() { isThreadEnding_ = true; }
+      std::unique_ptr<T> object;
+    };
+    thread_local Store store;
+    return store.object;
   }
 
+  // Destructors of static objects may still call the library after the thread's own are destroyed.
+  static inline thread_local bool isThreadEnding_ = false;
   std::unique_ptr<T> object_;
 };
 

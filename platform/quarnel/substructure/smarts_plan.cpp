@@ -65,16 +65,24 @@ class ExpressionRegistry {
     if (std::shared_ptr<const AtomExpression> known = entry.lock()) return known;
     expression.serial = ++lastSerial_;
     expression.frequency = GuessFrequency(expression);
-    std::shared_ptr<const AtomExpression> made(new AtomExpression(std::move(expression)),
-                                               [this, key](const AtomExpression* dead) {
-                                                 Forget(key);
-                                                 delete dead;
-                                               });
-    entry = made;
-    return made;
+    const auto made = std::make_shared<Registered>(std::move(expression), *this, key);
+    const std::shared_ptr<const AtomExpression> shared(made, &made->expression);
+    entry = shared;
+    return shared;
   }
 
  private:
+  // Removes itself. Only a complete object does: the lock is held while one is constructed.
+  struct Registered {
+    Registered(AtomExpression&& from, ExpressionRegistry& in, std::string as)
+        : expression(std::move(from)), registry(in), key(std::move(as)) {}
+    ~Registered() { registry.Forget(key); }
+
+    AtomExpression expression;
+    ExpressionRegistry& registry;
+    std::string key;
+  };
+
   void Forget(const std::string& key) {
     const std::lock_guard lock(mutex_);
     const auto found = expressions_.find(key);
