@@ -6,6 +6,8 @@
 #include <set>
 
 #include "korvex/fpkinds.h"
+#include "korvex/fptypes.h"
+#include "korvex/fpversion.h"
 #include "korvex/path.h"
 #include "tests/mol_helpers.h"
 
@@ -161,6 +163,19 @@ TEST(MakeFP, GivesEachKindItsOwnTypeAndNoOther) {
     EXPECT_EQ(fp.GetFPTypeBase(), type);
     EXPECT_EQ(reports.Take(), Texts(kind.HasParams() ? 1 : 0, "Assertion"));
   }
+}
+
+TEST(FPTypeFactory, OwnsOneTypeForEachKey) {
+  ZQFPTypeFactory<ZQFPPathType> own;
+  const std::uint64_t id = ZQGetFPType(ZQFPType::Path)->GetID();
+  const unsigned short version = ZQGetFingerPrintVersion(ZQFPType::Path);
+  EXPECT_EQ(own.GetFPType(version, id), own.GetFPType(version, id));
+  EXPECT_NE(own.GetFPType(version, id), own.GetFPType(0, id));
+  EXPECT_EQ(pathTypeFactory.GetFPType(version, id), ZQGetFPType(ZQFPType::Path));
+  EXPECT_NE(own.GetFPType(version, id), ZQGetFPType(ZQFPType::Path));
+  EXPECT_FALSE(ZQCanMakeFP(own.GetFPType(version, id)));
+  EXPECT_EQ(lingoTypeFactory.GetFPType(ZQGetFingerPrintVersion(ZQFPType::Lingo)),
+            ZQGetFPType(ZQFPType::Lingo));
 }
 
 TEST(MakeFP, WorksOnManyThreadsAtOnce) {
