@@ -49,7 +49,7 @@ void RunSteps(const ZQMolDatabase& molecules, int steps) {
 
 void PrintSteps(const ZQMolDatabase& molecules, unsigned int rounds) {
   const std::vector<std::string> names{"read",     "copy",       "hydrogens, rings, aromaticity",
-                                       "symmetry", "invariants", "walks and bits"};
+                                       "symmetry", "invariants", "paths and bits"};
   Race race;
   for (int steps = 1; steps <= 6; ++steps) {
     race.Add(names[static_cast<std::size_t>(steps - 1)], molecules.GetMaxMolIdx(),
@@ -75,7 +75,8 @@ int main(int argc, char** argv) {
   const auto rounds = static_cast<unsigned int>(Argument(argc, argv, 2, 7));
   ZQMolDatabase molecules;
   Check(molecules.Open(name), "molecule file");
-  const std::string folder = std::filesystem::temp_directory_path() / "korvex_create_bench";
+  const std::string folder =
+      std::filesystem::temp_directory_path() / ("korvex_create_bench_" + std::to_string(getpid()));
   std::filesystem::create_directories(folder);
   const auto database = [&](unsigned int threads) {
     return folder + "/" + std::to_string(threads) + ".fpbin";
