@@ -49,6 +49,7 @@ namespace {
 
 std::vector<ZQNamespacePrim> NamesOfMeasures() {
   std::vector<ZQNamespacePrim> names;
+  names.reserve(zqMeasures.size());
   for (const ZQMeasure& measure : zqMeasures) names.push_back({measure.name, measure.number, ""});
   return names;
 }
