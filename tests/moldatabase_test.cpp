@@ -141,7 +141,9 @@ TEST_F(MolDatabase, RefusesWhatItCannotOpen) {
     ASSERT_TRUE(db.Open(Write("good.smi", "C")));
     EXPECT_FALSE(db.Open(file));
     EXPECT_EQ(db.GetMaxMolIdx(), 0U);
-    EXPECT_EQ(reports.Take(), Texts{"Can't read molecules from " + file + ": " + cause});
+    std::string expected = "Can't read molecules from ";
+    expected.append(file).append(": ").append(cause);
+    EXPECT_EQ(reports.Take(), Texts{expected});
   }
 }
 

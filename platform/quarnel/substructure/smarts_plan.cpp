@@ -66,7 +66,7 @@ class ExpressionRegistry {
     expression.serial = ++lastSerial_;
     expression.frequency = GuessFrequency(expression);
     const auto made = std::make_shared<Registered>(std::move(expression), *this, key);
-    const std::shared_ptr<const AtomExpression> shared(made, &made->expression);
+    std::shared_ptr<const AtomExpression> shared(made, &made->expression);
     entry = shared;
     return shared;
   }
