@@ -92,13 +92,7 @@ std::uint64_t ZQPortableReachingOwn(const double* scores, std::size_t n, const d
   return MaskOf(n, [=](std::size_t i) { return !(scores[i] < bars[i]); });
 }
 
-constinit const ZQScanVariant zqScanPortable = {Scan,
-                                                nullptr,
-                                                nullptr,
-                                                zqPortableScores.data(),
-                                                ZQPortableBins,
-                                                ZQPortableReaching,
-                                                ZQPortableReachingOwn};
+constinit const ZQScanVariant zqScanPortable = ZQPortableBut(Scan);
 
 unsigned long ZQPopCountBitCount(const unsigned long* words, unsigned long count) {
   if (!ZQ_ASSERT(count % zqWordsPerUnit == 0)) return 0;

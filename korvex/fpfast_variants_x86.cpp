@@ -278,20 +278,8 @@ constinit const ZQScanVariant zqScanAvx512Vpopcntdq = {
     BinsAvx512, ReachingAvx512, ReachingOwnAvx512};
 constinit const ZQScanVariant zqScanAvx512 = {
     ScanAvx2, nullptr, nullptr, scoresAvx512.data(), BinsAvx512, ReachingAvx512, ReachingOwnAvx512};
-constinit const ZQScanVariant zqScanAvx2 = {ScanAvx2,
-                                            nullptr,
-                                            nullptr,
-                                            zqPortableScores.data(),
-                                            ZQPortableBins,
-                                            ZQPortableReaching,
-                                            ZQPortableReachingOwn};
-constinit const ZQScanVariant zqScanPopcnt = {ScanPopcnt,
-                                              nullptr,
-                                              nullptr,
-                                              zqPortableScores.data(),
-                                              ZQPortableBins,
-                                              ZQPortableReaching,
-                                              ZQPortableReachingOwn};
+constinit const ZQScanVariant zqScanAvx2 = ZQPortableBut(ScanAvx2);
+constinit const ZQScanVariant zqScanPopcnt = ZQPortableBut(ScanPopcnt);
 
 ZQ_TARGET_POPCNT unsigned long ZQPopCountPOPCNT(const unsigned long* words, unsigned long count) {
   if (!ZQ_ASSERT(count % zqWordsPerUnit == 0)) return 0;
