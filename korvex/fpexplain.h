@@ -1,0 +1,60 @@
+#pragma once
+
+/// The explanation of a similarity score: what two fingerprints count, the fragments that the two
+/// molecules share, and the weight of each atom.
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "contract/quarnel/subsearch.h"
+#include "korvex/fpatombondset.h"
+#include "korvex/fingerprint.h"
+#include "korvex/measuresim.h"
+
+namespace ZQKorvex {
+
+/// One occurrence in both molecules of a fragment with this text: pattern atoms and bonds are those
+/// of molecule a, targets those of b.
+struct ZQSharedFragment {
+  std::string text;
+  ZQMatch match;
+};
+
+struct ZQSimilarityExplanation {
+  /// What belongs to one of the two molecules.
+  struct Side {
+    ZQFingerPrint fp;
+    /// Items that the fingerprint holds: bits, substrings of a Lingo text, tokens of an unhashed
+    /// text.
+    unsigned int count = 0;
+    /// Atoms and bonds in shared fragments, as marks by index.
+    std::vector<bool> sharedAtoms;
+    std::vector<bool> sharedBonds;
+    /// Their share of the heavy atoms and of the bonds between them, 0.0 to 1.0.
+    double coveredAtoms = 0.0;
+    double coveredBonds = 0.0;
+    /// By atom index: the score minus that of the fingerprint without the bits to which the atom
+    /// contributes; with the opposite sign for a distance. Empty for kinds without fragments.
+    std::vector<double> weights;
+  };
+  std::array<Side, 2> sides;
+  /// Items that both fingerprints hold.
+  unsigned int both = 0;
+  /// The score by the measure.
+  double score = 0.0;
+  /// The matches of `ZQGetFPOverlap`, those with most atoms (then bonds) first, otherwise in its
+  /// order.
+  std::vector<ZQSharedFragment> overlap;
+};
+
+/// Explains the similarity of two molecules by a measure. A kind without fragments has counts and
+/// score only, after the warning of `ZQGetFPOverlap`. False if a fingerprint can't be made. The
+/// molecules must outlive the result, unchanged; both are written during the call and can't be read
+/// by another thread.
+ZQ_EXPORT bool ZQExplainSimilarity(ZQSimilarityExplanation& explanation, const ZQMolBase& a,
+                                   const ZQMolBase& b, const ZQFPTypeBase* type,
+                                   unsigned int measure = ZQSimMeasure::Tanimoto,
+                                   float alpha = 0.95F, float beta = 0.05F);
+
+}  // namespace ZQKorvex
