@@ -53,6 +53,22 @@ std::vector<std::string> HardSmiles() {
   };
 }
 
+// Whether atoms of equal index are equal, and bonded to equal ones.
+bool HasSameOrder(const ZQMol& a, const ZQMol& b) {
+  const auto atomsOf = [](const ZQMol& mol) {
+    std::vector<std::vector<unsigned int>> atoms;
+    for (auto atom = mol.GetAtoms(); atom; ++atom) {
+      std::vector<unsigned int> row;
+      for (auto bonded = atom->GetAtoms(); bonded; ++bonded) row.push_back(bonded->GetIdx());
+      std::sort(row.begin(), row.end());
+      row.push_back(atom->GetAtomicNum());
+      atoms.push_back(std::move(row));
+    }
+    return atoms;
+  };
+  return atomsOf(a) == atomsOf(b);
+}
+
 }  // namespace
 
 TEST(CanonicalSmiles, IsTheSameForEveryOrderAndReadsBack) {
@@ -71,6 +87,9 @@ TEST(CanonicalSmiles, IsTheSameForEveryOrderAndReadsBack) {
       const ZQMol shuffled = ShuffledWithStereo(mol, seed);
       EXPECT_EQ(ZQMolToCanonicalSmiles(shuffled), text) << smiles;
       EXPECT_EQ(ZQMolToCanonicalSmiles(ReadSmiles(ZQMolToSmiles(shuffled))), text) << smiles;
+      const ZQMol ordered = ReadSmiles(ZQMolToOrderedSmiles(shuffled));
+      EXPECT_EQ(ZQMolToCanonicalSmiles(ordered), text) << smiles;
+      EXPECT_TRUE(HasSameOrder(ordered, shuffled)) << smiles;
     }
     ZQMol prepared(mol);
     ZQSuppressHydrogens(prepared);

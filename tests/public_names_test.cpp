@@ -44,7 +44,7 @@ constexpr bool areDerived = (std::is_base_of_v<Base, Derived> && ...);
 
 // Molecules.
 const bool molecule[] = {
-    Has<Text(Mol)>({&ZQMolToSmiles, &ZQMolToCanonicalSmiles}),
+    Has<Text(Mol)>({&ZQMolToSmiles, &ZQMolToOrderedSmiles, &ZQMolToCanonicalSmiles}),
     Has<const char*(U)>({&ZQGetAtomicSymbol}),
     Has<void(ZQMolBase&)>({&ZQFindRingAtomsAndBonds, &ZQAssignHybridization}),
     Has<bool(ZQMolBase&, U, bool, U, bool)>({&ZQAssignAromaticFlags}),

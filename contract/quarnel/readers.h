@@ -28,6 +28,11 @@ ZQ_EXPORT bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles,
 /// and `\` describes it without describing a wrong one as well.
 ZQ_EXPORT std::string ZQMolToSmiles(const ZQMolBase& mol);
 
+/// The same with the atoms of the text in index order, so that reading it gives the same indices
+/// (but for holes). An atom that isn't bonded to the branch before it follows a dot, and ring
+/// closures make its bonds. Hydrogens that follow a bracket come between the atoms.
+ZQ_EXPORT std::string ZQMolToOrderedSmiles(const ZQMolBase& mol);
+
 /// Writes the canonical SMILES, stereo included. The text doesn't depend on the order of atoms and
 /// bonds, on whether hydrogens are explicit, or on the choice among equivalent Kekulé structures.
 /// Reading it gives a molecule with the same text. Components are sorted by their texts. Works on a

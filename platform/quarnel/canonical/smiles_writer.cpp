@@ -39,6 +39,7 @@ class SmilesWriter {
  public:
   SmilesWriter(const ZQMolBase& mol, const std::vector<unsigned int>& rank);
   std::vector<std::string> Write();
+  std::vector<std::string> WriteByRank();
   std::vector<ZQBondBase*> FindLostBonds() const;
 
  private:
@@ -94,8 +95,10 @@ class SmilesWriter {
     return atom.GetStereo() != ZQAtomStereo::None && atoms_[idx].degree == 3 &&
            atom.GetImplicitHCount() == 0;
   }
+  void Prepare();
   void FindLowerCase();
   void FindTree(std::uint32_t start);
+  std::vector<std::uint32_t> FindTreesByRank();
   void ChooseMarks();
   void EraseSystemsAt(std::uint32_t atom);
   bool IsMarked(std::uint32_t atom) const;
@@ -159,8 +162,7 @@ SmilesWriter::SmilesWriter(const ZQMolBase& mol, const std::vector<unsigned int>
   }
 }
 
-// Returns the texts of the components.
-std::vector<std::string> SmilesWriter::Write() {
+void SmilesWriter::Prepare() {
   FindLowerCase();
   for (const Bond& bond : bonds_) {
     if (!IsWrittenDouble(bond)) continue;
@@ -168,6 +170,11 @@ std::vector<std::string> SmilesWriter::Write() {
     ++atoms_[bond.end].doubles;
   }
   ChooseMarks();
+}
+
+// Returns the texts of the components.
+std::vector<std::string> SmilesWriter::Write() {
+  Prepare();
   std::vector<std::string> parts;
   for (std::uint32_t a = 0; a < atoms_.size(); ++a) {
     if (atoms_[a].visit != 0) continue;
@@ -175,6 +182,17 @@ std::vector<std::string> SmilesWriter::Write() {
     // component's first atom matters, the text starts with a neighbour.
     const std::uint32_t start = HasLonePairStereo(a) ? Edges(a).front().atom : a;
     FindTree(start);
+    WritePart(start);
+    parts.push_back(std::exchange(text_, {}));
+  }
+  return parts;
+}
+
+// Returns texts which, joined, have all atoms in order of rank. Ring closures connect them.
+std::vector<std::string> SmilesWriter::WriteByRank() {
+  Prepare();
+  std::vector<std::string> parts;
+  for (const std::uint32_t start : FindTreesByRank()) {
     WritePart(start);
     parts.push_back(std::exchange(text_, {}));
   }
@@ -229,6 +247,30 @@ void SmilesWriter::FindTree(std::uint32_t start) {
     bonds_[edge.bond].isTree = true;
     stack.push_back({edge.atom, 0});
   }
+}
+
+// Attaches each atom to the last one of the current branch that is bonded to it. If there is none,
+// it starts another tree. Returns the starts.
+std::vector<std::uint32_t> SmilesWriter::FindTreesByRank() {
+  std::vector<std::uint32_t> starts;
+  std::vector<std::uint32_t> branch;
+  for (std::uint32_t a = 0; a < atoms_.size(); ++a) {
+    atoms_[a].visit = a + 1;
+    const auto isBonded = [this, a](std::uint32_t parent) {
+      for (const Edge& edge : Edges(a)) {
+        if (edge.atom == parent) atoms_[a].parentBond = edge.bond;
+      }
+      return atoms_[a].parentBond != none;
+    };
+    while (!branch.empty() && !isBonded(branch.back())) branch.pop_back();
+    if (branch.empty()) {
+      starts.push_back(a);
+    } else {
+      bonds_[atoms_[a].parentBond].isTree = true;
+    }
+    branch.push_back(a);
+  }
+  return starts;
 }
 
 // Each end of a double bond with a configuration gets a mark on one of its other bonds. A mark also
@@ -532,10 +574,11 @@ bool HasBondsWithoutOrder(const ZQMolBase& mol) {
 
 namespace {
 
-std::string WriteInOrder(const ZQMolBase& mol) {
+std::string WriteInOrder(const ZQMolBase& mol, bool keepOrder) {
   std::vector<unsigned int> rank(mol.GetMaxAtomIdx());
   std::iota(rank.begin(), rank.end(), 0U);
-  return JoinSmilesParts(WriteSmilesParts(mol, rank, nullptr));
+  SmilesWriter writer(mol, rank);
+  return JoinSmilesParts(keepOrder ? writer.WriteByRank() : writer.Write());
 }
 
 // Whether an aromatic atom of the molecule is in no ring of the written one.
@@ -546,17 +589,15 @@ bool HasLostRings(const ZQMolBase& mol, const ZQMolBase& written) {
   return false;
 }
 
-}  // namespace
-
-std::string ZQMolToSmiles(const ZQMolBase& mol) {
-  if (!HasBondsWithoutOrder(mol)) return WriteInOrder(mol);
+std::string WriteSmiles(const ZQMolBase& mol, bool keepOrder) {
+  if (!HasBondsWithoutOrder(mol)) return WriteInOrder(mol, keepOrder);
   ZQGraphMol written(mol);
   for (unsigned int b = 0; b < mol.GetMaxBondIdx(); ++b) {
     ZQBondBase* bond = written.GetBondAt(b);
     if (bond && bond->GetOrder() == 0) written.DeleteBond(bond);
   }
   ZQFindRingAtomsAndBonds(written);
-  if (!HasLostRings(mol, written)) return WriteInOrder(mol);
+  if (!HasLostRings(mol, written)) return WriteInOrder(mol, keepOrder);
   // A ring closed by such a bond can't be read back as aromatic.
   ZQAssignAromaticFlags(written, 2, true, 0, false);
   ZQGraphMol flagged(mol);
@@ -566,7 +607,13 @@ std::string ZQMolToSmiles(const ZQMolBase& mol) {
   for (auto bond = written.GetBonds(); bond; ++bond) {
     flagged.GetBondAt(bond->GetIdx())->SetAromatic(bond->IsAromatic());
   }
-  return WriteInOrder(flagged);
+  return WriteInOrder(flagged, keepOrder);
 }
+
+}  // namespace
+
+std::string ZQMolToSmiles(const ZQMolBase& mol) { return WriteSmiles(mol, false); }
+
+std::string ZQMolToOrderedSmiles(const ZQMolBase& mol) { return WriteSmiles(mol, true); }
 
 }  // namespace Quarnel
