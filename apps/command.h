@@ -28,6 +28,7 @@ extern const Command createCommand;
 extern const Command searchCommand;
 extern const Command fingerprintCommand;
 extern const Command compareCommand;
+extern const Command explainCommand;
 extern const Command substructureCommand;
 extern const Command infoCommand;
 extern const Command histogramCommand;

@@ -3,7 +3,6 @@
 
 #include "apps/molecules.h"
 #include "apps/options.h"
-#include "korvex/fpkinds.h"
 #include "korvex/measuresim.h"
 
 namespace KorvexProgram {
@@ -34,8 +33,7 @@ int Run(const ZQInterface& interface) {
   const auto alpha = interface.Get<float>("-alpha");
   const auto beta = interface.Get<float>("-beta");
   for (unsigned int measure = 1; ZQSimMeasure::IsValid(measure); ++measure) {
-    // Only Tanimoto compares texts; the others count bits.
-    if (measure != ZQSimMeasure::Tanimoto && ZQFindFPKind(type)->IsUnhashed()) break;
+    if (!IsComparedBy(type, measure)) continue;
     std::printf("%s\t%.6f\n", ZQGetSimilarityMeasureName(measure).c_str(),
                 ZQGetSimilarity(measure, a, b, alpha, beta));
   }

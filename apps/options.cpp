@@ -134,6 +134,10 @@ const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds) {
   return isTaken ? type : nullptr;
 }
 
+bool IsComparedBy(const ZQFPTypeBase* type, unsigned int measure) {
+  return measure == ZQSimMeasure::Tanimoto || !ZQFindFPKind(type)->IsUnhashed();
+}
+
 void AddTverskyCoeffs(ZQInterface& interface) {
   ZQInterface* group = interface.GetInterface("fingerprint database search options");
   if (!group) group = &interface;

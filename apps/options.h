@@ -29,6 +29,10 @@ void AddTypeOptions(ZQInterface& interface, Kinds kinds);
 /// it, or if the command doesn't accept it: a database needs multiples of 256 bits.
 const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
 
+/// Whether fingerprints of a type are compared by this measure: texts of fragments by Tanimoto
+/// only.
+bool IsComparedBy(const ZQFPTypeBase* type, unsigned int measure);
+
 /// "-alpha" and "-beta" of Tversky, next to the other search options if there are any.
 void AddTverskyCoeffs(ZQInterface& interface);
 void SetTverskyCoeffs(ZQFPDatabaseOptions& options, const ZQInterface& interface);

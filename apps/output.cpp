@@ -2,12 +2,11 @@
 
 #include <rapidjson/encodings.h>
 #include <rapidjson/memorystream.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <cinttypes>
 #include <cstdio>
 
+#include "apps/json.h"
 #include "korvex/fpkinds.h"
 
 namespace KorvexProgram {
@@ -28,6 +27,12 @@ std::string FingerPrintField(const ZQFingerPrint& fp) {
   if (fp.GetSize() == 0) return text;
   text = reinterpret_cast<const char*>(fp.Words());
   text.erase(text.find_last_not_of(' ') + 1);  // the padding of the unhashed kinds
+  return text;
+}
+
+std::string Decimals(double number, int decimals) {
+  char text[400];  // the longest double
+  std::snprintf(text, sizeof text, "%.*f", decimals, number);
   return text;
 }
 
@@ -52,35 +57,28 @@ HitWriter::HitWriter(bool json) : json_(json) {
 }
 
 void HitWriter::Write(const Hit& hit) {
-  char score[32];
-  const int length = std::snprintf(score, sizeof score, "%.6f", hit.score);
   if (!json_) {
-    std::printf("%u\t%u\t%s\t%" PRIu64 "\t%s\t%s\n", hit.query, hit.rank, score, hit.index,
-                TsvField(hit.title).c_str(), TsvField(hit.smiles).c_str());
+    std::printf("%u\t%u\t%s\t%" PRIu64 "\t%s\t%s\n", hit.query, hit.rank,
+                Decimals(hit.score, 6).c_str(), hit.index, TsvField(hit.title).c_str(),
+                TsvField(hit.smiles).c_str());
     return;
   }
-  const std::string title = ValidUtf8(hit.title);
-  const std::string smiles = ValidUtf8(hit.smiles);
-  rapidjson::StringBuffer text;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-  const auto writeText = [&writer](const std::string& value) {
-    writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
-  };
-  writer.StartObject();
-  writer.Key("query");
-  writer.Uint(hit.query);
-  writer.Key("rank");
-  writer.Uint(hit.rank);
-  writer.Key("score");
-  writer.RawValue(score, static_cast<std::size_t>(length), rapidjson::kNumberType);
-  writer.Key("index");
-  writer.Uint64(hit.index);
-  writer.Key("title");
-  writeText(title);
-  writer.Key("smiles");
-  writeText(smiles);
-  writer.EndObject();
-  std::printf("%s\n%s", first_ ? "" : ",", text.GetString());
+  JsonWriter writer;
+  writer.Object([&] {
+    writer.Key("query");
+    writer.Number(hit.query);
+    writer.Key("rank");
+    writer.Number(hit.rank);
+    writer.Key("score");
+    writer.Number(hit.score, 6);
+    writer.Key("index");
+    writer.Number(hit.index);
+    writer.Key("title");
+    writer.Text(hit.title);
+    writer.Key("smiles");
+    writer.Text(hit.smiles);
+  });
+  std::printf("%s\n%s", first_ ? "" : ",", std::string(writer.Get()).c_str());
   first_ = false;
 }
 

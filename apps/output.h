@@ -16,8 +16,15 @@ std::string TsvField(std::string text);
 /// The bits in hexadecimal, byte 0 first; for a Lingo or unhashed fingerprint its text.
 std::string FingerPrintField(const ZQFingerPrint& fp);
 
+/// The number with that many decimals.
+std::string Decimals(double number, int decimals);
+
 /// The text as UTF-8: each byte that isn't part of a valid sequence becomes U+FFFD.
 std::string ValidUtf8(const std::string& text);
+
+/// Writes a file as a whole: a text that can't be written leaves no file, and an existing one as it
+/// was. "-" is standard output. False after a message.
+bool WriteFile(const std::string& filename, const std::string& text);
 
 /// A hit of a search, with the data that identify its molecule.
 struct Hit {

@@ -60,7 +60,8 @@ class ZQ_EXPORT ZQParameter {
   ZQParameter& SetVisibility(unsigned int visibility);
   unsigned int GetVisibility() const { return visibility_; }
 
-  /// Makes the parameter required and identified by its position among the words without a dash.
+  /// Makes the parameter identified by its position among the words without a dash. It is required
+  /// unless it has a default; those after one with a default need defaults too.
   ZQParameter& SetPositional();
   bool IsPositional() const { return positional_; }
 

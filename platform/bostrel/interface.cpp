@@ -286,7 +286,7 @@ bool ZQParseCommandLine(ZQInterface& interface, const std::vector<std::string>& 
     }
     if (!parameter->SetText(words[i])) return false;
   }
-  if (place < positional.size()) {
+  if (place < positional.size() && !positional[place]->HasDefault()) {
     ZQThrow.Warning("argument %s is missing", positional[place]->GetName().c_str());
     return false;
   }
@@ -387,7 +387,10 @@ std::string ZQGetHelp(const ZQInterface& interface, bool details, unsigned int v
   std::string usage = "usage: " + interface.GetName();
   bool options = false;
   VisitParameters(interface, [&](const ZQParameter& parameter) {
-    if (parameter.IsPositional()) usage += " " + parameter.GetName();
+    if (parameter.IsPositional()) {
+      const std::string& name = parameter.GetName();
+      usage += parameter.HasDefault() ? " [" + name + "]" : " " + name;
+    }
     options = options || !parameter.IsPositional();
   });
   if (options) usage += " [options]";
