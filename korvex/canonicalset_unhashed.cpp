@@ -8,6 +8,8 @@ namespace ZQKorvex {
 
 namespace {
 
+constexpr std::int8_t mostNeighbours = std::numeric_limits<std::int8_t>::max();
+
 std::vector<unsigned int> OrdersOf(const std::vector<std::string>& texts) {
   std::vector<unsigned int> byText(texts.size());
   std::iota(byText.begin(), byText.end(), 0U);
@@ -130,12 +132,11 @@ bool ZQUnHashedCanonicalIdGenerator::ListNeighbours(unsigned int atom) {
   std::sort(subset_.sortedBonds.begin() + static_cast<std::ptrdiff_t>(first),
             subset_.sortedBonds.end());
   const std::size_t degree = subset_.neighbours.size() - first;
-  constexpr std::int8_t most = std::numeric_limits<std::int8_t>::max();
   if (!ZQ_ASSERT(degree != 0)) return false;
-  if (degree > most) {
+  if (degree > mostNeighbours) {
     const std::string message =
-        std::to_string(degree) + " is greater than the maximum " + std::to_string(most);
-    return ZQ_ASSERT_MSG(degree <= most, message.c_str());
+        std::to_string(degree) + " is greater than the maximum " + std::to_string(mostNeighbours);
+    return ZQ_ASSERT_MSG(degree <= mostNeighbours, message.c_str());
   }
   subset_.first[atom] = static_cast<unsigned int>(first);
   state_.atomRecords[atom].degree = static_cast<std::int8_t>(degree);
@@ -180,6 +181,19 @@ void ZQUnHashedCanonicalIdGenerator::WriteOut(std::string& id) {
       return;
     }
   }
+}
+
+bool ZQHasNameableEnvironments(const ZQMolBase& mol, const char* operation) {
+  constexpr unsigned int most = mostNeighbours;
+  for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
+    const ZQAtomBase* atom = mol.GetAtomAt(i);
+    const unsigned int neighbours = atom ? atom->GetHvyDegree() : 0;
+    if (neighbours <= most) continue;
+    ZQThrow.Error("%s : an atom with %u neighbours (at most %u can be told apart in a text)",
+                  operation, neighbours, most);
+    return false;
+  }
+  return true;
 }
 
 }  // namespace ZQKorvex

@@ -65,4 +65,8 @@ class ZQUnHashedCanonicalIdGenerator {
   std::vector<unsigned int> branched_;  // atoms with an open parenthesis
 };
 
+/// Whether no atom has more neighbours than the text of an environment can order. False after
+/// reporting an error with the operation's name.
+bool ZQHasNameableEnvironments(const ZQMolBase& mol, const char* operation);
+
 }  // namespace ZQKorvex

@@ -5,6 +5,7 @@
 
 #include "korvex/circular.h"
 #include "korvex/fpatomtyper.h"
+#include "korvex/fppattern_local.h"
 #include "korvex/fptypes.h"
 #include "korvex/fpversion.h"
 #include "korvex/lingo.h"
@@ -40,6 +41,8 @@ const ZQFPTypeBase* Intern(unsigned short version, std::uint64_t id) {
 
 constexpr unsigned int any = ~0U;
 
+constexpr ZQFPKindFragments noFragments{nullptr, nullptr, nullptr, nullptr, false, zqNoFragments};
+
 constexpr ZQFPKind rows[] = {
     {.number = ZQFPType::Path,
      .name = "Path",
@@ -55,6 +58,8 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = true,
      .make = ZQMakePathFP,
      .intern = Intern<ZQFPPathType>,
+     .fragments = {ZQGetPathFPPatterns, ZQGetPathFPCoverage, ZQGetPathFPOverlap,
+                   ZQCollectPathFragments, true, nullptr},
      .texts = {"ZQMakePathFP()", "ZQMakePathFP : invalid path fingerprint type!", false,
                "Unrecognised data in ZQFPPathType!", "path", "!", ""}},
     {.number = ZQFPType::Circular,
@@ -71,6 +76,8 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = false,  // costs more than it saves on environments
      .make = ZQMakeCircularFP,
      .intern = Intern<ZQFPCircularType>,
+     .fragments = {ZQGetCircularFPPatterns, ZQGetCircularFPCoverage, ZQGetCircularFPOverlap,
+                   ZQCollectCircularFragments, false, nullptr},
      .texts = {"ZQMakeCircularFP()", "ZQMakeCircularFP : invalid circular fingerprint type", false,
                "Unrecognised data in ZQFPCircularType!", "circular", "", " 5"}},
     {.number = ZQFPType::Tree,
@@ -87,6 +94,8 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = true,
      .make = ZQMakeTreeFP,
      .intern = Intern<ZQFPTreeType>,
+     .fragments = {ZQGetTreeFPPatterns, ZQGetTreeFPCoverage, ZQGetTreeFPOverlap,
+                   ZQCollectTreeFragments, false, nullptr},
      .texts = {"ZQMakeTreeFP()", "ZQMakeTreeFP ;invalid tree fingerprint type", true,
                "Unrecognised data in ZQFPTreeType!", "tree", "", ""}},
     {.number = ZQFPType::UnhashedPath,
@@ -103,6 +112,7 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = true,
      .make = ZQMakeUnhashedPathFP,
      .intern = Intern<ZQFPUnhashedPathType>,
+     .fragments = noFragments,
      .texts = {"ZQMakeUnhashedPathFP()", "Invalid path fingerprint type", true,
                "Unrecognised data!", nullptr, nullptr, nullptr}},
     {.number = ZQFPType::UnhashedCircular,
@@ -119,6 +129,7 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = false,
      .make = ZQMakeUnhashedCircularFP,
      .intern = Intern<ZQFPUnhashedCircularType>,
+     .fragments = noFragments,
      .texts = {"ZQMakeUnhashedCircularFP()", "Invalid circular fingerprint type", true,
                "Unrecognised data!", nullptr, nullptr, nullptr}},
     {.number = ZQFPType::UnhashedTree,
@@ -135,6 +146,7 @@ constexpr ZQFPKind rows[] = {
      .perceivesSymmetry = true,
      .make = ZQMakeUnhashedTreeFP,
      .intern = Intern<ZQFPUnhashedTreeType>,
+     .fragments = noFragments,
      .texts = {"ZQMakeUnhashedTreeFP()", "Invalid unhashed tree fingerprint type", true,
                "Unrecognised data!", nullptr, nullptr, nullptr}},
     {.number = ZQFPType::MACCS166,
@@ -152,6 +164,8 @@ constexpr ZQFPKind rows[] = {
      .make = [](ZQFingerPrint& fp, const ZQMolBase& mol,
                 const ZQFPTypeBase*) { return ZQMakeMACCS166FP(fp, mol); },
      .intern = Intern<ZQFPMACCS166Type>,
+     .fragments = {nullptr, ZQGetMACCSFPCoverage, ZQGetMACCSFPOverlap, ZQCollectMACCSFragments,
+                   false, "is not available for MACCS fingerprint!"},
      .texts = {"ZQMakeMACCS166FP()", nullptr, false, nullptr, nullptr, nullptr, nullptr}},
     {.number = ZQFPType::Lingo,
      .name = "Lingo",
@@ -168,6 +182,8 @@ constexpr ZQFPKind rows[] = {
      .make = [](ZQFingerPrint& fp, const ZQMolBase& mol,
                 const ZQFPTypeBase*) { return ZQMakeLingoFP(fp, mol); },
      .intern = Intern<ZQFPLingoType>,
+     .fragments = {nullptr, nullptr, nullptr, nullptr, false,
+                   "is not available for Lingo fingerprint!"},
      .texts = {"ZQMakeLingoFP()", nullptr, false, nullptr, nullptr, nullptr, nullptr}},
 };
 

@@ -13,7 +13,15 @@
 
 #include "korvex/fingerprint.h"
 
+namespace Quarnel {
+class ZQAtomBondSet;
+class ZQMatchBase;
+}  // namespace Quarnel
+
 namespace ZQKorvex {
+
+class ZQFPFragments;
+class ZQFPPattern;
 
 /// The parameters of a type, unpacked. Kinds without bits or distances leave them at 0.
 struct ZQFPTypeValues {
@@ -46,6 +54,20 @@ struct ZQFPKindTexts {
   const char* ofMaxDistance;  ///< follows the name in that about the largest distance
 };
 
+/// The functions that explain a fingerprint by the fragments of molecules (fppattern.h); null where
+/// a kind has none.
+struct ZQFPKindFragments {
+  ZQIter<ZQFPPattern> (*patterns)(const ZQMolBase& mol, const ZQFPTypeBase* type);
+  ZQIter<ZQAtomBondSet> (*coverage)(const ZQMolBase& mol, const ZQFPTypeBase* type, bool unique);
+  ZQIter<ZQMatchBase> (*overlap)(const ZQMolBase& a, const ZQMolBase& b, const ZQFPTypeBase* type);
+  /// For the library: collects the fragments of a valid molecule, with their bits if `withBits`.
+  /// Returns false after a message. May throw `std::bad_alloc`.
+  bool (*collect)(ZQFPFragments& fragments, const ZQMolBase& mol, const ZQFPTypeBase* type,
+                  bool withBits);
+  bool dropsEqualMatches;  ///< from an overlap
+  const char* missing;     ///< the end of the warning where there is none
+};
+
 /// One kind of fingerprint.
 struct ZQFPKind {
   unsigned int number;         ///< stored in files, never renumbered; unhashed kinds from 9000 on
@@ -64,6 +86,7 @@ struct ZQFPKind {
   bool (*make)(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type);
   /// The unique type of a version and id (fptypes.h). Doesn't check either.
   const ZQFPTypeBase* (*intern)(unsigned short version, std::uint64_t id);
+  ZQFPKindFragments fragments;
   ZQFPKindTexts texts;
 
   bool HasParams() const { return distanceKey != nullptr; }

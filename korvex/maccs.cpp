@@ -14,8 +14,8 @@ namespace ZQKorvex {
 namespace {
 
 // Key by atomic number, 0 if none.
-constexpr std::array<std::uint8_t, 113> atomicNumBit = [] {
-  std::array<std::uint8_t, 113> keys{};
+constexpr std::array<std::uint8_t, zqMACCSElements> atomicNumBit = [] {
+  std::array<std::uint8_t, zqMACCSElements> keys{};
   const auto set = [&keys](std::uint8_t key, std::initializer_list<std::uint8_t> atomicNums) {
     for (const std::uint8_t atomicNum : atomicNums) keys[atomicNum] = key;
   };
@@ -193,10 +193,8 @@ void SetKey(ZQFingerPrint& fp, unsigned int key) { fp.SetBitOn(key - 1); }
 void SetElementKeys(ZQFingerPrint& fp, const ZQMolBase& mol) {
   for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
     const ZQAtomBase* atom = mol.GetAtomAt(i);
-    const unsigned int atomicNum = atom ? atom->GetAtomicNum() : 0;
-    if (atomicNum < atomicNumBit.size() && atomicNumBit[atomicNum] != 0) {
-      SetKey(fp, atomicNumBit[atomicNum]);
-    }
+    const unsigned int key = atom ? ZQMACCSElementKey(atom->GetAtomicNum()) : 0;
+    if (key != 0) SetKey(fp, key);
   }
 }
 
@@ -228,6 +226,10 @@ bool Fill(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
 }
 
 }  // namespace
+
+unsigned int ZQMACCSElementKey(unsigned int atomicNum) {
+  return atomicNum < atomicNumBit.size() ? atomicNumBit[atomicNum] : 0;
+}
 
 MACCS166Keys::MACCS166Keys() {
   reserve(std::size(rows));

@@ -30,6 +30,11 @@ class MACCS166Keys : public std::vector<MACCSKey> {
   static const MACCS166Keys& Get();
 };
 
+/// Elements with a key have atomic numbers below this.
+inline constexpr unsigned int zqMACCSElements = 113;
+/// The key of an element; 0 for none.
+unsigned int ZQMACCSElementKey(unsigned int atomicNum);
+
 /// Sets the bits of a prepared molecule in a fingerprint of 166 clear bits.
 void ZQMakeMACCS166SetBits(ZQFingerPrint& fp, const ZQMolBase& mol);
 

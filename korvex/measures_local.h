@@ -151,6 +151,10 @@ inline bool ZQIsSymmetric(unsigned int measure) {
   return !row || row->isSymmetric;
 }
 
+/// The counts of what Tanimoto compares: bits, substrings of Lingo texts or tokens of unhashed
+/// ones.
+ZQCounts ZQCountItems(const ZQFingerPrint& a, const ZQFingerPrint& b);
+
 /// The score of the counts by a measure; 0.0 if they aren't valid.
 inline float ZQScoreOf(const ZQMeasure& measure, const ZQCounts& n, float alpha, float beta) {
   if (!n.valid) return 0.0F;

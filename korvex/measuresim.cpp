@@ -52,6 +52,21 @@ ZQCounts CountsOf(const ZQFingerPrint& a, const ZQFingerPrint& b, bool withNeith
 
 }  // namespace
 
+ZQCounts ZQCountItems(const ZQFingerPrint& a, const ZQFingerPrint& b) {
+  const ZQFPMeasures measures = MeasuresOf(a);
+  if (measures != ZQFPMeasures::Tokens && measures != ZQFPMeasures::TokensOrBits) {
+    return CountsOf(a, b, true);
+  }
+  const std::vector<std::string_view> tokensA = SortedTokens(a);
+  const std::vector<std::string_view> tokensB = SortedTokens(b);
+  ZQCounts n;
+  n.both = ZQCheckedUnsigned(ZQMultisetCommonOf(tokensA, tokensB));
+  n.onlyA = ZQCheckedUnsigned(tokensA.size()) - n.both;
+  n.onlyB = ZQCheckedUnsigned(tokensB.size()) - n.both;
+  n.valid = true;
+  return n;
+}
+
 std::string ZQGetSimilarityMeasureName(unsigned int measure) {
   const ZQMeasure* row = ZQFindMeasure(measure);
   return row ? row->name : "unknown";

@@ -6,9 +6,9 @@
 
 namespace ZQKorvex {
 
-/// Tanimoto of two sorted vectors as multisets. Two empty ones give a NaN.
+/// The number of items that two sorted vectors share as multisets.
 template <class Item>
-float ZQMultisetTanimotoOf(const std::vector<Item>& a, const std::vector<Item>& b) {
+std::size_t ZQMultisetCommonOf(const std::vector<Item>& a, const std::vector<Item>& b) {
   std::size_t common = 0;
   for (auto i = a.begin(), j = b.begin(); i != a.end() && j != b.end();) {
     if (*i == *j) {
@@ -21,6 +21,13 @@ float ZQMultisetTanimotoOf(const std::vector<Item>& a, const std::vector<Item>& 
       ++j;
     }
   }
+  return common;
+}
+
+/// Tanimoto of two sorted vectors as multisets. Two empty ones give a NaN.
+template <class Item>
+float ZQMultisetTanimotoOf(const std::vector<Item>& a, const std::vector<Item>& b) {
+  const std::size_t common = ZQMultisetCommonOf(a, b);
   return static_cast<float>(common) / static_cast<float>(a.size() + b.size() - common);
 }
 

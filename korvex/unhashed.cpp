@@ -52,20 +52,6 @@ bool HoldsIds(const ZQFingerPrint& fp, const Ids& ids) {
   return rest.find_first_not_of(' ') == std::string_view::npos;
 }
 
-// Whether no atom has more neighbours than the text of an environment can order. False after
-// reporting an error.
-bool HasNameableEnvironments(const ZQMolBase& mol) {
-  constexpr unsigned int most = std::numeric_limits<std::int8_t>::max();
-  for (auto atom = mol.GetAtoms(); atom; ++atom) {
-    const unsigned int neighbours = atom->GetHvyDegree();
-    if (neighbours <= most) continue;
-    ZQThrow.Error("%s : an atom with %u neighbours (at most %u can be told apart in a text)",
-                  ZQGetFPKind(ZQFPType::UnhashedCircular).texts.operation, neighbours, most);
-    return false;
-  }
-  return true;
-}
-
 bool AddPaths(const ZQMolBase& mol, std::vector<std::string>& atomIds,
               std::vector<std::string>& bondIds, const ZQFPTypeValues& values, ZQAddText add) {
   PathGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
@@ -81,7 +67,8 @@ bool FillPaths(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPKind& kind,
 bool AddEnvironments(const ZQMolBase& mol, std::vector<std::string>& atomIds,
                      std::vector<std::string>& bondIds, const ZQFPTypeValues& values,
                      ZQAddText add) {
-  if (values.maxDistance != 0 && !HasNameableEnvironments(mol)) return false;
+  const char* const operation = ZQGetFPKind(ZQFPType::UnhashedCircular).texts.operation;
+  if (values.maxDistance != 0 && !ZQHasNameableEnvironments(mol, operation)) return false;
   if (values.minDistance > values.maxDistance) return true;  // no environment has such a radius
   CircularGenerator<std::string>(mol, atomIds, bondIds, values.minDistance, values.maxDistance)
       .ForEachCircular(add);

@@ -10,7 +10,7 @@
 #include <random>
 #include <set>
 
-#include "korvex/addresshash_local.h"
+#include "korvex/fpmatch.h"
 #include "korvex/circular_local.h"
 #include "korvex/tree_local.h"
 #include "tests/generator_helpers.h"

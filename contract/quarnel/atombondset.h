@@ -12,11 +12,13 @@ class ZQ_EXPORT ZQAtomBondSet {
  public:
   ZQAtomBondSet() = default;
   ZQAtomBondSet(const ZQAtomBondSet&) = default;
+  ZQAtomBondSet(ZQAtomBondSet&&) noexcept = default;
   /// The set that corresponds to `other` in a copy of its molecule: each atom and bond is replaced
   /// by the table's entry for its index. Those whose entry is null or missing are omitted.
   ZQAtomBondSet(const ZQAtomBondSet& other, const std::vector<ZQAtomBase*>& atoms,
                 const std::vector<ZQBondBase*>& bonds);
   ZQAtomBondSet& operator=(const ZQAtomBondSet&) = default;
+  ZQAtomBondSet& operator=(ZQAtomBondSet&&) noexcept = default;
   virtual ~ZQAtomBondSet() = default;
   /// Returns a new set of the same atoms and bonds, owned by the caller.
   virtual ZQAtomBondSet* CreateCopy() const { return new ZQAtomBondSet(*this); }

@@ -1,0 +1,160 @@
+#pragma once
+
+/// The inner model of explanations, common to all kinds: the fragments of one molecule with the
+/// bits that they set, and what two molecules share.
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "contract/quarnel/graphmol.h"
+#include "korvex/fpkinds_local.h"
+#include "korvex/fpmatch_local.h"
+#include "korvex/fppattern.h"
+#include "korvex/memory_local.h"
+
+namespace ZQKorvex {
+
+/// The end of the warning for a kind that isn't in the table or has no text of its own.
+inline constexpr char zqNoFragments[] = "unknown fingerprint type!";
+
+/// A prepared copy of a molecule, and the way back to the caller's atoms and bonds. The caller's
+/// molecule is tagged only while it is copied.
+class ZQTracedCopy {
+ public:
+  ZQTracedCopy(const ZQMolBase& mol, unsigned int fptype);
+
+  ZQGraphMol& Mol() { return copy_; }
+  /// The caller's atom or bond for one of the copy.
+  ZQAtomBase* Original(const ZQAtomBase& atom) const { return atoms_[atom.GetIdx()]; }
+  ZQBondBase* Original(const ZQBondBase& bond) const { return bonds_[bond.GetIdx()]; }
+  ZQAtomBondSet Original(const ZQAtomBondSet& set) const { return {set, atoms_, bonds_}; }
+  /// The target side of a match.
+  ZQAtomBondSet Original(const ZQMatchBase& match) const;
+
+ private:
+  ZQGraphMol copy_;
+  std::vector<ZQAtomBase*> atoms_;  // by index
+  std::vector<ZQBondBase*> bonds_;
+};
+
+/// The fragments of one molecule.
+class ZQFPFragments {
+ public:
+  /// Occurrences of one key are occurrences of one fragment. Ascending keys are the order of an
+  /// overlap; the number is 0 where the texts alone order them.
+  using Key = std::pair<unsigned int, std::string>;
+  struct Occurrence {
+    ZQAtomBondSet set;  // of the caller's molecule
+    const Key* key;
+  };
+  /// A bit, and an occurrence that sets it.
+  struct Setting {
+    unsigned int bit;
+    std::size_t occurrence;
+  };
+  using Groups = std::map<Key, std::vector<std::size_t>>;
+
+  /// Adds an occurrence, unless its key has one of the same atoms and bonds; returns its place.
+  std::size_t Add(const Key& key, ZQAtomBondSet set) {
+    const auto group = groups_.try_emplace(key).first;
+    const std::size_t before = occurrences_.Items().size();
+    const std::size_t place = occurrences_.Add({std::move(set), &group->first});
+    if (place == before) group->second.push_back(place);
+    return place;
+  }
+  void AddBit(unsigned int bit, std::size_t occurrence) { settings_.push_back({bit, occurrence}); }
+
+  const ZQAtomBondSet& operator[](std::size_t place) const {
+    return occurrences_.Items()[place].set;
+  }
+  const Groups& GetGroups() const { return groups_; }
+  const std::vector<Setting>& GetSettings() const { return settings_; }
+
+ private:
+  struct Equal {
+    bool operator()(const Occurrence& a, const Occurrence& b) const {
+      return a.key == b.key && ZQEqualAtomBondSet()(a.set, b.set);
+    }
+  };
+
+  ZQDistinct<Occurrence, Equal> occurrences_;
+  Groups groups_;
+  std::vector<Setting> settings_;
+};
+
+inline unsigned int ZQGetAddressHash(const ZQFPFragments::Occurrence& occurrence) {
+  return ZQGetAddressHash(occurrence.set);
+}
+
+/// Calls `visit(text, placesA, placesB)` for each fragment that two molecules share.
+template <class Visit>
+void ZQForEachShared(const ZQFPFragments& a, const ZQFPFragments& b, Visit visit) {
+  auto i = a.GetGroups().begin();
+  auto j = b.GetGroups().begin();
+  while (i != a.GetGroups().end() && j != b.GetGroups().end()) {
+    const auto order = i->first <=> j->first;
+    if (order == 0) visit(i->first.second, i->second, j->second);
+    if (order <= 0) ++i;
+    if (order >= 0) ++j;
+  }
+}
+
+/// The number of matches of an overlap before equal ones are removed.
+inline std::size_t ZQCountPairs(const ZQFPFragments& a, const ZQFPFragments& b) {
+  std::size_t count = 0;
+  ZQForEachShared(a, b, [&](const std::string& /*text*/, const auto& placesA, const auto& placesB) {
+    count += placesA.size() * placesB.size();
+  });
+  return count;
+}
+
+/// Adds the matches of an overlap to `matches`, and calls `visit(text)` after each that is new.
+template <class Visit>
+void ZQAddOverlap(ZQMatchList& matches, const ZQFPFragments& a, const ZQFPFragments& b,
+                  Visit visit) {
+  ZQForEachShared(a, b, [&](const std::string& text, const auto& placesA, const auto& placesB) {
+    for (const std::size_t i : placesA) {
+      for (const std::size_t j : placesB) {
+        if (matches.Add(ZQPairByPosition(a[i], b[j]))) visit(text);
+      }
+    }
+  });
+}
+
+/// The overlap under a type of this kind, whose row has fragments.
+ZQIter<ZQMatchBase> ZQGetOverlap(const char* name, const ZQMolBase& a, const ZQMolBase& b,
+                                 const ZQFPTypeBase* type, unsigned int fptype);
+
+/// Calls `make` for a type of a kind and valid molecules; returns an empty iterator otherwise, and
+/// after an error if memory runs out.
+template <class Make>
+auto ZQMakeResult(const char* name, const ZQFPTypeBase* type, unsigned int fptype, bool areValid,
+                  Make make) -> decltype(make()) {
+  if (!ZQ_ASSERT(type && type->GetFPType() == fptype) || !areValid) return {};
+  return ZQCatch<std::bad_alloc>(make, [name](const std::bad_alloc&) -> decltype(make()) {
+    ZQThrow.Error("%s : out of memory", name);
+    return {};
+  });
+}
+
+/// An iterator that owns its values; empty for none.
+template <class T>
+ZQIter<T> ZQIterate(std::vector<T>&& values) {
+  if (values.empty()) return {};
+  return {new ZQVectorIter<T>(std::move(values))};
+}
+
+// The columns `fragments.collect` of the table of kinds.
+
+bool ZQCollectPathFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
+                            const ZQFPTypeBase* type, bool withBits);
+bool ZQCollectCircularFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
+                                const ZQFPTypeBase* type, bool withBits);
+bool ZQCollectTreeFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
+                            const ZQFPTypeBase* type, bool withBits);
+bool ZQCollectMACCSFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
+                             const ZQFPTypeBase* type, bool withBits);
+
+}  // namespace ZQKorvex
