@@ -280,7 +280,7 @@ std::string DrawTogether(const Molecules& molecules, std::vector<ZQDrawStyle> st
 // Writes the files that the options ask for; false after a message.
 bool WriteFiles(const ZQInterface& interface, const Molecules& molecules,
                 const std::vector<ZQDrawStyle>& styles, const ReportPair& pair,
-                const ZQFPTypeBase* type, unsigned int measure) {
+                const ZQFPTypeBase* type) {
   if (interface.IsSet("-svg") &&
       !WriteFile(interface.Get<std::string>("-svg"), DrawTogether(molecules, styles))) {
     return false;
@@ -288,8 +288,7 @@ bool WriteFiles(const ZQInterface& interface, const Molecules& molecules,
   if (!interface.IsSet("-html")) return true;
   std::vector<std::string> drawings;
   for (const DrawnMolecule& molecule : molecules) drawings.push_back(DrawForReport(molecule));
-  return WriteFile(interface.Get<std::string>("-html"),
-                   MakeExplanationPage(type, measure, pair, drawings));
+  return WriteFile(interface.Get<std::string>("-html"), MakeExplanationPage(type, pair, drawings));
 }
 
 // Draws the molecules if the options ask for a file; false after a message.
@@ -317,7 +316,7 @@ int ExplainMolecule(const ZQInterface& interface, Molecules& molecules, const ZQ
   style.atoms = covered.atoms;
   style.bonds = covered.bonds;
   return WriteFiles(interface, molecules, {style},
-                    DescribePatterns(molecule, found.patterns, covered), type, 0)
+                    DescribePatterns(molecule, found.patterns, covered), type)
              ? Done
              : BadInput;
 }
@@ -354,7 +353,7 @@ int ExplainPair(const ZQInterface& interface, Molecules& molecules, const ZQFPTy
     }
   }
   const ReportPair pair = DescribePair(molecules[0], molecules[1], explanation, measure);
-  return WriteFiles(interface, molecules, styles, pair, type, measure.number) ? Done : BadInput;
+  return WriteFiles(interface, molecules, styles, pair, type) ? Done : BadInput;
 }
 
 int Run(const ZQInterface& interface) {

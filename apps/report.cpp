@@ -248,6 +248,7 @@ void WritePair(JsonWriter& writer, FragmentTable& table, const ReportPair& pair,
   writer.Object([&] {
     WriteText(writer, "title", title);
     if (isPair) {
+      WriteText(writer, "measure", pair.measure);
       WriteText(writer, "score", pair.score);
       WriteText(writer, "formula", pair.formula);
       writer.Key("counts");
@@ -289,13 +290,15 @@ const char* ItemsOf(const ZQFPTypeBase* type) {
                                                 : "Bits";
 }
 
-void WriteWords(JsonWriter& writer, const ZQFPTypeBase* type, unsigned int measure, bool isPair) {
-  WriteText(writer, "measure", ZQGetSimilarityMeasureName(measure));
+// The words of a page about pairs or about one molecule.
+void WriteWords(JsonWriter& writer, const ZQFPTypeBase* type, bool isPair) {
   WriteText(writer, "items", ItemsOf(type));
   WriteText(writer, "covering", isPair ? "shared fragments" : "fragments");
   WriteText(writer, "sharedLabel", isPair ? "Shared atoms and bonds" : "Covered atoms and bonds");
   WriteText(writer, "listTitle", isPair ? "Shared fragments, largest first" : "Fragments");
-  WriteText(writer, "listEmpty", isPair ? "There are none." : "This kind of fingerprint has none.");
+  const bool hasFragments = ZQFindFPKind(type)->fragments.overlap != nullptr;
+  WriteText(writer, "listEmpty",
+            hasFragments ? "There are none." : "This kind of fingerprint has none.");
 }
 
 // ---- pages
@@ -441,6 +444,7 @@ ReportPair DescribePair(const DrawnMolecule& a, const DrawnMolecule& b,
   const auto& [first, second] = explanation.sides;
   const bool isLingo = ZQFindFPKind(first.fp.GetFPTypeBase())->measures == ZQFPMeasures::Lingos;
   pair.counts = {first.count, second.count, explanation.both};
+  pair.measure = ZQGetSimilarityMeasureName(measure.number);
   pair.score = Decimals(explanation.score, 3);
   pair.formula =
       TellFormula(measure, first.count, second.count, explanation.both,
@@ -530,13 +534,13 @@ ReportQuery DescribeQuery(const DrawnMolecule& query, const std::vector<ZQSimSco
           std::move(described)};
 }
 
-std::string MakeExplanationPage(const ZQFPTypeBase* type, unsigned int measure,
-                                const ReportPair& pair, const std::vector<std::string>& drawings) {
+std::string MakeExplanationPage(const ZQFPTypeBase* type, const ReportPair& pair,
+                                const std::vector<std::string>& drawings) {
   std::string title = pair.sides.front().name;
   if (pair.sides.size() == 2) title += " and " + pair.sides.back().name;
   JsonWriter writer;
   writer.Object([&] {
-    WriteWords(writer, type, measure, pair.sides.size() == 2);
+    WriteWords(writer, type, pair.sides.size() == 2);
     FragmentTable table;
     writer.Key("pairs");
     writer.Array([&] { WritePair(writer, table, pair, title, {"m0", "m1"}); });
@@ -562,7 +566,7 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
   std::string body = Head(title, database + ", " + type->GetFPTypeString());
   JsonWriter writer;
   writer.Object([&] {
-    WriteWords(writer, type, measure, true);
+    WriteWords(writer, type, true);
     FragmentTable table;
     std::size_t numPairs = 0;
     writer.Key("pairs");

@@ -66,6 +66,7 @@ struct ReportSide {
 
 /// An explanation: of two molecules or, without score and counts, of one.
 struct ReportPair {
+  std::string measure;
   std::string score;
   std::string formula;
   std::array<unsigned int, 3> counts{};                     ///< of a, of b, common
@@ -115,8 +116,8 @@ ReportQuery DescribeQuery(const DrawnMolecule& query, const std::vector<ZQSimSco
                           unsigned int threads);
 
 /// A page with the explanation of a pair or of one molecule, whose drawings follow.
-std::string MakeExplanationPage(const ZQFPTypeBase* type, unsigned int measure,
-                                const ReportPair& pair, const std::vector<std::string>& drawings);
+std::string MakeExplanationPage(const ZQFPTypeBase* type, const ReportPair& pair,
+                                const std::vector<std::string>& drawings);
 /// A page with the hits of queries.
 std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
                            const std::string& database, const std::vector<ReportQuery>& queries);

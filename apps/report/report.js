@@ -56,7 +56,7 @@
 
   function makeScore(pair) {
     const card = element("div", { class: "card" });
-    card.append(element("div", { class: "row" }, element("h2", { text: data.measure }),
+    card.append(element("div", { class: "row" }, element("h2", { text: pair.measure }),
       element("div", { class: "big", text: pair.score })));
     card.append(element("p", { class: "formula muted" }, element("code", { text: pair.formula })));
     const [a, b, both] = pair.counts;
