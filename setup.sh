@@ -1,6 +1,6 @@
 # Read by run.sh, test.sh and .ci/run: what a fresh Debian 12 needs, and the builds.
 
-packages=(g++ cmake make zlib1g-dev rapidjson-dev libgtest-dev)
+packages=(g++ cmake make zlib1g-dev rapidjson-dev libcoordgen-dev libgtest-dev)
 
 # Installs those of the packages named that are missing, as root or with sudo, and says so.
 install_packages() {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks the dependencies between folders: apps -> korvex -> contract <- platform. Within
-# platform/quarnel: readers, canonical, substructure -> perception -> molecule, and the SMARTS
+# platform/quarnel: readers, canonical, substructure, depiction -> perception -> molecule, and the SMARTS
 # parser may use the readers' error reports.
 set -euo pipefail
 cd "$1"
@@ -21,6 +21,7 @@ check platform/quarnel/molecule "${quarnel}molecule/"
 check platform/quarnel/perception "$quarnel(molecule|perception)/"
 check platform/quarnel/readers "$quarnel(molecule|perception|readers)/"
 check platform/quarnel/canonical "$quarnel(molecule|perception|canonical)/"
+check platform/quarnel/depiction "$quarnel(molecule|perception|depiction)/"
 check platform/quarnel/substructure "$quarnel(molecule|perception|readers|substructure)/"
 if grep -rnE '#include "korvex/.*_(local|private)\.h"' apps; then
   echo "apps may include public headers only"

@@ -1,0 +1,79 @@
+#include <coordgen/sketcherMinimizer.h>
+
+#include <cmath>
+#include <exception>
+#include <mutex>
+
+#include "platform/quarnel/depiction/coordgen_local.h"
+#include "platform/quarnel/perception/stereo_local.h"
+
+namespace Quarnel {
+namespace {
+
+float PrecisionOf(Effort effort) {
+  return effort == Effort::Quick      ? SKETCHER_QUICK_PRECISION
+         : effort == Effort::Standard ? SKETCHER_STANDARD_PRECISION
+                                      : SKETCHER_BEST_PRECISION;
+}
+
+void SetStereo(const MolView& view, const MolView::Bond& bond,
+               const std::vector<sketcherMinimizerAtom*>& made, sketcherMinimizerBond& target) {
+  const ZQBondStereo stereo = bond.bond->GetStereo();
+  if (bond.order != 2 || stereo == ZQBondStereo::None || view.atoms[bond.bgn].degree < 2 ||
+      view.atoms[bond.end].degree < 2) {
+    return;
+  }
+  sketcherMinimizerBondStereoInfo info;
+  info.atom1 = made[ReferenceOf(view.Edges(bond.bgn).data(), bond.end)];
+  info.atom2 = made[ReferenceOf(view.Edges(bond.end).data(), bond.bgn)];
+  info.stereo = stereo == ZQBondStereo::Cis ? sketcherMinimizerBondStereoInfo::cis
+                                            : sketcherMinimizerBondStereoInfo::trans;
+  target.setStereoChemistry(info);
+}
+
+bool Place(const MolView& view, std::span<const std::uint32_t> atoms, Effort effort,
+           std::vector<ZQPoint>& points) {
+  sketcherMinimizer minimizer(PrecisionOf(effort));
+  auto* const molecule = new sketcherMinimizerMolecule;  // the minimizer takes it over
+  std::vector<sketcherMinimizerAtom*> made(view.NumAtoms());
+  for (const std::uint32_t a : atoms) {
+    made[a] = molecule->addNewAtom();
+    // It knows no dummy atoms.
+    made[a]->setAtomicNumber(view.atoms[a].element == 0 ? 6
+                                                        : static_cast<int>(view.atoms[a].element));
+    made[a]->charge = view.atoms[a].charge;
+    made[a]->_implicitHs = static_cast<int>(view.atoms[a].implicitH);
+  }
+  for (const MolView::Bond& bond : view.bonds) {
+    if (!made[bond.bgn]) continue;
+    sketcherMinimizerBond* const target = molecule->addNewBond(made[bond.bgn], made[bond.end]);
+    target->setBondOrder(static_cast<int>(bond.order));
+    SetStereo(view, bond, made, *target);
+  }
+  minimizer.initialize(molecule);
+  minimizer.runGenerateCoordinates();
+  for (const std::uint32_t a : atoms) {
+    const sketcherMinimizerPointF& at = made[a]->getCoordinates();
+    if (!std::isfinite(at.x()) || !std::isfinite(at.y()) ||
+        std::abs(at.x()) > COORDINATES_LIMIT || std::abs(at.y()) > COORDINATES_LIMIT) {
+      return false;
+    }
+    points[a] = {at.x(), -at.y(), 0};  // its y points downwards
+  }
+  return true;
+}
+
+}  // namespace
+
+bool RunCoordGen(const MolView& view, std::span<const std::uint32_t> atoms, Effort effort,
+                 std::vector<ZQPoint>& points) {
+  static std::mutex mutex;
+  const std::lock_guard lock(mutex);
+  try {
+    return Place(view, atoms, effort, points);
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace Quarnel
