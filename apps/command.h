@@ -29,6 +29,7 @@ extern const Command searchCommand;
 extern const Command fingerprintCommand;
 extern const Command compareCommand;
 extern const Command substructureCommand;
+extern const Command drawCommand;
 extern const Command infoCommand;
 extern const Command histogramCommand;
 extern const Command neighborsCommand;

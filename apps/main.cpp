@@ -15,7 +15,7 @@ using namespace KorvexProgram;
 namespace {
 
 constexpr const Command* commands[] = {&createCommand,    &searchCommand,       &fingerprintCommand,
-                                       &compareCommand,   &substructureCommand, &infoCommand,
+                                       &compareCommand,   &substructureCommand, &drawCommand, &infoCommand,
                                        &histogramCommand, &neighborsCommand,    &versionCommand};
 
 void PrintUsage(std::FILE* out) {
