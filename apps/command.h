@@ -30,6 +30,7 @@ extern const Command fingerprintCommand;
 extern const Command compareCommand;
 extern const Command explainCommand;
 extern const Command substructureCommand;
+extern const Command drawCommand;
 extern const Command infoCommand;
 extern const Command histogramCommand;
 extern const Command neighborsCommand;

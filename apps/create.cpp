@@ -1,4 +1,3 @@
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -7,6 +6,7 @@
 
 #include "apps/molecules.h"
 #include "apps/options.h"
+#include "apps/output.h"
 #include "contract/bostrel/dots.h"
 #include "contract/bostrel/strings.h"
 #include "korvex/fpfast.h"
@@ -25,47 +25,6 @@ void Configure(ZQInterface& interface) {
   AddThreads(interface);
   AddTypeOptions(interface, Kinds::OfDatabases);
 }
-
-// The output while it is being written. It gets the name of the output only when it is complete, so
-// that a failure neither costs an earlier database nor leaves a partial one.
-class PartialFile {
- public:
-  // Follows a link to a file, and keeps the mode of an existing file.
-  explicit PartialFile(const std::string& target)
-      : target_(fs::exists(target) ? fs::canonical(target) : fs::path(target)),
-        name_(target_.parent_path() / (".part" + std::to_string(getpid()) + ".fpbin")) {
-    interruptedName = name_.c_str();
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-      if (std::signal(signal, RemoveAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
-    }
-  }
-  PartialFile(const PartialFile&) = delete;
-  PartialFile& operator=(const PartialFile&) = delete;
-  ~PartialFile() {
-    interruptedName = nullptr;
-    unlink(name_.c_str());
-  }
-  const std::string& GetName() const { return name_; }
-  bool Rename() const {
-    std::error_code error;
-    const fs::file_status before = fs::status(target_, error);
-    if (fs::exists(before)) fs::permissions(name_, before.permissions(), error);
-    fs::rename(name_, target_, error);
-    if (error) ZQThrow.Error("cannot write %s: %s", target_.c_str(), error.message().c_str());
-    return !error;
-  }
-
- private:
-  static void RemoveAndEnd(int signal) {
-    if (interruptedName) unlink(interruptedName);
-    std::signal(signal, SIG_DFL);
-    raise(signal);
-  }
-  inline static const char* volatile interruptedName = nullptr;
-
-  fs::path target_;
-  std::string name_;
-};
 
 // Whether the file names its molecule file: a header has no room for a very long name, and a name
 // of several lines is read as something else.

@@ -3,13 +3,20 @@
 #include <rapidjson/encodings.h>
 #include <rapidjson/memorystream.h>
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cinttypes>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 
 #include "apps/json.h"
 #include "korvex/fpkinds.h"
 
 namespace KorvexProgram {
+
+namespace fs = std::filesystem;
 
 std::string TsvField(std::string text) {
   for (char& c : text) {
@@ -50,6 +57,57 @@ std::string ValidUtf8(const std::string& text) {
     }
   }
   return valid;
+}
+
+const char* volatile PartialFile::interruptedName = nullptr;
+
+PartialFile::PartialFile(const std::string& target)
+    : target_(fs::exists(target) ? fs::canonical(target) : fs::path(target)),
+      name_(target_.parent_path() / (".part" + std::to_string(getpid()))) {
+  name_ += target_.extension();
+  interruptedName = name_.c_str();
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    if (std::signal(signal, RemoveAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
+  }
+}
+
+PartialFile::~PartialFile() {
+  interruptedName = nullptr;
+  unlink(name_.c_str());
+}
+
+bool PartialFile::Rename() const {
+  std::error_code error;
+  const fs::file_status before = fs::status(target_, error);
+  if (fs::exists(before)) fs::permissions(name_, before.permissions(), error);
+  fs::rename(name_, target_, error);
+  if (error) ZQThrow.Error("cannot write %s: %s", target_.c_str(), error.message().c_str());
+  return !error;
+}
+
+void PartialFile::RemoveAndEnd(int signal) {
+  if (interruptedName) unlink(interruptedName);
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+bool WriteFile(const std::string& name, const std::string& text) {
+  if (name == "-") return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  const auto write = [&](const char* file) {
+    std::FILE* out = std::fopen(file, "wb");
+    bool done = out && std::fwrite(text.data(), 1, text.size(), out) == text.size();
+    if (out && std::fclose(out) != 0) done = false;
+    if (!done) ZQThrow.Error("cannot write %s: %s", name.c_str(), std::strerror(errno));
+    return done;
+  };
+  std::error_code error;
+  if (fs::exists(name, error) && !fs::is_regular_file(name, error)) return write(name.c_str());
+  if (fs::exists(name, error) && access(name.c_str(), W_OK) != 0) {
+    ZQThrow.Error("cannot write %s: %s", name.c_str(), std::strerror(errno));
+    return false;
+  }
+  const PartialFile partial(name);
+  return write(partial.GetName().c_str()) && partial.Rename();
 }
 
 HitWriter::HitWriter(bool json) : json_(json) {

@@ -1,8 +1,9 @@
 #pragma once
 
-/// Standard output as lines of tab-separated values, or as JSON.
+/// Standard output as lines of tab-separated values, or as JSON; and output files.
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 #include "apps/command.h"
@@ -22,9 +23,31 @@ std::string Decimals(double number, int decimals);
 /// The text as UTF-8: each byte that isn't part of a valid sequence becomes U+FFFD.
 std::string ValidUtf8(const std::string& text);
 
-/// Writes a file as a whole: a text that can't be written leaves no file, and an existing one as it
-/// was. "-" is standard output. False after a message.
-bool WriteFile(const std::string& filename, const std::string& text);
+/// An output file while it is being written. It gets the name of the output only when it is complete,
+/// so that a failure neither costs an earlier file nor leaves a partial one. One at a time.
+class PartialFile {
+ public:
+  /// Follows a link to a file, and keeps the mode of an existing file.
+  explicit PartialFile(const std::string& target);
+  PartialFile(const PartialFile&) = delete;
+  PartialFile& operator=(const PartialFile&) = delete;
+  ~PartialFile();
+  /// The name to write to, with the extension of the output.
+  const std::string& GetName() const { return name_; }
+  /// False after a message.
+  bool Rename() const;
+
+ private:
+  static void RemoveAndEnd(int signal);
+  static const char* volatile interruptedName;
+
+  std::filesystem::path target_;
+  std::string name_;
+};
+
+/// Writes a whole file by means of a partial one, or standard output for the name "-". A device or
+/// pipe is written directly. False after an error that names the file and the cause.
+bool WriteFile(const std::string& name, const std::string& text);
 
 /// A hit of a search, with the data that identify its molecule.
 struct Hit {

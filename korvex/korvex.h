@@ -11,6 +11,7 @@
 #include "contract/quarnel/readers.h"
 #include "contract/quarnel/subsearch.h"
 #include "korvex/circular.h"
+#include "korvex/draw.h"
 #include "korvex/fingerprint.h"
 #include "korvex/fingerprint_params.h"
 #include "korvex/fpatombondset.h"

@@ -1,5 +1,6 @@
 #include <coordgen/sketcherMinimizer.h>
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <mutex>
@@ -10,10 +11,12 @@
 namespace Quarnel {
 namespace {
 
-float PrecisionOf(Effort effort) {
-  return effort == Effort::Quick      ? SKETCHER_QUICK_PRECISION
-         : effort == Effort::Standard ? SKETCHER_STANDARD_PRECISION
-                                      : SKETCHER_BEST_PRECISION;
+// The search for a layout without overlaps grows with a high power of the number of atoms: with the
+// full precision, 100 atoms take a second and 300 atoms seven. Lower precision ends it earlier.
+float PrecisionFor(std::size_t numAtoms) {
+  constexpr float mostForFull = 60;
+  const float ratio = mostForFull / static_cast<float>(numAtoms);
+  return SKETCHER_STANDARD_PRECISION * std::min(1.F, ratio * ratio * ratio);
 }
 
 void SetStereo(const MolView& view, const MolView::Bond& bond,
@@ -31,9 +34,9 @@ void SetStereo(const MolView& view, const MolView::Bond& bond,
   target.setStereoChemistry(info);
 }
 
-bool Place(const MolView& view, std::span<const std::uint32_t> atoms, Effort effort,
+bool Place(const MolView& view, std::span<const std::uint32_t> atoms,
            std::vector<ZQPoint>& points) {
-  sketcherMinimizer minimizer(PrecisionOf(effort));
+  sketcherMinimizer minimizer(PrecisionFor(atoms.size()));
   auto* const molecule = new sketcherMinimizerMolecule;  // the minimizer takes it over
   std::vector<sketcherMinimizerAtom*> made(view.NumAtoms());
   for (const std::uint32_t a : atoms) {
@@ -50,6 +53,10 @@ bool Place(const MolView& view, std::span<const std::uint32_t> atoms, Effort eff
     target->setBondOrder(static_cast<int>(bond.order));
     SetStereo(view, bond, made, *target);
   }
+  // Its initialization reads the configurations too early, before it knows the neighbours by which
+  // it ranks them.
+  sketcherMinimizerMolecule::assignBondsAndNeighbors(molecule->_atoms, molecule->_bonds);
+  for (sketcherMinimizerBond* bond : molecule->_bonds) bond->setAbsoluteStereoFromStereoInfo();
   minimizer.initialize(molecule);
   minimizer.runGenerateCoordinates();
   for (const std::uint32_t a : atoms) {
@@ -65,12 +72,12 @@ bool Place(const MolView& view, std::span<const std::uint32_t> atoms, Effort eff
 
 }  // namespace
 
-bool RunCoordGen(const MolView& view, std::span<const std::uint32_t> atoms, Effort effort,
+bool RunCoordGen(const MolView& view, std::span<const std::uint32_t> atoms,
                  std::vector<ZQPoint>& points) {
   static std::mutex mutex;
   const std::lock_guard lock(mutex);
   try {
-    return Place(view, atoms, effort, points);
+    return Place(view, atoms, points);
   } catch (const std::exception&) {
     return false;
   }

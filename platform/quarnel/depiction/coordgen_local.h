@@ -11,13 +11,10 @@
 
 namespace Quarnel {
 
-/// How long CoordGen searches for a layout without overlaps; its own default is 1.
-enum class Effort { Quick, Standard, Best };
-
 /// Places the atoms of one component, given as numbers of the view; writes `points[atom]` in any
 /// unit. Returns false if CoordGen can't: it refuses some cages, and other input makes it fail.
 /// One thread at a time gets through, since the library has templates that all runs share.
-bool RunCoordGen(const MolView& view, std::span<const std::uint32_t> atoms, Effort effort,
+bool RunCoordGen(const MolView& view, std::span<const std::uint32_t> atoms,
                  std::vector<ZQPoint>& points);
 
 }  // namespace Quarnel
