@@ -17,6 +17,13 @@ double ShareOf(unsigned int part, unsigned int whole) {
   return whole == 0 ? 0.0 : static_cast<double>(part) / whole;
 }
 
+void ClearLocations(Side& side, const ZQMolBase& mol) {
+  side.sharedAtoms.assign(mol.GetMaxAtomIdx(), false);
+  side.sharedBonds.assign(mol.GetMaxBondIdx(), false);
+  side.coveredAtoms = side.coveredBonds = 0.0;
+  side.weights.clear();
+}
+
 void MarkSet(Side& side, const ZQAtomBondSet& set) {
   for (const ZQAtomBase* atom : set.GetAtoms()) side.sharedAtoms[atom->GetIdx()] = true;
   for (const ZQBondBase* bond : set.GetBonds()) side.sharedBonds[bond->GetIdx()] = true;
@@ -67,14 +74,25 @@ std::vector<Contribution> ContributionsOf(const ZQFPFragments& fragments, unsign
   return contributions;
 }
 
-// The counts after an atom's bits are removed from one of the two fingerprints.
-ZQCounts Without(ZQCounts n, const Contribution& gone, bool fromA) {
-  (fromA ? n.onlyA : n.onlyB) -= gone.own;
-  (fromA ? n.onlyB : n.onlyA) += gone.both;
-  n.both -= gone.both;
-  n.neither += gone.own;
-  return n;
-}
+// The measure and the counts of the two fingerprints.
+struct Scorer {
+  const ZQMeasure& measure;
+  ZQCounts counts;
+  float alpha;
+  float beta;
+
+  // What the score loses without an atom's bits in one of the two fingerprints.
+  double WeightOf(const Contribution& gone, bool inA) const {
+    ZQCounts rest = counts;
+    (inA ? rest.onlyA : rest.onlyB) -= gone.own;
+    (inA ? rest.onlyB : rest.onlyA) += gone.both;
+    rest.both -= gone.both;
+    rest.neither += gone.own;
+    const double loss = static_cast<double>(ZQScoreOf(measure, counts, alpha, beta)) -
+                        static_cast<double>(ZQScoreOf(measure, rest, alpha, beta));
+    return measure.isDistance ? -loss : loss;
+  }
+};
 
 void ListOverlap(ZQSimilarityExplanation& explanation, const ZQFPFragments& a,
                  const ZQFPFragments& b, bool unique) {
@@ -95,14 +113,25 @@ void ListOverlap(ZQSimilarityExplanation& explanation, const ZQFPFragments& a,
   explanation.overlap = std::move(overlap);
 }
 
-void WeighAtoms(Side& side, const std::vector<Contribution>& contributions,
-                const ZQMeasure& measure, const ZQCounts& counts, bool isA, float alpha,
-                float beta) {
-  const double score = ZQScoreOf(measure, counts, alpha, beta);
-  side.weights.reserve(contributions.size());
-  for (const Contribution& contribution : contributions) {
-    const double rest = ZQScoreOf(measure, Without(counts, contribution, isA), alpha, beta);
-    side.weights.push_back(measure.isDistance ? rest - score : score - rest);
+// Marks the atoms and bonds of shared fragments, and weighs the atoms.
+void LocateShared(ZQSimilarityExplanation& explanation, const std::array<const ZQMolBase*, 2>& mols,
+                  const std::array<ZQFPFragments, 2>& fragments, const Scorer& scorer) {
+  ZQForEachShared(fragments[0], fragments[1],
+                  [&](const std::string& /*text*/, const auto& placesA, const auto& placesB) {
+                    for (const std::size_t i : placesA) {
+                      MarkSet(explanation.sides[0], fragments[0][i]);
+                    }
+                    for (const std::size_t i : placesB) {
+                      MarkSet(explanation.sides[1], fragments[1][i]);
+                    }
+                  });
+  for (std::size_t i = 0; i < mols.size(); ++i) {
+    Side& side = explanation.sides[i];
+    ComputeShares(side, *mols[i]);
+    for (const Contribution& contribution : ContributionsOf(fragments[i], mols[i]->GetMaxAtomIdx(),
+                                                            side.fp, explanation.sides[1 - i].fp)) {
+      side.weights.push_back(scorer.WeightOf(contribution, i == 0));
+    }
   }
 }
 
@@ -112,49 +141,49 @@ bool ZQExplainSimilarity(ZQSimilarityExplanation& explanation, const ZQMolBase& 
                          const ZQMolBase& b, const ZQFPTypeBase* type, unsigned int measure,
                          float alpha, float beta) {
   explanation = {};
+  const ZQFPKind* kind = ZQFindFPKind(type);
   const ZQMeasure* row = ZQFindMeasure(measure);
-  if (!row) {
-    ZQThrow.Error("%s : unknown similarity measure %u", operation, measure);
-    return false;
-  }
+  if (!kind) ZQThrow.Error("%s : unknown fingerprint type!", operation);
+  if (!row) ZQThrow.Error("%s : unknown similarity measure type %u!", operation, measure);
+  if (!kind || !row) return false;
   const std::array<const ZQMolBase*, 2> mols{&a, &b};
-  auto& [sideA, sideB] = explanation.sides;
-  if (!ZQMakeFP(sideA.fp, a, type) || !ZQMakeFP(sideB.fp, b, type)) return false;
-  const bool done = ZQGuardMemory(operation, [&] {
-    const ZQCounts counts = ZQCountItems(sideA.fp, sideB.fp);
-    explanation.both = counts.both;
-    explanation.score = ZQGetSimilarity(measure, sideA.fp, sideB.fp, alpha, beta);
-    sideA.count = counts.onlyA + counts.both;
-    sideB.count = counts.onlyB + counts.both;
-    for (std::size_t i = 0; i < mols.size(); ++i) {
-      explanation.sides[i].sharedAtoms.resize(mols[i]->GetMaxAtomIdx());
-      explanation.sides[i].sharedBonds.resize(mols[i]->GetMaxBondIdx());
-    }
-    const ZQFPKindFragments& kind = ZQFindFPKind(type)->fragments;
-    if (!kind.collect) {
-      ZQGetFPOverlap(a, b, type);  // warns
-      return true;
-    }
-    std::array<ZQFPFragments, 2> fragments;
-    auto& [ofA, ofB] = fragments;
-    if (!kind.collect(ofA, a, type, true) || !kind.collect(ofB, b, type, true)) return true;
-    ZQForEachShared(ofA, ofB,
-                    [&](const std::string& /*text*/, const auto& placesA, const auto& placesB) {
-                      for (const std::size_t place : placesA) MarkSet(sideA, ofA[place]);
-                      for (const std::size_t place : placesB) MarkSet(sideB, ofB[place]);
-                    });
-    for (std::size_t i = 0; i < mols.size(); ++i) {
-      Side& side = explanation.sides[i];
-      ComputeShares(side, *mols[i]);
-      WeighAtoms(side,
-                 ContributionsOf(fragments[i], mols[i]->GetMaxAtomIdx(), side.fp,
-                                 explanation.sides[1 - i].fp),
-                 *row, counts, i == 0, alpha, beta);
-    }
-    ListOverlap(explanation, ofA, ofB, kind.dropsEqualMatches);
+  auto& sides = explanation.sides;
+  if (!ZQMakeFP(sides[0].fp, a, type) || !ZQMakeFP(sides[1].fp, b, type)) return false;
+  Scorer scorer{*row, {}, alpha, beta};
+  const bool isScored = ZQGuardMemory(operation, [&] {
+    scorer.counts = ZQCountItems(sides[0].fp, sides[1].fp);
+    explanation.score = ZQGetSimilarity(measure, sides[0].fp, sides[1].fp, alpha, beta);
+    explanation.both = scorer.counts.both;
+    sides[0].count = scorer.counts.onlyA + scorer.counts.both;
+    sides[1].count = scorer.counts.onlyB + scorer.counts.both;
+    ClearLocations(sides[0], a);
+    ClearLocations(sides[1], b);
     return true;
   });
-  return done || static_cast<bool>(sideB.fp);
+  if (!isScored) return false;
+  const ZQFPKindFragments& functions = kind->fragments;
+  if (!functions.collect) {
+    ZQGetFPOverlap(a, b, type);  // warns
+    return true;
+  }
+  std::array<ZQFPFragments, 2> fragments;
+  const bool isLocated = ZQGuardMemory(operation, [&] {
+    for (std::size_t i = 0; i < mols.size(); ++i) {
+      if (!functions.collect(fragments[i], *mols[i], type, true)) return false;
+    }
+    LocateShared(explanation, mols, fragments, scorer);
+    return true;
+  });
+  if (!isLocated) {
+    ClearLocations(sides[0], a);
+    ClearLocations(sides[1], b);
+    return true;
+  }
+  ZQGuardMemory(operation, [&] {
+    ListOverlap(explanation, fragments[0], fragments[1], functions.dropsEqualMatches);
+    return true;
+  });
+  return true;
 }
 
 }  // namespace ZQKorvex

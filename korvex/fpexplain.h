@@ -50,14 +50,15 @@ struct ZQSimilarityExplanation {
   unsigned int both = 0;
   /// The score by the measure.
   double score = 0.0;
-  /// The matches of `ZQGetFPOverlap`, those with most atoms (then bonds) first, otherwise in its
-  /// order.
+  /// The matches of `ZQGetFPOverlap` for molecules whose symmetry isn't perceived: those with most
+  /// atoms (then bonds) first, otherwise in its order.
   std::vector<ZQSharedFragment> overlap;
 };
 
 /// Explains the similarity of two molecules by a measure. A kind without fragments has counts and
 /// score only, after the warning of `ZQGetFPOverlap`. False if a fingerprint can't be made, and
-/// after the error "ZQExplainSimilarity() : unknown similarity measure %d".
+/// after the errors "ZQExplainSimilarity() : unknown fingerprint type!" and "... : unknown
+/// similarity measure type %d!".
 ///
 /// If the matches don't fit in memory or are more than `ZQMostSharedFragments`, an error says so
 /// and the overlap is empty; marks and weights are right nevertheless. If the fragments of one

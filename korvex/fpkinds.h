@@ -60,10 +60,11 @@ struct ZQFPKindFragments {
   ZQIter<ZQFPPattern> (*patterns)(const ZQMolBase& mol, const ZQFPTypeBase* type);
   ZQIter<ZQAtomBondSet> (*coverage)(const ZQMolBase& mol, const ZQFPTypeBase* type, bool unique);
   ZQIter<ZQMatchBase> (*overlap)(const ZQMolBase& a, const ZQMolBase& b, const ZQFPTypeBase* type);
-  /// For the library: collects the fragments of a valid molecule, with their bits if `withBits`.
-  /// Returns false after a message. May throw `std::bad_alloc`.
+  /// For the library: collects the fragments of a valid molecule; for an explanation with their
+  /// bits, and those of all symmetric atoms. Returns false after a message. May throw
+  /// `std::bad_alloc`.
   bool (*collect)(ZQFPFragments& fragments, const ZQMolBase& mol, const ZQFPTypeBase* type,
-                  bool withBits);
+                  bool forExplanation);
   bool dropsEqualMatches;  ///< from an overlap
   const char* missing;     ///< the end of the warning where there is none
 };

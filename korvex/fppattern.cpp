@@ -138,13 +138,14 @@ ZQIter<ZQAtomBondSet> GetCoverage(const char* name, const ZQMolBase& mol, const 
 
 template <class Kind>
 bool Collect(ZQFPFragments& fragments, const ZQMolBase& mol, const ZQFPTypeBase* type,
-             const char* name, bool withBits) {
+             const char* name, bool forExplanation) {
   Enumeration<Kind> found(mol, type);
-  if (!found.AddTexts(name) || (withBits && !found.AddHashes())) return false;
+  if (forExplanation) found.copy.Mol().SetPerceived(ZQPerceived::Symmetry, false);
+  if (!found.AddTexts(name) || (forExplanation && !found.AddHashes())) return false;
   for (std::size_t i = 0; i < found.sets.size(); ++i) {
     const std::size_t place =
         fragments.Add({0, found.sets[i].GetId()}, found.copy.Original(found.sets[i]));
-    if (withBits) fragments.AddBit(found.BitOf(i), place);
+    if (forExplanation) fragments.AddBit(found.BitOf(i), place);
   }
   return true;
 }
@@ -232,16 +233,16 @@ ZQIter<ZQMatchBase> ZQGetOverlap(const char* name, const ZQMolBase& a, const ZQM
 }
 
 bool ZQCollectPathFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                            const ZQFPTypeBase* type, bool withBits) {
-  return Collect<Paths>(fragments, mol, type, "ZQGetPathFPOverlap()", withBits);
+                            const ZQFPTypeBase* type, bool forExplanation) {
+  return Collect<Paths>(fragments, mol, type, "ZQGetPathFPOverlap()", forExplanation);
 }
 bool ZQCollectCircularFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                                const ZQFPTypeBase* type, bool withBits) {
-  return Collect<Environments>(fragments, mol, type, "ZQGetCircularFPOverlap()", withBits);
+                                const ZQFPTypeBase* type, bool forExplanation) {
+  return Collect<Environments>(fragments, mol, type, "ZQGetCircularFPOverlap()", forExplanation);
 }
 bool ZQCollectTreeFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                            const ZQFPTypeBase* type, bool withBits) {
-  return Collect<Trees>(fragments, mol, type, "ZQGetTreeFPOverlap()", withBits);
+                            const ZQFPTypeBase* type, bool forExplanation) {
+  return Collect<Trees>(fragments, mol, type, "ZQGetTreeFPOverlap()", forExplanation);
 }
 
 ZQIter<ZQFPPattern> ZQGetFPPatterns(const ZQMolBase& mol, const ZQFPTypeBase* type) {

@@ -149,12 +149,12 @@ ZQIter<T> ZQIterate(std::vector<T>&& values) {
 // The columns `fragments.collect` of the table of kinds.
 
 bool ZQCollectPathFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                            const ZQFPTypeBase* type, bool withBits);
+                            const ZQFPTypeBase* type, bool forExplanation);
 bool ZQCollectCircularFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                                const ZQFPTypeBase* type, bool withBits);
+                                const ZQFPTypeBase* type, bool forExplanation);
 bool ZQCollectTreeFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                            const ZQFPTypeBase* type, bool withBits);
+                            const ZQFPTypeBase* type, bool forExplanation);
 bool ZQCollectMACCSFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                             const ZQFPTypeBase* type, bool withBits);
+                             const ZQFPTypeBase* type, bool forExplanation);
 
 }  // namespace ZQKorvex

@@ -36,10 +36,10 @@ void ForEachKeyMatch(const ZQMolBase& mol, bool firstOnly, Visit visit) {
 }  // namespace
 
 bool ZQCollectMACCSFragments(ZQFPFragments& fragments, const ZQMolBase& mol,
-                             const ZQFPTypeBase* type, bool withBits) {
+                             const ZQFPTypeBase* type, bool forExplanation) {
   ZQTracedCopy copy(mol, type->GetFPType());
   const auto addBit = [&](unsigned int key, std::size_t place) {
-    if (withBits && key != 0) fragments.AddBit(key - 1, place);
+    if (forExplanation && key != 0) fragments.AddBit(key - 1, place);
   };
   // Elements come before keys, by atomic number.
   ForEachKeyedAtom(copy.Mol(), [&](const ZQAtomBase& atom, unsigned int element, unsigned int key) {

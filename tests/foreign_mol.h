@@ -4,6 +4,8 @@
 /// labels ("N7", never reused) and own their bonds; an index is only a key of a map, which has
 /// holes after deletions.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <initializer_list>
 #include <map>
@@ -227,4 +229,36 @@ void ForeignItem<Base, Stereo>::Change(T& property, T value,
   if (property == value) return;
   property = value;
   for (const unsigned int step : readers) mol.Undo(step);
+}
+
+/// Copies a molecule through the abstract operations. With holes, every second atom and bond is
+/// preceded by one that is deleted at the end.
+inline void Fill(Quarnel::ZQMolBase& mol, const Quarnel::ZQMolBase& from, bool holes) {
+  mol.Clear();
+  mol.BeginEdit();
+  mol.SetTitle(from.GetTitle());
+  std::vector<Quarnel::ZQAtomBase*> extra;
+  std::map<const Quarnel::ZQAtomBase*, Quarnel::ZQAtomBase*> copies;
+  for (auto atom = from.GetAtoms(); atom; ++atom) {
+    if (holes && atom->GetIdx() % 2 == 0) extra.push_back(mol.NewAtom(0));
+    Quarnel::ZQAtomBase* copy = copies[&*atom] = mol.NewAtom(atom->GetAtomicNum());
+    copy->SetFormalCharge(atom->GetFormalCharge());
+    copy->SetIsotope(atom->GetIsotope());
+    copy->SetMapIdx(atom->GetMapIdx());
+    copy->SetImplicitHCount(atom->GetImplicitHCount());
+    copy->SetStereo(atom->GetStereo());
+    copy->SetAromatic(atom->IsAromatic());
+    copy->SetChiral(atom->IsChiral());
+  }
+  for (auto bond = from.GetBonds(); bond; ++bond) {
+    Quarnel::ZQAtomBase* bgn = copies[bond->GetBgn()];
+    Quarnel::ZQAtomBase* end = copies[bond->GetEnd()];
+    if (holes && bond->GetIdx() % 2 == 0) mol.NewBond(extra[bond->GetIdx() % extra.size()], bgn, 1);
+    Quarnel::ZQBondBase* copy = mol.NewBond(bgn, end, bond->GetOrder());
+    copy->SetStereo(bond->GetStereo());
+    copy->SetAromatic(bond->IsAromatic());
+    copy->SetChiral(bond->IsChiral());
+  }
+  for (Quarnel::ZQAtomBase* atom : extra) EXPECT_TRUE(mol.DeleteAtom(atom));
+  mol.EndEdit();
 }

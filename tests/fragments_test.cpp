@@ -3,30 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cstdlib>
 #include <limits>
 #include <map>
-#include <new>
 #include <random>
 #include <set>
 
-#include "korvex/fpmatch.h"
 #include "korvex/circular_local.h"
 #include "korvex/tree_local.h"
 #include "tests/generator_helpers.h"
+#include "tests/memory_helpers.h"
 #include "tests/processor_helpers.h"
-
-// Any single allocation above the limit fails.
-namespace {
-std::size_t largestRequest = std::numeric_limits<std::size_t>::max();
-}
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  void* memory = size > largestRequest ? nullptr : std::malloc(size);
-  if (!memory) throw std::bad_alloc();
-  return memory;
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace ZQKorvex {
 
@@ -330,18 +316,6 @@ TEST(Fragments, InvariantsMustFitTheMolecule) {
   EXPECT_TRUE(Sorted(circular, from, 0, 5).empty());
   EXPECT_TRUE(Sorted(tree, from, 0, 5).empty());
   EXPECT_EQ(reports.Take(), Texts(4, "Assertion"));
-}
-
-TEST(AddressHash, WorkedValues) {
-  const auto at = [](std::uintptr_t address) {
-    return std::bit_cast<const ZQAtomBase*>(address);  // never read
-  };
-  EXPECT_EQ(ZQGetAtomAddressHash(at(0x1000)), 0xd8baafe1U);
-  EXPECT_EQ(ZQGetAtomAddressHash(at(0x7f1234567890)), 0xa90742b5U);
-  CapturedReports reports;
-  ZQGetAtomAddressHash(nullptr);
-  ZQGetBondAddressHash(nullptr);
-  EXPECT_EQ(reports.Take(), Texts(2, "Assertion"));
 }
 
 }  // namespace ZQKorvex

@@ -45,38 +45,6 @@ std::vector<unsigned int> BondIndices(const ZQAtomBase& atom) {
   return indices;
 }
 
-// Copies a molecule through the abstract operations. With holes, every second atom and bond is
-// preceded by one that is deleted at the end.
-void Fill(ZQMolBase& mol, const ZQMolBase& from, bool holes) {
-  mol.Clear();
-  mol.BeginEdit();
-  mol.SetTitle(from.GetTitle());
-  std::vector<ZQAtomBase*> extra;
-  std::map<const ZQAtomBase*, ZQAtomBase*> copies;
-  for (auto atom = from.GetAtoms(); atom; ++atom) {
-    if (holes && atom->GetIdx() % 2 == 0) extra.push_back(mol.NewAtom(0));
-    ZQAtomBase* copy = copies[&*atom] = mol.NewAtom(atom->GetAtomicNum());
-    copy->SetFormalCharge(atom->GetFormalCharge());
-    copy->SetIsotope(atom->GetIsotope());
-    copy->SetMapIdx(atom->GetMapIdx());
-    copy->SetImplicitHCount(atom->GetImplicitHCount());
-    copy->SetStereo(atom->GetStereo());
-    copy->SetAromatic(atom->IsAromatic());
-    copy->SetChiral(atom->IsChiral());
-  }
-  for (auto bond = from.GetBonds(); bond; ++bond) {
-    ZQAtomBase* bgn = copies[bond->GetBgn()];
-    ZQAtomBase* end = copies[bond->GetEnd()];
-    if (holes && bond->GetIdx() % 2 == 0) mol.NewBond(extra[bond->GetIdx() % extra.size()], bgn, 1);
-    ZQBondBase* copy = mol.NewBond(bgn, end, bond->GetOrder());
-    copy->SetStereo(bond->GetStereo());
-    copy->SetAromatic(bond->IsAromatic());
-    copy->SetChiral(bond->IsChiral());
-  }
-  for (ZQAtomBase* atom : extra) EXPECT_TRUE(mol.DeleteAtom(atom));
-  mol.EndEdit();
-}
-
 TYPED_TEST(MolConformanceTest, IndicesAndEdits) {
   TypeParam mol;
   TypeParam other;

@@ -1,0 +1,17 @@
+#pragma once
+
+/// Lets memory run out. Replaces the global operators, so that one source of a program includes it.
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+/// Any single allocation above the limit fails.
+inline std::size_t largestRequest = std::numeric_limits<std::size_t>::max();
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* memory = size > largestRequest ? nullptr : std::malloc(size);
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
