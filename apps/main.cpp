@@ -14,9 +14,9 @@ using namespace KorvexProgram;
 
 namespace {
 
-constexpr const Command* commands[] = {&createCommand,    &searchCommand,       &fingerprintCommand,
-                                       &compareCommand,   &substructureCommand, &drawCommand, &infoCommand,
-                                       &histogramCommand, &neighborsCommand,    &versionCommand};
+constexpr const Command* commands[] = {
+    &createCommand, &searchCommand, &fingerprintCommand, &compareCommand,   &substructureCommand,
+    &drawCommand,   &infoCommand,   &histogramCommand,   &neighborsCommand, &versionCommand};
 
 void PrintUsage(std::FILE* out) {
   std::fputs("usage: korvex COMMAND [arguments] [options]\n\ncommands:\n", out);
