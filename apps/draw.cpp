@@ -13,9 +13,9 @@ namespace {
 
 void Configure(ZQInterface& interface) {
   AddArgument(interface, "MOLFILE", "Molecules, or one molecule as a SMILES");
-  interface.AddParameter(ZQParameter("-svg", "", ZQParamType::String,
-                                     "The file to write; - is standard output")
-                             .SetDefault(std::string("-")));
+  interface.AddParameter(
+      ZQParameter("-svg", "", ZQParamType::String, "The file to write; - is standard output")
+          .SetDefault(std::string("-")));
   interface.AddParameter(
       ZQParameter("-record", "", ZQParamType::Int, "Number of the molecule in its file, from 1")
           .SetLegalRange(1, std::numeric_limits<int>::max())

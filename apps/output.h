@@ -23,8 +23,9 @@ std::string Decimals(double number, int decimals);
 /// The text as UTF-8: each byte that isn't part of a valid sequence becomes U+FFFD.
 std::string ValidUtf8(const std::string& text);
 
-/// An output file while it is being written. It gets the name of the output only when it is complete,
-/// so that a failure neither costs an earlier file nor leaves a partial one. One at a time.
+/// An output file while it is being written. It gets the name of the output only when it is
+/// complete, so that a failure neither costs an earlier file nor leaves a partial one. One at a
+/// time.
 class PartialFile {
  public:
   /// Follows a link to a file, and keeps the mode of an existing file.

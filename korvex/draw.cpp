@@ -466,8 +466,7 @@ Segment Drawing::Shifted(const Bond& bond, double offset, bool extends) const {
     return std::clamp(TrimAt(bond, atom, offset, extends), -most / 2, most);
   };
   const Vec shift = Across(axis) * offset;
-  return Clipped(bond,
-                 {from + shift + axis * trim(bond.bgn), to + shift - axis * trim(bond.end)});
+  return Clipped(bond, {from + shift + axis * trim(bond.bgn), to + shift - axis * trim(bond.end)});
 }
 
 // ---- Output
@@ -520,9 +519,8 @@ void Drawing::AppendHalos(std::string& svg) const {
                Number(radius) + "\"");
   }
   if (halos.empty()) return;
-  svg += std::string("<g fill=\"") + haloColor + "\" stroke=\"" + haloColor +
-         "\" stroke-width=\"" + Number(width) + "\" stroke-linecap=\"round\" opacity=\".4\">\n" +
-         halos + "</g>\n";
+  svg += std::string("<g fill=\"") + haloColor + "\" stroke=\"" + haloColor + "\" stroke-width=\"" +
+         Number(width) + "\" stroke-linecap=\"round\" opacity=\".3\">\n" + halos + "</g>\n";
 }
 
 void Drawing::AppendShades(std::string& svg) const {
@@ -559,8 +557,7 @@ void Drawing::AppendBond(std::string& svg, unsigned int idx) const {
     const unsigned int count = std::max(order, 1U);
     for (unsigned int i = 0; i < count; ++i) {
       const double offset = (i - (count - 1) / 2.0) * gap;
-      const Vec shift =
-          Across(Normalized(atoms_[bond.end].at - atoms_[bond.bgn].at)) * offset;
+      const Vec shift = Across(Normalized(atoms_[bond.end].at - atoms_[bond.bgn].at)) * offset;
       lines.push_back(Clipped(bond, {atoms_[bond.bgn].at + shift, atoms_[bond.end].at + shift}));
     }
   }

@@ -11,8 +11,8 @@ constexpr double capHeight = 0.72;  // of the font size
 constexpr double padding = 1.5;     // pixels between a letter and the end of a bond
 constexpr const char* minusSign = "\xE2\x88\x92";
 
-// Widths in thousandths of the font size: those of Helvetica, which the usual sans-serif fonts share
-// or come close to.
+// Widths in thousandths of the font size: those of Helvetica, which the usual sans-serif fonts
+// share or come close to.
 double WidthOf(char c) {
   switch (c) {
     case 'I':
@@ -126,6 +126,19 @@ ZQLabel ZQMakeLabel(const ZQAtomBase& atom, ZQFreeSide side, double fontSize) {
 
   ZQLabel label;
   LabelMaker maker(label, fontSize);
+  if (!atom.NextBond(nullptr)) {
+    // Alone, as formulas are written: H2O and HCl, but CH4 and NH3.
+    const bool isHydrogenFirst = atom.GetAtomicNum() == 8 || atom.GetAtomicNum() == 16 ||
+                                 atom.GetAtomicNum() == 34 || atom.IsHalogen();
+    const double base = capHeight * fontSize / 2;
+    const double left = -WidthOf(symbol) * fontSize / 2;
+    if (isHydrogenFirst) {
+      maker.Add(left, base, false, {hydrogen, number, mass, symbol, charge, map});
+    } else {
+      maker.Add(left, base, false, {mass, symbol, hydrogen, number, charge, map});
+    }
+    return label;
+  }
   const double half = WidthOf(symbol) * fontSize / 2;
   const double base = capHeight * fontSize / 2;
   const double start = -half - WidthOf(mass) * fontSize;

@@ -150,7 +150,8 @@ std::vector<ZQWedge> ZQChooseWedges(const ZQMolBase& mol, const ZQLayout& layout
   for (unsigned int c = 0; c < centres.size(); ++c) {
     for (const Candidate& candidate : centres[c].candidates) {
       if (matching.OwnerOf(candidate.bond) != c) continue;
-      const bool isCounterClockwise = centres[c].atom->GetStereo() == ZQAtomStereo::CounterClockwise;
+      const bool isCounterClockwise =
+          centres[c].atom->GetStereo() == ZQAtomStereo::CounterClockwise;
       wedges[candidate.bond->GetIdx()] = {centres[c].atom,
                                           (candidate.volume < 0) == isCounterClockwise};
     }

@@ -14,7 +14,7 @@ namespace {
 // The search for a layout without overlaps grows with a high power of the number of atoms: with the
 // full precision, 100 atoms take a second and 300 atoms seven. Lower precision ends it earlier.
 float PrecisionFor(std::size_t numAtoms) {
-  constexpr float mostForFull = 60;
+  constexpr float mostForFull = 40;
   const float ratio = mostForFull / static_cast<float>(numAtoms);
   return SKETCHER_STANDARD_PRECISION * std::min(1.F, ratio * ratio * ratio);
 }
@@ -61,8 +61,8 @@ bool Place(const MolView& view, std::span<const std::uint32_t> atoms,
   minimizer.runGenerateCoordinates();
   for (const std::uint32_t a : atoms) {
     const sketcherMinimizerPointF& at = made[a]->getCoordinates();
-    if (!std::isfinite(at.x()) || !std::isfinite(at.y()) ||
-        std::abs(at.x()) > COORDINATES_LIMIT || std::abs(at.y()) > COORDINATES_LIMIT) {
+    if (!std::isfinite(at.x()) || !std::isfinite(at.y()) || std::abs(at.x()) > COORDINATES_LIMIT ||
+        std::abs(at.y()) > COORDINATES_LIMIT) {
       return false;
     }
     points[a] = {at.x(), -at.y(), 0};  // its y points downwards

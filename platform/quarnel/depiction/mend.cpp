@@ -11,7 +11,7 @@ namespace Quarnel {
 namespace {
 
 constexpr std::uint32_t none = MolView::none;
-constexpr double clash = 0.5;   // closer atoms can't be told apart
+constexpr double clash = 0.5;    // closer atoms can't be told apart
 constexpr double comfort = 0.8;  // the distance beyond which atoms don't disturb each other
 
 double Distance(const ZQPoint& a, const ZQPoint& b) { return std::hypot(a.x - b.x, a.y - b.y); }
@@ -61,8 +61,8 @@ class Mender {
   std::span<const std::uint32_t> atoms_;
   std::vector<ZQPoint>& points_;
   std::vector<std::uint32_t> bonds_;
-  std::vector<char> isMoved_;           // by atom: on the side that a move moves
-  std::vector<std::uint32_t> moved_;    // the same as a list
+  std::vector<char> isMoved_;         // by atom: on the side that a move moves
+  std::vector<std::uint32_t> moved_;  // the same as a list
 };
 
 // Scales to bonds of median length 1. False if they have no length.
@@ -82,8 +82,8 @@ bool Mender::Normalize() {
   return true;
 }
 
-// For what CoordGen refuses, such as large cages: distances in the plane approach those in the graph
-// (majorization of stress: J. de Leeuw, J. Classif. 5, 163, 1988).
+// For what CoordGen refuses, such as large cages: distances in the plane approach those in the
+// graph (majorization of stress: J. de Leeuw, J. Classif. 5, 163, 1988).
 void Mender::PlaceByStress() {
   constexpr int rounds = 60;
   const std::size_t size = atoms_.size();

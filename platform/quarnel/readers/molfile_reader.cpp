@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "contract/bostrel/characters_local.h"
+#include "contract/quarnel/coordinates.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/molecule/adjacency_local.h"
@@ -29,11 +30,7 @@ namespace {
 constexpr std::uint32_t none = ~0U;
 constexpr int maxMapIdx = 999999999;  // as for the atom classes of a SMILES
 
-struct Point {
-  double x = 0;
-  double y = 0;
-  double z = 0;
-};
+using Point = ZQPoint;
 
 Point operator-(const Point& a, const Point& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
 Point operator*(const Point& a, double factor) {
@@ -779,6 +776,12 @@ bool MolfileParser::Fill(ZQMolBase& mol) {
   }
   DropSmallRingStereo(mol);
   mol.EndEdit();
+  if (isDrawn_ || (!atoms_.empty() && Dot(atoms_[0].at, atoms_[0].at) != 0)) {
+    std::vector<ZQPoint> points;
+    points.reserve(atoms_.size());
+    for (const Atom& atom : atoms_) points.push_back(atom.at);
+    mol.SetData(ZQCoordinatesTag, std::move(points));
+  }
   if (twiceAt != 0) return FailAt(twiceAt, "a second bond between two atoms", "one");
   unsigned int culprit = 0;
   if (anyAromatic && !ZQKekulize(mol, &culprit)) {
