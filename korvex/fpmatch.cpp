@@ -140,6 +140,7 @@ ZQMatch* ZQCombineAtomBondSets(const Fragment& a, const Fragment& b) {
 ZQMatch ZQPairByPosition(const ZQAtomBondSet& a, const ZQAtomBondSet& b) {
   ZQMatch match;
   if (!ZQ_ASSERT(a.NumAtoms() == b.NumAtoms() && a.NumBonds() == b.NumBonds())) return match;
+  match.Reserve(a.NumAtoms(), a.NumBonds());
   for (unsigned int i = 0; i < a.NumAtoms(); ++i) match.AddPair(a.GetAtoms()[i], b.GetAtoms()[i]);
   for (unsigned int i = 0; i < a.NumBonds(); ++i) match.AddPair(a.GetBonds()[i], b.GetBonds()[i]);
   return match;

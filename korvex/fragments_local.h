@@ -85,6 +85,7 @@ class FragmentGenerator {
   // Each atom with its bond to the earliest fragment atom bonded to it: a spanning tree.
   ZQFPAtomBondSet<T> MakePattern(const T& id) const {
     ZQFPAtomBondSet<T> pattern(&mol_, id);
+    pattern.Reserve(fragment_.NumAtoms(), fragment_.NumAtoms() - 1);
     for (std::size_t place = 0; place < fragment_.NumAtoms(); ++place) {
       ZQAtomBase* atom = mol_.GetAtomAt(fragment_.Atoms()[place]);
       if (ZQ_ASSERT(atom != nullptr)) pattern.AddAtom(atom);

@@ -130,6 +130,7 @@ class PathGenerator {
 
   void AddPattern(unsigned int depth) {
     ZQFPAtomBondSet<T> pattern(&mol_, steps_[depth].id);
+    pattern.Reserve(depth, depth - 1);
     for (unsigned int i = 1; i <= depth; ++i) {
       ZQAtomBase* atom = mol_.GetAtomAt(steps_[i].atom);
       if (ZQ_ASSERT(atom != nullptr)) pattern.AddAtom(atom);

@@ -83,6 +83,9 @@ TEST_F(DocsTest, ExamplesRun) {
       {"compare", {"9 bits and 14 bits of 2048\n", "Tanimoto 0.438\n", "Tversky  0.778\n"}},
       {"threads", {"Finished, ", ", score 1.000\n", " scores, mean 0."}},
       {"kinds", {"0.451 by Path", "0.773 by MACCS166", "0.464 by UHTree", "atoms 9 10 11 12\n"}},
+      {"explain",
+       {"[C;h0](-[C;h3])(=[O;h0])-[O;h0]\n", "Tanimoto 0.385: 31 and 23 bits, 15 in both\n",
+        "C0 alone  -0.084\n", "C10 shared +0.166\n"}},
       {"application", {"Path,ver=2.0.0,size=4096,", "1000 hits by Tanimoto\n"}},
   };
   for (const fs::path& source : Sources({"docs/examples"}, ".cpp")) {

@@ -193,6 +193,43 @@ const bool generators[] = {
                &ZQGetHashSize}),
 };
 
+// Explanations.
+static_assert(
+    areDerived<ZQAtomBondSet, ZQFPPattern> &&
+    std::is_constructible_v<ZQFPPattern, ZQIter<ZQAtomBase>, ZQIter<ZQBondBase>, Text, U, U>);
+using Fragments = std::vector<ZQFPAtomBondSet<Text>>;
+using Names = std::set<Text>;
+const bool explanations[] = {
+    Has<ZQIter<ZQFPPattern>(Mol, Type)>(
+        {&ZQGetFPPatterns, &ZQGetPathFPPatterns, &ZQGetCircularFPPatterns, &ZQGetTreeFPPatterns}),
+    Has<ZQIter<ZQAtomBondSet>(Mol, Type, bool)>({&ZQGetFPCoverage, &ZQGetPathFPCoverage,
+                                                 &ZQGetCircularFPCoverage, &ZQGetTreeFPCoverage,
+                                                 &ZQGetMACCSFPCoverage}),
+    Has<ZQIter<ZQMatchBase>(Mol, Mol, Type)>({&ZQGetFPOverlap, &ZQGetPathFPOverlap,
+                                              &ZQGetCircularFPOverlap, &ZQGetTreeFPOverlap,
+                                              &ZQGetMACCSFPOverlap}),
+    Has<bool(ZQSimilarityExplanation&, Mol, Mol, Type, U, float, float)>({&ZQExplainSimilarity}),
+    Has<U(const ZQAtomBase*)>({&ZQGetAtomAddressHash}),
+    Has<U(const ZQBondBase*)>({&ZQGetBondAddressHash}),
+    Has<U(const ZQMatchBase*)>({&ZQGetMatchAddressHash}),
+    Has<Text()>({&ZQOriginalPtrTagString}),
+    Has<U()>({&ZQOriginalPtrTag}),
+    Has<void(Mol)>({&ZQSetPointersAsGenericData, &ZQDetetePointersAsGenericData}),
+    Has<GetOriginalPtr<ZQAtomBase>, ZQAtomBase*(const ZQAtomBase*) const>(
+        {&GetOriginalPtr<ZQAtomBase>::operator()}),
+    Has<ZQMatch*(const ZQMatchBase&, const ZQMatchBase&)>({&ZQCombineMatches}),
+    Has<ZQMatch*(const ZQFPAtomBondSet<Text>&, const ZQFPAtomBondSet<Text>&)>(
+        {&ZQCombineAtomBondSets}),
+    Has<bool(ZQIter<ZQAtomBase>, ZQIter<ZQAtomBase>)>({&AreDifferent<ZQAtomBase>}),
+    Has<ZQEqualAtomBondSet, bool(const ZQAtomBondSet&, const ZQAtomBondSet&) const>(
+        {&ZQEqualAtomBondSet::operator()}),
+    Has<ZQEqualMatch, bool(const ZQMatchBase*, const ZQMatchBase*) const>(
+        {&ZQEqualMatch::operator()}),
+    Has<void(Fragments&, const Names&, const Fragments&)>({&ZQGetUniquePatterns}),
+    Has<void(std::vector<ZQMatchBase*>&, const Names&, const Fragments&, const Fragments&, bool)>(
+        {&ZQGetCommonMatches}),
+};
+
 // Measures.
 static_assert(areDerived<ZQSimFuncBase, ZQTanimotoSim, ZQCosineSim, ZQDiceSim, ZQEuclidSim,
                          ZQTverskySim, ZQManhattanSim, ZQLingoSimFunc, ZQUnhashedSimFunc>);
@@ -305,7 +342,7 @@ const bool library[] = {
 
 TEST(PublicNames, FunctionsAreLinked) {
   const std::initializer_list<std::span<const bool>> tables = {
-      molecule, system, types, generators, measures, databases, library};
+      molecule, system, types, generators, explanations, measures, databases, library};
   for (const std::span<const bool> table : tables) {
     for (const bool isLinked : table) EXPECT_TRUE(isLinked);
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "contract/quarnel/mol.h"
@@ -23,6 +24,11 @@ class ZQ_EXPORT ZQAtomBondSet {
   /// Returns a new set of the same atoms and bonds, owned by the caller.
   virtual ZQAtomBondSet* CreateCopy() const { return new ZQAtomBondSet(*this); }
 
+  /// Makes room for this many members.
+  void Reserve(std::size_t atoms, std::size_t bonds) {
+    atoms_.reserve(atoms);
+    bonds_.reserve(bonds);
+  }
   bool AddAtom(ZQAtomBase* atom);
   bool AddBond(ZQBondBase* bond);
   unsigned int NumAtoms() const { return static_cast<unsigned int>(atoms_.size()); }

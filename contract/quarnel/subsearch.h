@@ -74,6 +74,11 @@ class ZQ_EXPORT ZQMatchBase {
 
 class ZQ_EXPORT ZQMatch final : public ZQMatchBase {
  public:
+  /// Makes room for this many pairs.
+  void Reserve(std::size_t atoms, std::size_t bonds) {
+    atoms_.reserve(atoms);
+    bonds_.reserve(bonds);
+  }
   void AddPair(ZQAtomBase* pattern, ZQAtomBase* target) { atoms_.push_back({pattern, target}); }
   void AddPair(ZQBondBase* pattern, ZQBondBase* target) { bonds_.push_back({pattern, target}); }
   const std::vector<ZQMatchPair<ZQAtomBase>>& GetAtomPairs() const override { return atoms_; }

@@ -22,6 +22,7 @@ T* Find(const std::vector<T*>& table, const T* item) {
 
 ZQAtomBondSet::ZQAtomBondSet(const ZQAtomBondSet& other, const std::vector<ZQAtomBase*>& atoms,
                              const std::vector<ZQBondBase*>& bonds) {
+  Reserve(other.atoms_.size(), other.bonds_.size());
   for (const ZQAtomBase* atom : other.atoms_) AddAtom(Find(atoms, atom));
   for (const ZQBondBase* bond : other.bonds_) AddBond(Find(bonds, bond));
 }
