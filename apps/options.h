@@ -2,6 +2,7 @@
 
 /// Parameters that several commands share.
 
+#include <span>
 #include <string>
 
 #include "apps/command.h"
@@ -28,6 +29,12 @@ void AddTypeOptions(ZQInterface& interface, Kinds kinds);
 /// The type chosen by them. Null after a message if it is illegal, if no fingerprint can be made of
 /// it, or if the command doesn't accept it: a database needs multiples of 256 bits.
 const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
+
+/// Whether one of these options is set; if so, reports the error "option %s is of no use %s".
+bool IsAnySet(const ZQInterface& interface, std::span<const char* const> names,
+              const std::string& reason);
+/// The same for the options of `AddTypeOptions`.
+bool IsAnyTypeOptionSet(const ZQInterface& interface, const std::string& reason);
 
 /// "-alpha" and "-beta" of Tversky, next to the other search options if there are any.
 void AddTverskyCoeffs(ZQInterface& interface);
