@@ -1,7 +1,6 @@
 #include "apps/options.h"
 
 #include <algorithm>
-#include <span>
 #include <utility>
 #include <vector>
 
@@ -28,6 +27,16 @@ void AddThreads(ZQInterface& interface) {
 
 unsigned int GetThreads(const ZQInterface& interface) {
   return static_cast<unsigned int>(interface.Get<int>("-threads"));
+}
+
+bool IsAnySet(const ZQInterface& interface, std::span<const char* const> names,
+              const std::string& reason) {
+  for (const char* name : names) {
+    if (!interface.IsSet(name)) continue;
+    ZQThrow.Error("option %s is of no use %s", name, reason.c_str());
+    return true;
+  }
+  return false;
 }
 
 namespace {
@@ -69,15 +78,6 @@ std::string TellDefaults(const std::string& parameterName, Kinds kinds) {
     text.append(text.empty() ? "" : "; ").append(value).append(" for ").append(names);
   }
   return text;
-}
-
-bool IsAnySet(const ZQInterface& interface, Names names, const std::string& reason) {
-  for (const char* name : names) {
-    if (!interface.IsSet(name)) continue;
-    ZQThrow.Error("option %s is of no use %s", name, reason.c_str());
-    return true;
-  }
-  return false;
 }
 
 const ZQFPTypeBase* GetTypeByOptions(const ZQInterface& interface) {
@@ -136,6 +136,11 @@ const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds) {
 
 bool IsComparedBy(const ZQFPTypeBase* type, unsigned int measure) {
   return measure == ZQSimMeasure::Tanimoto || !ZQFindFPKind(type)->IsUnhashed();
+}
+
+bool IsAnyTypeOptionSet(const ZQInterface& interface, const std::string& reason) {
+  constexpr const char* wholeType[] = {"-type"};
+  return IsAnySet(interface, optionNames, reason) || IsAnySet(interface, wholeType, reason);
 }
 
 void AddTverskyCoeffs(ZQInterface& interface) {

@@ -2,6 +2,7 @@
 
 /// Parameters that several commands share.
 
+#include <span>
 #include <string>
 
 #include "apps/command.h"
@@ -32,6 +33,12 @@ const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
 /// Whether fingerprints of a type are compared by this measure: texts of fragments by Tanimoto
 /// only.
 bool IsComparedBy(const ZQFPTypeBase* type, unsigned int measure);
+
+/// Whether one of these options is set; if so, reports the error "option %s is of no use %s".
+bool IsAnySet(const ZQInterface& interface, std::span<const char* const> names,
+              const std::string& reason);
+/// The same for the options of `AddTypeOptions`.
+bool IsAnyTypeOptionSet(const ZQInterface& interface, const std::string& reason);
 
 /// "-alpha" and "-beta" of Tversky, next to the other search options if there are any.
 void AddTverskyCoeffs(ZQInterface& interface);

@@ -1,18 +1,22 @@
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "apps/database.h"
 #include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/output.h"
+#include "apps/ranker.h"
 #include "korvex/fpdatabaseoptions_params.h"
+#include "korvex/fpfast_database.h"
 
 namespace KorvexProgram {
 
 namespace {
+
+constexpr const char* source = "DB.fpbin|MOLFILE";
 
 // The most queries in one pass over the database, and the most hits held until its end.
 constexpr std::uint64_t queriesPerPass = 256;
@@ -33,7 +37,8 @@ ZQFPDatabaseOptions DefaultOptions() {
 }
 
 void Configure(ZQInterface& interface) {
-  AddArgument(interface, "DB.fpbin", "The database");
+  AddArgument(interface, source,
+              "The database, or a molecule file, of which fingerprints are made in memory");
   AddArgument(interface, "QUERY",
               "A molecule file, each record of which is a query, or one query as a SMILES");
   interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
@@ -44,6 +49,7 @@ void Configure(ZQInterface& interface) {
   AddDetails(&format, &Formats());
   interface.AddParameter(std::move(format));
   AddThreads(interface);
+  AddTypeOptions(interface, Kinds::All);
   ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
   ZQConfigureFPDatabaseOptions(interface, DefaultOptions());
   AddTverskyCoeffs(interface);
@@ -56,14 +62,14 @@ struct Queries {
 };
 
 // The next queries that have a fingerprint, from record `next` on.
-Queries ReadQueries(const MoleculeArgument& molecules, const ZQFPTypeBase* type,
-                    std::uint64_t count, unsigned int& next) {
+Queries ReadQueries(const MoleculeArgument& molecules, const Ranker& ranker, std::uint64_t count,
+                    unsigned int& next) {
   Queries queries;
   ZQMol mol;
   while (next < molecules.NumMolecules() && queries.fps.size() < count) {
     const bool read = molecules.GetMolecule(mol, next++);
     ZQFingerPrint fp;
-    if (!read || !MakeFingerPrint(fp, mol, type, "query " + std::to_string(next))) continue;
+    if (!read || !ranker.MakeQuery(fp, mol, "query " + std::to_string(next))) continue;
     queries.numbers.push_back(next);
     queries.fps.push_back(std::move(fp));
   }
@@ -71,31 +77,30 @@ Queries ReadQueries(const MoleculeArgument& molecules, const ZQFPTypeBase* type,
 }
 
 int Run(const ZQInterface& interface) {
-  const auto filename = interface.Get<std::string>("DB.fpbin");
   ZQFPDatabaseOptions options = DefaultOptions();
   ZQSetupFPDatabaseOptions(options, interface);
   SetTverskyCoeffs(options, interface);
   options.SetNumProcessors(GetThreads(interface));
 
-  const auto database = OpenDatabase(filename, ZQGetFPDatabaseMemoryType(interface));
-  if (!database) return BadInput;
   MoleculeArgument molecules;
   if (!molecules.Open(interface.Get<std::string>("QUERY"))) return BadInput;
-  HitMolecules hitMolecules;
-  const auto given = interface.IsSet("-molecules") ? interface.Get<std::string>("-molecules") : "";
-  if (!hitMolecules.Open(given, filename, *database)) return BadInput;
+  const auto filename = interface.Get<std::string>(source);
+  const auto open = ZQMolDatabase::IsReadable(filename) ? OpenMoleculeRanker : OpenDatabaseRanker;
+  ExitCode exitCode = BadInput;
+  const std::unique_ptr<Ranker> ranker = open(filename, interface, options, exitCode);
+  if (!ranker) return exitCode;
 
   HitWriter writer(interface.Get<std::string>("-format") == "json");
   std::size_t answered = 0;
-  const std::uint64_t records = std::max<std::uint64_t>(database->NumFingerPrints(), 1);
+  const std::uint64_t records = std::max<std::uint64_t>(ranker->NumFingerPrints(), 1);
   const std::uint64_t hitsPerQuery =
       options.GetLimit() == 0 ? records : std::min<std::uint64_t>(options.GetLimit(), records);
   const std::uint64_t count =
       std::clamp<std::uint64_t>(hitsPerPass / hitsPerQuery, 1, queriesPerPass);
   for (unsigned int next = 0; next < molecules.NumMolecules();) {
-    const Queries queries = ReadQueries(molecules, database->GetFPTypeBase(), count, next);
+    const Queries queries = ReadQueries(molecules, *ranker, count, next);
     const unsigned int numWarnings = NumWarnings();
-    std::vector<ZQIter<ZQSimScore>> hits = database->GetSortedScores(queries.fps, options);
+    std::vector<ZQIter<ZQSimScore>> hits = ranker->Rank(queries.fps);
     if (NumWarnings() != numWarnings) {
       writer.Finish();
       return BadInput;  // too little memory
@@ -103,8 +108,8 @@ int Run(const ZQInterface& interface) {
     for (std::size_t i = 0; i < hits.size(); ++i) {
       for (unsigned int rank = 1; hits[i]; ++hits[i], ++rank) {
         const std::uint64_t index = hits[i]->GetIdx();
-        writer.Write({queries.numbers[i], rank, hits[i]->GetScore(), index,
-                      hitMolecules.GetTitle(index), hitMolecules.GetSmiles(index)});
+        writer.Write({queries.numbers[i], rank, hits[i]->GetScore(), index, ranker->GetTitle(index),
+                      ranker->GetSmiles(index)});
       }
     }
     answered += hits.size();
@@ -115,6 +120,7 @@ int Run(const ZQInterface& interface) {
 
 }  // namespace
 
-const Command searchCommand{"search", "Ranks a database against query molecules", Configure, Run};
+const Command searchCommand{"search", "Ranks a database or a molecule file against query molecules",
+                            Configure, Run};
 
 }  // namespace KorvexProgram

@@ -21,6 +21,7 @@
 #include <thread>
 #include <vector>
 
+#include "korvex/fingerprint_params.h"
 #include "korvex/fpfast_database.h"
 #include "korvex/fpfast_local.h"
 
@@ -52,28 +53,35 @@ inline const ZQFPTypeBase* TypeOf(unsigned int numbits) {
   return ZQGetPathFPType(numbits, 0, 5, 1, 1);
 }
 
-/// A `.fpbin` file of random path fingerprints, as dense as those of drug-like molecules (about one
-/// bit in six) and in 512 families, so that every query has near and far neighbours. Deleted at the
-/// end.
+/// A `.fpbin` file of random fingerprints in 512 families, so that every query has near and far
+/// neighbours. Path fingerprints have about one bit in six, as those of drug-like molecules do;
+/// `halvings` makes them sparser by about that power of 2. Deleted at the end.
 class Database {
  public:
-  Database(std::size_t count, unsigned int numbits)
-      : name_(std::filesystem::temp_directory_path() / ("korvex_bench_" + std::to_string(getpid()) +
-                                                        "_" + std::to_string(numbits) + ".fpbin")) {
+  Database(std::size_t count, unsigned int numbits) : Database(count, TypeOf(numbits)) {}
+  Database(std::size_t count, const ZQFPTypeBase* type, unsigned int halvings = 0)
+      : name_(std::filesystem::temp_directory_path() /
+              ("korvex_bench_" + std::to_string(getpid()) + "_" +
+               std::to_string(ZQGetFingerPrintSize(type)) + ".fpbin")) {
     ZQFastFPDatabaseParams params;
-    params.SetFPTypeBase(TypeOf(numbits));
+    params.SetFPTypeBase(type);
     params.SetNumFingerPrints(count);
-    const std::size_t numWords = numbits / 64;
+    const std::size_t numWords = ZQGetFingerPrintSize(type) / 64;
     Random random;
+    const auto thinned = [&](std::uint64_t word) {
+      for (unsigned int i = 0; i < halvings; ++i) word &= random();
+      return word;
+    };
     std::vector<std::uint64_t> families(512 * numWords);
-    for (std::uint64_t& word : families) word = random() & random();
+    for (std::uint64_t& word : families) word = thinned(random() & random());
     std::ofstream out(name_, std::ios::binary);
     out << ZQWriteFastFPDatabaseHeaderBlob(params);
     std::vector<std::uint64_t> record(2 + numWords);
     for (std::size_t i = 0; i < count; ++i) {
       const std::uint64_t* family = &families[random() % 512 * numWords];
       for (std::size_t w = 0; w < numWords; ++w) {
-        record[2 + w] = (family[w] & random()) | (random() & random() & random() & random());
+        const std::uint64_t kept = family[w] & random();
+        record[2 + w] = kept | thinned(random() & random() & random() & random());
       }
       record[0] = i;
       record[1] = ZQPopCountPOPCNT(&record[2], numWords);

@@ -65,15 +65,17 @@ bool ZQPortableBins(const double* values, std::size_t n, double lower, double up
 std::uint64_t ZQPortableReaching(const double* scores, std::size_t n, double bar, bool descending);
 std::uint64_t ZQPortableReachingOwn(const double* scores, std::size_t n, const double* bars);
 
-/// A variant with its own scan, and the portable form of all other loops.
-consteval ZQScanVariant ZQPortableBut(decltype(ZQScanVariant::scan) scan) {
+/// A variant with its own counts, and the portable form of all other loops.
+consteval ZQScanVariant ZQPortableBut(decltype(ZQScanVariant::scan) scan,
+                                      decltype(ZQScanVariant::count) count) {
   return {.scan = scan,
           .pack = nullptr,
           .row = nullptr,
           .scores = zqPortableScores.data(),
           .bin = ZQPortableBins,
           .reaching = ZQPortableReaching,
-          .reachingOwn = ZQPortableReachingOwn};
+          .reachingOwn = ZQPortableReachingOwn,
+          .count = count};
 }
 
 }  // namespace ZQKorvex

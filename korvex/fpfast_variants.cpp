@@ -51,6 +51,15 @@ void Scan(const std::uint64_t* query, const std::uint64_t* words, std::uintptr_t
   }
 }
 
+ZQBitTerms Count(const std::uint64_t* a, const std::uint64_t* b, std::size_t numWords) {
+  const std::size_t even = numWords - numWords % 2;
+  ZQBitTerms terms{static_cast<std::uint32_t>(CountCommon(a, a, even)),
+                   static_cast<std::uint32_t>(CountCommon(b, b, even)),
+                   static_cast<std::uint32_t>(CountCommon(a, b, even))};
+  if (even != numWords) terms.Add(a[even], b[even]);
+  return terms;
+}
+
 template <std::size_t measure>
 bool Scores(const ZQScoreTerms& terms, double q, const double* r, const std::uint32_t* counts,
             std::size_t n, double* scores) {
@@ -92,7 +101,7 @@ std::uint64_t ZQPortableReachingOwn(const double* scores, std::size_t n, const d
   return MaskOf(n, [=](std::size_t i) { return !(scores[i] < bars[i]); });
 }
 
-constinit const ZQScanVariant zqScanPortable = ZQPortableBut(Scan);
+constinit const ZQScanVariant zqScanPortable = ZQPortableBut(Scan, Count);
 
 unsigned long ZQPopCountBitCount(const unsigned long* words, unsigned long count) {
   if (!ZQ_ASSERT(count % zqWordsPerUnit == 0)) return 0;

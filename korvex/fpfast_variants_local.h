@@ -21,6 +21,20 @@ inline constexpr std::size_t zqBlockRecords = 64;
 /// for the previous one.
 inline constexpr std::size_t zqBinLanes = 8;
 
+/// The numbers of bits of two fingerprints, and of common ones.
+struct ZQBitTerms {
+  std::uint32_t a = 0;
+  std::uint32_t b = 0;
+  std::uint32_t both = 0;
+
+  /// Adds those of one more word. Inlined, so that the caller's instructions count.
+  [[gnu::always_inline]] void Add(std::uint64_t wordA, std::uint64_t wordB) {
+    a += static_cast<std::uint32_t>(__builtin_popcountll(wordA));
+    b += static_cast<std::uint32_t>(__builtin_popcountll(wordB));
+    both += static_cast<std::uint32_t>(__builtin_popcountll(wordA & wordB));
+  }
+};
+
 struct ZQScanVariant {
   /// Sets counts[i] to the number of bits common to the query and record i. `words` is the first
   /// fingerprint word of the first of `n` records, which are `stride` words apart. Prefetches `n`
@@ -50,6 +64,10 @@ struct ZQScanVariant {
   std::uint64_t (*reaching)(const double* scores, std::size_t n, double bar, bool descending);
   /// Bit i: whether scores[i] isn't below bars[i].
   std::uint64_t (*reachingOwn)(const double* scores, std::size_t n, const double* bars);
+
+  /// Counts the bits of `a`, of `b` and of both, of any number of words, for single pairs of
+  /// fingerprints.
+  ZQBitTerms (*count)(const std::uint64_t* a, const std::uint64_t* b, std::size_t numWords);
 };
 
 extern const ZQScanVariant zqScanPortable;

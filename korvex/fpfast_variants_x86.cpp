@@ -33,15 +33,39 @@ ZQ_TARGET_POPCNT void ScanPopcnt(const std::uint64_t* query, const std::uint64_t
   }
 }
 
+ZQ_TARGET_POPCNT ZQBitTerms CountsPopcnt(const std::uint64_t* a, const std::uint64_t* b,
+                                         std::size_t numWords) {
+  ZQBitTerms terms;
+#pragma GCC unroll 4
+  for (std::size_t w = 0; w < numWords; ++w) terms.Add(a[w], b[w]);
+  return terms;
+}
+
 // AVX2: one shuffle looks up the counts of 32 nibbles in a table of 16.
+
+/// The counts of the bits of each byte.
+[[gnu::always_inline]] ZQ_TARGET_AVX2 inline __m256i CountBytesAvx2(__m256i words) {
+  const __m256i table = _mm256_setr_epi8(0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4,  //
+                                         0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4);
+  const __m256i low = _mm256_set1_epi8(0x0F);
+  return _mm256_add_epi8(
+      _mm256_shuffle_epi8(table, _mm256_and_si256(words, low)),
+      _mm256_shuffle_epi8(table, _mm256_and_si256(_mm256_srli_epi64(words, 4), low)));
+}
+
+/// The sum of the four words.
+[[gnu::always_inline]] ZQ_TARGET_AVX2 inline std::uint32_t SumAvx2(__m256i words) {
+  const __m128i half =
+      _mm_add_epi64(_mm256_castsi256_si128(words), _mm256_extracti128_si256(words, 1));
+  return static_cast<std::uint32_t>(
+      _mm_cvtsi128_si32(_mm_add_epi64(half, _mm_unpackhi_epi64(half, half))));
+}
+
+constexpr std::size_t wordsPerByteSum = 4 * 31;  // 31 additions of at most 8 fit a byte
 
 ZQ_TARGET_AVX2 void ScanAvx2(const std::uint64_t* query, const std::uint64_t* words,
                              std::uintptr_t ahead, std::size_t stride, std::size_t n,
                              std::size_t numWords, std::uint32_t* counts) {
-  const __m256i table = _mm256_setr_epi8(0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4,  //
-                                         0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4);
-  const __m256i low = _mm256_set1_epi8(0x0F);
-  constexpr std::size_t wordsPerByteSum = 4 * 31;  // 31 additions of at most 8 fit a byte
   for (std::size_t i = 0; i < n; ++i, words += stride, ahead += 8 * stride) {
     __m256i sum = _mm256_setzero_si256();
     for (std::size_t begin = 0; begin < numWords; begin += wordsPerByteSum) {
@@ -52,18 +76,40 @@ ZQ_TARGET_AVX2 void ScanAvx2(const std::uint64_t* query, const std::uint64_t* wo
         const __m256i common =
             _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(query + w)),
                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words + w)));
-        const __m256i lower = _mm256_shuffle_epi8(table, _mm256_and_si256(common, low));
-        const __m256i upper =
-            _mm256_shuffle_epi8(table, _mm256_and_si256(_mm256_srli_epi64(common, 4), low));
-        bytes = _mm256_add_epi8(bytes, _mm256_add_epi8(lower, upper));
+        bytes = _mm256_add_epi8(bytes, CountBytesAvx2(common));
       }
       sum = _mm256_add_epi64(sum, _mm256_sad_epu8(bytes, _mm256_setzero_si256()));
     }
-    const __m128i half =
-        _mm_add_epi64(_mm256_castsi256_si128(sum), _mm256_extracti128_si256(sum, 1));
-    counts[i] = static_cast<std::uint32_t>(
-        _mm_cvtsi128_si32(_mm_add_epi64(half, _mm_unpackhi_epi64(half, half))));
+    counts[i] = SumAvx2(sum);
   }
+}
+
+ZQ_TARGET_AVX2 ZQBitTerms CountsAvx2(const std::uint64_t* a, const std::uint64_t* b,
+                                     std::size_t numWords) {
+  const __m256i zero = _mm256_setzero_si256();
+  const std::size_t whole = numWords - numWords % 4;
+  __m256i sumA = zero;
+  __m256i sumB = zero;
+  __m256i sumBoth = zero;
+  for (std::size_t begin = 0; begin < whole; begin += wordsPerByteSum) {
+    const std::size_t end = std::min(whole, begin + wordsPerByteSum);
+    __m256i bytesA = zero;
+    __m256i bytesB = zero;
+    __m256i bytesBoth = zero;
+    for (std::size_t w = begin; w < end; w += 4) {
+      const __m256i wordsA = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a + w));
+      const __m256i wordsB = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b + w));
+      bytesA = _mm256_add_epi8(bytesA, CountBytesAvx2(wordsA));
+      bytesB = _mm256_add_epi8(bytesB, CountBytesAvx2(wordsB));
+      bytesBoth = _mm256_add_epi8(bytesBoth, CountBytesAvx2(_mm256_and_si256(wordsA, wordsB)));
+    }
+    sumA = _mm256_add_epi64(sumA, _mm256_sad_epu8(bytesA, zero));
+    sumB = _mm256_add_epi64(sumB, _mm256_sad_epu8(bytesB, zero));
+    sumBoth = _mm256_add_epi64(sumBoth, _mm256_sad_epu8(bytesBoth, zero));
+  }
+  ZQBitTerms terms{SumAvx2(sumA), SumAvx2(sumB), SumAvx2(sumBoth)};
+  for (std::size_t w = whole; w < numWords; ++w) terms.Add(a[w], b[w]);
+  return terms;
 }
 
 // AVX-512 with VPOPCNTDQ, which counts eight words at once.
@@ -127,6 +173,35 @@ ZQ_TARGET_VPOPCNTDQ void ScanAvx512(const std::uint64_t* query, const std::uint6
     counts[i] = static_cast<std::uint32_t>(
         _mm512_reduce_add_epi64(CountAvx512(query, words, ahead, numWords)));
   }
+}
+
+ZQ_TARGET_VPOPCNTDQ ZQBitTerms CountsAvx512(const std::uint64_t* a, const std::uint64_t* b,
+                                            std::size_t numWords) {
+  const __m512i zero = _mm512_setzero_si512();
+  __m512i sumA = zero;
+  __m512i sumB = zero;
+  __m512i sumBoth = zero;
+  const auto add = [&](__m512i wordsA, __m512i wordsB) ZQ_TARGET_VPOPCNTDQ {
+    sumA = _mm512_add_epi64(sumA, _mm512_popcnt_epi64(wordsA));
+    sumB = _mm512_add_epi64(sumB, _mm512_popcnt_epi64(wordsB));
+    sumBoth = _mm512_add_epi64(sumBoth, _mm512_popcnt_epi64(_mm512_and_si512(wordsA, wordsB)));
+  };
+  std::size_t w = 0;
+#pragma GCC unroll 4
+  for (; w + 8 <= numWords; w += 8) add(_mm512_loadu_si512(a + w), _mm512_loadu_si512(b + w));
+  if (w < numWords) {
+    const __mmask8 left = LanesLeft(numWords - w);
+    add(_mm512_maskz_loadu_epi64(left, a + w), _mm512_maskz_loadu_epi64(left, b + w));
+  }
+  const __m512i own =
+      _mm512_add_epi64(_mm512_unpacklo_epi64(sumA, sumB), _mm512_unpackhi_epi64(sumA, sumB));
+  const __m512i both =
+      _mm512_add_epi64(_mm512_unpacklo_epi64(sumBoth, zero), _mm512_unpackhi_epi64(sumBoth, zero));
+  const __m512i halves = FoldAvx512(own, both);
+  const __m128i totals = _mm256_castsi256_si128(_mm512_cvtepi64_epi32(FoldAvx512(halves, halves)));
+  return {static_cast<std::uint32_t>(_mm_extract_epi32(totals, 0)),
+          static_cast<std::uint32_t>(_mm_extract_epi32(totals, 1)),
+          static_cast<std::uint32_t>(_mm_extract_epi32(totals, 2))};
 }
 
 /// Transposes eight words of eight records at a time.
@@ -274,12 +349,13 @@ constexpr auto scoresAvx512 = ScoresOf(std::make_index_sequence<zqMeasures.size(
 }  // namespace
 
 constinit const ZQScanVariant zqScanAvx512Vpopcntdq = {
-    ScanAvx512, PackAvx512,     RowAvx512,        scoresAvx512.data(),
-    BinsAvx512, ReachingAvx512, ReachingOwnAvx512};
+    ScanAvx512, PackAvx512,     RowAvx512,         scoresAvx512.data(),
+    BinsAvx512, ReachingAvx512, ReachingOwnAvx512, CountsAvx512};
 constinit const ZQScanVariant zqScanAvx512 = {
-    ScanAvx2, nullptr, nullptr, scoresAvx512.data(), BinsAvx512, ReachingAvx512, ReachingOwnAvx512};
-constinit const ZQScanVariant zqScanAvx2 = ZQPortableBut(ScanAvx2);
-constinit const ZQScanVariant zqScanPopcnt = ZQPortableBut(ScanPopcnt);
+    ScanAvx2,   nullptr,        nullptr,           scoresAvx512.data(),
+    BinsAvx512, ReachingAvx512, ReachingOwnAvx512, CountsAvx2};
+constinit const ZQScanVariant zqScanAvx2 = ZQPortableBut(ScanAvx2, CountsAvx2);
+constinit const ZQScanVariant zqScanPopcnt = ZQPortableBut(ScanPopcnt, CountsPopcnt);
 
 ZQ_TARGET_POPCNT unsigned long ZQPopCountPOPCNT(const unsigned long* words, unsigned long count) {
   if (!ZQ_ASSERT(count % zqWordsPerUnit == 0)) return 0;

@@ -16,6 +16,7 @@
 #include "korvex/fingerprint_params.h"
 #include "korvex/fpatombondset.h"
 #include "korvex/fpatomtyper.h"
+#include "korvex/fpdatabase.h"
 #include "korvex/fpdatabaseoptions.h"
 #include "korvex/fpdatabaseoptions_params.h"
 #include "korvex/fpexplain.h"

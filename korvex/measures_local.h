@@ -19,13 +19,13 @@
 
 namespace ZQKorvex {
 
-/// The counts of two fingerprints, as in measuresim.h; not valid if there is nothing to compare.
+/// The counts of two fingerprints, as in measuresim.h. Passed by value, in two registers: a scan of
+/// single pairs waits for each score.
 struct ZQCounts {
   unsigned int onlyA = 0;
   unsigned int onlyB = 0;
   unsigned int both = 0;
   unsigned int neither = 0;
-  bool valid = false;
 };
 
 /// The inputs of a scan's score besides the counts.
@@ -46,10 +46,9 @@ struct ZQMeasure {
   unsigned int number;
   const char* name;
   bool isSymmetric;
-  bool isDistance;     ///< equal fingerprints have 0.0, not 1.0
-  bool countsNeither;  ///< whether `neither` is computed, even if the formula doesn't use it
+  bool isDistance;  ///< equal fingerprints have 0.0, not 1.0
   /// The score of two different fingerprints; `ZQScoreOf` also handles equal ones.
-  float (*ofCounts)(const ZQCounts& n, float alpha, float beta);
+  float (*ofCounts)(ZQCounts n, float alpha, float beta);
   /// The score of two fingerprints with `q` and `r` bits, `c` of them common: from 0.0 to 1.0 for
   /// consistent counts. Others may give any number, infinity and NaN included.
   double (*ofTerms)(const ZQScoreTerms& terms, double q, double r, double c);
@@ -58,7 +57,7 @@ struct ZQMeasure {
 // The formulae over doubles are inlined into loops and have no branches: instead of dividing by 0,
 // they divide 0 by 1.
 
-inline float ZQTanimotoOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
+inline float ZQTanimotoOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   if (n.both == 0) return 0.0F;
   return ZQCheckedFloat(n.both) / ZQCheckedFloat(n.onlyA + n.onlyB + n.both);
 }
@@ -67,7 +66,7 @@ inline float ZQTanimotoOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
   return c / (c == 0.0 ? 1.0 : q + r - c);
 }
 
-inline float ZQCosineOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
+inline float ZQCosineOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   if (n.both == 0) return 0.0F;
   const float x = ZQCheckedFloat(n.onlyB + n.both) * ZQCheckedFloat(n.onlyA + n.both);
   const float r = ZQReciprocalRootEstimate(x);
@@ -79,7 +78,7 @@ inline float ZQCosineOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
   return (none ? 0.0 : c) / std::sqrt(none ? 1.0 : r * q);
 }
 
-inline float ZQDiceOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
+inline float ZQDiceOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   if (n.both == 0) return 0.0F;
   const float both = ZQCheckedFloat(n.both);
   const double sum = 2.0 * static_cast<double>(n.both) + static_cast<double>(n.onlyA + n.onlyB);
@@ -91,7 +90,7 @@ inline float ZQDiceOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
   return (none ? 0.0 : 2.0 * c) / (none ? 1.0 : q + r);
 }
 
-inline float ZQEuclidOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
+inline float ZQEuclidOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   const unsigned int equal = n.both + n.neither;
   if (equal == 0) return 0.0F;
   return std::sqrt(ZQCheckedFloat(equal) / ZQCheckedFloat(n.onlyA + n.onlyB + equal));
@@ -101,7 +100,7 @@ inline float ZQEuclidOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
   return std::sqrt((terms.bits - q - r + 2.0 * c) * terms.inverseBits);
 }
 
-inline float ZQTverskyOf(const ZQCounts& n, float alpha, float beta) {
+inline float ZQTverskyOf(ZQCounts n, float alpha, float beta) {
   if (n.both == 0) return 0.0F;
   const float both = ZQCheckedFloat(n.both);
   return both / ((alpha * ZQCheckedFloat(n.onlyA) + beta * ZQCheckedFloat(n.onlyB)) + both);
@@ -112,7 +111,7 @@ inline float ZQTverskyOf(const ZQCounts& n, float alpha, float beta) {
   return (weighted == 0.0 ? 0.0 : c) / (weighted == 0.0 ? 1.0 : weighted);
 }
 
-inline float ZQManhattanOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
+inline float ZQManhattanOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   const unsigned int unequal = n.onlyA + n.onlyB;
   return ZQCheckedFloat(unequal) / ZQCheckedFloat(unequal + n.both + n.neither);
 }
@@ -121,14 +120,14 @@ inline float ZQManhattanOf(const ZQCounts& n, float /*alpha*/, float /*beta*/) {
   return (q + r - 2.0 * c) * terms.inverseBits;
 }
 
-/// By number: name, symmetric, a distance, counts neither, formulae.
+/// By number: name, symmetric, a distance, formulae.
 inline constexpr auto zqMeasures = std::to_array<ZQMeasure>({
-    {ZQSimMeasure::Tanimoto, "Tanimoto", true, false, false, ZQTanimotoOf, ZQTanimotoOf},
-    {ZQSimMeasure::Cosine, "Cosine", true, false, false, ZQCosineOf, ZQCosineOf},
-    {ZQSimMeasure::Dice, "Dice", true, false, true, ZQDiceOf, ZQDiceOf},
-    {ZQSimMeasure::Euclid, "Euclid", true, false, true, ZQEuclidOf, ZQEuclidOf},
-    {ZQSimMeasure::Tversky, "Tversky", false, false, false, ZQTverskyOf, ZQTverskyOf},
-    {ZQSimMeasure::Manhattan, "Manhattan", true, true, true, ZQManhattanOf, ZQManhattanOf},
+    {ZQSimMeasure::Tanimoto, "Tanimoto", true, false, ZQTanimotoOf, ZQTanimotoOf},
+    {ZQSimMeasure::Cosine, "Cosine", true, false, ZQCosineOf, ZQCosineOf},
+    {ZQSimMeasure::Dice, "Dice", true, false, ZQDiceOf, ZQDiceOf},
+    {ZQSimMeasure::Euclid, "Euclid", true, false, ZQEuclidOf, ZQEuclidOf},
+    {ZQSimMeasure::Tversky, "Tversky", false, false, ZQTverskyOf, ZQTverskyOf},
+    {ZQSimMeasure::Manhattan, "Manhattan", true, true, ZQManhattanOf, ZQManhattanOf},
 });
 static_assert(
     [] {
@@ -155,9 +154,8 @@ inline bool ZQIsSymmetric(unsigned int measure) {
 /// ones.
 ZQCounts ZQCountItems(const ZQFingerPrint& a, const ZQFingerPrint& b);
 
-/// The score of the counts by a measure; 0.0 if they aren't valid.
-inline float ZQScoreOf(const ZQMeasure& measure, const ZQCounts& n, float alpha, float beta) {
-  if (!n.valid) return 0.0F;
+/// The score of the counts by a measure.
+inline float ZQScoreOf(const ZQMeasure& measure, ZQCounts n, float alpha, float beta) {
   if (n.onlyA + n.onlyB == 0) return measure.isDistance ? 0.0F : 1.0F;
   return measure.ofCounts(n, alpha, beta);
 }

@@ -4,8 +4,9 @@
 #include <string_view>
 #include <vector>
 
-#include "contract/bostrel/characters_local.h"
+#include "korvex/fpfast_variants_local.h"
 #include "korvex/fpkinds.h"
+#include "korvex/fptext_local.h"
 #include "korvex/lingo.h"
 #include "korvex/measures_local.h"
 #include "korvex/multiset_local.h"
@@ -20,18 +21,9 @@ ZQFPMeasures MeasuresOf(const ZQFingerPrint& fp) {
   return kind ? kind->measures : ZQFPMeasures::Bits;
 }
 
-// The tokens of the NUL-terminated text of an unhashed fingerprint, sorted bytewise.
+// The tokens of an unhashed fingerprint, sorted bytewise.
 std::vector<std::string_view> SortedTokens(const ZQFingerPrint& fp) {
-  const std::string_view bytes(reinterpret_cast<const char*>(fp.Words()),
-                               std::size_t{fp.NumWords()} * sizeof(std::uint64_t));
-  std::string_view text = bytes.substr(0, bytes.find('\0'));
-  std::vector<std::string_view> tokens;
-  while (true) {
-    text.remove_prefix(std::min(text.find_first_not_of(whiteSpace), text.size()));
-    if (text.empty()) break;
-    tokens.push_back(text.substr(0, text.find_first_of(whiteSpace)));
-    text.remove_prefix(tokens.back().size());
-  }
+  std::vector<std::string_view> tokens = ZQTokensOf(fp);
   std::sort(tokens.begin(), tokens.end());
   return tokens;
 }
@@ -44,26 +36,49 @@ float TokenTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b) {
   return ZQMultisetTanimotoOf(tokensA, tokensB);
 }
 
-ZQCounts CountsOf(const ZQFingerPrint& a, const ZQFingerPrint& b, bool withNeither) {
+ZQCounts BitCountsOf(const ZQFingerPrint& a, const ZQFingerPrint& b) {
+  if (a.GetSize() != b.GetSize()) {  // only texts, and bits set by hand
+    ZQCounts n;
+    Bostrel::ZQGetBitCounts(a, b, &n.onlyA, &n.onlyB, &n.both, &n.neither);
+    return n;
+  }
+  const ZQBitTerms terms = ZQGetProcessor().scans->count(a.Words(), b.Words(), a.NumWords());
+  return {terms.a - terms.both, terms.b - terms.both, terms.both,
+          a.GetSize() - (terms.a + terms.b - terms.both)};
+}
+
+// The score of two fingerprints that aren't of one type with bits. Apart from the common case, so
+// that a scan doesn't pay for it.
+[[gnu::noinline]] float OtherSimilarity(unsigned int measure, const ZQFingerPrint& a,
+                                        const ZQFingerPrint& b, float alpha, float beta) {
+  const ZQMeasure* row = ZQFindMeasure(measure);
+  if (!ZQ_ASSERT(row)) return 0.0F;
+  if (measure == ZQSimMeasure::Tanimoto) {
+    if (!ZQIsSameFPType(a, b)) {
+      ZQThrow.Error("ZQTanimoto() fingerprint type mismatch!");
+      return 0.0F;
+    }
+    const ZQFPKind* kind = ZQFindFPKind(a.GetFPTypeBase());
+    if (kind && kind->IsUnhashed()) return TokenTanimoto(a, b);
+  }
   ZQCounts n;
-  n.valid = ZQGetBitCounts(a, b, &n.onlyA, &n.onlyB, &n.both, withNeither ? &n.neither : nullptr);
-  return n;
+  if (!ZQGetBitCounts(a, b, &n.onlyA, &n.onlyB, &n.both, &n.neither)) return 0.0F;
+  return ZQScoreOf(*row, n, alpha, beta);
 }
 
 }  // namespace
 
 ZQCounts ZQCountItems(const ZQFingerPrint& a, const ZQFingerPrint& b) {
-  const ZQFPMeasures measures = MeasuresOf(a);
-  if (measures != ZQFPMeasures::Tokens && measures != ZQFPMeasures::TokensOrBits) {
-    return CountsOf(a, b, true);
+  ZQCounts n;
+  if (!ZQFindFPKind(a.GetFPTypeBase())->IsUnhashed()) {
+    ZQGetBitCounts(a, b, &n.onlyA, &n.onlyB, &n.both, &n.neither);
+    return n;
   }
   const std::vector<std::string_view> tokensA = SortedTokens(a);
   const std::vector<std::string_view> tokensB = SortedTokens(b);
-  ZQCounts n;
   n.both = ZQCheckedUnsigned(ZQMultisetCommonOf(tokensA, tokensB));
   n.onlyA = ZQCheckedUnsigned(tokensA.size()) - n.both;
   n.onlyB = ZQCheckedUnsigned(tokensB.size()) - n.both;
-  n.valid = true;
   return n;
 }
 
@@ -81,27 +96,23 @@ bool ZQGetBitCounts(const ZQFingerPrint& a, const ZQFingerPrint& b, unsigned int
   const ZQFPMeasures measures = MeasuresOf(a);
   if (measures == ZQFPMeasures::Lingos) return ZQGetLingoSimTerms(a, b, onlyA, onlyB, both);
   if (!ZQ_ASSERT(measures != ZQFPMeasures::Tokens)) return false;
-  if (neither) {
-    Bostrel::ZQGetBitCounts(a, b, onlyA, onlyB, both, neither);
-  } else {
-    Bostrel::ZQGetBitCounts(a, b, onlyA, onlyB, both);
-  }
+  const ZQCounts n = BitCountsOf(a, b);
+  *onlyA = n.onlyA;
+  *onlyB = n.onlyB;
+  *both = n.both;
+  if (neither) *neither = n.neither;
   return true;
 }
 
 float ZQGetSimilarity(unsigned int measure, const ZQFingerPrint& a, const ZQFingerPrint& b,
                       float alpha, float beta) {
   const ZQMeasure* row = ZQFindMeasure(measure);
-  if (!ZQ_ASSERT(row)) return 0.0F;
-  if (measure == ZQSimMeasure::Tanimoto) {
-    if (!ZQIsSameFPType(a, b)) {
-      ZQThrow.Error("ZQTanimoto() fingerprint type mismatch!");
-      return 0.0F;
-    }
-    const ZQFPKind* kind = ZQFindFPKind(a.GetFPTypeBase());
-    if (kind && kind->IsUnhashed()) return TokenTanimoto(a, b);
+  const ZQFPTypeBase* type = a.GetFPTypeBase();
+  const bool isPlain = row && type && type == b.GetFPTypeBase();
+  if (isPlain && MeasuresOf(a) == ZQFPMeasures::Bits) {
+    return ZQScoreOf(*row, BitCountsOf(a, b), alpha, beta);
   }
-  return ZQScoreOf(*row, CountsOf(a, b, row->countsNeither), alpha, beta);
+  return OtherSimilarity(measure, a, b, alpha, beta);
 }
 
 float ZQTanimoto(const ZQFingerPrint& a, const ZQFingerPrint& b) {

@@ -13,7 +13,7 @@ float ZQGetSimilarity(unsigned int measure, const ZQLingoSim& query, const ZQFin
   const ZQMeasure* row = ZQFindMeasure(measure);
   if (!ZQ_ASSERT(row)) return 0.0F;
   ZQCounts n;
-  n.valid = ZQGetLingoSimTerms(query, fp, &n.onlyA, &n.onlyB, &n.both);
+  if (!ZQGetLingoSimTerms(query, fp, &n.onlyA, &n.onlyB, &n.both)) return 0.0F;
   return ZQScoreOf(*row, n, alpha, beta);
 }
 

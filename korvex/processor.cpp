@@ -12,13 +12,15 @@ std::atomic<const ZQProcessor*> latest = nullptr;
 
 }  // namespace
 
-const ZQProcessor& ZQGetProcessor() {
+std::atomic<const ZQProcessor*> zqChosenProcessor = nullptr;
+
+const ZQProcessor& ZQChooseProcessor() {
   static const ZQProcessor& best =
       *std::ranges::find_if(ZQProcessorTable(), [](const auto& row) { return row.runs(); });
   const ZQProcessor* chosen = forced;
   if (!chosen) chosen = &best;
-  // Threads share this cache line, so it is written only on a change.
-  if (latest != chosen) latest = chosen;
+  latest = chosen;
+  zqChosenProcessor = chosen;
   return *chosen;
 }
 
@@ -32,6 +34,7 @@ std::vector<std::string> ZQGetProcessorNames() {
 
 bool ZQForceProcessor(const char* name) {
   forced = nullptr;
+  zqChosenProcessor = nullptr;
   if (!name) return true;
   for (const ZQProcessor& row : ZQProcessorTable()) {
     if (std::string(name) == row.name && row.runs()) forced = &row;

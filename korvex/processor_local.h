@@ -10,6 +10,7 @@
 /// a file, and helpers have internal linkage or are always inlined: no function shared with other
 /// files is ever compiled for more than the minimal processor.
 
+#include <atomic>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -39,9 +40,16 @@ struct ZQProcessor {
 /// The rows for this kind of processor, whether or not they can run here.
 std::span<const ZQProcessor> ZQProcessorTable();
 
+/// The row in use; null before the first use and after a test has forced another.
+extern std::atomic<const ZQProcessor*> zqChosenProcessor;
+const ZQProcessor& ZQChooseProcessor();
+
 /// The best row that can run here, determined once, or the one forced by a test. Any thread may
 /// call.
-const ZQProcessor& ZQGetProcessor();
+inline const ZQProcessor& ZQGetProcessor() {
+  const ZQProcessor* chosen = zqChosenProcessor;
+  return chosen ? *chosen : ZQChooseProcessor();
+}
 
 /// About 1 / sqrt(x): on x86 the processor's estimate, which ZQCosine refines and whose last bits
 /// affect its result; elsewhere the rounded value.

@@ -148,6 +148,28 @@ TEST_P(EveryVariant, CountsAreTheJudgesAtEveryLengthAndStart) {
   }
 }
 
+TEST_P(EveryVariant, CountsOfAPairAtEveryLength) {
+  std::mt19937_64 random(12);
+  std::vector<std::uint64_t> words(700);
+  for (std::uint64_t& word : words) word = random();
+  std::fill_n(words.begin() + 20, 250, ~std::uint64_t{0});  // as above
+  std::fill_n(words.begin() + 370, 270, ~std::uint64_t{0});
+  for (std::size_t length = 0; length <= 300; ++length) {
+    const std::uint64_t* a = &words[length % 3];
+    const std::uint64_t* b = &words[350 + length % 7];
+    ZQBitTerms expected;
+    for (std::size_t w = 0; w < length; ++w) {
+      expected.a += static_cast<std::uint32_t>(std::popcount(a[w]));
+      expected.b += static_cast<std::uint32_t>(std::popcount(b[w]));
+      expected.both += static_cast<std::uint32_t>(std::popcount(a[w] & b[w]));
+    }
+    const ZQBitTerms terms = ZQGetProcessor().scans->count(a, b, length);
+    ASSERT_EQ(std::tie(terms.a, terms.b, terms.both),
+              std::tie(expected.a, expected.b, expected.both))
+        << length << " words";
+  }
+}
+
 TEST(Processors, BestFirstAndAnyProcessorHasOne) {
   const std::vector<std::string> names = ZQGetProcessorNames();
   ASSERT_FALSE(names.empty());

@@ -217,6 +217,93 @@ TEST_F(ProgramTest, SearchOptionsReachTheSearch) {
             first({"-simfunc", "Tversky", "-alpha", "1", "-beta", "0"}));
 }
 
+TEST_F(ProgramTest, AMoleculeFileIsRankedInMemory) {
+  MakeDatabase();
+  // Bad records between the good ones; the index counts them all.
+  std::string file = "C1CC bad\n";
+  std::vector<std::size_t> records;
+  for (std::size_t i = 0; i < SampleSmiles().size(); ++i) {
+    if (i == 7) file += "C(C also bad\n";
+    records.push_back(Lines(file).size());
+    file += SampleSmiles()[i] + " title " + std::to_string(i + 1) + "\n";
+  }
+  WriteFile(folder / "bad.smi", file);
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
+    const ZQFPTypeBase* type = ZQGetFPType(kind.number);
+    ZQFPDatabase database(type);
+    for (const std::string& smiles : SampleSmiles()) database.AddFP(ReadSmiles(smiles));
+    std::vector<std::pair<std::size_t, double>> expected;
+    for (auto hit = database.GetSortedScores("c1ccccc1CC(=O)NC"_mol, 0, 0, 0); hit; ++hit) {
+      expected.emplace_back(records[hit->GetIdx()], hit->GetScore());
+    }
+    ASSERT_FALSE(expected.empty()) << kind.name;
+    std::string before;
+    for (const char* threads : {"1", "2"}) {
+      const Words options{"-limit", "0", "-threads", threads};
+      Words words{"search", "bad.smi", "c1ccccc1CC(=O)NC", "-type", type->GetFPTypeString()};
+      words.insert(words.end(), options.begin(), options.end());
+      const RunResult run = Korvex(words);
+      ASSERT_EQ(run.exitCode, 0) << run.err;
+      EXPECT_EQ(Lines(run.err).size(), 2U) << run.err;
+      const std::vector<Words> hits = Table(run.out);
+      ASSERT_EQ(hits.size(), expected.size());
+      for (std::size_t i = 0; i < hits.size(); ++i) {
+        EXPECT_EQ(hits[i][3], std::to_string(expected[i].first)) << kind.name;
+        EXPECT_NEAR(std::stod(hits[i][2]), expected[i].second, 1e-6);
+        EXPECT_EQ(hits[i][5] + " " + hits[i][4], Lines(file)[expected[i].first]);
+      }
+      EXPECT_TRUE(before.empty() || before == run.out);
+      before = run.out;
+    }
+  }
+  // The same hits as with a database, whose scores are doubles, for each option.
+  for (const Words& options : {Words{},
+                               {"-cutoff", "0.2", "-simfunc", "Dice"},
+                               {"-simfunc", "Manhattan", "-descending", "false", "-limit", "3"},
+                               {"-simfunc", "Tversky"},
+                               {"-simfunc", "Tversky", "-alpha", "0.5", "-beta", "0.2"}}) {
+    std::vector<std::vector<Words>> tables;
+    for (const char* source : {"mols.smi", "mols.fpbin"}) {
+      Words words{"search", source, "mols.smi"};
+      words.insert(words.end(), options.begin(), options.end());
+      tables.push_back(Table(Korvex(words).out));
+    }
+    ASSERT_EQ(tables[0].size(), tables[1].size());
+    EXPECT_GT(tables[0].size(), 30U);
+    for (std::size_t i = 0; i < tables[0].size(); ++i) {
+      EXPECT_NEAR(std::stod(tables[0][i][2]), std::stod(tables[1][i][2]), 2e-6);
+      tables[0][i][2] = tables[1][i][2];
+      EXPECT_EQ(tables[0][i], tables[1][i]);
+    }
+  }
+  const RunResult json = Korvex({"search", "mols.smi", "CCO", "-format", "json", "-limit", "2"});
+  rapidjson::Document document;
+  ASSERT_FALSE(document.Parse(json.out.c_str()).HasParseError()) << json.out;
+  EXPECT_EQ(document.Size(), 2U);
+  // A query without Lingo substrings costs that query.
+  WriteFile(folder / "short.smi", "CC a\nc1ccccc1O b\n");
+  const RunResult lingo = Korvex({"search", "mols.smi", "short.smi", "-fptype", "Lingo"});
+  EXPECT_EQ(lingo.exitCode, 0);
+  EXPECT_EQ(Table(lingo.out).at(0).at(0), "2");
+  EXPECT_NE(lingo.err.find("query 1: a Lingo text of fewer than four"), std::string::npos);
+
+  WriteFile(folder / "none.smi", "C1CC\nC(C\n");
+  ExpectFailure({"search", "none.smi", "C"}, 1, "none.smi: no record has a fingerprint");
+  ExpectFailure({"search", "gone.smi", "C"}, 1, "gone.smi");
+  for (const auto& [words, message] : std::vector<std::pair<Words, const char*>>{
+           {{"mols.fpbin", "-fptype", "Path"}, "option -fptype is of no use with a database"},
+           {{"mols.fpbin", "-type", "Lingo,ver=2.0.0"}, "option -type is of no use"},
+           {{"mols.smi", "-memtype", "in-memory"}, "option -memtype is of no use with a mol"},
+           {{"mols.smi", "-molecules", "mols.smi"}, "option -molecules is of no use"},
+           {{"mols.smi", "-fptype", "Lingo", "-beta", "1"}, "-beta is of no use for fingerprints"},
+           {{"mols.smi", "-fptype", "UHPath", "-alpha", "1"}, "-alpha is of no use"},
+           {{"mols.smi", "-fptype", "UHTree", "-simfunc", "Dice"}, "no measure but Tanimoto"}}) {
+    Words all{"search", words[0], "C"};
+    all.insert(all.end(), words.begin() + 1, words.end());
+    ExpectFailure(all, 2, message);
+  }
+}
+
 TEST_F(ProgramTest, JsonIsValidForAnyTitle) {
   const std::string title = "a\"b\\c\x01\xff\xc3\" \xe2\x82\xac";
   WriteFile(folder / "odd.smi", "CCO " + title + "\nCCN\t\n");

@@ -263,6 +263,8 @@ static_assert(ZQFastFPDatabaseMemoryType::MemoryMapped == 1 &&
               ZQSimSearchStatus::Finished == 2 && ZQFPDatabaseOptionsMask::Limit == 1 &&
               ZQFPDatabaseOptionsMask::SimFunc == 2 && ZQFPDatabaseOptionsMask::Cutoff == 4);
 static_assert(std::is_constructible_v<ZQFastFPDatabase, In, U> &&
+              std::is_constructible_v<ZQFPDatabase, U> &&
+              std::is_constructible_v<ZQFPDatabase, Type> &&
               std::is_constructible_v<ZQFastFPDatabaseParams, In> &&
               std::is_constructible_v<ZQFPDatabaseOptions, U, U> &&
               std::is_constructible_v<ZQCreateFastFPDatabaseOptions, Type> &&
@@ -289,6 +291,18 @@ const bool databases[] = {
         {&Base::GetVariogram}),
     Has<Base, ZQIter<ZQSimScorePair>(Options) const>({&Base::GetSparseMatrix}),
     Has<Base, U(ZQSimSearchResult&, Mol, Options) const>({&Base::SortedSearch}),
+    Has<ZQFPDatabase, U(Fp)>({&ZQFPDatabase::AddFP}),
+    Has<ZQFPDatabase, U(Mol)>({&ZQFPDatabase::AddFP}),
+    Has<ZQFPDatabase, void(U, bool)>({&ZQFPDatabase::SetSimFunc}),
+    Has<ZQFPDatabase, void(const ZQSimFuncBase&, bool)>({&ZQFPDatabase::SetSimFunc}),
+    Has<ZQFPDatabase, Hits(Fp, U, U) const>({&ZQFPDatabase::GetScores}),
+    Has<ZQFPDatabase, Hits(Mol, U, U) const>({&ZQFPDatabase::GetScores}),
+    Has<ZQFPDatabase, Hits(Fp, U, U, U) const>({&ZQFPDatabase::GetSortedScores}),
+    Has<ZQFPDatabase, Hits(Mol, U, U, U) const>({&ZQFPDatabase::GetSortedScores}),
+    Has<ZQFPDatabase, Hits(Fp, Options) const>(
+        {&ZQFPDatabase::GetScores, &ZQFPDatabase::GetSortedScores}),
+    Has<ZQFPDatabase, Hits(Mol, Options) const>(
+        {&ZQFPDatabase::GetScores, &ZQFPDatabase::GetSortedScores}),
     Has<ZQSimSearchResult, Hits()>({&ZQSimSearchResult::GetSortedScores}),
     Has<ZQFPHistogram, unsigned long(float)>({&ZQFPHistogram::AddSample}),
     Has<ZQFPVariogram, unsigned long(float, float)>({&ZQFPVariogram::AddSample}),

@@ -87,9 +87,11 @@ template <class T>
 class ZQVectorIter : public ZQIterBase<T> {
  public:
   using Vector = std::vector<std::remove_const_t<T>>;
+  /// Of constant values, also a constant vector.
+  using Source = std::conditional_t<std::is_const_v<T>, const Vector, Vector>;
 
   explicit ZQVectorIter(Vector&& values) : owned_(std::move(values)), values_(&owned_) {}
-  explicit ZQVectorIter(Vector* values) : values_(values) {}
+  explicit ZQVectorIter(Source* values) : values_(values) {}
   ZQVectorIter(const ZQVectorIter& other)
       : owned_(other.owned_),
         values_(other.values_ == &other.owned_ ? &owned_ : other.values_),
@@ -118,7 +120,7 @@ class ZQVectorIter : public ZQIterBase<T> {
 
  private:
   Vector owned_;
-  Vector* values_;
+  Source* values_;
   std::size_t position_ = 0;
 };
 

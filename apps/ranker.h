@@ -1,0 +1,49 @@
+#pragma once
+
+/// The sources of a search's hits: a database file, or a molecule file, whose fingerprints are made
+/// in memory. Both are ranked by the options of the command line.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/command.h"
+#include "contract/bostrel/iter.h"
+#include "korvex/fingerprint.h"
+#include "korvex/fpdatabaseoptions.h"
+
+namespace KorvexProgram {
+
+class Ranker {
+ public:
+  Ranker() = default;
+  virtual ~Ranker() = default;
+  Ranker(const Ranker&) = delete;
+  Ranker& operator=(const Ranker&) = delete;
+
+  virtual std::uint64_t NumFingerPrints() const = 0;
+  /// Makes the fingerprint of a query; false after a message that names it by `where`.
+  virtual bool MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol,
+                         const std::string& where) const = 0;
+  /// The hits of each query, best first, with the index of their record. Without any, after a
+  /// warning, if memory runs out.
+  virtual std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const = 0;
+  /// Title and SMILES of a record; empty if they aren't known.
+  virtual std::string GetTitle(std::uint64_t record) const = 0;
+  virtual std::string GetSmiles(std::uint64_t record) const = 0;
+};
+
+// Open a file. Null after a message, with the exit code in `exitCode`: an option that is of no use
+// with this file is bad usage.
+
+std::unique_ptr<Ranker> OpenDatabaseRanker(const std::string& filename,
+                                           const ZQInterface& interface,
+                                           const ZQFPDatabaseOptions& options, ExitCode& exitCode);
+/// Makes the fingerprints on the options' number of threads. A record without one is left out,
+/// after a message.
+std::unique_ptr<Ranker> OpenMoleculeRanker(const std::string& filename,
+                                           const ZQInterface& interface,
+                                           const ZQFPDatabaseOptions& options, ExitCode& exitCode);
+
+}  // namespace KorvexProgram

@@ -1,0 +1,57 @@
+#include <utility>
+
+#include "apps/database.h"
+#include "apps/molecules.h"
+#include "apps/options.h"
+#include "apps/ranker.h"
+#include "korvex/fpdatabaseoptions_params.h"
+
+namespace KorvexProgram {
+
+namespace {
+
+class DatabaseRanker : public Ranker {
+ public:
+  DatabaseRanker(std::unique_ptr<ZQFastFPDatabase> database, const ZQFPDatabaseOptions& options)
+      : database_(std::move(database)), options_(options) {}
+
+  /// See `HitMolecules::Open`.
+  bool OpenMolecules(const std::string& given, const std::string& filename) {
+    return molecules_.Open(given, filename, *database_);
+  }
+
+  std::uint64_t NumFingerPrints() const override { return database_->NumFingerPrints(); }
+  bool MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol, const std::string& where) const override {
+    return MakeFingerPrint(fp, mol, database_->GetFPTypeBase(), where);
+  }
+  std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const override {
+    return database_->GetSortedScores(queries, options_);
+  }
+  std::string GetTitle(std::uint64_t record) const override { return molecules_.GetTitle(record); }
+  std::string GetSmiles(std::uint64_t record) const override {
+    return molecules_.GetSmiles(record);
+  }
+
+ private:
+  std::unique_ptr<ZQFastFPDatabase> database_;
+  ZQFPDatabaseOptions options_;
+  HitMolecules molecules_;
+};
+
+}  // namespace
+
+std::unique_ptr<Ranker> OpenDatabaseRanker(const std::string& filename,
+                                           const ZQInterface& interface,
+                                           const ZQFPDatabaseOptions& options, ExitCode& exitCode) {
+  exitCode = BadUsage;
+  if (IsAnyTypeOptionSet(interface, "with a database, which has its own type")) return nullptr;
+  exitCode = BadInput;
+  auto database = OpenDatabase(filename, ZQGetFPDatabaseMemoryType(interface));
+  if (!database) return nullptr;
+  auto ranker = std::make_unique<DatabaseRanker>(std::move(database), options);
+  const auto given = interface.IsSet("-molecules") ? interface.Get<std::string>("-molecules") : "";
+  if (!ranker->OpenMolecules(given, filename)) return nullptr;
+  return ranker;
+}
+
+}  // namespace KorvexProgram

@@ -1,0 +1,136 @@
+#include <atomic>
+#include <future>
+#include <system_error>
+#include <utility>
+
+#include "apps/molecules.h"
+#include "apps/options.h"
+#include "apps/output.h"
+#include "apps/ranker.h"
+#include "contract/quarnel/lingo.h"
+#include "korvex/fpdatabase.h"
+#include "korvex/fpkinds.h"
+
+namespace KorvexProgram {
+
+namespace {
+
+/// Runs `work` on this and further threads; on fewer if the system has no more.
+template <class Work>
+void RunOnThreads(unsigned int count, const Work& work) {
+  std::vector<std::future<void>> others;  // wait for their threads, also after an exception
+  try {
+    while (others.size() + 1 < count) others.push_back(std::async(std::launch::async, work));
+  } catch (const std::system_error&) {
+  }
+  work();
+  for (std::future<void>& other : others) other.get();
+}
+
+// Whether a kind has the measure; false after a message that names the option.
+bool CheckMeasure(const ZQInterface& interface, const ZQFPKind& kind,
+                  const ZQFPDatabaseOptions& options) {
+  constexpr const char* weights[] = {"-alpha", "-beta"};
+  if (kind.measures != ZQFPMeasures::Bits &&
+      IsAnySet(interface, weights, std::string("for fingerprints of kind ") + kind.name)) {
+    return false;
+  }
+  if (kind.IsUnhashed() && options.GetSimFunc() != ZQSimMeasure::Tanimoto) {
+    ZQThrow.Error("-simfunc: fingerprints of kind %s have no measure but Tanimoto", kind.name);
+    return false;
+  }
+  return true;
+}
+
+class MoleculeRanker : public Ranker {
+ public:
+  MoleculeRanker(const ZQFPTypeBase* type, const ZQFPDatabaseOptions& options)
+      : database_(type), limit_(options.GetLimit()) {
+    const bool isWeighted = options.GetSimFunc() == ZQSimMeasure::Tversky &&
+                            ZQFindFPKind(type)->measures == ZQFPMeasures::Bits;
+    if (isWeighted) {
+      database_.SetSimFunc(ZQTverskySim(options.GetTverskyAlpha(), options.GetTverskyBeta()),
+                           options.GetDescendingOrder());
+    } else {
+      database_.SetSimFunc(options.GetSimFunc(), options.GetDescendingOrder());
+    }
+    if (options.HasCutoff()) database_.SetCutoff(options.GetCutoff());
+  }
+
+  /// Adds the records of a file. False after a message if there are none, or too little memory.
+  bool Open(const std::string& filename, unsigned int numThreads) {
+    if (!OpenMolecules(molecules_, filename)) return false;
+    std::vector<ZQFingerPrint> fps(molecules_.GetMaxMolIdx());
+    std::atomic<unsigned int> next = 0;
+    RunOnThreads(numThreads, [&] {
+      ZQMol mol;
+      for (unsigned int i = next++; i < fps.size(); i = next++) {
+        if (!molecules_.GetMolecule(mol, i)) continue;
+        MakeFingerPrint(fps[i], mol, database_.GetFPTypeBase(),
+                        "record " + std::to_string(i + 1) + " of " + filename);
+      }
+    });
+    for (std::size_t i = 0; i < fps.size(); ++i) {
+      if (!fps[i]) continue;  // has a message
+      if (database_.AddFP(fps[i]) == ZQFPDatabase::noIndex) return false;
+      records_.push_back(i);
+      fps[i] = ZQFingerPrint();  // frees its memory
+    }
+    if (records_.empty()) ZQThrow.Error("%s: no record has a fingerprint", filename.c_str());
+    return !records_.empty();
+  }
+
+  std::uint64_t NumFingerPrints() const override { return records_.size(); }
+  bool MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol, const std::string& where) const override {
+    if (!MakeFingerPrint(fp, mol, database_.GetFPTypeBase(), where)) return false;
+    if (ZQFindFPKind(fp.GetFPTypeBase())->measures != ZQFPMeasures::Lingos) return true;
+    const bool isLongEnough = ZQLingoSim(FingerPrintField(fp).c_str(), 1).IsValid();
+    if (!isLongEnough) {
+      ZQThrow.Error("%s: a Lingo text of fewer than four characters can't be compared",
+                    where.c_str());
+    }
+    return isLongEnough;
+  }
+  std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const override {
+    std::vector<ZQIter<ZQSimScore>> hits;
+    hits.reserve(queries.size());
+    for (const ZQFingerPrint& query : queries) {
+      std::vector<ZQSimScore> ranked;
+      for (auto hit = database_.GetSortedScores(query, limit_, 0, 0); hit; ++hit) {
+        ranked.emplace_back(records_[hit->GetIdx()], hit->GetScore());
+      }
+      hits.emplace_back(new ZQVectorIter<ZQSimScore>(std::move(ranked)));
+    }
+    return hits;
+  }
+  std::string GetTitle(std::uint64_t record) const override {
+    return molecules_.GetTitle(static_cast<unsigned int>(record));
+  }
+  std::string GetSmiles(std::uint64_t record) const override {
+    return molecules_.GetSmiles(static_cast<unsigned int>(record));
+  }
+
+ private:
+  ZQFPDatabase database_;
+  unsigned int limit_;
+  ZQMolDatabase molecules_;
+  std::vector<std::uint64_t> records_;  // of each fingerprint
+};
+
+}  // namespace
+
+std::unique_ptr<Ranker> OpenMoleculeRanker(const std::string& filename,
+                                           const ZQInterface& interface,
+                                           const ZQFPDatabaseOptions& options, ExitCode& exitCode) {
+  exitCode = BadUsage;
+  constexpr const char* ofDatabases[] = {"-molecules", "-memtype"};
+  if (IsAnySet(interface, ofDatabases, "with a molecule file")) return nullptr;
+  const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
+  if (!type || !CheckMeasure(interface, *ZQFindFPKind(type), options)) return nullptr;
+  exitCode = BadInput;
+  auto ranker = std::make_unique<MoleculeRanker>(type, options);
+  if (!ranker->Open(filename, options.GetNumProcessors())) return nullptr;
+  return ranker;
+}
+
+}  // namespace KorvexProgram
