@@ -57,6 +57,10 @@ bool HitMolecules::Open(const std::string& given, const std::string& filename,
   return true;
 }
 
+bool HitMolecules::GetMolecule(ZQMol& mol, std::uint64_t index) const {
+  return Has(index) && molecules_->GetMolecule(mol, static_cast<unsigned int>(index));
+}
+
 std::string HitMolecules::GetTitle(std::uint64_t index) const {
   return Has(index) ? molecules_->GetTitle(static_cast<unsigned int>(index)) : std::string();
 }

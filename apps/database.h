@@ -6,6 +6,7 @@
 #include <string>
 
 #include "apps/command.h"
+#include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/moldatabase.h"
 #include "korvex/fpfast.h"
 #include "korvex/fpfast_database.h"
@@ -31,6 +32,8 @@ class HitMolecules {
   /// opened. False, after a message, for a given file that can't be opened.
   bool Open(const std::string& given, const std::string& filename,
             const ZQFastFPDatabase& database);
+  /// False without molecules, and after a message for a record that can't be read.
+  bool GetMolecule(ZQMol& mol, std::uint64_t index) const;
   /// Empty without molecules, and for a record that isn't among them.
   std::string GetTitle(std::uint64_t index) const;
   std::string GetSmiles(std::uint64_t index) const;

@@ -326,11 +326,7 @@ int ExplainPair(const ZQInterface& interface, Molecules& molecules, const ZQFPTy
   ZQSetupFPDatabaseOptions(options, interface);
   const ReportMeasure measure{options.GetSimFunc(), interface.Get<float>("-alpha"),
                               interface.Get<float>("-beta")};
-  if (!IsComparedBy(type, measure.number)) {
-    ZQThrow.Error("-simfunc: fingerprints of this kind are compared by %s only",
-                  ZQGetSimilarityMeasureName(ZQSimMeasure::Tanimoto).c_str());
-    return BadUsage;
-  }
+  if (!CheckMeasure(type, measure.number)) return BadUsage;
   if (!DrawAll(interface, molecules)) return BadInput;
   ZQSimilarityExplanation explanation;
   if (!ZQExplainSimilarity(explanation, molecules[0].mol, molecules[1].mol, type, measure.number,

@@ -138,6 +138,13 @@ bool IsComparedBy(const ZQFPTypeBase* type, unsigned int measure) {
   return measure == ZQSimMeasure::Tanimoto || !ZQFindFPKind(type)->IsUnhashed();
 }
 
+bool CheckMeasure(const ZQFPTypeBase* type, unsigned int measure) {
+  if (IsComparedBy(type, measure)) return true;
+  ZQThrow.Error("-simfunc: fingerprints of kind %s have no measure but Tanimoto",
+                ZQFindFPKind(type)->name);
+  return false;
+}
+
 bool IsAnyTypeOptionSet(const ZQInterface& interface, const std::string& reason) {
   constexpr const char* wholeType[] = {"-type"};
   return IsAnySet(interface, optionNames, reason) || IsAnySet(interface, wholeType, reason);

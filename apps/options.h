@@ -33,6 +33,8 @@ const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
 /// Whether fingerprints of a type are compared by this measure: texts of fragments by Tanimoto
 /// only.
 bool IsComparedBy(const ZQFPTypeBase* type, unsigned int measure);
+/// The same, with an error about "-simfunc" if not.
+bool CheckMeasure(const ZQFPTypeBase* type, unsigned int measure);
 
 /// Whether one of these options is set; if so, reports the error "option %s is of no use %s".
 bool IsAnySet(const ZQInterface& interface, std::span<const char* const> names,

@@ -10,8 +10,10 @@
 
 #include "apps/command.h"
 #include "contract/bostrel/iter.h"
+#include "contract/quarnel/graphmol.h"
 #include "korvex/fingerprint.h"
 #include "korvex/fpdatabaseoptions.h"
+#include "korvex/fphistogram.h"
 
 namespace KorvexProgram {
 
@@ -22,6 +24,7 @@ class Ranker {
   Ranker(const Ranker&) = delete;
   Ranker& operator=(const Ranker&) = delete;
 
+  virtual const ZQFPTypeBase* GetFPTypeBase() const = 0;
   virtual std::uint64_t NumFingerPrints() const = 0;
   /// Makes the fingerprint of a query; false after a message that names it by `where`.
   virtual bool MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol,
@@ -29,6 +32,10 @@ class Ranker {
   /// The hits of each query, best first, with the index of their record. Without any, after a
   /// warning, if memory runs out.
   virtual std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const = 0;
+  /// The distribution of the scores of all records, without a cutoff.
+  virtual ZQFPHistogram GetHistogram(const ZQMolBase& query, unsigned long bins) = 0;
+  /// The molecule of a record; false if it isn't known. Many threads may call it.
+  virtual bool GetMolecule(ZQMol& mol, std::uint64_t record) const = 0;
   /// Title and SMILES of a record; empty if they aren't known.
   virtual std::string GetTitle(std::uint64_t record) const = 0;
   virtual std::string GetSmiles(std::uint64_t record) const = 0;

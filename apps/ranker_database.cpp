@@ -27,6 +27,15 @@ class DatabaseRanker : public Ranker {
   std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const override {
     return database_->GetSortedScores(queries, options_);
   }
+  ZQFPHistogram GetHistogram(const ZQMolBase& query, unsigned long bins) override {
+    ZQSimSearchResult result(bins);
+    database_->SortedSearch(result, query, options_);
+    return result.GetHistogram();
+  }
+  const ZQFPTypeBase* GetFPTypeBase() const override { return database_->GetFPTypeBase(); }
+  bool GetMolecule(ZQMol& mol, std::uint64_t record) const override {
+    return molecules_.GetMolecule(mol, record);
+  }
   std::string GetTitle(std::uint64_t record) const override { return molecules_.GetTitle(record); }
   std::string GetSmiles(std::uint64_t record) const override {
     return molecules_.GetSmiles(record);

@@ -1,12 +1,11 @@
-#include <atomic>
-#include <future>
-#include <system_error>
+#include <cmath>
 #include <utility>
 
 #include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/output.h"
 #include "apps/ranker.h"
+#include "apps/threads.h"
 #include "contract/quarnel/lingo.h"
 #include "korvex/fpdatabase.h"
 #include "korvex/fpkinds.h"
@@ -15,31 +14,16 @@ namespace KorvexProgram {
 
 namespace {
 
-/// Runs `work` on this and further threads; on fewer if the system has no more.
-template <class Work>
-void RunOnThreads(unsigned int count, const Work& work) {
-  std::vector<std::future<void>> others;  // wait for their threads, also after an exception
-  try {
-    while (others.size() + 1 < count) others.push_back(std::async(std::launch::async, work));
-  } catch (const std::system_error&) {
-  }
-  work();
-  for (std::future<void>& other : others) other.get();
-}
-
-// Whether a kind has the measure; false after a message that names the option.
-bool CheckMeasure(const ZQInterface& interface, const ZQFPKind& kind,
+// Whether fingerprints of a type can be ranked by the measure of the options; reports an error.
+bool CheckOptions(const ZQInterface& interface, const ZQFPTypeBase* type,
                   const ZQFPDatabaseOptions& options) {
+  const ZQFPKind& kind = *ZQFindFPKind(type);
   constexpr const char* weights[] = {"-alpha", "-beta"};
   if (kind.measures != ZQFPMeasures::Bits &&
       IsAnySet(interface, weights, std::string("for fingerprints of kind ") + kind.name)) {
     return false;
   }
-  if (kind.IsUnhashed() && options.GetSimFunc() != ZQSimMeasure::Tanimoto) {
-    ZQThrow.Error("-simfunc: fingerprints of kind %s have no measure but Tanimoto", kind.name);
-    return false;
-  }
-  return true;
+  return CheckMeasure(type, options.GetSimFunc());
 }
 
 class MoleculeRanker : public Ranker {
@@ -61,11 +45,10 @@ class MoleculeRanker : public Ranker {
   bool Open(const std::string& filename, unsigned int numThreads) {
     if (!OpenMolecules(molecules_, filename)) return false;
     std::vector<ZQFingerPrint> fps(molecules_.GetMaxMolIdx());
-    std::atomic<unsigned int> next = 0;
-    RunOnThreads(numThreads, [&] {
+    OnThreads(numThreads, [&](auto next) {
       ZQMol mol;
-      for (unsigned int i = next++; i < fps.size(); i = next++) {
-        if (!molecules_.GetMolecule(mol, i)) continue;
+      for (std::size_t i = next(); i < fps.size(); i = next()) {
+        if (!GetMolecule(mol, i)) continue;
         MakeFingerPrint(fps[i], mol, database_.GetFPTypeBase(),
                         "record " + std::to_string(i + 1) + " of " + filename);
       }
@@ -103,6 +86,20 @@ class MoleculeRanker : public Ranker {
     }
     return hits;
   }
+  ZQFPHistogram GetHistogram(const ZQMolBase& query, unsigned long bins) override {
+    ZQFPHistogram histogram(bins, 0.0, 1.0);
+    const bool hasCutoff = database_.HasCutoff();
+    database_.ClearCutoff();
+    for (auto score = database_.GetScores(query, 0, 0); score; ++score) {
+      if (!std::isnan(score->GetScore())) histogram.AddSample(score->GetScore());
+    }
+    if (hasCutoff) database_.SetCutoff(database_.GetCutoff());
+    return histogram;
+  }
+  const ZQFPTypeBase* GetFPTypeBase() const override { return database_.GetFPTypeBase(); }
+  bool GetMolecule(ZQMol& mol, std::uint64_t record) const override {
+    return molecules_.GetMolecule(mol, static_cast<unsigned int>(record));
+  }
   std::string GetTitle(std::uint64_t record) const override {
     return molecules_.GetTitle(static_cast<unsigned int>(record));
   }
@@ -126,7 +123,7 @@ std::unique_ptr<Ranker> OpenMoleculeRanker(const std::string& filename,
   constexpr const char* ofDatabases[] = {"-molecules", "-memtype"};
   if (IsAnySet(interface, ofDatabases, "with a molecule file")) return nullptr;
   const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
-  if (!type || !CheckMeasure(interface, *ZQFindFPKind(type), options)) return nullptr;
+  if (!type || !CheckOptions(interface, type, options)) return nullptr;
   exitCode = BadInput;
   auto ranker = std::make_unique<MoleculeRanker>(type, options);
   if (!ranker->Open(filename, options.GetNumProcessors())) return nullptr;

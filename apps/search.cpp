@@ -9,6 +9,7 @@
 #include "apps/options.h"
 #include "apps/output.h"
 #include "apps/ranker.h"
+#include "apps/report.h"
 #include "korvex/fpdatabaseoptions_params.h"
 #include "korvex/fpfast_database.h"
 
@@ -48,6 +49,7 @@ void Configure(ZQInterface& interface) {
   format.SetLegalNames(Formats()).SetDefault("tsv");
   AddDetails(&format, &Formats());
   interface.AddParameter(std::move(format));
+  interface.AddParameter({"-html", "", ZQParamType::String, "Writes a report to this file"});
   AddThreads(interface);
   AddTypeOptions(interface, Kinds::All);
   ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
@@ -55,15 +57,16 @@ void Configure(ZQInterface& interface) {
   AddTverskyCoeffs(interface);
 }
 
-// Fingerprints of queries, and their record numbers, from 1.
+// Queries, their fingerprints, and their record numbers, from 1.
 struct Queries {
   std::vector<unsigned int> numbers;
   std::vector<ZQFingerPrint> fps;
+  std::vector<ZQMol> mols;  // for a report only
 };
 
 // The next queries that have a fingerprint, from record `next` on.
 Queries ReadQueries(const MoleculeArgument& molecules, const Ranker& ranker, std::uint64_t count,
-                    unsigned int& next) {
+                    bool withMolecules, unsigned int& next) {
   Queries queries;
   ZQMol mol;
   while (next < molecules.NumMolecules() && queries.fps.size() < count) {
@@ -72,8 +75,61 @@ Queries ReadQueries(const MoleculeArgument& molecules, const Ranker& ranker, std
     if (!read || !ranker.MakeQuery(fp, mol, "query " + std::to_string(next))) continue;
     queries.numbers.push_back(next);
     queries.fps.push_back(std::move(fp));
+    if (withMolecules) queries.mols.push_back(mol);
   }
   return queries;
+}
+
+// The report of a search, if one is wanted. A page of more hits is slow in a browser.
+class SearchReport {
+ public:
+  SearchReport(const ZQInterface& interface, const ZQFPDatabaseOptions& options)
+      : filename_(interface.IsSet("-html") ? interface.Get<std::string>("-html") : ""),
+        options_(options) {}
+
+  bool IsWanted() const { return !filename_.empty(); }
+
+  // False after a message.
+  bool Add(const ZQMol& query, const std::vector<ZQSimScore>& hits, Ranker& ranker) {
+    numHits_ += hits.size();
+    if (numHits_ > mostHits) {
+      ZQThrow.Error("-html: a report has at most %u hits; lower -limit", mostHits);
+      return false;
+    }
+    DrawnMolecule drawn;
+    drawn.mol = query;
+    drawn.Name();
+    drawn.Draw();
+    const ReportMeasure measure{options_.GetSimFunc(), options_.GetTverskyAlpha(),
+                                options_.GetTverskyBeta()};
+    queries_.push_back(DescribeQuery(
+        drawn, hits, ranker.GetHistogram(query, bins),
+        [&ranker](ZQMol& mol, std::uint64_t record) { return ranker.GetMolecule(mol, record); },
+        ranker.GetFPTypeBase(), measure, options_.GetNumProcessors()));
+    if (queries_.back().hits.size() == hits.size()) return true;
+    ZQThrow.Error("-html: the molecules of the hits can't be read; -molecules names their file");
+    return false;
+  }
+
+  // False after a message.
+  bool Write(const ZQFPTypeBase* type, const std::string& database) const {
+    return WriteFile(filename_, MakeSearchPage(type, options_.GetSimFunc(), database, queries_));
+  }
+
+ private:
+  static constexpr unsigned int mostHits = 1000;
+  static constexpr unsigned long bins = 50;
+
+  std::string filename_;
+  ZQFPDatabaseOptions options_;
+  std::size_t numHits_ = 0;
+  std::vector<ReportQuery> queries_;
+};
+
+std::vector<ZQSimScore> Collected(ZQIter<ZQSimScore> hits) {
+  std::vector<ZQSimScore> all;
+  for (; hits; ++hits) all.push_back(*hits);
+  return all;
 }
 
 int Run(const ZQInterface& interface) {
@@ -91,6 +147,8 @@ int Run(const ZQInterface& interface) {
   if (!ranker) return exitCode;
 
   HitWriter writer(interface.Get<std::string>("-format") == "json");
+  SearchReport report(interface, options);
+  bool reported = true;
   std::size_t answered = 0;
   const std::uint64_t records = std::max<std::uint64_t>(ranker->NumFingerPrints(), 1);
   const std::uint64_t hitsPerQuery =
@@ -98,24 +156,28 @@ int Run(const ZQInterface& interface) {
   const std::uint64_t count =
       std::clamp<std::uint64_t>(hitsPerPass / hitsPerQuery, 1, queriesPerPass);
   for (unsigned int next = 0; next < molecules.NumMolecules();) {
-    const Queries queries = ReadQueries(molecules, *ranker, count, next);
+    const Queries queries = ReadQueries(molecules, *ranker, count, report.IsWanted(), next);
     const unsigned int numWarnings = NumWarnings();
-    std::vector<ZQIter<ZQSimScore>> hits = ranker->Rank(queries.fps);
+    std::vector<ZQIter<ZQSimScore>> hitsOfAll = ranker->Rank(queries.fps);
     if (NumWarnings() != numWarnings) {
       writer.Finish();
       return BadInput;  // too little memory
     }
-    for (std::size_t i = 0; i < hits.size(); ++i) {
-      for (unsigned int rank = 1; hits[i]; ++hits[i], ++rank) {
-        const std::uint64_t index = hits[i]->GetIdx();
-        writer.Write({queries.numbers[i], rank, hits[i]->GetScore(), index, ranker->GetTitle(index),
+    for (std::size_t i = 0; i < hitsOfAll.size(); ++i) {
+      const std::vector<ZQSimScore> hits = Collected(std::move(hitsOfAll[i]));
+      unsigned int rank = 0;
+      for (const ZQSimScore& hit : hits) {
+        const std::uint64_t index = hit.GetIdx();
+        writer.Write({queries.numbers[i], ++rank, hit.GetScore(), index, ranker->GetTitle(index),
                       ranker->GetSmiles(index)});
       }
+      reported = reported && (!report.IsWanted() || report.Add(queries.mols[i], hits, *ranker));
     }
-    answered += hits.size();
+    answered += hitsOfAll.size();
   }
   writer.Finish();
-  return answered != 0 ? Done : BadInput;
+  if (answered == 0 || !reported) return BadInput;
+  return !report.IsWanted() || report.Write(ranker->GetFPTypeBase(), filename) ? Done : BadInput;
 }
 
 }  // namespace

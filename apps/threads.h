@@ -4,37 +4,26 @@
 
 #include <atomic>
 #include <cstddef>
-#include <exception>
-#include <mutex>
-#include <thread>
+#include <future>
+#include <system_error>
 #include <vector>
-
-#include "korvex/fpdatabaseoptions.h"
 
 namespace KorvexProgram {
 
-/// Runs `work(next)` on that many threads (0: all processors). `next()` returns 0, 1, 2 and so on,
-/// each number to one thread. Once all have ended, throws the first exception again.
+/// Runs `work(next)` on that many threads, on fewer if the system has no more. `next()` returns 0,
+/// 1, 2 and so on, each number to one thread. An exception ends one thread's work; it is thrown
+/// again when all threads have ended.
 template <class Work>
-void OnThreads(unsigned int threads, Work work) {
-  ZQKorvex::ZQFPDatabaseOptions options;
-  options.SetNumProcessors(threads);
+void OnThreads(unsigned int count, const Work& work) {
   std::atomic<std::size_t> counter = 0;
-  std::exception_ptr failure;
-  std::mutex mutex;
-  const auto run = [&] {
-    try {
-      work([&counter] { return counter++; });
-    } catch (...) {
-      const std::lock_guard<std::mutex> lock(mutex);
-      if (!failure) failure = std::current_exception();
-    }
-  };
-  std::vector<std::thread> others;
-  for (unsigned int i = 1; i < options.GetNumProcessors(); ++i) others.emplace_back(run);
+  const auto run = [&] { work([&counter] { return counter++; }); };
+  std::vector<std::future<void>> others;  // their destructors wait
+  try {
+    while (others.size() + 1 < count) others.push_back(std::async(std::launch::async, run));
+  } catch (const std::system_error&) {
+  }
   run();
-  for (std::thread& other : others) other.join();
-  if (failure) std::rethrow_exception(failure);
+  for (std::future<void>& other : others) other.get();
 }
 
 }  // namespace KorvexProgram
