@@ -31,7 +31,8 @@ std::unique_ptr<ZQFPDatabaseImplBase> MakeImpl(unsigned int fptype) {
 }
 
 std::unique_ptr<ZQFPDatabaseImplBase> MakeImpl(const ZQFPTypeBase* type) {
-  return ZQ_ASSERT(type) ? MakeImpl(ZQFindFPKind(type), type) : nullptr;
+  if (!ZQ_ASSERT(type)) return nullptr;
+  return MakeImpl(ZQFindFPKind(type), type);
 }
 
 /// Returns the result of `call`, or `none` for an invalid database and after an exception.
