@@ -3,6 +3,7 @@
 /// The inner model of explanations, common to all kinds: the fragments of one molecule with the
 /// bits that they set, and what two molecules share.
 
+#include <compare>
 #include <map>
 #include <string>
 #include <utility>
@@ -95,9 +96,9 @@ void ZQForEachShared(const ZQFPFragments& a, const ZQFPFragments& b, Visit visit
   auto j = b.GetGroups().begin();
   while (i != a.GetGroups().end() && j != b.GetGroups().end()) {
     const auto order = i->first <=> j->first;
-    if (order == 0) visit(i->first.second, i->second, j->second);
-    if (order <= 0) ++i;
-    if (order >= 0) ++j;
+    if (std::is_eq(order)) visit(i->first.second, i->second, j->second);
+    if (std::is_lteq(order)) ++i;
+    if (std::is_gteq(order)) ++j;
   }
 }
 
