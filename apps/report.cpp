@@ -575,9 +575,10 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
         const ReportQuery& query = queries[q];
         const std::string drawing = "q" + std::to_string(q);
         const double worst = query.hits.empty() ? 2.0 : query.hits.back().score;
-        const std::string caption =
-            Element("div", "class=\"name\"", Escaped(query.name)) +
-            Element("p", "class=\"muted\"", Element("code", "", Escaped(query.smiles)));
+        std::string caption = Element("div", "class=\"name\"", Escaped(query.name));
+        if (query.smiles != query.name) {
+          caption += Element("p", "class=\"muted\"", Element("code", "", Escaped(query.smiles)));
+        }
         const std::string plot =
             Element("h2", "",
                     "Scores (" + name + ") of " + std::to_string(query.histogram.NumSamples()) +
