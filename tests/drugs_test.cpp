@@ -57,28 +57,6 @@ Counts CountElements(const ZQMolBase& mol) {
   return counts;
 }
 
-// The valence is written only if the usual one is wrong.
-std::string ToMolfile(const ZQMolBase& mol, bool v3000) {
-  std::vector<MolfileAtom> atoms;
-  std::vector<MolfileBond> bonds;
-  for (auto atom = mol.GetAtoms(); atom; ++atom) {
-    MolfileAtom& told = atoms.emplace_back(MolfileAtom{ZQGetAtomicSymbol(atom->GetAtomicNum())});
-    told.charge = atom->GetFormalCharge();
-    told.mass = static_cast<int>(atom->GetIsotope());
-    const auto valence = static_cast<int>(atom->GetValence());
-    const unsigned int sum = atom->GetValence() - atom->GetImplicitHCount();
-    if (ZQDefaultHCount(atom->GetAtomicNum(), told.charge, sum) != atom->GetImplicitHCount()) {
-      told.valence = valence == 0 ? -1 : valence;
-    }
-  }
-  for (auto bond = mol.GetBonds(); bond; ++bond) {
-    bonds.push_back({static_cast<int>(bond->GetBgn()->GetIdx()) + 1,
-                     static_cast<int>(bond->GetEnd()->GetIdx()) + 1,
-                     static_cast<int>(bond->GetOrder())});
-  }
-  return WriteMolfile(atoms, bonds, v3000);
-}
-
 TEST(Drugs, FormulasAreTheOnesTold) {
   const std::vector<Entry> library = ReadLibrary();
   EXPECT_GE(library.size(), 300U);

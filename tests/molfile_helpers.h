@@ -5,7 +5,11 @@
 #include <cstdarg>
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "contract/quarnel/perception.h"
+#include "korvex/draw_local.h"
 
 struct MolfileAtom {
   const char* symbol;
@@ -72,4 +76,40 @@ inline std::string WriteMolfile(const std::vector<MolfileAtom>& atoms,
     text += "A    1\nM  END of an alias\nS  SKP  1\nM  END skipped\n" + properties;
   }
   return text + "M  END\n";
+}
+
+/// A molecule without holes as a molfile, drawn if it has a layout, with wedges. The valence is
+/// written only if the usual one is wrong.
+inline std::string ToMolfile(const Quarnel::ZQMolBase& mol, bool v3000,
+                             const ZQKorvex::ZQLayout& layout = {},
+                             const std::vector<ZQKorvex::ZQWedge>& wedges = {}) {
+  std::vector<MolfileAtom> atoms;
+  std::vector<MolfileBond> bonds;
+  for (auto atom = mol.GetAtoms(); atom; ++atom) {
+    MolfileAtom& told =
+        atoms.emplace_back(MolfileAtom{Quarnel::ZQGetAtomicSymbol(atom->GetAtomicNum())});
+    told.charge = atom->GetFormalCharge();
+    told.mass = static_cast<int>(atom->GetIsotope());
+    if (!layout.empty()) {
+      told.x = layout[atom->GetIdx()].x;
+      told.y = layout[atom->GetIdx()].y;
+    }
+    const auto valence = static_cast<int>(atom->GetValence());
+    const unsigned int sum = atom->GetValence() - atom->GetImplicitHCount();
+    if (Quarnel::ZQDefaultHCount(atom->GetAtomicNum(), told.charge, sum) !=
+        atom->GetImplicitHCount()) {
+      told.valence = valence == 0 ? -1 : valence;
+    }
+  }
+  for (auto bond = mol.GetBonds(); bond; ++bond) {
+    const unsigned int order = bond->GetOrder();
+    MolfileBond& told = bonds.emplace_back(MolfileBond{
+        static_cast<int>(bond->GetBgn()->GetIdx()) + 1,
+        static_cast<int>(bond->GetEnd()->GetIdx()) + 1, order == 0 ? 8 : static_cast<int>(order)});
+    if (order == 2 && bond->GetStereo() == Quarnel::ZQBondStereo::None) told.cfg = 2;
+    if (wedges.empty() || !wedges[bond->GetIdx()].narrow) continue;
+    told.cfg = wedges[bond->GetIdx()].isUp ? 1 : 3;
+    if (wedges[bond->GetIdx()].narrow == bond->GetEnd()) std::swap(told.bgn, told.end);
+  }
+  return WriteMolfile(atoms, bonds, v3000);
 }

@@ -91,8 +91,8 @@ TEST_F(ProgramTest, UsageAndHelp) {
     ExpectFailure({"compare", "C", "C", "-type", type + typing}, 2, fault);
   }
   ExpectFailure({"substructure", "C(Q", "C"}, 2, "SMARTS column 3");
-  for (const char* command : {"create", "search", "fingerprint", "compare", "substructure", "info",
-                              "histogram", "neighbors", "version", ""}) {
+  for (const char* command : {"create", "search", "fingerprint", "compare", "substructure", "draw",
+                              "info", "histogram", "neighbors", "version", ""}) {
     for (const char* help : {"-h", "--h", "-help", "--help"}) {
       const RunResult run = Korvex(*command ? Words{command, help} : Words{help});
       EXPECT_EQ(run.exitCode, 0) << command << help;
@@ -160,6 +160,42 @@ TEST_F(ProgramTest, Substructure) {
   EXPECT_EQ(output({"substructure", "CN", "some.smi", "-count", "true"}), "4\td\t3\n");
   EXPECT_EQ(output({"substructure", "c:c", "C1=CC=CC=C1", "-count", "true"}), "1\t\t6\n");
   ExpectFailure({"substructure", "C", "gone.smi"}, 1, "gone.smi");
+}
+
+TEST_F(ProgramTest, Draw) {
+  WriteFile(folder / "some.smi", "CCO a <b>\nC(Q\nc1ccccc1 c\n");
+  const RunResult first = Korvex({"draw", "some.smi"});
+  EXPECT_EQ(first.exitCode, 0) << first.err;
+  EXPECT_NE(first.err.find("some.smi has 3 records; this is the first"), std::string::npos);
+  EXPECT_TRUE(first.out.starts_with("<svg xmlns=")) << first.out;
+  EXPECT_NE(first.out.find("<title>a &lt;b&gt;</title>"), std::string::npos);
+  EXPECT_EQ(Korvex({"draw", "some.smi", "-record", "1"}).err, "");
+  const RunResult small = Korvex(
+      {"draw", "some.smi", "-record", "3", "-width", "60", "-height", "50", "-svg", "c.svg"});
+  EXPECT_EQ(small.exitCode, 0) << small.err;
+  const std::string svg = ReadFile(folder / "c.svg");
+  EXPECT_NE(svg.find("data-bond=\"5\""), std::string::npos);
+  EXPECT_LE(std::stod(svg.substr(svg.find("height=\"") + 8)), 50);
+  EXPECT_EQ(Korvex({"draw", "CCO", "-svg", "/dev/stdout"}).out, Korvex({"draw", "CCO"}).out);
+
+  ExpectFailure({"draw", "some.smi", "-record", "2"}, 1, "record 2 of some.smi");
+  ExpectFailure({"draw", "some.smi", "-record", "4"}, 1, "no record 4 in some.smi, which has 3");
+  ExpectFailure({"draw", "gone.smi"}, 1, "gone.smi");
+  ExpectFailure({"draw", Repeated("C", 1000)}, 1, "too many to lay out");
+  ExpectFailure({"draw", "CCO", "-svg", "gone/a.svg"}, 1, "cannot write gone/a.svg");
+  ExpectFailure({"draw", "CCO", "-svg", "/dev/full"}, 1, "cannot write /dev/full");
+  // A failure leaves the earlier drawing and no other file; success keeps the mode.
+  fs::permissions(folder / "c.svg", fs::perms::owner_read | fs::perms::owner_write);
+  const RunResult full =
+      folder.Run({KORVEX_PROGRAM, "draw", Repeated("C", 99), "-svg", "c.svg"}, 500);
+  EXPECT_EQ(full.exitCode, 1) << full.err;
+  EXPECT_EQ(ReadFile(folder / "c.svg"), svg);
+  EXPECT_EQ(Korvex({"draw", "CCO", "-svg", "c.svg"}).exitCode, 0);
+  EXPECT_EQ(fs::status(folder / "c.svg").permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+  for (const auto& entry : fs::directory_iterator(folder / "")) {
+    EXPECT_EQ(entry.path().filename().string().find(".part"), std::string::npos) << entry.path();
+  }
 }
 
 TEST_F(ProgramTest, SearchEqualsABruteForceRanking) {

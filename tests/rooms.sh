@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks the dependencies between folders: apps -> korvex -> contract <- platform. Within
-# platform/quarnel: readers, canonical, substructure, depiction -> perception -> molecule, and the SMARTS
-# parser may use the readers' error reports.
+# platform/quarnel: readers, canonical, substructure, depiction -> perception -> molecule, and the
+# SMARTS parser may use the readers' error reports.
 set -euo pipefail
 cd "$1"
 status=0

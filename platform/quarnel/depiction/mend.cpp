@@ -361,6 +361,7 @@ void LayOut(const MolView& view, std::span<const std::uint32_t> atoms,
   }
   mender.MendBondStereo();
   mender.MendClashes();
+  mender.Normalize();  // mending changes lengths
 }
 
 }  // namespace Quarnel
