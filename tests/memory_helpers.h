@@ -13,5 +13,8 @@ inline std::size_t largestRequest = std::numeric_limits<std::size_t>::max();
   if (!memory) throw std::bad_alloc();
   return memory;
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return size > largestRequest ? nullptr : std::malloc(size);
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
