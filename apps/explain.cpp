@@ -54,12 +54,12 @@ void Configure(ZQInterface& interface) {
   AddTverskyCoeffs(interface);
 }
 
-// The first molecule of an argument; false after a message.
-bool ReadMolecule(ZQMol& mol, const std::string& argument) {
+// The first molecule of an argument; false after a message, also if it has no fingerprint.
+bool ReadFirst(ZQMol& mol, const std::string& argument, const ZQFPTypeBase* type) {
   MoleculeArgument molecules;
-  if (!molecules.Open(argument) || !molecules.GetMolecule(mol, 0)) return false;
-  if (!mol) ZQThrow.Error("%s: a molecule without atoms has no fingerprint", argument.c_str());
-  return static_cast<bool>(mol);
+  ZQFingerPrint fp;
+  return molecules.Open(argument) && molecules.GetMolecule(mol, 0) &&
+         MakeFingerPrint(fp, mol, type, argument);
 }
 
 // "0,4,5"
@@ -358,7 +358,7 @@ int Run(const ZQInterface& interface) {
   Molecules molecules(interface.IsSet("MOL2") ? 2 : 1);
   for (std::size_t i = 0; i < molecules.size(); ++i) {
     const auto argument = interface.Get<std::string>(i == 0 ? "MOL1" : "MOL2");
-    if (!ReadMolecule(molecules[i].mol, argument)) return BadInput;
+    if (!ReadFirst(molecules[i].mol, argument, type)) return BadInput;
     molecules[i].Name();
   }
   return molecules.size() == 1 ? ExplainMolecule(interface, molecules, type)

@@ -582,10 +582,10 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
         const std::string plot =
             Element("h2", "",
                     "Scores (" + name + ") of " + std::to_string(query.histogram.NumSamples()) +
-                        " molecules") +
+                        " records") +
             DrawHistogram(query.histogram, worst) +
             Element("p", "class=\"muted\"",
-                    "Number of molecules by score, on a logarithmic scale; "
+                    "Number of records by score, on a logarithmic scale; "
                     "the bins of the hits have another colour.");
         body += Element("section", "class=\"query\"",
                         Element("figure", "class=\"molecule card\"",
