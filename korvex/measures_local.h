@@ -12,6 +12,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "korvex/checked_local.h"
 #include "korvex/fpdatabaseoptions.h"
@@ -57,9 +58,14 @@ struct ZQMeasure {
 // The formulae over doubles are inlined into loops and have no branches: instead of dividing by 0,
 // they divide 0 by 1.
 
+// Usually without a branch for no common bits, which a scan of sparse fingerprints would
+// mispredict.
 inline float ZQTanimotoOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
-  if (n.both == 0) return 0.0F;
-  return ZQCheckedFloat(n.both) / ZQCheckedFloat(n.onlyA + n.onlyB + n.both);
+  const unsigned int any = n.onlyA + n.onlyB + n.both;
+  if (any > 1U << std::numeric_limits<float>::digits) [[unlikely]] {
+    if (n.both == 0) return 0.0F;
+  }
+  return ZQCheckedFloat(n.both) / ZQCheckedFloat(any);
 }
 [[gnu::always_inline]] inline double ZQTanimotoOf(const ZQScoreTerms& /*terms*/, double q, double r,
                                                   double c) {
