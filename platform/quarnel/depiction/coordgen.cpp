@@ -19,6 +19,8 @@ constexpr std::size_t mostForSearch = 100;
 
 float PrecisionFor(std::size_t numAtoms) {
   constexpr float mostForFull = 40;
+  constexpr float least = 1e-4F;  // for what it does besides the search
+  if (numAtoms > mostForSearch) return least;
   const float ratio = mostForFull / static_cast<float>(numAtoms);
   return SKETCHER_STANDARD_PRECISION * std::min(1.F, ratio * ratio * ratio);
 }
