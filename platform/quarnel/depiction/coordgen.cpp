@@ -12,9 +12,15 @@ namespace Quarnel {
 namespace {
 
 // The search for a layout without overlaps grows with a high power of the number of atoms: with the
-// full precision, 100 atoms take a second and 300 atoms seven. Lower precision ends it earlier.
+// full precision, 100 atoms take up to a second and 300 atoms seven. Lower precision ends it
+// earlier. Large molecules go without it; `Mender` does the necessary part in a fraction of the
+// time, with some more bonds that cross.
+constexpr std::size_t mostForSearch = 100;
+
 float PrecisionFor(std::size_t numAtoms) {
   constexpr float mostForFull = 40;
+  constexpr float least = 1e-4F;  // for what it does besides the search
+  if (numAtoms > mostForSearch) return least;
   const float ratio = mostForFull / static_cast<float>(numAtoms);
   return SKETCHER_STANDARD_PRECISION * std::min(1.F, ratio * ratio * ratio);
 }
@@ -58,6 +64,7 @@ bool Place(const MolView& view, std::span<const std::uint32_t> atoms,
   sketcherMinimizerMolecule::assignBondsAndNeighbors(molecule->_atoms, molecule->_bonds);
   for (sketcherMinimizerBond* bond : molecule->_bonds) bond->setAbsoluteStereoFromStereoInfo();
   minimizer.initialize(molecule);
+  minimizer.m_minimizer.skipFlipFragments = atoms.size() > mostForSearch;
   minimizer.runGenerateCoordinates();
   for (const std::uint32_t a : atoms) {
     const sketcherMinimizerPointF& at = made[a]->getCoordinates();

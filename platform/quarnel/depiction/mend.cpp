@@ -32,6 +32,7 @@ class Mender {
     }
   }
 
+  bool HasFreeMacrocycle() const;
   bool Normalize();
   void PlaceByStress();
   void MendBondStereo();
@@ -82,7 +83,41 @@ bool Mender::Normalize() {
   return true;
 }
 
-// For what CoordGen refuses, such as large cages: distances in the plane approach those in the
+// Whether a smallest ring through some bond is so large, and has so few substituents and hetero
+// atoms, that CoordGen would try shapes for it without end: an unsubstituted ring of 30 takes 0.1
+// s, one of 36 more than a second, one of 42 minutes.
+bool Mender::HasFreeMacrocycle() const {
+  constexpr std::uint32_t mostFree = 32;
+  constexpr std::uint32_t freeForEach = 8;
+  if (atoms_.size() <= mostFree) return false;
+  std::vector<std::uint32_t> reachedBy(view_.NumAtoms());
+  std::vector<std::uint32_t> queue;
+  for (const std::uint32_t b : bonds_) {
+    const MolView::Bond& bond = view_.bonds[b];
+    if (!bond.inRing) continue;
+    std::ranges::fill(reachedBy, none);
+    queue.assign(1, bond.bgn);
+    reachedBy[bond.bgn] = b;
+    for (std::size_t i = 0; i < queue.size() && reachedBy[bond.end] == none; ++i) {
+      for (const Edge& edge : view_.Edges(queue[i])) {
+        if (edge.bond == b || !view_.bonds[edge.bond].inRing || reachedBy[edge.atom] != none) {
+          continue;
+        }
+        reachedBy[edge.atom] = edge.bond;
+        queue.push_back(edge.atom);
+      }
+    }
+    std::uint32_t numFree = 0;
+    std::uint32_t numOthers = 0;
+    for (std::uint32_t a = bond.end; a != bond.bgn; a = view_.bonds[reachedBy[a]].Other(a)) {
+      ++(view_.atoms[a].degree == 2 && view_.atoms[a].element == 6 ? numFree : numOthers);
+    }
+    if (numFree > mostFree && numFree > freeForEach * numOthers) return true;
+  }
+  return false;
+}
+
+// For what CoordGen can't do, such as large cages: distances in the plane approach those in the
 // graph (majorization of stress: J. de Leeuw, J. Classif. 5, 163, 1988).
 void Mender::PlaceByStress() {
   constexpr int rounds = 60;
@@ -102,10 +137,23 @@ void Mender::PlaceByStress() {
         queue.push_back(next);
       }
     }
-    // A spiral, so that no two atoms coincide.
-    const double angle = i * 2.4;
-    points_[atoms_[i]] = {std::sqrt(i + 1.0) * std::cos(angle),
-                          std::sqrt(i + 1.0) * std::sin(angle), 0};
+  }
+  // It starts from distances to two pairs of opposite atoms, one across the other.
+  const auto farthest = [&](auto distance) {
+    std::size_t best = 0;
+    for (std::size_t i = 1; i < size; ++i) {
+      if (distance(i) > distance(best)) best = i;
+    }
+    return wanted.data() + best * size;
+  };
+  const float* const left = farthest([&](std::size_t i) { return wanted[i]; });
+  const float* const right = farthest([&](std::size_t i) { return left[i]; });
+  const float* const top = farthest([&](std::size_t i) { return std::min(left[i], right[i]); });
+  const float* const bottom = farthest([&](std::size_t i) { return top[i]; });
+  for (std::size_t i = 0; i < size; ++i) {
+    const double angle = static_cast<double>(i) * 2.4;  // apart from others of equal distances
+    points_[atoms_[i]] = {(left[i] - right[i]) / 2 + 0.3 * std::cos(angle),
+                          (top[i] - bottom[i]) / 2 + 0.3 * std::sin(angle), 0};
   }
   std::vector<ZQPoint> next(size);
   for (int round = 0; round < rounds; ++round) {
@@ -355,7 +403,7 @@ void Mender::MendClashes() {
 void LayOut(const MolView& view, std::span<const std::uint32_t> atoms,
             std::vector<ZQPoint>& points) {
   Mender mender(view, atoms, points);
-  if (!RunCoordGen(view, atoms, points) || !mender.Normalize()) {
+  if (mender.HasFreeMacrocycle() || !RunCoordGen(view, atoms, points) || !mender.Normalize()) {
     mender.PlaceByStress();
     mender.Normalize();
   }
