@@ -21,14 +21,14 @@ void Configure(ZQInterface& interface) {
           .SetLegalRange(1, std::numeric_limits<int>::max())
           .SetDefault(1));
   constexpr int mostPixels = 100000;
-  interface.AddParameter(ZQParameter("-width", "", ZQParamType::Int,
-                                     "Pixels that the drawing may be wide; 0 for any size")
-                             .SetLegalRange(0, mostPixels)
-                             .SetDefault(0));
-  interface.AddParameter(ZQParameter("-height", "", ZQParamType::Int,
-                                     "Pixels that the drawing may be high; 0 for any size")
-                             .SetLegalRange(0, mostPixels)
-                             .SetDefault(0));
+  interface.AddParameter(
+      ZQParameter("-width", "", ZQParamType::Int, "Width in pixels; 0 for that of the molecule")
+          .SetLegalRange(0, mostPixels)
+          .SetDefault(0));
+  interface.AddParameter(
+      ZQParameter("-height", "", ZQParamType::Int, "Height in pixels; 0 for that of the molecule")
+          .SetLegalRange(0, mostPixels)
+          .SetDefault(0));
 }
 
 int Run(const ZQInterface& interface) {

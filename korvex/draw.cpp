@@ -476,8 +476,12 @@ std::string Drawing::ToSVG() {
   double scale = 1;
   if (style_.width != 0) scale = std::min(scale, style_.width / size_.x);
   if (style_.height != 0) scale = std::min(scale, style_.height / size_.y);
-  svg += "width=\"" + Number(size_.x * scale) + "\" height=\"" + Number(size_.y * scale) +
-         "\" viewBox=\"0 0 " + Number(size_.x) + " " + Number(size_.y) + "\"";
+  const Vec canvas{style_.width != 0 ? style_.width : size_.x * scale,
+                   style_.height != 0 ? style_.height : size_.y * scale};
+  const Vec view = canvas * (1 / scale);
+  svg += "width=\"" + Number(canvas.x) + "\" height=\"" + Number(canvas.y) + "\" viewBox=\"" +
+         Number((size_.x - view.x) / 2) + " " + Number((size_.y - view.y) / 2) + " " +
+         Number(view.x) + " " + Number(view.y) + "\"";
   if (style_.title.empty()) {
     svg += ">\n";
   } else {
@@ -519,8 +523,9 @@ void Drawing::AppendHalos(std::string& svg) const {
                Number(radius) + "\"");
   }
   if (halos.empty()) return;
-  svg += std::string("<g fill=\"") + haloColor + "\" stroke=\"" + haloColor + "\" stroke-width=\"" +
-         Number(width) + "\" stroke-linecap=\"round\" opacity=\".3\">\n" + halos + "</g>\n";
+  svg += std::string("<g class=\"halos\" fill=\"") + haloColor + "\" stroke=\"" + haloColor +
+         "\" stroke-width=\"" + Number(width) + "\" stroke-linecap=\"round\" opacity=\".3\">\n" +
+         halos + "</g>\n";
 }
 
 void Drawing::AppendShades(std::string& svg) const {

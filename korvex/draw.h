@@ -32,8 +32,8 @@ ZQ_EXPORT bool ZQOrientLayout(ZQLayout& layout, const ZQMolBase& mol, const ZQLa
                               const ZQMolBase& referenceMol);
 
 struct ZQDrawStyle {
-  /// Size in pixels that the drawing must fit into; 0 for its natural size, with bonds of 30
-  /// pixels. A smaller molecule isn't enlarged. Lines have one width at any size.
+  /// Size in pixels; 0 for the natural one, with bonds of 30 pixels. A larger molecule is made
+  /// smaller, a smaller one stands in the middle. Lines have one width at any size.
   unsigned int width = 0;
   unsigned int height = 0;
   /// Indices of highlighted atoms and bonds. Indices without atom or bond are ignored.
@@ -51,9 +51,9 @@ struct ZQDrawStyle {
 
 /// Draws a molecule as one SVG element without outside references, well-formed for any input. Each
 /// atom is one element `<g class="atom" data-atom="I">`, empty if the atom has no label; each bond
-/// one `<path class="bond" data-bond="I">`. Behind them are the halos: `<circle class="halo"
-/// data-atom="I">` and `<path class="halo" data-bond="I">`, with the class "halo on" if
-/// highlighted; others are there, with opacity 0, if the drawing is interactive. Shades are
+/// one `<path class="bond" data-bond="I">`. Behind them, in a group of class "halos", are `<circle
+/// class="halo" data-atom="I">` and `<path class="halo" data-bond="I">`, with the class "halo on"
+/// if highlighted; others are there, with opacity 0, if the drawing is interactive. Shades are
 /// `<circle class="shade" data-atom="I">`.
 ///
 /// Lines and letters have the colour of the text around (currentColor), which is black in a file of
