@@ -261,8 +261,8 @@ void PrintPairAsJson(const ZQSimilarityExplanation& explanation, const ZQFPTypeB
 
 // Two drawings beside each other, or one.
 std::string DrawTogether(const Molecules& molecules, std::vector<ZQDrawStyle> styles) {
-  constexpr unsigned int width = 420;
-  constexpr unsigned int height = 320;
+  constexpr unsigned int width = 360;
+  constexpr unsigned int height = 250;
   std::string drawings;
   for (std::size_t i = 0; i < molecules.size(); ++i) {
     styles[i].width = width;

@@ -430,8 +430,8 @@ bool DrawnMolecule::Draw(const DrawnMolecule* reference) {
 
 std::string DrawForReport(const DrawnMolecule& drawn) {
   ZQDrawStyle style;
-  style.width = 420;
-  style.height = 320;
+  style.width = 360;
+  style.height = 250;
   style.isInteractive = true;
   style.title = drawn.name;
   return drawn.layout.empty() ? ZQDrawSVG(ZQMol(), {}, style)

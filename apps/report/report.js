@@ -186,7 +186,7 @@
       close.addEventListener("click", function () { dialog.close(); });
       const title = element("h1", { id: "dialog-title", text: pair.title });
       dialog.setAttribute("aria-labelledby", "dialog-title");
-      dialog.replaceChildren(element("div", { class: "row" }, title, close), element("br", {}), makeExplanation(pair));
+      dialog.replaceChildren(element("div", { class: "row" }, title, close), makeExplanation(pair));
       dialog.showModal();
     });
   }
