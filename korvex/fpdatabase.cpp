@@ -58,8 +58,7 @@ ZQFingerPrint MakeQuery(const std::unique_ptr<ZQFPDatabaseImplBase>& impl, const
       impl, caller,
       [&mol](auto& base) {
         ZQFingerPrint fp;
-        ZQMakeFP(fp, mol, base.GetFPTypeBase());
-        return fp;
+        return ZQMakeFP(fp, mol, base.GetFPTypeBase()) ? fp : ZQFingerPrint();
       },
       ZQFingerPrint());
 }
@@ -125,25 +124,23 @@ void ZQFPDatabase::SetSimFunc(const ZQSimFuncBase& func, bool descending) {
 }
 
 void ZQFPDatabase::SetCutoff(float cutoff) {
-  if (!ZQ_ASSERT(impl_)) return;
-  impl_->GetFilter().cutoff = cutoff;
-  impl_->GetFilter().hasCutoff = true;
+  if (ZQ_ASSERT(impl_)) impl_->SetCutoff(cutoff);
 }
 
 void ZQFPDatabase::ClearCutoff() {
-  if (ZQ_ASSERT(impl_)) impl_->GetFilter().hasCutoff = false;
+  if (ZQ_ASSERT(impl_)) impl_->ClearCutoff();
 }
 
-bool ZQFPDatabase::HasCutoff() const { return ZQ_ASSERT(impl_) && impl_->GetFilter().hasCutoff; }
+bool ZQFPDatabase::HasCutoff() const { return ZQ_ASSERT(impl_) && impl_->HasCutoff(); }
 
-float ZQFPDatabase::GetCutoff() const { return ZQ_ASSERT(impl_) ? impl_->GetFilter().cutoff : 0; }
+float ZQFPDatabase::GetCutoff() const { return ZQ_ASSERT(impl_) ? impl_->GetCutoff() : 0; }
 
 void ZQFPDatabase::SetDescendingOrder(bool descending) {
-  if (ZQ_ASSERT(impl_)) impl_->GetFilter().descending = descending;
+  if (ZQ_ASSERT(impl_)) impl_->SetDescendingOrder(descending);
 }
 
 bool ZQFPDatabase::GetDescendingOrder() const {
-  return ZQ_ASSERT(impl_) && impl_->GetFilter().descending;
+  return ZQ_ASSERT(impl_) && impl_->GetDescendingOrder();
 }
 
 ZQIter<ZQSimScore> ZQFPDatabase::GetScores(const ZQFingerPrint& query, unsigned int begin,

@@ -57,12 +57,20 @@ class ZQFPDatabaseImplBase {
                                              const ZQFPDatabaseOptions& options) const = 0;
 
   const ZQFPTypeBase* GetFPTypeBase() const { return type_; }
-  /// Order and cutoff of the searches of a range.
-  const ZQScoreFilter& GetFilter() const { return filter_; }
-  ZQScoreFilter& GetFilter() { return filter_; }
+  bool HasCutoff() const { return filter_.hasCutoff; }
+  float GetCutoff() const { return filter_.cutoff; }
+  void SetCutoff(float cutoff) {
+    filter_.cutoff = cutoff;
+    filter_.hasCutoff = true;
+  }
+  void ClearCutoff() { filter_.hasCutoff = false; }
+  void SetDescendingOrder(bool descending) { filter_.descending = descending; }
+  bool GetDescendingOrder() const { return filter_.descending; }
   bool IsSameFPType(const ZQFingerPrint& fp) const { return fp.GetFPTypeBase() == type_; }
 
  protected:
+  /// Order and cutoff of the searches of a range.
+  const ZQScoreFilter& GetFilter() const { return filter_; }
   /// False, after the warning "%sfingerprint type mismatch!", for a query of another type.
   bool CheckType(const ZQFingerPrint& query, const char* caller) const;
   /// Whether a fingerprint is of the right type and there is room for it.

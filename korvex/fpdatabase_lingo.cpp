@@ -31,12 +31,12 @@ ZQFPDatabaseImplLingo::ZQFPDatabaseImplLingo(const ZQFPTypeBase* type)
 }
 
 void ZQFPDatabaseImplLingo::SetSimFunc(unsigned int measure, bool descending) {
-  GetFilter().descending = descending;
+  SetDescendingOrder(descending);
   simFunc_ = MakeSimFunc(measure);
 }
 
 void ZQFPDatabaseImplLingo::SetSimFunc(const ZQSimFuncBase& func, bool descending) {
-  GetFilter().descending = descending;
+  SetDescendingOrder(descending);
   unsigned int measure = ZQSimMeasure::Tanimoto;
   if (dynamic_cast<const ZQTverskySim*>(&func)) {
     measure = ZQSimMeasure::Tversky;

@@ -25,12 +25,12 @@ ZQFPDatabaseImplStd::ZQFPDatabaseImplStd(const ZQFPTypeBase* type)
 }
 
 void ZQFPDatabaseImplStd::SetSimFunc(unsigned int measure, bool descending) {
-  GetFilter().descending = descending;
+  SetDescendingOrder(descending);
   simFunc_ = MakeSimFunc(measure, zqDatabaseAlpha, zqDatabaseBeta, "ZQFPDatabase::SetSimFunc()");
 }
 
 void ZQFPDatabaseImplStd::SetSimFunc(const ZQSimFuncBase& func, bool descending) {
-  GetFilter().descending = descending;
+  SetDescendingOrder(descending);
   std::unique_ptr<ZQSimFuncBase> copy(func.CreateCopy());
   if (ZQ_ASSERT(copy)) simFunc_ = std::move(copy);
 }

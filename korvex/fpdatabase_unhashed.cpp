@@ -23,14 +23,14 @@ ZQFPDatabaseImplUnhashed::ZQFPDatabaseImplUnhashed(const ZQFPTypeBase* type)
 // Tanimoto is the only measure, so `simFunc_` stays.
 
 void ZQFPDatabaseImplUnhashed::SetSimFunc(unsigned int measure, bool descending) {
-  GetFilter().descending = descending;
+  SetDescendingOrder(descending);
   if (measure != ZQSimMeasure::Tanimoto) {
     ZQThrow.Warning("%s unknown similarity measure", setSimFuncCaller);
   }
 }
 
 void ZQFPDatabaseImplUnhashed::SetSimFunc(const ZQSimFuncBase& func, bool descending) {
-  GetFilter().descending = descending;
+  SetDescendingOrder(descending);
   if (!dynamic_cast<const ZQTanimotoSim*>(&func)) {
     ZQThrow.Warning("%s user defined similarity measure not allowed with unhashed database",
                     setSimFuncCaller);
