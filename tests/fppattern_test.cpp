@@ -206,10 +206,8 @@ void ExpectPatterns(const ZQMolBase& mol, const ZQFPTypeBase* type) {
       while (!neighbours.contains(atoms[earlier])) ++earlier;
       EXPECT_EQ(bond->GetNbr(atoms[i]), atoms[earlier]);
     }
-    if (isPath) {
-      EXPECT_EQ(names.back(), text);
-    }
-    EXPECT_EQ(AtomNames(names.back()), AtomNames(text));  // a canonical text reorders them
+    // A canonical text has the same atoms in another order.
+    EXPECT_TRUE(isPath ? names.back() == text : AtomNames(names.back()) == AtomNames(text));
   }
   EXPECT_EQ(ids, GeneratedIds(type->GetFPType(), numbers, min, max));
   EXPECT_EQ(names, GeneratedIds(type->GetFPType(), texts, min, max));
@@ -374,9 +372,6 @@ TEST(FPPattern, SmallMolecules) {
   EXPECT_EQ(explanation.overlap.size(), 25U);
   EXPECT_EQ(explanation.sides[0].weights, std::vector<double>(5, 1.0));
   EXPECT_TRUE(perceived.IsPerceived(ZQPerceived::Symmetry));
-
-  const ZQFPPattern made(benzene.GetAtoms(), benzene.GetBonds(), "text", 12, 3);
-  EXPECT_EQ(made.NumAtoms() + made.NumBonds(), 12U);
 }
 
 TEST(FPPattern, KindsAndTheirMessages) {
@@ -440,9 +435,9 @@ TEST(FPPattern, TooMuchIsAnError) {
   CapturedReports reports;
   ZQSimilarityExplanation explanation;
   const auto& side = explanation.sides[0];
-  // The key of four oxygen atoms: 4845 matches, more than can be listed, and pairs beyond 64 bits.
+  // The key of four oxygen atoms: 4845 matches, and more than can be listed.
   std::vector<double> weights;
-  for (const std::size_t n : {20, 75, 600}) {
+  for (const std::size_t n : {20, 75}) {
     const ZQMol mol = sugar(n);
     EXPECT_TRUE(ZQExplainSimilarity(explanation, mol, mol, maccs));
     EXPECT_EQ(reports.Take(), Texts{"ZQExplainSimilarity() : more than 1000000 shared fragments"});
