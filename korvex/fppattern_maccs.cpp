@@ -85,11 +85,12 @@ void ForEachKeyMatch(ZQTracedCopy& copy, Matches matches, Visit visit) {
     }
     if (matches == Matches::First) atoms.resize(key.numParts);
     const std::size_t count = CountCombinations(atoms.size(), key.numParts);
-    if (matches == Matches::AllOrUnion && count > ZQMostSharedFragments) {
+    if (matches != Matches::AllOrUnion) {
+      take(count);
+    } else if (count > ZQMostSharedFragments) {
       visit(i, key, SetOf(atoms), count);
       continue;
     }
-    take(count);
     std::vector<ZQAtomBase*> chosen;
     ForEachCombination(atoms, 0, key.numParts, chosen, visitSet);
   }
