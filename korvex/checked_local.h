@@ -64,6 +64,12 @@ inline std::uint64_t ZQSaturatedProduct(std::uint64_t a, std::uint64_t b) {
                                                 : product;
 }
 
+/// The sum, likewise.
+inline std::uint64_t ZQSaturatedSum(std::uint64_t a, std::uint64_t b) {
+  std::uint64_t sum = 0;
+  return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<std::uint64_t>::max() : sum;
+}
+
 inline float ZQCheckedFloat(double value) {
   constexpr float limit = std::numeric_limits<float>::max();
   if (std::abs(value) > limit) [[unlikely]]

@@ -96,10 +96,8 @@ struct Scorer {
 
 void ListOverlap(ZQSimilarityExplanation& explanation, const ZQFPFragments& a,
                  const ZQFPFragments& b, bool unique) {
-  const std::size_t count = ZQCountPairs(a, b);
-  if (count > ZQMostSharedFragments) {
-    ZQThrow.Error("%s : %zu shared fragments (at most %zu can be listed)", operation, count,
-                  ZQMostSharedFragments);
+  if (ZQCountPairs(a, b) > ZQMostSharedFragments) {
+    ZQThrow.Error("%s : more than %zu shared fragments", operation, ZQMostSharedFragments);
     return;
   }
   ZQMatchList matches(unique);
@@ -117,11 +115,11 @@ void ListOverlap(ZQSimilarityExplanation& explanation, const ZQFPFragments& a,
 void LocateShared(ZQSimilarityExplanation& explanation, const std::array<const ZQMolBase*, 2>& mols,
                   const std::array<ZQFPFragments, 2>& fragments, const Scorer& scorer) {
   ZQForEachShared(fragments[0], fragments[1],
-                  [&](const std::string& /*text*/, const auto& placesA, const auto& placesB) {
-                    for (const std::size_t i : placesA) {
+                  [&](const std::string& /*text*/, const auto& ofA, const auto& ofB) {
+                    for (const std::size_t i : ofA.places) {
                       MarkSet(explanation.sides[0], fragments[0][i]);
                     }
-                    for (const std::size_t i : placesB) {
+                    for (const std::size_t i : ofB.places) {
                       MarkSet(explanation.sides[1], fragments[1][i]);
                     }
                   });
@@ -167,7 +165,7 @@ bool ZQExplainSimilarity(ZQSimilarityExplanation& explanation, const ZQMolBase& 
     return true;
   }
   std::array<ZQFPFragments, 2> fragments;
-  const bool isLocated = ZQGuardMemory(operation, [&] {
+  const bool isLocated = ZQGuardFragments(operation, [&] {
     for (std::size_t i = 0; i < mols.size(); ++i) {
       if (!functions.collect(fragments[i], *mols[i], type, true)) return false;
     }

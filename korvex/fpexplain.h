@@ -22,8 +22,9 @@ struct ZQSharedFragment {
   ZQMatch match;
 };
 
-/// The longest overlap of an explanation. Only MACCS keys of unconnected atoms come near: twenty
-/// oxygen atoms in either molecule are 23 million matches of key 140.
+/// The longest overlap of an explanation, before equal matches are removed (paths are found from
+/// either end). Of drugs only MACCS keys of unconnected atoms come near: twenty oxygen atoms in
+/// either molecule are 23 million matches of key 140.
 inline constexpr std::size_t ZQMostSharedFragments = 1000000;
 
 struct ZQSimilarityExplanation {
@@ -62,7 +63,8 @@ struct ZQSimilarityExplanation {
 ///
 /// If the matches don't fit in memory or are more than `ZQMostSharedFragments`, an error says so
 /// and the overlap is empty; marks and weights are right nevertheless. If the fragments of one
-/// molecule don't fit, all of these are empty.
+/// molecule don't fit, or are more than `ZQMostFragments` (fppattern.h; without the MACCS keys of
+/// unconnected atoms), all of these are empty.
 ///
 /// The molecules must outlive the result, unedited; both are written during the call and can't be
 /// used by another thread. Each molecule is enumerated once for its texts and once for its bits;

@@ -72,7 +72,10 @@ class Enumeration {
   // False after a message.
   bool AddTexts(const char* name) {
     if (!Kind::HaveTexts(copy.Mol(), values_, name)) return false;
-    ForEach<std::string>([](const std::string&) {}, &sets);
+    const auto checkNumber = [this](const std::string&) {
+      if (sets.size() == ZQMostFragments) throw ZQTooManyFragments();
+    };
+    ForEach<std::string>(checkNumber, &sets);
     return true;
   }
   bool AddHashes() {

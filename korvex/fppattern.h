@@ -5,9 +5,10 @@
 /// molecules share). The generator of the fingerprint itself enumerates the fragments.
 ///
 /// An invalid molecule gives an empty result without a message. So does, after the error "... : out
-/// of memory", a result that doesn't fit in memory, and after "... : an atom with %d neighbours (at
-/// most %d can be told apart in a text)" a molecule whose environments have no text. The type must
-/// be of the function's kind: else an assertion failure, and an empty result.
+/// of memory", a result that doesn't fit in memory; after "... : more than 4000000 fragments in a
+/// molecule" a molecule with more than `ZQMostFragments`; and after "... : an atom with %d
+/// neighbours (at most %d can be told apart in a text)" one whose environments have no text. The
+/// type must be of the function's kind: else an assertion failure, and an empty result.
 ///
 /// Results refer to the caller's molecules, which must outlive them, unedited. A molecule is
 /// written during a call (generic data, removed before the return), although it is constant: no
@@ -15,6 +16,7 @@
 /// symmetric atoms are all found, unless the molecule itself has perceived symmetry classes: then
 /// only those of the first atom of each class.
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -23,6 +25,9 @@
 #include "korvex/fingerprint.h"
 
 namespace ZQKorvex {
+
+/// The most fragments of one molecule that any function here enumerates, repeats included.
+inline constexpr std::size_t ZQMostFragments = 4000000;
 
 /// One occurrence of a fragment in a molecule, and the bit that it sets.
 class ZQFPPattern : public ZQAtomBondSet {

@@ -55,14 +55,23 @@ class ZQFPFragments {
     unsigned int bit;
     std::size_t occurrence;
   };
-  using Groups = std::map<Key, std::vector<std::size_t>>;
+  /// The occurrences of one fragment.
+  struct Group {
+    std::vector<std::size_t> places;
+    std::size_t count = 0;  // of all; greater than that of places if sets stand for many
+  };
+  using Groups = std::map<Key, Group>;
 
   /// Adds an occurrence, unless its key has one of the same atoms and bonds; returns its place.
-  std::size_t Add(const Key& key, ZQAtomBondSet set) {
-    const auto group = groups_.try_emplace(key).first;
+  /// With a `count`, the set is the union of this many, too many to list.
+  std::size_t Add(const Key& key, ZQAtomBondSet set, std::size_t count = 1) {
+    const auto entry = groups_.try_emplace(key).first;
     const std::size_t before = occurrences_.Items().size();
-    const std::size_t place = occurrences_.Add({std::move(set), &group->first});
-    if (place == before) group->second.push_back(place);
+    const std::size_t place = occurrences_.Add({std::move(set), &entry->first});
+    if (place == before) {
+      entry->second.places.push_back(place);
+      entry->second.count += count;
+    }
     return place;
   }
   void AddBit(unsigned int bit, std::size_t occurrence) { settings_.push_back({bit, occurrence}); }
@@ -89,7 +98,7 @@ inline unsigned int ZQGetAddressHash(const ZQFPFragments::Occurrence& occurrence
   return ZQGetAddressHash(occurrence.set);
 }
 
-/// Calls `visit(text, placesA, placesB)` for each fragment that two molecules share.
+/// Calls `visit(text, groupA, groupB)` for each fragment that two molecules share.
 template <class Visit>
 void ZQForEachShared(const ZQFPFragments& a, const ZQFPFragments& b, Visit visit) {
   auto i = a.GetGroups().begin();
@@ -102,11 +111,13 @@ void ZQForEachShared(const ZQFPFragments& a, const ZQFPFragments& b, Visit visit
   }
 }
 
-/// The number of matches of an overlap before equal ones are removed.
+/// The number of matches of an overlap before equal ones are removed; the greatest number on
+/// overflow.
 inline std::size_t ZQCountPairs(const ZQFPFragments& a, const ZQFPFragments& b) {
+  using Group = ZQFPFragments::Group;
   std::size_t count = 0;
-  ZQForEachShared(a, b, [&](const std::string& /*text*/, const auto& placesA, const auto& placesB) {
-    count += placesA.size() * placesB.size();
+  ZQForEachShared(a, b, [&](const std::string& /*text*/, const Group& ofA, const Group& ofB) {
+    count = ZQSaturatedSum(count, ZQSaturatedProduct(ofA.count, ofB.count));
   });
   return count;
 }
@@ -115,9 +126,10 @@ inline std::size_t ZQCountPairs(const ZQFPFragments& a, const ZQFPFragments& b) 
 template <class Visit>
 void ZQAddOverlap(ZQMatchList& matches, const ZQFPFragments& a, const ZQFPFragments& b,
                   Visit visit) {
-  ZQForEachShared(a, b, [&](const std::string& text, const auto& placesA, const auto& placesB) {
-    for (const std::size_t i : placesA) {
-      for (const std::size_t j : placesB) {
+  using Group = ZQFPFragments::Group;
+  ZQForEachShared(a, b, [&](const std::string& text, const Group& ofA, const Group& ofB) {
+    for (const std::size_t i : ofA.places) {
+      for (const std::size_t j : ofB.places) {
         if (matches.Add(ZQPairByPosition(a[i], b[j]))) visit(text);
       }
     }
@@ -128,16 +140,33 @@ void ZQAddOverlap(ZQMatchList& matches, const ZQFPFragments& a, const ZQFPFragme
 ZQIter<ZQMatchBase> ZQGetOverlap(const char* name, const ZQMolBase& a, const ZQMolBase& b,
                                  const ZQFPTypeBase* type, unsigned int fptype);
 
+/// Thrown at the fragment after the last of `ZQMostFragments`.
+struct ZQTooManyFragments {};
+
+/// Returns the result of `make`, or an empty one after an error if memory runs out or a molecule
+/// has too many fragments.
+template <class Make>
+auto ZQGuardFragments(const char* name, Make make) -> decltype(make()) {
+  using Result = decltype(make());
+  const auto makeInMemory = [&] {
+    return ZQCatch<std::bad_alloc>(make, [name](const std::bad_alloc&) -> Result {
+      ZQThrow.Error("%s : out of memory", name);
+      return Result();
+    });
+  };
+  return ZQCatch<ZQTooManyFragments>(makeInMemory, [name](const ZQTooManyFragments&) -> Result {
+    ZQThrow.Error("%s : more than %zu fragments in a molecule", name, ZQMostFragments);
+    return Result();
+  });
+}
+
 /// Calls `make` for a type of a kind and valid molecules; returns an empty iterator otherwise, and
-/// after an error if memory runs out.
+/// after an error.
 template <class Make>
 auto ZQMakeResult(const char* name, const ZQFPTypeBase* type, unsigned int fptype, bool areValid,
                   Make make) -> decltype(make()) {
   if (!ZQ_ASSERT(type && type->GetFPType() == fptype) || !areValid) return {};
-  return ZQCatch<std::bad_alloc>(make, [name](const std::bad_alloc&) -> decltype(make()) {
-    ZQThrow.Error("%s : out of memory", name);
-    return {};
-  });
+  return ZQGuardFragments(name, make);
 }
 
 /// An iterator that owns its values; empty for none.
