@@ -328,6 +328,9 @@ int ExplainPair(const ZQInterface& interface, Molecules& molecules, const ZQFPTy
                               interface.Get<float>("-beta")};
   if (!CheckMeasure(type, measure.number)) return BadUsage;
   if (!DrawAll(interface, molecules)) return BadInput;
+  if (!ZQFindFPKind(type)->fragments.overlap) {
+    ZQGetFPOverlap(molecules[0].mol, molecules[1].mol, type);  // reports that there are none
+  }
   ZQSimilarityExplanation explanation;
   if (!ZQExplainSimilarity(explanation, molecules[0].mol, molecules[1].mol, type, measure.number,
                            measure.alpha, measure.beta)) {

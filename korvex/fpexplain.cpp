@@ -160,10 +160,7 @@ bool ZQExplainSimilarity(ZQSimilarityExplanation& explanation, const ZQMolBase& 
   });
   if (!isScored) return false;
   const ZQFPKindFragments& functions = kind->fragments;
-  if (!functions.collect) {
-    ZQGetFPOverlap(a, b, type);  // warns
-    return true;
-  }
+  if (!functions.collect) return true;
   std::array<ZQFPFragments, 2> fragments;
   const bool isLocated = ZQGuardFragments(operation, [&] {
     for (std::size_t i = 0; i < mols.size(); ++i) {

@@ -57,7 +57,7 @@ struct ZQSimilarityExplanation {
 };
 
 /// Explains the similarity of two molecules by a measure. A kind without fragments has counts and
-/// score only, after the warning of `ZQGetFPOverlap`. False if a fingerprint can't be made, and
+/// score only. False if a fingerprint can't be made, and
 /// after the errors "ZQExplainSimilarity() : unknown fingerprint type!" and "... : unknown
 /// similarity measure type %d!".
 ///

@@ -382,9 +382,10 @@ TEST(FPPattern, KindsAndTheirMessages) {
   } const unknown;
   // Of patterns, coverage, overlap and, unless there is another message, the explanation.
   const auto all = [](const std::string& text, const std::string& explanation = {}) {
-    const std::string overlap = "ZQGetFPOverlap() " + text;
-    return Texts{"ZQGetFPPatterns() " + text, "ZQGetFPCoverage() " + text, overlap,
-                 explanation.empty() ? overlap : explanation};
+    Texts texts{"ZQGetFPPatterns() " + text, "ZQGetFPCoverage() " + text,
+                "ZQGetFPOverlap() " + text};
+    if (!explanation.empty()) texts.push_back(explanation);
+    return texts;
   };
   const std::pair<const ZQFPTypeBase*, Texts> cases[] = {
       {ZQGetFPType(ZQFPType::Path), {}},
