@@ -5,8 +5,17 @@
 #include <cstdint>
 #include <random>
 
+#include "korvex/fpdatabaseoptions.h"
 #include "korvex/fpfast_local.h"
 #include "tests/program_helpers.h"
+
+/// Index and score of each hit.
+using Hits = std::vector<std::pair<std::uint64_t, double>>;
+inline Hits HitsOf(ZQKorvex::ZQIter<ZQKorvex::ZQSimScore> iter) {
+  Hits hits;
+  for (; iter; ++iter) hits.emplace_back(iter->GetIdx(), iter->GetScore());
+  return hits;
+}
 
 inline const ZQKorvex::ZQFPTypeBase* PathTypeOf(unsigned int numbits) {
   return ZQKorvex::ZQGetPathFPType(numbits, 0, 5, 1, 1);

@@ -19,14 +19,6 @@
 namespace ZQKorvex {
 namespace {
 
-using Hits = std::vector<std::pair<std::uint64_t, double>>;
-
-Hits HitsOf(ZQIter<ZQSimScore> iter) {
-  Hits hits;
-  for (; iter; ++iter) hits.emplace_back(iter->GetIdx(), iter->GetScore());
-  return hits;
-}
-
 const std::string mismatch = "ZQFPDatabase::GetScores() fingerprint type mismatch!";
 const std::string sortedMismatch = "ZQFPDatabase::GetSortedScores() fingerprint type mismatch!";
 

@@ -16,14 +16,6 @@ using namespace ZQKorvex;
 
 namespace {
 
-using Hits = std::vector<std::pair<std::uint64_t, double>>;
-
-Hits HitsOf(ZQIter<ZQSimScore> iter) {
-  Hits hits;
-  for (; iter; ++iter) hits.emplace_back(iter->GetIdx(), iter->GetScore());
-  return hits;
-}
-
 const std::string constructor = "ZQFastFPDatabase::ZQFastFPDatabase()";
 
 /// A file whose header claims `numWords` and `count`, padded with zero bytes to `size`. The file is
