@@ -223,17 +223,17 @@ void PrintPairAsJson(const ZQSimilarityExplanation& explanation, const ZQFPTypeB
     writer.Key("overlap");
     writer.Array([&] {
       for (const ZQSharedFragment& fragment : explanation.overlap) {
-        const auto [a, b] = MarksOf(fragment.match);
+        const std::array<Marks, 2> sidesOf = MarksOf(fragment.match);
         writer.Object([&] {
           writer.Key("text");
           writer.Text(fragment.text);
           writer.Key("atoms");
           writer.Array([&] {
-            for (const Marks* marks : {&a, &b}) writer.Numbers(marks->atoms);
+            for (const Marks& marks : sidesOf) writer.Numbers(marks.atoms);
           });
           writer.Key("bonds");
           writer.Array([&] {
-            for (const Marks* marks : {&a, &b}) writer.Numbers(marks->bonds);
+            for (const Marks& marks : sidesOf) writer.Numbers(marks.bonds);
           });
         });
       }
