@@ -79,7 +79,7 @@ class Places {
   Marks Take() {
     for (auto* indices : {&marks_.atoms, &marks_.bonds}) {
       std::ranges::sort(*indices);
-      indices->erase(std::ranges::unique(*indices).begin(), indices->end());
+      indices->erase(std::unique(indices->begin(), indices->end()), indices->end());
     }
     return std::move(marks_);
   }
@@ -255,10 +255,10 @@ void WritePair(JsonWriter& writer, FragmentTable& table, const ReportPair& pair,
       writer.Numbers(pair.counts);
       writer.Key("scores");
       writer.Array([&] {
-        for (const auto& [name, score] : pair.scores) {
+        for (const auto& score : pair.scores) {
           writer.Array([&] {
-            writer.Text(name);
-            writer.Text(score);
+            writer.Text(score.first);
+            writer.Text(score.second);
           });
         }
       });
