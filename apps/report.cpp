@@ -112,6 +112,7 @@ class Groups {
 template <class Items>
 std::vector<unsigned int> IndicesOf(const Items& items) {
   std::vector<unsigned int> indices;
+  indices.reserve(items.size());
   for (const auto* item : items) indices.push_back(item->GetIdx());
   return indices;
 }

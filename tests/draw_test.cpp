@@ -67,15 +67,24 @@ std::vector<std::string> DrugSmiles() {
 }
 
 // Awkward for a layout: alone, linear, in parts, large rings, cages, metals, hydrogens drawn.
-const std::vector<std::string> oddSmiles{
-    "C", "[H][H]", "CC#CC=C=C=C", "[Na+].[Na+].[O-]S(=O)(=O)[O-].O.O.O", "C1CCCCCCCCCCCCCCCCCCCC1",
-    "C12C3C4C1C5C2C3C45", "Cl[Pt](Cl)(N)N", "N#CC->[Fe](<-CC#N)(<-CC#N)(<-CC#N)(<-CC#N)<-CC#N",
-    "[H]C([H])([H])C([H])([H])C([H])([H])[H]", "FS(F)(F)(F)(F)F", "*c1ccccc1*",
-    "CC(C)(C)C(C(C)(C)C)(C(C)(C)C)C(C)(C)C", "C1CC2CC1C1C2C2CC1C1C2C2CCC1C2",
-    "F/C=C\\C=C/C(/Cl)=C/Br",
-    // Fullerene C60.
+constexpr const char* fullerene =
     "c12c3c4c5c1c1c6c7c2c2c8c3c3c9c4c4c%10c5c5c1c1c6c6c%11c7c2c2c7c8c3c3c8c9c4c4c9c%10c5c5c1c1c6c6"
-    "c%11c2c2c7c3c3c8c4c4c9c5c1c1c6c2c3c41"};
+    "c%11c2c2c7c3c3c8c4c4c9c5c1c1c6c2c3c41";
+const std::vector<std::string> oddSmiles{"C",
+                                         "[H][H]",
+                                         "CC#CC=C=C=C",
+                                         "[Na+].[Na+].[O-]S(=O)(=O)[O-].O.O.O",
+                                         "C1CCCCCCCCCCCCCCCCCCCC1",
+                                         "C12C3C4C1C5C2C3C45",
+                                         "Cl[Pt](Cl)(N)N",
+                                         "N#CC->[Fe](<-CC#N)(<-CC#N)(<-CC#N)(<-CC#N)<-CC#N",
+                                         "[H]C([H])([H])C([H])([H])C([H])([H])[H]",
+                                         "FS(F)(F)(F)(F)F",
+                                         "*c1ccccc1*",
+                                         "CC(C)(C)C(C(C)(C)C)(C(C)(C)C)C(C)(C)C",
+                                         "C1CC2CC1C1C2C2CC1C1C2C2CCC1C2",
+                                         "F/C=C\\C=C/C(/Cl)=C/Br",
+                                         fullerene};
 
 // ---- Layouts
 
@@ -106,6 +115,7 @@ TEST(Layout, IsTheSameEachTime) {
   std::vector<std::string> all = DrugSmiles();
   all.resize(60);
   std::vector<ZQLayout> expected;
+  expected.reserve(all.size());
   for (const std::string& smiles : all) expected.push_back(LayoutOf(ReadSmiles(smiles)));
   OnThreads(3, [&](unsigned int t) {
     for (std::size_t i = 0; i < all.size(); ++i) {

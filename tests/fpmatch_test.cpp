@@ -52,6 +52,7 @@ class FPMatchTest : public testing::Test {
   }
   ZQIter<ZQAtomBase> Atoms(const std::vector<unsigned int>& indices) const {
     std::vector<ZQAtomBase*> atoms;
+    atoms.reserve(indices.size());
     for (const unsigned int i : indices) atoms.push_back(from.GetAtomAt(i));
     return {new ZQPointerIter<ZQAtomBase>(std::move(atoms))};
   }
