@@ -99,12 +99,15 @@ bool ZQNeedsLabel(const ZQAtomBase& atom) {
     return true;
   }
   unsigned int orders = 0;
+  unsigned int doubles = 0;
   bool isAlone = true;
   for (const ZQBondBase* bond = nullptr; (bond = atom.NextBond(bond)) != nullptr;) {
     orders += bond->GetOrder();
+    doubles += bond->GetOrder() == 2;
     isAlone = false;
   }
-  return isAlone || atom.GetImplicitHCount() != ZQDefaultHCount(6, 0, orders);
+  // Between cumulated double bonds, which are in one line, nothing else would show the atom.
+  return isAlone || doubles > 1 || atom.GetImplicitHCount() != ZQDefaultHCount(6, 0, orders);
 }
 
 ZQLabel ZQMakeLabel(const ZQAtomBase& atom, ZQFreeSide side, double fontSize) {

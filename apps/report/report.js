@@ -175,7 +175,7 @@
   const place = document.getElementById("explanation");
   if (place) {
     place.append(makeExplanation(data.pairs[0]));
-    document.querySelector(".store").hidden = true;
+    document.querySelector(".store").remove();
     return;
   }
   const dialog = document.querySelector("dialog");
