@@ -48,8 +48,7 @@ std::string ValidUtf8(const std::string& text) {
   for (std::size_t at = 0; at < text.size();) {
     rapidjson::MemoryStream rest(text.data() + at, text.size() - at);
     unsigned int codepoint = 0;
-    if (rapidjson::UTF8<>::Decode(rest, &codepoint) && codepoint != 0xFFFE &&
-        codepoint != 0xFFFF) {
+    if (rapidjson::UTF8<>::Decode(rest, &codepoint) && codepoint != 0xFFFE && codepoint != 0xFFFF) {
       valid.append(text, at, rest.Tell());
       at += rest.Tell();
     } else {

@@ -293,10 +293,10 @@ const char* ItemsOf(const ZQFPTypeBase* type) {
 // The words of a page about pairs or about one molecule.
 void WriteWords(JsonWriter& writer, const ZQFPTypeBase* type, bool isPair) {
   WriteText(writer, "items", ItemsOf(type));
-  WriteText(writer, "covering", isPair ? "shared fragments" : "fragments");
   WriteText(writer, "sharedLabel", isPair ? "Shared atoms and bonds" : "Covered atoms and bonds");
   WriteText(writer, "listTitle", isPair ? "Shared fragments, largest first" : "Fragments");
   const bool hasFragments = ZQFindFPKind(type)->fragments.overlap != nullptr;
+  if (hasFragments) WriteText(writer, "covering", isPair ? "shared fragments" : "fragments");
   WriteText(writer, "listEmpty",
             hasFragments ? "There are none." : "This kind of fingerprint has none.");
 }
@@ -318,15 +318,18 @@ std::string MakePage(const std::string& title, const std::string& body, const Js
 
 // The distribution of the scores, with the bins of the hits marked. Heights are logarithmic: nearly
 // all records score low.
-std::string DrawHistogram(const ZQFPHistogram& histogram, double worstHit) {
+std::string DrawHistogram(const ZQFPHistogram& histogram, const std::vector<ReportHit>& hits) {
   constexpr double width = 560, height = 240, left = 46, right = 12, top = 12, bottom = 34;
   const auto bins = static_cast<double>(histogram.NumBins());
   std::vector<double> counts;
   for (auto count = histogram.GetCounts(); count; ++count) counts.push_back(*count);
+  std::vector<bool> kept(counts.size());
+  for (const ReportHit& hit : hits) kept[histogram.GetBinIdx(static_cast<float>(hit.score))] = true;
   const double most = counts.empty() ? 0.0 : *std::ranges::max_element(counts);
-  const double decades = std::max(1.0, std::ceil(std::log10(most + 1.0)));
+  const double decades = std::max(1.0, std::ceil(std::log10(std::max(most, 1.0))));
   const auto heightOf = [&](double count) {
-    return (height - top - bottom) * std::log10(count + 1.0) / decades;
+    return (height - top - bottom) * std::log10(count + 1.0) /
+           std::log10(std::pow(10.0, decades) + 1.0);
   };
   std::string svg = "<svg class=\"plot\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " +
                     Decimals(width, 0) + " " + Decimals(height, 0) +
@@ -344,7 +347,7 @@ std::string DrawHistogram(const ZQFPHistogram& histogram, double worstHit) {
     if (counts[i] == 0.0) continue;
     const double lower = static_cast<double>(i) / bins;
     const double upper = static_cast<double>(i + 1) / bins;
-    svg += std::string("<rect") + (upper > worstHit ? " class=\"kept\"" : "") + " x=\"" +
+    svg += std::string("<rect") + (kept[i] ? " class=\"kept\"" : "") + " x=\"" +
            Decimals(left + step * static_cast<double>(i) + 0.5, 1) + "\" y=\"" +
            Decimals(height - bottom - heightOf(counts[i]), 1) + "\" width=\"" +
            Decimals(step - 1.0, 1) + "\" height=\"" + Decimals(heightOf(counts[i]), 1) +
@@ -574,7 +577,6 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
       for (std::size_t q = 0; q < queries.size(); ++q) {
         const ReportQuery& query = queries[q];
         const std::string drawing = "q" + std::to_string(q);
-        const double worst = query.hits.empty() ? 2.0 : query.hits.back().score;
         std::string caption = Element("div", "class=\"name\"", Escaped(query.name));
         if (query.smiles != query.name) {
           caption += Element("p", "class=\"muted\"", Element("code", "", Escaped(query.smiles)));
@@ -583,7 +585,7 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
             Element("h2", "",
                     "Scores (" + name + ") of " + std::to_string(query.histogram.NumSamples()) +
                         " records") +
-            DrawHistogram(query.histogram, worst) +
+            DrawHistogram(query.histogram, query.hits) +
             Element("p", "class=\"muted\"",
                     "Number of records by score, on a logarithmic scale; "
                     "the bins of the hits have another colour.");

@@ -134,11 +134,13 @@ ZQLabel ZQMakeLabel(const ZQAtomBase& atom, ZQFreeSide side, double fontSize) {
     const bool isHydrogenFirst = atom.GetAtomicNum() == 8 || atom.GetAtomicNum() == 16 ||
                                  atom.GetAtomicNum() == 34 || atom.IsHalogen();
     const double base = capHeight * fontSize / 2;
-    const double left = -WidthOf(symbol) * fontSize / 2;
+    // The symbol is at the atom, where its halo is.
+    double left = -WidthOf(symbol) / 2 - WidthOf(mass);
     if (isHydrogenFirst) {
-      maker.Add(left, base, false, {hydrogen, number, mass, symbol, charge, map});
+      left -= WidthOf(hydrogen) + WidthOf(number);
+      maker.Add(left * fontSize, base, false, {hydrogen, number, mass, symbol, charge, map});
     } else {
-      maker.Add(left, base, false, {mass, symbol, hydrogen, number, charge, map});
+      maker.Add(left * fontSize, base, false, {mass, symbol, hydrogen, number, charge, map});
     }
     return label;
   }
