@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -16,6 +17,7 @@
 #include "apps/threads.h"
 #include "contract/quarnel/readers.h"
 #include "korvex/fpkinds.h"
+#include "korvex/lingo.h"
 
 namespace KorvexProgram {
 
@@ -34,15 +36,19 @@ constexpr auto formulae = std::to_array<const char*>({
 });
 static_assert(formulae.size() == ZQSimMeasure::Number::End - 1);
 
+// With as many digits as it has.
+std::string Shortest(float number) {
+  std::array<char, 32> text{};
+  return {text.data(), std::to_chars(text.begin(), text.end(), number).ptr};
+}
+
 // The formula of a measure, and the same with numbers in place of letters.
 std::string TellFormula(const ReportMeasure& measure, unsigned int a, unsigned int b,
                         unsigned int both, unsigned int all) {
-  const std::map<std::string, std::string> numbers{{"a", std::to_string(a)},
-                                                   {"b", std::to_string(b)},
-                                                   {"both", std::to_string(both)},
-                                                   {"all", std::to_string(all)},
-                                                   {"alpha", Decimals(measure.alpha, 2)},
-                                                   {"beta", Decimals(measure.beta, 2)}};
+  const std::map<std::string, std::string> numbers{
+      {"a", std::to_string(a)},           {"b", std::to_string(b)},
+      {"both", std::to_string(both)},     {"all", std::to_string(all)},
+      {"alpha", Shortest(measure.alpha)}, {"beta", Shortest(measure.beta)}};
   const std::string formula = formulae[measure.number - 1];
   std::string filled;
   for (std::size_t at = 0; at < formula.size();) {
@@ -452,6 +458,10 @@ ReportPair DescribePair(const DrawnMolecule& a, const DrawnMolecule& b,
   pair.formula =
       TellFormula(measure, first.count, second.count, explanation.both,
                   isLingo ? first.count + second.count - explanation.both : first.fp.GetSize());
+  unsigned int count = 0;
+  if (isLingo && !ZQGetLingoSimTerms(first.fp, second.fp, &count, &count, &count)) {
+    pair.formula = "0: a text of fewer than four characters only compares with its equal";
+  }
   for (unsigned int number = 1; ZQSimMeasure::IsValid(number); ++number) {
     if (number == measure.number || !IsComparedBy(first.fp.GetFPTypeBase(), number)) continue;
     const float score = ZQGetSimilarity(number, first.fp, second.fp, measure.alpha, measure.beta);

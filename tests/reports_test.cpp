@@ -177,6 +177,18 @@ TEST_F(ReportsTest, KindsWithoutFragments) {
             std::string::npos);
   EXPECT_NE(run.out.find("\ncoverage\t"), std::string::npos);
   EXPECT_EQ(run.out.find("\npattern\t"), std::string::npos);
+  // The formula of a report gives its score; texts of fewer than four characters have none.
+  const auto formulaOf = [this](const Words& words) {
+    Korvex(words);
+    return std::string(DataOf("pair.html", 2)["pairs"][0]["formula"].GetString());
+  };
+  EXPECT_EQ(formulaOf({"explain", "CCO", "CCN", "-fptype", "Lingo", "-simfunc", "Manhattan",
+                       "-html", "pair.html"})
+                .find("0: "),
+            0U);
+  EXPECT_TRUE(formulaOf({"explain", "CCCO", "CCCN", "-fptype", "Lingo", "-simfunc", "Tversky",
+                         "-alpha", "0.333", "-html", "pair.html"})
+                  .ends_with(" = 0 / (0.333 * (1 - 0) + 0.05 * (1 - 0) + 0)"));
 }
 
 TEST_F(ReportsTest, ExplanationsAsFiles) {
