@@ -277,7 +277,8 @@ std::string DrawTogether(const Molecules& molecules, std::vector<ZQDrawStyle> st
          "\" viewBox=\"0 0 " + size + " " + high + "\">\n" + drawings + "</svg>\n";
 }
 
-// Writes the files that the options ask for; false after a message.
+// Writes the files that the options ask for, before anything is printed, so that a closed pipe
+// doesn't cost them. False after a message.
 bool WriteFiles(const ZQInterface& interface, const Molecules& molecules,
                 const std::vector<ZQDrawStyle>& styles, const ReportPair& pair,
                 const ZQFPTypeBase* type) {
@@ -306,19 +307,18 @@ int ExplainMolecule(const ZQInterface& interface, Molecules& molecules, const ZQ
   const Patterns found{Collected(ZQGetFPPatterns(molecule.mol, type)),
                        Collected(ZQGetFPCoverage(molecule.mol, type, false))};
   if (found.patterns.empty() && found.coverage.empty()) return BadInput;  // after a warning
+  const Marks covered = UnionOf(found.coverage, molecule.mol);
+  ZQDrawStyle style;
+  style.atoms = covered.atoms;
+  style.bonds = covered.bonds;
+  const ReportPair single = DescribePatterns(molecule, found.patterns, covered);
+  if (!WriteFiles(interface, molecules, {style}, single, type)) return BadInput;
   if (interface.Get<std::string>("-format") == "json") {
     PrintPatternsAsJson(found, type, molecule.smiles);
   } else {
     PrintPatternsAsTsv(found, type, molecule.smiles);
   }
-  const Marks covered = UnionOf(found.coverage, molecule.mol);
-  ZQDrawStyle style;
-  style.atoms = covered.atoms;
-  style.bonds = covered.bonds;
-  return WriteFiles(interface, molecules, {style},
-                    DescribePatterns(molecule, found.patterns, covered), type)
-             ? Done
-             : BadInput;
+  return Done;
 }
 
 int ExplainPair(const ZQInterface& interface, Molecules& molecules, const ZQFPTypeBase* type) {
@@ -336,11 +336,6 @@ int ExplainPair(const ZQInterface& interface, Molecules& molecules, const ZQFPTy
                            measure.alpha, measure.beta)) {
     return BadInput;
   }
-  if (interface.Get<std::string>("-format") == "json") {
-    PrintPairAsJson(explanation, type, molecules, measure);
-  } else {
-    PrintPairAsTsv(explanation, type, molecules, measure);
-  }
   std::vector<ZQDrawStyle> styles(2);
   for (const std::size_t i : {0, 1}) {
     const auto& side = explanation.sides[i];
@@ -352,12 +347,23 @@ int ExplainPair(const ZQInterface& interface, Molecules& molecules, const ZQFPTy
     }
   }
   const ReportPair pair = DescribePair(molecules[0], molecules[1], explanation, measure);
-  return WriteFiles(interface, molecules, styles, pair, type) ? Done : BadInput;
+  if (!WriteFiles(interface, molecules, styles, pair, type)) return BadInput;
+  if (interface.Get<std::string>("-format") == "json") {
+    PrintPairAsJson(explanation, type, molecules, measure);
+  } else {
+    PrintPairAsTsv(explanation, type, molecules, measure);
+  }
+  return Done;
 }
 
 int Run(const ZQInterface& interface) {
   const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
   if (!type) return BadUsage;
+  if (interface.IsSet("-svg") && interface.IsSet("-html") &&
+      interface.Get<std::string>("-svg") == interface.Get<std::string>("-html")) {
+    ZQThrow.Error("-svg and -html name the same file");
+    return BadUsage;
+  }
   Molecules molecules(interface.IsSet("MOL2") ? 2 : 1);
   for (std::size_t i = 0; i < molecules.size(); ++i) {
     const auto argument = interface.Get<std::string>(i == 0 ? "MOL1" : "MOL2");

@@ -48,7 +48,7 @@ std::string ValidUtf8(const std::string& text) {
   for (std::size_t at = 0; at < text.size();) {
     rapidjson::MemoryStream rest(text.data() + at, text.size() - at);
     unsigned int codepoint = 0;
-    if (rapidjson::UTF8<>::Decode(rest, &codepoint)) {
+    if (rapidjson::UTF8<>::Decode(rest, &codepoint) && codepoint != 0xFFFE && codepoint != 0xFFFF) {
       valid.append(text, at, rest.Tell());
       at += rest.Tell();
     } else {
@@ -61,9 +61,11 @@ std::string ValidUtf8(const std::string& text) {
 
 const char* volatile PartialFile::interruptedName = nullptr;
 
-PartialFile::PartialFile(const std::string& target)
-    : target_(fs::exists(target) ? fs::canonical(target) : fs::path(target)),
-      name_(target_.parent_path() / (".part" + std::to_string(getpid()))) {
+PartialFile::PartialFile(const std::string& target) {
+  std::error_code error;
+  target_ = fs::canonical(target, error);
+  if (error) target_ = target;  // a new file
+  name_ = target_.parent_path() / (".part" + std::to_string(getpid()));
   name_ += target_.extension();
   interruptedName = name_.c_str();
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -101,9 +103,13 @@ bool WriteFile(const std::string& name, const std::string& text) {
     return done;
   };
   std::error_code error;
-  if (fs::exists(name, error) && !fs::is_regular_file(name, error)) return write(name.c_str());
-  if (fs::exists(name, error) && access(name.c_str(), W_OK) != 0) {
-    ZQThrow.Error("cannot write %s: %s", name.c_str(), std::strerror(errno));
+  const fs::file_status before = fs::status(name, error);
+  if (fs::exists(before) && !fs::is_regular_file(before)) return write(name.c_str());
+  if (fs::exists(before) && access(name.c_str(), W_OK) != 0) {
+    error = {errno, std::generic_category()};
+  }
+  if (error && before.type() != fs::file_type::not_found) {
+    ZQThrow.Error("cannot write %s: %s", name.c_str(), error.message().c_str());
     return false;
   }
   const PartialFile partial(name);

@@ -20,7 +20,8 @@ std::string FingerPrintField(const ZQFingerPrint& fp);
 /// The number with that many decimals.
 std::string Decimals(double number, int decimals);
 
-/// The text as UTF-8: each byte that isn't part of a valid sequence becomes U+FFFD.
+/// The text as UTF-8 that is legal in XML, but for control characters: each byte that isn't part of
+/// a valid sequence, or is of the noncharacters U+FFFE and U+FFFF, becomes U+FFFD.
 std::string ValidUtf8(const std::string& text);
 
 /// An output file while it is being written. It gets the name of the output only when it is

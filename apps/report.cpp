@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -16,6 +17,7 @@
 #include "apps/threads.h"
 #include "contract/quarnel/readers.h"
 #include "korvex/fpkinds.h"
+#include "korvex/lingo.h"
 
 namespace KorvexProgram {
 
@@ -34,15 +36,19 @@ constexpr auto formulae = std::to_array<const char*>({
 });
 static_assert(formulae.size() == ZQSimMeasure::Number::End - 1);
 
+// With as many digits as it has.
+std::string Shortest(float number) {
+  std::array<char, 32> text{};
+  return {text.data(), std::to_chars(text.begin(), text.end(), number).ptr};
+}
+
 // The formula of a measure, and the same with numbers in place of letters.
 std::string TellFormula(const ReportMeasure& measure, unsigned int a, unsigned int b,
                         unsigned int both, unsigned int all) {
-  const std::map<std::string, std::string> numbers{{"a", std::to_string(a)},
-                                                   {"b", std::to_string(b)},
-                                                   {"both", std::to_string(both)},
-                                                   {"all", std::to_string(all)},
-                                                   {"alpha", Decimals(measure.alpha, 2)},
-                                                   {"beta", Decimals(measure.beta, 2)}};
+  const std::map<std::string, std::string> numbers{
+      {"a", std::to_string(a)},           {"b", std::to_string(b)},
+      {"both", std::to_string(both)},     {"all", std::to_string(all)},
+      {"alpha", Shortest(measure.alpha)}, {"beta", Shortest(measure.beta)}};
   const std::string formula = formulae[measure.number - 1];
   std::string filled;
   for (std::size_t at = 0; at < formula.size();) {
@@ -294,10 +300,10 @@ const char* ItemsOf(const ZQFPTypeBase* type) {
 // The words of a page about pairs or about one molecule.
 void WriteWords(JsonWriter& writer, const ZQFPTypeBase* type, bool isPair) {
   WriteText(writer, "items", ItemsOf(type));
-  WriteText(writer, "covering", isPair ? "shared fragments" : "fragments");
   WriteText(writer, "sharedLabel", isPair ? "Shared atoms and bonds" : "Covered atoms and bonds");
   WriteText(writer, "listTitle", isPair ? "Shared fragments, largest first" : "Fragments");
   const bool hasFragments = ZQFindFPKind(type)->fragments.overlap != nullptr;
+  if (hasFragments) WriteText(writer, "covering", isPair ? "shared fragments" : "fragments");
   WriteText(writer, "listEmpty",
             hasFragments ? "There are none." : "This kind of fingerprint has none.");
 }
@@ -319,15 +325,18 @@ std::string MakePage(const std::string& title, const std::string& body, const Js
 
 // The distribution of the scores, with the bins of the hits marked. Heights are logarithmic: nearly
 // all records score low.
-std::string DrawHistogram(const ZQFPHistogram& histogram, double worstHit) {
+std::string DrawHistogram(const ZQFPHistogram& histogram, const std::vector<ReportHit>& hits) {
   constexpr double width = 560, height = 240, left = 46, right = 12, top = 12, bottom = 34;
   const auto bins = static_cast<double>(histogram.NumBins());
   std::vector<double> counts;
   for (auto count = histogram.GetCounts(); count; ++count) counts.push_back(*count);
+  std::vector<bool> kept(counts.size());
+  for (const ReportHit& hit : hits) kept[histogram.GetBinIdx(static_cast<float>(hit.score))] = true;
   const double most = counts.empty() ? 0.0 : *std::ranges::max_element(counts);
-  const double decades = std::max(1.0, std::ceil(std::log10(most + 1.0)));
+  const double decades = std::max(1.0, std::ceil(std::log10(std::max(most, 1.0))));
   const auto heightOf = [&](double count) {
-    return (height - top - bottom) * std::log10(count + 1.0) / decades;
+    return (height - top - bottom) * std::log10(count + 1.0) /
+           std::log10(std::pow(10.0, decades) + 1.0);
   };
   std::string svg = "<svg class=\"plot\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " +
                     Decimals(width, 0) + " " + Decimals(height, 0) +
@@ -345,7 +354,7 @@ std::string DrawHistogram(const ZQFPHistogram& histogram, double worstHit) {
     if (counts[i] == 0.0) continue;
     const double lower = static_cast<double>(i) / bins;
     const double upper = static_cast<double>(i + 1) / bins;
-    svg += std::string("<rect") + (upper > worstHit ? " class=\"kept\"" : "") + " x=\"" +
+    svg += std::string("<rect") + (kept[i] ? " class=\"kept\"" : "") + " x=\"" +
            Decimals(left + step * static_cast<double>(i) + 0.5, 1) + "\" y=\"" +
            Decimals(height - bottom - heightOf(counts[i]), 1) + "\" width=\"" +
            Decimals(step - 1.0, 1) + "\" height=\"" + Decimals(heightOf(counts[i]), 1) +
@@ -450,6 +459,10 @@ ReportPair DescribePair(const DrawnMolecule& a, const DrawnMolecule& b,
   pair.formula =
       TellFormula(measure, first.count, second.count, explanation.both,
                   isLingo ? first.count + second.count - explanation.both : first.fp.GetSize());
+  unsigned int count = 0;
+  if (isLingo && !ZQGetLingoSimTerms(first.fp, second.fp, &count, &count, &count)) {
+    pair.formula = "0: a text of fewer than four characters only compares with its equal";
+  }
   for (unsigned int number = 1; ZQSimMeasure::IsValid(number); ++number) {
     if (number == measure.number || !IsComparedBy(first.fp.GetFPTypeBase(), number)) continue;
     const float score = ZQGetSimilarity(number, first.fp, second.fp, measure.alpha, measure.beta);
@@ -575,7 +588,6 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
       for (std::size_t q = 0; q < queries.size(); ++q) {
         const ReportQuery& query = queries[q];
         const std::string drawing = "q" + std::to_string(q);
-        const double worst = query.hits.empty() ? 2.0 : query.hits.back().score;
         std::string caption = Element("div", "class=\"name\"", Escaped(query.name));
         if (query.smiles != query.name) {
           caption += Element("p", "class=\"muted\"", Element("code", "", Escaped(query.smiles)));
@@ -584,7 +596,7 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
             Element("h2", "",
                     "Scores (" + name + ") of " + std::to_string(query.histogram.NumSamples()) +
                         " records") +
-            DrawHistogram(query.histogram, worst) +
+            DrawHistogram(query.histogram, query.hits) +
             Element("p", "class=\"muted\"",
                     "Number of records by score, on a logarithmic scale; "
                     "the bins of the hits have another colour.");

@@ -84,10 +84,11 @@ Queries ReadQueries(const MoleculeArgument& molecules, const Ranker& ranker, std
 class SearchReport {
  public:
   SearchReport(const ZQInterface& interface, const ZQFPDatabaseOptions& options)
-      : filename_(interface.IsSet("-html") ? interface.Get<std::string>("-html") : ""),
+      : isWanted_(interface.IsSet("-html")),
+        filename_(isWanted_ ? interface.Get<std::string>("-html") : ""),
         options_(options) {}
 
-  bool IsWanted() const { return !filename_.empty(); }
+  bool IsWanted() const { return isWanted_; }
 
   // False after a message.
   bool Add(const ZQMol& query, const std::vector<ZQSimScore>& hits, Ranker& ranker) {
@@ -120,6 +121,7 @@ class SearchReport {
   static constexpr unsigned int mostHits = 1000;
   static constexpr unsigned long bins = 50;
 
+  bool isWanted_;
   std::string filename_;
   ZQFPDatabaseOptions options_;
   std::size_t numHits_ = 0;

@@ -99,12 +99,15 @@ bool ZQNeedsLabel(const ZQAtomBase& atom) {
     return true;
   }
   unsigned int orders = 0;
+  unsigned int doubles = 0;
   bool isAlone = true;
   for (const ZQBondBase* bond = nullptr; (bond = atom.NextBond(bond)) != nullptr;) {
     orders += bond->GetOrder();
+    doubles += bond->GetOrder() == 2;
     isAlone = false;
   }
-  return isAlone || atom.GetImplicitHCount() != ZQDefaultHCount(6, 0, orders);
+  // Between cumulated double bonds, which are in one line, nothing else would show the atom.
+  return isAlone || doubles > 1 || atom.GetImplicitHCount() != ZQDefaultHCount(6, 0, orders);
 }
 
 ZQLabel ZQMakeLabel(const ZQAtomBase& atom, ZQFreeSide side, double fontSize) {
@@ -131,11 +134,13 @@ ZQLabel ZQMakeLabel(const ZQAtomBase& atom, ZQFreeSide side, double fontSize) {
     const bool isHydrogenFirst = atom.GetAtomicNum() == 8 || atom.GetAtomicNum() == 16 ||
                                  atom.GetAtomicNum() == 34 || atom.IsHalogen();
     const double base = capHeight * fontSize / 2;
-    const double left = -WidthOf(symbol) * fontSize / 2;
+    // The symbol is at the atom, where its halo is.
+    double left = -WidthOf(symbol) / 2 - WidthOf(mass);
     if (isHydrogenFirst) {
-      maker.Add(left, base, false, {hydrogen, number, mass, symbol, charge, map});
+      left -= WidthOf(hydrogen) + WidthOf(number);
+      maker.Add(left * fontSize, base, false, {hydrogen, number, mass, symbol, charge, map});
     } else {
-      maker.Add(left, base, false, {mass, symbol, hydrogen, number, charge, map});
+      maker.Add(left * fontSize, base, false, {mass, symbol, hydrogen, number, charge, map});
     }
     return label;
   }

@@ -35,7 +35,8 @@ struct ZQLabel {
 
 enum class ZQFreeSide { Right, Left, Above, Below };
 
-/// Whether the atom is drawn as text; a plain carbon is only the end of its bonds.
+/// Whether the atom is drawn as text; a plain carbon is only the end of its bonds, except between
+/// two double bonds.
 bool ZQNeedsLabel(const ZQAtomBase& atom);
 /// Element, isotope, hydrogens, charge and map number; hydrogens stand on the free side.
 ZQLabel ZQMakeLabel(const ZQAtomBase& atom, ZQFreeSide side, double fontSize);

@@ -401,6 +401,7 @@ TEST(Drawing, LabelsAtoms) {
            {"NCO", {{0, "H2N"}, {2, "OH"}}},
            {"[NH3+]C[O-]", {{0, "+H3N"}, {2, "O" + minus}}},
            {"CNC", {{1, "N|H"}}},
+           {"N=C=S", {{0, "HN"}, {1, "C"}, {2, "S"}}},  // else HN=S
            {"[13CH3]C[18F]", {{0, "H313C"}, {2, "18F"}}},
            {"[2H]C[3H]", {{0, "D"}, {2, "T"}}},
            {"[CH3:7]C*", {{0, "H3C|:7"}, {2, "*"}}},
@@ -412,6 +413,14 @@ TEST(Drawing, LabelsAtoms) {
            {"[NH4+]", {{0, "NH4+"}}}}) {
     EXPECT_EQ(Labels(ZQDrawSVG(ReadSmiles(smiles), line)), labels) << smiles;
   }
+  // The oxygen of water is in its halo, the hydrogens before it.
+  ZQDrawStyle style;
+  style.isInteractive = true;
+  const std::string water = ZQDrawSVG("O"_mol, line, style);
+  std::smatch found;
+  const std::regex places("cx=\"([\\d.]+)\"[^]*<text x=\"([\\d.]+)\"");
+  ASSERT_TRUE(std::regex_search(water, found, places));
+  EXPECT_GT(std::stod(found[1]) - std::stod(found[2]), 15.0);
 }
 
 // Lines of a bond: their ends, with y downwards.

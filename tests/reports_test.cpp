@@ -177,6 +177,18 @@ TEST_F(ReportsTest, KindsWithoutFragments) {
             std::string::npos);
   EXPECT_NE(run.out.find("\ncoverage\t"), std::string::npos);
   EXPECT_EQ(run.out.find("\npattern\t"), std::string::npos);
+  // The formula of a report gives its score; texts of fewer than four characters have none.
+  const auto formulaOf = [this](const Words& words) {
+    Korvex(words);
+    return std::string(DataOf("pair.html", 2)["pairs"][0]["formula"].GetString());
+  };
+  EXPECT_EQ(formulaOf({"explain", "CCO", "CCN", "-fptype", "Lingo", "-simfunc", "Manhattan",
+                       "-html", "pair.html"})
+                .find("0: "),
+            0U);
+  EXPECT_TRUE(formulaOf({"explain", "CCCO", "CCCN", "-fptype", "Lingo", "-simfunc", "Tversky",
+                         "-alpha", "0.333", "-html", "pair.html"})
+                  .ends_with(" = 0 / (0.333 * (1 - 0) + 0.05 * (1 - 0) + 0)"));
 }
 
 TEST_F(ReportsTest, ExplanationsAsFiles) {
@@ -210,12 +222,18 @@ TEST_F(ReportsTest, ExplanationsAsFiles) {
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_EQ(ReadFile(folder / "old.html"), "old");
   for (const char* option : {"-html", "-svg"}) {
-    EXPECT_EQ(Korvex({"explain", aspirin, option, "nowhere/file"}).exitCode, 1);
+    for (const std::string& name : {std::string("nowhere/file"), Repeated("a", 300)}) {
+      const RunResult lost = Korvex({"explain", aspirin, option, name});
+      EXPECT_EQ(lost.exitCode, 1);
+      EXPECT_NE(lost.err.find("cannot write " + name + ": "), std::string::npos) << lost.err;
+      EXPECT_EQ(lost.out, "");
+    }
   }
+  EXPECT_EQ(Korvex({"explain", aspirin, "-svg", "both", "-html", "both"}).exitCode, 2);
 }
 
 TEST_F(ReportsTest, ReportOfASearch) {
-  WriteFile(folder / "mols.smi", std::string(aspirin) + " </script><b>&\"'\x01\xff\n" +
+  WriteFile(folder / "mols.smi", std::string(aspirin) + " </script><b>&\"'\x01\xff\xEF\xBF\xBE\n" +
                                      salicylicAcid + " acid\nnonsense\n" +
                                      "[Na+].[Cl-] salt\nC methane\nCOC(=O)c1ccccc1O\n" + "C" +
                                      Repeated("C", ZQMostLayoutAtoms) + "O chain\n");
@@ -238,6 +256,18 @@ TEST_F(ReportsTest, ReportOfASearch) {
     for (const Json& pair : json["pairs"].GetArray()) EXPECT_EQ(pair["sides"].Size(), 2U);
     const std::string count = source == std::string("mols.smi") ? "6" : "7";  // with the unread one
     EXPECT_NE(page.find("of " + count + " records"), std::string::npos);
+  }
+  // The plot marks the bins of the hits, which of a distance are the lowest.
+  for (const char* measure : {"Tanimoto", "Manhattan"}) {
+    const bool isDistance = measure == std::string("Manhattan");
+    Output({"search", "mols.smi", aspirin, "-simfunc", measure, "-descending",
+            isDistance ? "false" : "true", "-limit", "1", "-html", "best.html"});
+    std::vector<std::string> kept;
+    const std::vector<XmlElement> elements = ReadXml(ReadFile(folder / "best.html"));
+    for (std::size_t i = 0; i + 1 < elements.size(); ++i) {
+      if (elements[i].Has("class", "kept")) kept.push_back(elements[i + 1].text.substr(0, 12));
+    }
+    EXPECT_EQ(kept, Words{isDistance ? "0.00 to 0.02" : "0.98 to 1.00"});
   }
   // Without hits; without molecules; with too many hits.
   Output({"search", "mols.smi", "C", "-cutoff", "1", "-html", "none.html"});

@@ -21,7 +21,7 @@ struct XmlElement {
 };
 
 /// The elements in the order of their start tags. A text that isn't well-formed is a test failure,
-/// and so is a control character.
+/// and so is a control character or a noncharacter.
 inline std::vector<XmlElement> ReadXml(std::string_view xml) {
   std::vector<XmlElement> elements;
   std::vector<std::size_t> open;
@@ -49,6 +49,9 @@ inline std::vector<XmlElement> ReadXml(std::string_view xml) {
   for (const char c : xml) {
     if (static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t')
       return fail("a control character");
+  }
+  for (const char* code : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"}) {
+    if (xml.find(code) != std::string_view::npos) return fail("U+FFFE or U+FFFF");
   }
   if (xml.starts_with("<!DOCTYPE html>") || xml.starts_with("<?xml")) at = xml.find('>') + 1;
   while (at < xml.size()) {

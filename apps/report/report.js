@@ -47,7 +47,7 @@
     }
     const caption = element("figcaption", {}, element("div", { class: "name", text: side.name }));
     if (side.smiles !== side.name) caption.append(element("p", { class: "muted" }, element("code", { text: side.smiles })));
-    if (side.covered) {
+    if (data.covering) {
       caption.append(element("p", { class: "muted", text: percent(side.covered[0]) + " of its atoms and " +
         percent(side.covered[1]) + " of its bonds are in " + data.covering }));
     }
@@ -160,7 +160,7 @@
     else list.append(element("p", { class: "muted", text: "Point at one to see its atoms, choose it to keep them lit." }),
       makeFragments(root, figures, pair));
     side.append(list);
-    drawings.prepend(makeModes(root, greatest > 0));
+    if (data.covering) drawings.prepend(makeModes(root, greatest > 0));
     root.append(drawings, side);
     return root;
   }
@@ -175,7 +175,7 @@
   const place = document.getElementById("explanation");
   if (place) {
     place.append(makeExplanation(data.pairs[0]));
-    document.querySelector(".store").hidden = true;
+    document.querySelector(".store").remove();
     return;
   }
   const dialog = document.querySelector("dialog");

@@ -45,8 +45,8 @@ std::vector<Component> ComponentsOf(const ZQMolBase& mol, const MolView& view) {
 
 // Puts the components side by side, in as many rows as make a landscape of them.
 void Arrange(const std::vector<Component>& components, std::vector<ZQPoint>& points) {
-  constexpr double gap = 1.4;  // for the labels at both sides
-  constexpr double aspect = 1.8;
+  constexpr double gap = 2;       // for the labels at both sides
+  constexpr double aspect = 2.2;  // an ion pair is one row
   double area = 0;
   double width = 0;
   std::vector<Box> boxes;
