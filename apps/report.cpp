@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <map>
 #include <set>
@@ -13,6 +12,7 @@
 #include "apps/json.h"
 #include "apps/options.h"
 #include "apps/output.h"
+#include "apps/plot.h"
 #include "apps/report_assets.h"
 #include "apps/threads.h"
 #include "contract/quarnel/readers.h"
@@ -323,54 +323,6 @@ std::string MakePage(const std::string& title, const std::string& body, const Js
   return page;
 }
 
-// The distribution of the scores, with the bins of the hits marked. Heights are logarithmic: nearly
-// all records score low.
-std::string DrawHistogram(const ZQFPHistogram& histogram, const std::vector<ReportHit>& hits) {
-  constexpr double width = 560, height = 240, left = 46, right = 12, top = 12, bottom = 34;
-  const auto bins = static_cast<double>(histogram.NumBins());
-  std::vector<double> counts;
-  for (auto count = histogram.GetCounts(); count; ++count) counts.push_back(*count);
-  std::vector<bool> kept(counts.size());
-  for (const ReportHit& hit : hits) kept[histogram.GetBinIdx(static_cast<float>(hit.score))] = true;
-  const double most = counts.empty() ? 0.0 : *std::ranges::max_element(counts);
-  const double decades = std::max(1.0, std::ceil(std::log10(std::max(most, 1.0))));
-  const auto heightOf = [&](double count) {
-    return (height - top - bottom) * std::log10(count + 1.0) /
-           std::log10(std::pow(10.0, decades) + 1.0);
-  };
-  std::string svg = "<svg class=\"plot\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " +
-                    Decimals(width, 0) + " " + Decimals(height, 0) +
-                    "\" role=\"img\" aria-label=\"Distribution of the scores\">";
-  for (int decade = 0; decade <= static_cast<int>(decades); ++decade) {
-    const double count = std::pow(10.0, decade);
-    const std::string y = Decimals(height - bottom - heightOf(count), 1);
-    svg += "<line x1=\"" + Decimals(left, 0) + "\" x2=\"" + Decimals(width - right, 0) +
-           "\" y1=\"" + y + "\" y2=\"" + y + "\" /><text x=\"" + Decimals(left - 6, 0) + "\" y=\"" +
-           y + "\" text-anchor=\"end\" dominant-baseline=\"middle\">" + Decimals(count, 0) +
-           "</text>";
-  }
-  const double step = (width - left - right) / bins;
-  for (std::size_t i = 0; i < counts.size(); ++i) {
-    if (counts[i] == 0.0) continue;
-    const double lower = static_cast<double>(i) / bins;
-    const double upper = static_cast<double>(i + 1) / bins;
-    svg += std::string("<rect") + (kept[i] ? " class=\"kept\"" : "") + " x=\"" +
-           Decimals(left + step * static_cast<double>(i) + 0.5, 1) + "\" y=\"" +
-           Decimals(height - bottom - heightOf(counts[i]), 1) + "\" width=\"" +
-           Decimals(step - 1.0, 1) + "\" height=\"" + Decimals(heightOf(counts[i]), 1) +
-           "\"><title>" + Decimals(lower, 2) + " to " + Decimals(upper, 2) + ": " +
-           Decimals(counts[i], 0) + "</title></rect>";
-  }
-  for (int tick = 0; tick <= 5; ++tick) {
-    const double x = left + (width - left - right) * tick / 5.0;
-    svg += "<text x=\"" + Decimals(x, 1) + "\" y=\"" + Decimals(height - bottom + 16, 0) +
-           "\" text-anchor=\"middle\">" + Decimals(tick / 5.0, 1) + "</text>";
-  }
-  svg += "<text x=\"" + Decimals((left + width - right) / 2, 0) + "\" y=\"" +
-         Decimals(height - 4, 0) + "\" text-anchor=\"middle\">score</text></svg>";
-  return svg;
-}
-
 std::string Head(const std::string& title, const std::string& subtitle) {
   return Element("h1", "", Escaped(title)) + "\n" +
          Element("p", "class=\"muted\"", Element("code", "", Escaped(subtitle))) + "\n";
@@ -592,11 +544,14 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
         if (query.smiles != query.name) {
           caption += Element("p", "class=\"muted\"", Element("code", "", Escaped(query.smiles)));
         }
+        std::vector<double> scores;
+        scores.reserve(query.hits.size());
+        for (const ReportHit& hit : query.hits) scores.push_back(hit.score);
         const std::string plot =
             Element("h2", "",
                     "Scores (" + name + ") of " + std::to_string(query.histogram.NumSamples()) +
                         " records") +
-            DrawHistogram(query.histogram, query.hits) +
+            PlotScores(query.histogram, scores) +
             Element("p", "class=\"muted\"",
                     "Number of records by score, on a logarithmic scale; "
                     "the bins of the hits have another colour.");

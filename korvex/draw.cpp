@@ -19,8 +19,8 @@ constexpr double leastBond = 3;
 constexpr double lineWidth = 1.4;
 constexpr double margin = 12;  // room for halos
 constexpr const char* haloColor = "#e08a00";
-constexpr const char* positiveColor = "#2f7fe0";
-constexpr const char* negativeColor = "#e8711a";
+constexpr const char* positiveColor = "#1a9e77";
+constexpr const char* negativeColor = "#c2379a";
 
 // ---- Plane geometry in pixels, y downwards
 

@@ -39,8 +39,8 @@ struct ZQDrawStyle {
   /// Indices of highlighted atoms and bonds. Indices without atom or bond are ignored.
   std::vector<unsigned int> atoms;
   std::vector<unsigned int> bonds;
-  /// Shades atoms by value, positive ones blue and negative ones orange, the largest magnitude most
-  /// strongly. By atom index; empty for no shades. Missing and infinite values count as 0.
+  /// Shades atoms by value, positive ones green and negative ones purple, the largest magnitude
+  /// most strongly. By atom index; empty for no shades. Missing and infinite values count as 0.
   std::vector<double> weights;
   /// Adds a hidden halo behind each atom and bond, which a page can show.
   bool isInteractive = false;
