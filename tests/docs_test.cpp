@@ -81,6 +81,7 @@ TEST_F(DocsTest, ExamplesRun) {
   const std::map<std::string, Words> expected{
       {"search", {"1.000 aspirin\n", "salicylic acid\n"}},
       {"compare", {"9 bits and 14 bits of 2048\n", "Tanimoto 0.438\n", "Tversky  0.778\n"}},
+      {"memory", {"1 0.875\n0 0.759\n"}},
       {"threads", {"Finished, ", ", score 1.000\n", " scores, mean 0."}},
       {"kinds", {"0.451 by Path", "0.773 by MACCS166", "0.464 by UHTree", "atoms 9 10 11 12\n"}},
       {"explain",
