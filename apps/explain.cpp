@@ -304,9 +304,11 @@ bool DrawAll(const ZQInterface& interface, Molecules& molecules) {
 int ExplainMolecule(const ZQInterface& interface, Molecules& molecules, const ZQFPTypeBase* type) {
   const DrawnMolecule& molecule = molecules.front();
   if (!DrawAll(interface, molecules)) return BadInput;
+  const unsigned int numWarnings = NumWarnings();
   const Patterns found{Collected(ZQGetFPPatterns(molecule.mol, type)),
                        Collected(ZQGetFPCoverage(molecule.mol, type, false))};
-  if (found.patterns.empty() && found.coverage.empty()) return BadInput;  // after a warning
+  const bool isEmpty = found.patterns.empty() && found.coverage.empty();
+  if (isEmpty && NumWarnings() != numWarnings) return BadInput;  // this kind has none, or too many
   const Marks covered = UnionOf(found.coverage, molecule.mol);
   ZQDrawStyle style;
   style.atoms = covered.atoms;

@@ -166,6 +166,8 @@ TEST_F(ReportsTest, WhatTwoMoleculesShare) {
 }
 
 TEST_F(ReportsTest, KindsWithoutFragments) {
+  EXPECT_EQ(Lines(Output({"explain", "*", "-html", "dummy.html"})).size(),
+            2U);  // none, but all right
   RunResult run = Korvex({"explain", aspirin, "-fptype", "Lingo"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_EQ(run.out, "");
