@@ -15,6 +15,7 @@
 #include "apps/plot.h"
 #include "apps/report_assets.h"
 #include "apps/threads.h"
+#include "contract/bostrel/strings.h"
 #include "contract/quarnel/readers.h"
 #include "korvex/fpkinds.h"
 #include "korvex/lingo.h"
@@ -136,30 +137,6 @@ bool HasHeavyEnds(const ZQBondBase& bond) {
 }
 
 // ---- text in XML and JSON
-
-// Text that is legal in XML: control characters become blanks, bytes that aren't UTF-8 U+FFFD.
-std::string Escaped(const std::string& text) {
-  std::string escaped;
-  for (const char c : ValidUtf8(TsvField(text))) {
-    switch (c) {
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      default:
-        escaped += c;
-    }
-  }
-  return escaped;
-}
 
 std::string Element(const char* name, const std::string& attributes, const std::string& content) {
   std::string text = std::string("<") + name;
@@ -314,7 +291,7 @@ std::string MakePage(const std::string& title, const std::string& body, const Js
   std::string page = "<!DOCTYPE html>\n<html lang=\"en\" xmlns=\"http://www.w3.org/1999/xhtml\">\n";
   page += "<head>\n<meta charset=\"utf-8\" />\n";
   page += "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\" />\n";
-  page += "<title>" + Escaped(title) + "</title>\n";
+  page += "<title>" + ZQToXmlText(title) + "</title>\n";
   page.append("<style>\n").append(reportStyle).append("</style>\n</head>\n<body>\n<main>\n");
   page += body;
   page += "<noscript><p>The lists of fragments need JavaScript.</p></noscript>\n</main>\n";
@@ -324,8 +301,8 @@ std::string MakePage(const std::string& title, const std::string& body, const Js
 }
 
 std::string Head(const std::string& title, const std::string& subtitle) {
-  return Element("h1", "", Escaped(title)) + "\n" +
-         Element("p", "class=\"muted\"", Element("code", "", Escaped(subtitle))) + "\n";
+  return Element("h1", "", ZQToXmlText(title)) + "\n" +
+         Element("p", "class=\"muted\"", Element("code", "", ZQToXmlText(subtitle))) + "\n";
 }
 
 std::string Drawing(const char* name, const std::string& id, const std::string& svg) {
@@ -339,7 +316,7 @@ std::string HitCard(const ReportHit& hit, std::size_t pair, const std::string& d
   std::string card = Drawing("span", drawing, hit.drawing);
   card += Element(
       "span", "class=\"row\"",
-      Element("span", "class=\"name\"", std::to_string(hit.rank) + ". " + Escaped(side.name)) +
+      Element("span", "class=\"name\"", std::to_string(hit.rank) + ". " + ZQToXmlText(side.name)) +
           Element("span", "class=\"score\"", score));
   card += Element("span", "class=\"bar\"", "<i style=\"width:" + share + "%\"></i>");
   card = Element("span", "class=\"molecule\"", card);
@@ -540,9 +517,10 @@ std::string MakeSearchPage(const ZQFPTypeBase* type, unsigned int measure,
       for (std::size_t q = 0; q < queries.size(); ++q) {
         const ReportQuery& query = queries[q];
         const std::string drawing = "q" + std::to_string(q);
-        std::string caption = Element("div", "class=\"name\"", Escaped(query.name));
+        std::string caption = Element("div", "class=\"name\"", ZQToXmlText(query.name));
         if (query.smiles != query.name) {
-          caption += Element("p", "class=\"muted\"", Element("code", "", Escaped(query.smiles)));
+          caption +=
+              Element("p", "class=\"muted\"", Element("code", "", ZQToXmlText(query.smiles)));
         }
         std::vector<double> scores;
         scores.reserve(query.hits.size());

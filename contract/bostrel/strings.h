@@ -31,4 +31,8 @@ ZQ_EXPORT std::string ZQFileExtension(const std::string& name,
 /// Returns the entry of `names` nearest to `word` by edit distance; empty if none is near.
 ZQ_EXPORT std::string ZQNearestName(const std::string& word, const std::vector<std::string>& names);
 
+/// Returns the text as the content of an XML element: `<`, `>` and `&` as references, control
+/// characters as blanks, bytes that aren't UTF-8 and characters that XML forbids as U+FFFD.
+ZQ_EXPORT std::string ZQToXmlText(std::string_view text);
+
 }  // namespace Bostrel

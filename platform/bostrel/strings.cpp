@@ -1,6 +1,7 @@
 #include "contract/bostrel/strings.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <numeric>
 
@@ -30,6 +31,26 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
     }
   }
   return row.back();
+}
+
+// The length of the valid UTF-8 sequence at the start of the text, 0 if there is none.
+std::size_t SequenceLength(std::string_view text) {
+  const auto byte = [&](std::size_t i) {
+    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+  };
+  const unsigned int lead = byte(0);
+  if (lead < 0x80) return 1;
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4) return 0;
+  unsigned int code = lead & (0x7FU >> length);
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0U) != 0x80U) return 0;
+    code = code << 6U | (byte(i) & 0x3FU);
+  }
+  constexpr std::array<unsigned int, 5> least{0, 0, 0x80, 0x800, 0x10000};
+  const bool isSurrogate = code >= 0xD800 && code < 0xE000;
+  const bool isNoCharacter = code == 0xFFFE || code == 0xFFFF;  // XML forbids both
+  return code < least[length] || code > 0x10FFFF || isSurrogate || isNoCharacter ? 0 : length;
 }
 
 }  // namespace
@@ -72,6 +93,30 @@ std::string ZQNearestName(const std::string& word, const std::vector<std::string
     }
   }
   return nearest ? *nearest : std::string();
+}
+
+std::string ZQToXmlText(std::string_view text) {
+  std::string escaped;
+  while (!text.empty()) {
+    const std::size_t length = SequenceLength(text);
+    const std::string_view sequence = text.substr(0, std::max<std::size_t>(length, 1));
+    text.remove_prefix(sequence.size());
+    const char c = sequence[0];
+    if (length == 0) {
+      escaped += "\xEF\xBF\xBD";
+    } else if (c == '<') {
+      escaped += "&lt;";
+    } else if (c == '>') {
+      escaped += "&gt;";
+    } else if (c == '&') {
+      escaped += "&amp;";
+    } else if (length == 1 && (static_cast<unsigned char>(c) < ' ' || c == '\x7f')) {
+      escaped += ' ';
+    } else {
+      escaped += sequence;
+    }
+  }
+  return escaped;
 }
 
 }  // namespace Bostrel
