@@ -43,3 +43,7 @@
 #include "korvex/tree.h"
 #include "korvex/unhashed.h"
 #include "korvex/version.h"
+#include "korvex/vsepr_api.h"
+#include "korvex/vsepr_aro_stereo_types.h"
+#include "korvex/vsepr_aro_types.h"
+#include "korvex/vsepr_fingerprint.h"

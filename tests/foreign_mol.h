@@ -23,7 +23,9 @@ template <class Base, class Stereo>
 class ForeignItem : public Base {
  public:
   ForeignItem(ForeignMol& owner, unsigned int idx) : mol(owner), index(idx) {}
+  using Base::GetStereo;
   unsigned int GetIdx() const override { return index; }
+  Quarnel::ZQMolBase* GetParent() const override;
   Stereo GetStereo() const override { return stereo; }
   bool IsAromatic() const override { return flags.count('a') != 0; }
   bool IsInRing() const override { return flags.count('r') != 0; }
@@ -221,6 +223,11 @@ class ForeignMol final : public Quarnel::ZQMolBase {
   std::string title_;
   bool valid_ = true;
 };
+
+template <class Base, class Stereo>
+Quarnel::ZQMolBase* ForeignItem<Base, Stereo>::GetParent() const {
+  return &mol;
+}
 
 template <class Base, class Stereo>
 template <class T>

@@ -62,7 +62,7 @@ const bool molecule[] = {
 };
 static_assert(
     areDerived<ZQBase, ZQAtomBase, ZQBondBase, ZQMolBase, ZQMCMolBase, ZQMol, ZQGraphMol>);
-static_assert(areDerived<ZQPredicate<ZQAtomBase>, ZQHasAlphaBetaUnsat, ZQIsHeavy, ZQIsHydrogen,
+static_assert(areDerived<ZQUnaryPredicate<ZQAtomBase>, ZQHasAlphaBetaUnsat, ZQIsHeavy, ZQIsHydrogen,
                          ZQHasAtomicNum, ZQHasIdx<ZQAtomBase>>);
 static_assert(areDerived<ZQMatchBase, ZQMatch> && areDerived<ZQAtomBondSet, ZQFPAtomBondSet<Text>>);
 

@@ -14,6 +14,7 @@
 
 #include "contract/bostrel/base.h"
 #include "contract/bostrel/export.h"
+#include "contract/bostrel/functions.h"
 #include "contract/bostrel/iter.h"
 
 namespace Quarnel {
@@ -30,9 +31,21 @@ enum class ZQAtomStereo : std::uint8_t { None, CounterClockwise, Clockwise };
 /// (other than the opposite end) whose bond has the lowest index.
 enum class ZQBondStereo : std::uint8_t { None, Cis, Trans };
 
+/// The classes of configurations that `ZQAtomBase::GetStereo` knows, and its results.
+namespace ZQStereoClass {
+inline constexpr unsigned int Tetrahedral = 57;
+}  // namespace ZQStereoClass
+namespace ZQTetrahedralStereo {
+inline constexpr unsigned int None = 0;
+inline constexpr unsigned int Clockwise = 2;         ///< "R", if the order is that of priorities
+inline constexpr unsigned int CounterClockwise = 3;  ///< "S"
+}  // namespace ZQTetrahedralStereo
+
 class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
  public:
   virtual unsigned int GetIdx() const = 0;
+  /// The molecule that owns this atom.
+  virtual ZQMolBase* GetParent() const = 0;
   /// 0 for a dummy atom.
   virtual unsigned int GetAtomicNum() const = 0;
   virtual int GetFormalCharge() const = 0;
@@ -70,10 +83,20 @@ class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
 
   // Derived from the operations above.
 
+  /// The configuration as drawn, for the neighbours in any order: seen from the first one, the
+  /// others turn clockwise (`ZQTetrahedralStereo::Clockwise`) or counterclockwise. A ligand that
+  /// isn't listed (an implicit hydrogen, a lone pair, or one neighbour left out) is the last.
+  /// `None` if no configuration is drawn, for another class than `ZQStereoClass::Tetrahedral`, and
+  /// unless the list has three or four neighbours, each once. A toolkit with more classes overrides
+  /// it.
+  virtual unsigned int GetStereo(const std::vector<ZQAtomBase*>& neighbours,
+                                 unsigned int stereoClass) const;
   /// Implicit and explicit hydrogens together.
   unsigned int GetTotalHCount() const;
   /// Neighbours that aren't hydrogen.
   unsigned int GetHvyDegree() const;
+  /// Sum of the bond orders to these neighbours.
+  unsigned int GetHvyValence() const;
   /// Connections, implicit hydrogens included.
   unsigned int GetDegree() const;
   /// Sum of the bond orders, implicit hydrogens included. Aromatic bonds count with their
@@ -87,12 +110,16 @@ class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
 
   /// Neighbour atoms, and incident bonds.
   Bostrel::ZQIter<ZQAtomBase> GetAtoms() const;
+  Bostrel::ZQIter<ZQAtomBase> GetAtoms(
+      const Bostrel::ZQUnaryPredicate<ZQAtomBase>& predicate) const;
   Bostrel::ZQIter<ZQBondBase> GetBonds() const;
 };
 
 class ZQ_EXPORT ZQBondBase : public Bostrel::ZQBase {
  public:
   virtual unsigned int GetIdx() const = 0;
+  /// The molecule that owns this bond.
+  virtual ZQMolBase* GetParent() const = 0;
   virtual ZQAtomBase* GetBgn() const = 0;
   virtual ZQAtomBase* GetEnd() const = 0;
   /// 1 to 4; an aromatic bond has its Kekulé order. 0 for a bond of no order (coordination).
@@ -125,14 +152,6 @@ inline constexpr unsigned int Hybridization = 3;  ///< hybridization
 inline constexpr unsigned int Chirality = 4;      ///< atoms and bonds that could carry stereo
 inline constexpr unsigned int Symmetry = 5;       ///< symmetry classes
 }  // namespace ZQPerceived
-
-/// A condition on an atom or bond.
-template <class T>
-class ZQPredicate {
- public:
-  virtual ~ZQPredicate() = default;
-  virtual bool operator()(const T& item) const = 0;
-};
 
 class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
  public:
@@ -180,43 +199,48 @@ class ZQ_EXPORT ZQMolBase : public Bostrel::ZQBase {
   // Derived from the operations above.
 
   Bostrel::ZQIter<ZQAtomBase> GetAtoms() const;
-  Bostrel::ZQIter<ZQAtomBase> GetAtoms(const ZQPredicate<ZQAtomBase>& predicate) const;
+  Bostrel::ZQIter<ZQAtomBase> GetAtoms(
+      const Bostrel::ZQUnaryPredicate<ZQAtomBase>& predicate) const;
   Bostrel::ZQIter<ZQBondBase> GetBonds() const;
   /// The first that satisfies the predicate, or null.
-  ZQAtomBase* GetAtom(const ZQPredicate<ZQAtomBase>& predicate) const;
-  ZQBondBase* GetBond(const ZQPredicate<ZQBondBase>& predicate) const;
+  ZQAtomBase* GetAtom(const Bostrel::ZQUnaryPredicate<ZQAtomBase>& predicate) const;
+  ZQBondBase* GetBond(const Bostrel::ZQUnaryPredicate<ZQBondBase>& predicate) const;
 };
 
 /// A molecule that can hold several conformations, used for reading files.
 class ZQ_EXPORT ZQMCMolBase : public ZQMolBase {};
 
 template <class T>
-class ZQHasIdx final : public ZQPredicate<T> {
+class ZQHasIdx final : public Bostrel::ZQUnaryPredicate<T> {
  public:
   explicit ZQHasIdx(unsigned int idx) : idx_(idx) {}
   bool operator()(const T& item) const override { return item.GetIdx() == idx_; }
+  ZQHasIdx* CreateCopy() const override { return new ZQHasIdx(*this); }
 
  private:
   unsigned int idx_;
 };
 
 /// Any atom except hydrogen.
-class ZQIsHeavy final : public ZQPredicate<ZQAtomBase> {
+class ZQIsHeavy final : public Bostrel::ZQUnaryPredicate<ZQAtomBase> {
  public:
   bool operator()(const ZQAtomBase& atom) const override { return !atom.IsHydrogen(); }
+  ZQIsHeavy* CreateCopy() const override { return new ZQIsHeavy(*this); }
 };
 
-class ZQIsHydrogen final : public ZQPredicate<ZQAtomBase> {
+class ZQIsHydrogen final : public Bostrel::ZQUnaryPredicate<ZQAtomBase> {
  public:
   bool operator()(const ZQAtomBase& atom) const override { return atom.IsHydrogen(); }
+  ZQIsHydrogen* CreateCopy() const override { return new ZQIsHydrogen(*this); }
 };
 
-class ZQHasAtomicNum final : public ZQPredicate<ZQAtomBase> {
+class ZQHasAtomicNum final : public Bostrel::ZQUnaryPredicate<ZQAtomBase> {
  public:
   explicit ZQHasAtomicNum(unsigned int atomicNum) : atomicNum_(atomicNum) {}
   bool operator()(const ZQAtomBase& atom) const override {
     return atom.GetAtomicNum() == atomicNum_;
   }
+  ZQHasAtomicNum* CreateCopy() const override { return new ZQHasAtomicNum(*this); }
 
  private:
   unsigned int atomicNum_;
@@ -224,10 +248,11 @@ class ZQHasAtomicNum final : public ZQPredicate<ZQAtomBase> {
 
 /// A neighbour carbon (alpha) has another neighbour carbon (beta) with a multiple bond or, if
 /// `orAromatic` is set, an aromatic one.
-class ZQ_EXPORT ZQHasAlphaBetaUnsat final : public ZQPredicate<ZQAtomBase> {
+class ZQ_EXPORT ZQHasAlphaBetaUnsat final : public Bostrel::ZQUnaryPredicate<ZQAtomBase> {
  public:
   explicit ZQHasAlphaBetaUnsat(bool orAromatic = true) : orAromatic_(orAromatic) {}
   bool operator()(const ZQAtomBase& atom) const override;
+  ZQHasAlphaBetaUnsat* CreateCopy() const override { return new ZQHasAlphaBetaUnsat(*this); }
 
  private:
   bool orAromatic_;

@@ -6,35 +6,12 @@
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
 #include "platform/quarnel/canonical/canonical_order_local.h"
+#include "platform/quarnel/canonical/real_stereo_local.h"
 #include "platform/quarnel/canonical/smiles_writer_local.h"
 #include "platform/quarnel/molecule/workspace_local.h"
 #include "platform/quarnel/perception/stereo_local.h"
 
 namespace Quarnel {
-
-namespace {
-
-bool IsPrepared(const ZQMolBase& mol) {
-  int model = 0;
-  return mol.IsPerceived(ZQPerceived::Rings) && mol.IsPerceived(ZQPerceived::Aromaticity) &&
-         mol.GetData(ZQAromaticityModelTag, model) && model == 2 && !ZQHasExplicitHydrogens(mol) &&
-         !HasBondsWithoutOrder(mol);
-}
-
-void Prepare(ZQMolBase& mol) {
-  for (unsigned int b = 0; b < mol.GetMaxBondIdx(); ++b) {
-    ZQBondBase* bond = mol.GetBondAt(b);
-    if (!bond || bond->GetOrder() != 0) continue;
-    DropStereo(*bond->GetBgn());
-    DropStereo(*bond->GetEnd());
-    mol.DeleteBond(bond);
-  }
-  ZQSuppressHydrogens(mol);
-  ZQFindRingAtomsAndBonds(mol);
-  ZQAssignAromaticFlags(mol, 2, true, 0, false);
-}
-
-}  // namespace
 
 // If a configuration proves not to be real, or can't be written, the work restarts without it, so
 // that reading the text gives the molecule that was written.
@@ -43,9 +20,9 @@ std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol) {
   const Workspace<CanonicalOrder> order;
   ZQGraphMol copy;
   const ZQMolBase* current = &mol;
-  if (!IsPrepared(mol)) {
+  if (!IsPreparedForOrder(mol)) {
     copy = mol;
-    Prepare(copy);
+    PrepareForOrder(copy);
     current = &copy;
   }
   std::vector<unsigned int> parts;
@@ -71,17 +48,9 @@ std::string ZQMolToCanonicalSmiles(const ZQMolBase& mol) {
     for (const ZQBondBase* bond : lost) {
       copy.GetBondAt(bond->GetIdx())->SetStereo(ZQBondStereo::None);
     }
-    if (!isReal) {
-      for (const StereoCentre& centre : order->Unreal()) {
-        if (centre.IsBond()) {
-          copy.GetBondAt(view.bonds[centre.bond].bond->GetIdx())->SetStereo(ZQBondStereo::None);
-        } else {
-          copy.GetAtomAt(view.atoms[centre.atom].atom->GetIdx())->SetStereo(ZQAtomStereo::None);
-        }
-      }
-    }
+    if (!isReal) ClearUnreal(copy, view, order->Unreal());
     lost.clear();
-    if (ZQHasExplicitHydrogens(copy)) Prepare(copy);
+    if (ZQHasExplicitHydrogens(copy)) PrepareForOrder(copy);
   }
 }
 

@@ -33,7 +33,9 @@ constexpr Steps allSteps = 0xFF;
 
 class ZQGraphAtom final : public ZQAtomBase {
  public:
+  using ZQAtomBase::GetStereo;
   unsigned int GetIdx() const override { return idx; }
+  ZQMolBase* GetParent() const override;
   unsigned int GetAtomicNum() const override { return atomicNum; }
   int GetFormalCharge() const override { return charge; }
   unsigned int GetIsotope() const override { return isotope; }
@@ -79,6 +81,7 @@ class ZQGraphAtom final : public ZQAtomBase {
 class ZQGraphBond final : public ZQBondBase {
  public:
   unsigned int GetIdx() const override { return idx; }
+  ZQMolBase* GetParent() const override { return ends[0]->GetParent(); }
   ZQAtomBase* GetBgn() const override { return ends[0]; }
   ZQAtomBase* GetEnd() const override { return ends[1]; }
   unsigned int GetOrder() const override { return order; }
@@ -141,6 +144,8 @@ void TrimHoles(Slots<T>& slots) {
 
 class ZQGraph {
  public:
+  explicit ZQGraph(ZQMolBase& mol) : parent(&mol) {}
+
   ZQGraphAtom& GrowAtom() {
     ZQGraphAtom& atom = atoms.Grow();
     atom.graph = this;
@@ -218,6 +223,7 @@ class ZQGraph {
     valid = true;
   }
 
+  ZQMolBase* const parent;
   Slots<ZQGraphAtom> atoms;
   Slots<ZQGraphBond> bonds;
   unsigned int numAtoms = 0;
@@ -251,6 +257,7 @@ void ZQGraph::Forget(Steps steps) {
   for (unsigned int i = 0; i < bonds.size(); ++i) forgetFlags(bonds[i]);
 }
 
+ZQMolBase* ZQGraphAtom::GetParent() const { return graph->parent; }
 void ZQGraphAtom::SetFormalCharge(int value) { graph->Change(charge, value, readersOfValence); }
 void ZQGraphAtom::SetIsotope(unsigned int value) {
   graph->Change(isotope, value, readersOfIsotope);
@@ -274,7 +281,7 @@ ZQBondBase* ZQGraphAtom::NextBond(const ZQBondBase* previous) const {
 }
 
 template <class Base>
-ZQStoredMol<Base>::ZQStoredMol() : graph_(std::make_unique<ZQGraph>()) {}
+ZQStoredMol<Base>::ZQStoredMol() : graph_(std::make_unique<ZQGraph>(*this)) {}
 
 template <class Base>
 ZQStoredMol<Base>::~ZQStoredMol() = default;

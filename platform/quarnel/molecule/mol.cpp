@@ -4,6 +4,8 @@
 
 namespace Quarnel {
 
+using Bostrel::ZQUnaryPredicate;
+
 namespace {
 
 // Visits the incident bonds of an atom without an allocation.
@@ -19,7 +21,7 @@ Bostrel::ZQIter<T> MakeIter(std::vector<T*>&& items) {
 
 // Atoms or bonds by index, without holes.
 template <class T, class GetAt>
-std::vector<T*> Collect(unsigned int count, GetAt getAt, const ZQPredicate<T>* predicate) {
+std::vector<T*> Collect(unsigned int count, GetAt getAt, const ZQUnaryPredicate<T>* predicate) {
   std::vector<T*> items;
   for (unsigned int i = 0; i < count; ++i) {
     T* item = getAt(i);
@@ -40,6 +42,14 @@ unsigned int ZQAtomBase::GetHvyDegree() const {
   unsigned int count = 0;
   ForEachBond(*this, [&](ZQBondBase& bond) { count += !bond.GetNbr(this)->IsHydrogen(); });
   return count;
+}
+
+unsigned int ZQAtomBase::GetHvyValence() const {
+  unsigned int sum = 0;
+  ForEachBond(*this, [&](ZQBondBase& bond) {
+    if (!bond.GetNbr(this)->IsHydrogen()) sum += bond.GetOrder();
+  });
+  return sum;
 }
 
 unsigned int ZQAtomBase::GetDegree() const {
@@ -65,6 +75,16 @@ Bostrel::ZQIter<ZQAtomBase> ZQAtomBase::GetAtoms() const {
   return MakeIter(std::move(atoms));
 }
 
+Bostrel::ZQIter<ZQAtomBase> ZQAtomBase::GetAtoms(
+    const ZQUnaryPredicate<ZQAtomBase>& predicate) const {
+  std::vector<ZQAtomBase*> atoms;
+  ForEachBond(*this, [&](ZQBondBase& bond) {
+    ZQAtomBase* atom = bond.GetNbr(this);
+    if (predicate(*atom)) atoms.push_back(atom);
+  });
+  return MakeIter(std::move(atoms));
+}
+
 Bostrel::ZQIter<ZQBondBase> ZQAtomBase::GetBonds() const {
   std::vector<ZQBondBase*> bonds;
   ForEachBond(*this, [&](ZQBondBase& bond) { bonds.push_back(&bond); });
@@ -76,7 +96,8 @@ Bostrel::ZQIter<ZQAtomBase> ZQMolBase::GetAtoms() const {
       GetMaxAtomIdx(), [this](unsigned int i) { return GetAtomAt(i); }, nullptr));
 }
 
-Bostrel::ZQIter<ZQAtomBase> ZQMolBase::GetAtoms(const ZQPredicate<ZQAtomBase>& predicate) const {
+Bostrel::ZQIter<ZQAtomBase> ZQMolBase::GetAtoms(
+    const ZQUnaryPredicate<ZQAtomBase>& predicate) const {
   return MakeIter(Collect<ZQAtomBase>(
       GetMaxAtomIdx(), [this](unsigned int i) { return GetAtomAt(i); }, &predicate));
 }
@@ -86,7 +107,7 @@ Bostrel::ZQIter<ZQBondBase> ZQMolBase::GetBonds() const {
       GetMaxBondIdx(), [this](unsigned int i) { return GetBondAt(i); }, nullptr));
 }
 
-ZQAtomBase* ZQMolBase::GetAtom(const ZQPredicate<ZQAtomBase>& predicate) const {
+ZQAtomBase* ZQMolBase::GetAtom(const ZQUnaryPredicate<ZQAtomBase>& predicate) const {
   for (unsigned int i = 0; i < GetMaxAtomIdx(); ++i) {
     ZQAtomBase* atom = GetAtomAt(i);
     if (atom && predicate(*atom)) return atom;
@@ -94,7 +115,7 @@ ZQAtomBase* ZQMolBase::GetAtom(const ZQPredicate<ZQAtomBase>& predicate) const {
   return nullptr;
 }
 
-ZQBondBase* ZQMolBase::GetBond(const ZQPredicate<ZQBondBase>& predicate) const {
+ZQBondBase* ZQMolBase::GetBond(const ZQUnaryPredicate<ZQBondBase>& predicate) const {
   for (unsigned int i = 0; i < GetMaxBondIdx(); ++i) {
     ZQBondBase* bond = GetBondAt(i);
     if (bond && predicate(*bond)) return bond;

@@ -224,6 +224,32 @@ bool IsInSmallRing(const ZQBondBase& bond) {
   return false;
 }
 
+// The places of the ligands in the list, in the order of the drawn configuration: the hydrogen or
+// lone pair first if there is one, then the neighbours by bond.
+unsigned int ZQAtomBase::GetStereo(const std::vector<ZQAtomBase*>& neighbours,
+                                   unsigned int stereoClass) const {
+  using namespace ZQTetrahedralStereo;
+  const ZQAtomStereo drawn = GetStereo();
+  const auto listed = static_cast<std::uint32_t>(neighbours.size());
+  if (drawn == ZQAtomStereo::None || stereoClass != ZQStereoClass::Tetrahedral) return None;
+  if (listed != 3 && listed != 4) return None;
+  std::array<std::uint32_t, 4> places{};
+  std::size_t count = 0;
+  std::uint32_t found = 0;
+  for (const ZQBondBase* b = NextBond(nullptr); b; b = NextBond(b)) {
+    if (count == places.size()) return None;
+    const auto at = std::ranges::find(neighbours, b->GetNbr(this));
+    places[count++] = static_cast<std::uint32_t>(at - neighbours.begin());
+    found += at != neighbours.end();
+  }
+  if (found != listed) return None;
+  if (count == 3) {
+    std::ranges::copy_backward(std::span(places).first(3), places.end());
+    places[0] = 3;
+  }
+  return Turned(drawn, IsOdd(places)) == ZQAtomStereo::Clockwise ? Clockwise : CounterClockwise;
+}
+
 void DropSmallRingStereo(ZQMolBase& mol) {
   for (unsigned int i = 0; i < mol.GetMaxBondIdx(); ++i) {
     ZQBondBase* bond = mol.GetBondAt(i);

@@ -1,0 +1,65 @@
+#pragma once
+
+/// Base classes of function objects that can be copied without knowledge of their class.
+
+#include <memory>
+#include <type_traits>
+
+namespace Bostrel {
+
+/// A condition on an object.
+template <class T>
+class ZQUnaryPredicate {
+ public:
+  virtual ~ZQUnaryPredicate() = default;
+  virtual bool operator()(const T& item) const = 0;
+  /// Returns a new object of the same class, owned by the caller.
+  virtual ZQUnaryPredicate* CreateCopy() const = 0;
+};
+
+/// The negation of a condition, of which it holds a copy: `ZQNot(ZQIsHydrogen())`.
+template <class T>
+class ZQNot final : public ZQUnaryPredicate<T> {
+ public:
+  explicit ZQNot(const ZQUnaryPredicate<T>& predicate) : predicate_(predicate.CreateCopy()) {}
+  ZQNot(const ZQNot& other) : ZQNot(*other.predicate_) {}
+  ZQNot& operator=(const ZQNot& other) {
+    predicate_.reset(other.predicate_->CreateCopy());
+    return *this;
+  }
+  bool operator()(const T& item) const override { return !(*predicate_)(item); }
+  ZQNot* CreateCopy() const override { return new ZQNot(*this); }
+
+ private:
+  std::unique_ptr<ZQUnaryPredicate<T>> predicate_;
+};
+
+/// The type of a parameter: `const` or not, a reference or a value.
+template <class T, bool isConst, bool isReference>
+using ZQParameterOf =
+    std::conditional_t<isReference,
+                       std::add_lvalue_reference_t<std::conditional_t<isConst, const T, T>>,
+                       std::conditional_t<isConst, const T, T>>;
+
+/// A function of one argument.
+template <class Argument, class Result, bool isConst, bool isReference>
+class ZQUnaryFunction {
+ public:
+  virtual ~ZQUnaryFunction() = default;
+  virtual Result operator()(ZQParameterOf<Argument, isConst, isReference> argument) const = 0;
+  /// Returns a new object of the same class, owned by the caller.
+  virtual ZQUnaryFunction* CreateCopy() const = 0;
+};
+
+/// A function of two arguments.
+template <class First, class Second, class Result, bool isConst, bool isReference>
+class ZQBinaryFunction {
+ public:
+  virtual ~ZQBinaryFunction() = default;
+  virtual Result operator()(ZQParameterOf<First, isConst, isReference> first,
+                            ZQParameterOf<Second, isConst, isReference> second) const = 0;
+  /// Returns a new object of the same class, owned by the caller.
+  virtual ZQBinaryFunction* CreateCopy() const = 0;
+};
+
+}  // namespace Bostrel
