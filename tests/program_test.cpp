@@ -157,7 +157,7 @@ TEST_F(ProgramTest, Substructure) {
   EXPECT_EQ(output({"substructure", "C~*", "some.smi", "-max", "1"}),
             "1\ta b\t2,1\n3\tc\t1,2\n"
             "4\td\t1,2\n");
-  EXPECT_EQ(output({"substructure", "CN", "some.smi", "-count", "true"}), "4\td\t3\n");
+  EXPECT_EQ(output({"substructure", "CN", "some.smi", "-count"}), "4\td\t3\n");
   EXPECT_EQ(output({"substructure", "c:c", "C1=CC=CC=C1", "-count", "true"}), "1\t\t6\n");
   ExpectFailure({"substructure", "C", "gone.smi"}, 1, "gone.smi");
 }

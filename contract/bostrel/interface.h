@@ -144,9 +144,10 @@ class ZQ_EXPORT ZQInterface {
 
 /// Sets the parameters from the words of a command line, without the program name: a name with one
 /// or two dashes and its value, or a positional value; after "--" all words are positional. A
-/// switch (such as one that requests help) ends the parsing; required parameters may then be
-/// missing. Returns false after one warning for an unknown name (with the nearest known one), a
-/// missing or illegal value or one of another type, a repeated name, or too many or too few
+/// bool takes the next word as its value only if that is "true" or "false", otherwise its name
+/// stands for true. A switch (such as one that requests help) ends the parsing; required parameters
+/// may then be missing. Returns false after one warning for an unknown name (with the nearest known
+/// one), a missing or illegal value or one of another type, a repeated name, or too many or too few
 /// positional values.
 ZQ_EXPORT bool ZQParseCommandLine(ZQInterface& interface, const std::vector<std::string>& words);
 

@@ -280,11 +280,17 @@ bool ZQParseCommandLine(ZQInterface& interface, const std::vector<std::string>& 
       ZQThrow.Warning("option %s is given twice", parameter->GetName().c_str());
       return false;
     }
-    if (++i == words.size()) {
+    const bool isLast = i + 1 == words.size();
+    if (parameter->GetType() == ZQParamType::Bool &&
+        (isLast || (words[i + 1] != "true" && words[i + 1] != "false"))) {
+      parameter->SetValue(true);
+      continue;
+    }
+    if (isLast) {
       ZQThrow.Warning("option %s needs a value", parameter->GetName().c_str());
       return false;
     }
-    if (!parameter->SetText(words[i])) return false;
+    if (!parameter->SetText(words[++i])) return false;
   }
   if (place < positional.size() && !positional[place]->HasDefault()) {
     ZQThrow.Warning("argument %s is missing", positional[place]->GetName().c_str());
@@ -338,7 +344,7 @@ std::string WithoutLinks(const std::string& text) {
 const char* ValueWord(const ZQParameter& parameter) {
   switch (parameter.GetType()) {
     case ZQParamType::Bool:
-      return " true|false";
+      return " [true|false]";
     case ZQParamType::Int:
       return " N";
     case ZQParamType::Float:
