@@ -29,14 +29,6 @@ const ZQNamespaceInterface& Shades() {
   return shades;
 }
 
-void AddChoice(ZQInterface& interface, const char* name, const char* alias, const char* brief,
-               const ZQNamespaceInterface& choices, const char* byDefault) {
-  ZQParameter parameter(name, alias, ZQParamType::String, brief);
-  parameter.SetLegalNames(choices).SetDefault(byDefault);
-  AddDetails(&parameter, &choices);
-  interface.AddParameter(std::move(parameter));
-}
-
 void Configure(ZQInterface& interface) {
   AddArgument(interface, "MOL1", "A SMILES, or a molecule file whose first record counts");
   interface.AddParameter(

@@ -17,6 +17,14 @@ void AddArgument(ZQInterface& interface, const char* name, const char* brief) {
   interface.AddParameter(ZQParameter(name, "", ZQParamType::String, brief).SetPositional());
 }
 
+void AddChoice(ZQInterface& interface, const char* name, const char* alias, const char* brief,
+               const ZQNamespaceInterface& choices, const char* byDefault) {
+  ZQParameter parameter(name, alias, ZQParamType::String, brief);
+  parameter.SetLegalNames(choices).SetDefault(byDefault);
+  AddDetails(&parameter, &choices);
+  interface.AddParameter(std::move(parameter));
+}
+
 void AddThreads(ZQInterface& interface) {
   interface.AddParameter(ZQParameter("-threads", "-t", ZQParamType::Int,
                                      "Threads; 0 stands for all processors, and more than twice "

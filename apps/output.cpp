@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cinttypes>
 #include <csignal>
@@ -12,6 +13,7 @@
 #include <cstring>
 
 #include "apps/json.h"
+#include "apps/options.h"
 #include "korvex/fpkinds.h"
 
 namespace KorvexProgram {
@@ -116,7 +118,22 @@ bool WriteFile(const std::string& name, const std::string& text) {
   return write(partial.GetName().c_str()) && partial.Rename();
 }
 
-HitWriter::HitWriter(bool json) : json_(json) {
+std::uint64_t QueriesPerPass(std::uint64_t hitsPerQuery) {
+  constexpr std::uint64_t mostQueries = 256;
+  constexpr std::uint64_t mostHits = std::uint64_t{1} << 22;
+  return std::clamp<std::uint64_t>(mostHits / hitsPerQuery, 1, mostQueries);
+}
+
+void AddHitFormat(ZQInterface& interface) {
+  static const ZQNamespaceInterface formats(
+      "Format", ZQNamespaceMode::Single,
+      {{"tsv", 0, "a line a hit: query, rank, score, index, title, SMILES"},
+       {"json", 1, "an array of objects with the same fields"}});
+  AddChoice(interface, "-format", "-f", "Output format", formats, "tsv");
+}
+
+HitWriter::HitWriter(const ZQInterface& interface)
+    : json_(interface.Get<std::string>("-format") == "json") {
   if (json_) std::fputc('[', stdout);
 }
 

@@ -61,10 +61,17 @@ struct Hit {
   std::string smiles;
 };
 
+/// The number of queries that share one pass over the records, if each holds at most that many hits
+/// (at least 1) until its end.
+std::uint64_t QueriesPerPass(std::uint64_t hitsPerQuery);
+
+/// "-format" of `HitWriter`.
+void AddHitFormat(ZQInterface& interface);
+
 /// Writes hits: one line each, or one JSON array with an object each.
 class HitWriter {
  public:
-  explicit HitWriter(bool json);
+  explicit HitWriter(const ZQInterface& interface);
   void Write(const Hit& hit);
   /// Ends the array.
   void Finish() const;

@@ -19,18 +19,6 @@ namespace {
 
 constexpr const char* source = "DB.fpbin|MOLFILE";
 
-// The most queries in one pass over the database, and the most hits held until its end.
-constexpr std::uint64_t queriesPerPass = 256;
-constexpr std::uint64_t hitsPerPass = std::uint64_t{1} << 22;
-
-const ZQNamespaceInterface& Formats() {
-  static const ZQNamespaceInterface formats(
-      "Format", ZQNamespaceMode::Single,
-      {{"tsv", 0, "a line a hit: query, rank, score, index, title, SMILES"},
-       {"json", 1, "an array of objects with the same fields"}});
-  return formats;
-}
-
 ZQFPDatabaseOptions DefaultOptions() {
   ZQFPDatabaseOptions options;
   options.SetLimit(10);
@@ -45,10 +33,7 @@ void Configure(ZQInterface& interface) {
   interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
                           "Molecule file of the database, for titles and SMILES, in place of the "
                           "one that the database names"});
-  ZQParameter format("-format", "-f", ZQParamType::String, "Output format");
-  format.SetLegalNames(Formats()).SetDefault("tsv");
-  AddDetails(&format, &Formats());
-  interface.AddParameter(std::move(format));
+  AddHitFormat(interface);
   interface.AddParameter({"-html", "", ZQParamType::String, "Writes a report to this file"});
   AddThreads(interface);
   AddTypeOptions(interface, Kinds::All);
@@ -148,15 +133,14 @@ int Run(const ZQInterface& interface) {
   const std::unique_ptr<Ranker> ranker = open(filename, interface, options, exitCode);
   if (!ranker) return exitCode;
 
-  HitWriter writer(interface.Get<std::string>("-format") == "json");
+  HitWriter writer(interface);
   SearchReport report(interface, options);
   bool reported = true;
   std::size_t answered = 0;
   const std::uint64_t records = std::max<std::uint64_t>(ranker->NumFingerPrints(), 1);
   const std::uint64_t hitsPerQuery =
       options.GetLimit() == 0 ? records : std::min<std::uint64_t>(options.GetLimit(), records);
-  const std::uint64_t count =
-      std::clamp<std::uint64_t>(hitsPerPass / hitsPerQuery, 1, queriesPerPass);
+  const std::uint64_t count = QueriesPerPass(hitsPerQuery);
   for (unsigned int next = 0; next < molecules.NumMolecules();) {
     const Queries queries = ReadQueries(molecules, *ranker, count, report.IsWanted(), next);
     const unsigned int numWarnings = NumWarnings();
