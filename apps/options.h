@@ -14,7 +14,8 @@ namespace KorvexProgram {
 /// A required positional argument.
 void AddArgument(ZQInterface& interface, const char* name, const char* brief);
 
-/// A parameter whose value is one of the names, which the long help describes. They must outlive it.
+/// A parameter whose value is one of the names, which the long help describes. They must outlive
+/// it.
 void AddChoice(ZQInterface& interface, const char* name, const char* alias, const char* brief,
                const ZQNamespaceInterface& choices, const char* byDefault);
 
