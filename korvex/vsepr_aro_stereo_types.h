@@ -6,8 +6,7 @@
 
 #include <string>
 
-#include "contract/bostrel/functions.h"
-#include "korvex/siblings.h"
+#include "korvex/vsepr_aro_types.h"
 
 namespace ZQKorvex::VSEPRAroStereoType {
 
@@ -38,17 +37,6 @@ ZQ_EXPORT ZQUnaryPredicate<ZQAtomBase>* CreatePredicate(unsigned int type);
 
 /// Whether an atom has the values of a type. The configuration isn't compared: the predicates of
 /// types 12, 165 and 166 accept the same atoms.
-class ZQ_EXPORT ZQIsType : public ZQUnaryPredicate<ZQAtomBase> {
- public:
-  ZQIsType() = default;
-  explicit ZQIsType(unsigned int type) : impl_(CreatePredicate(type)) {}
-  ZQIsType(const ZQIsType& other);
-  ZQIsType& operator=(const ZQIsType& other);
-  bool operator()(const ZQAtomBase& atom) const override;
-  ZQIsType* CreateCopy() const override { return new ZQIsType(*this); }
-
- private:
-  std::unique_ptr<ZQUnaryPredicate<ZQAtomBase>> impl_;
-};
+using ZQIsType = ZQIsVseprType<CreatePredicate>;
 
 }  // namespace ZQKorvex::VSEPRAroStereoType

@@ -19,7 +19,24 @@
 #include "contract/bostrel/functions.h"
 #include "korvex/siblings.h"
 
-namespace ZQKorvex::VSEPRAroType {
+namespace ZQKorvex {
+
+/// Whether an atom is of a type, for the function that creates the predicate of a type.
+template <ZQUnaryPredicate<ZQAtomBase>* (*createPredicate)(unsigned int type)>
+class ZQIsVseprType final : public ZQUnaryPredicate<ZQAtomBase> {
+ public:
+  ZQIsVseprType() = default;
+  explicit ZQIsVseprType(unsigned int type) : impl_(createPredicate(type)) {}
+  bool operator()(const ZQAtomBase& atom) const override {
+    return ZQ_ASSERT(impl_) && (*impl_)(atom);
+  }
+  ZQIsVseprType* CreateCopy() const override { return new ZQIsVseprType(*this); }
+
+ private:
+  ZQCopyPtr<ZQUnaryPredicate<ZQAtomBase>> impl_;
+};
+
+namespace VSEPRAroType {
 
 /// The result for an atom or name that no row fits: one more than the last row.
 inline constexpr unsigned int Unknown = 165;
@@ -55,17 +72,7 @@ ZQ_EXPORT ZQUnaryPredicate<ZQAtomBase>* CreatePredicate(unsigned int type);
 
 /// Whether an atom is of a type. An object without one (default constructed, or of a type beyond
 /// the last row) must not be called (an assertion).
-class ZQ_EXPORT ZQIsType : public ZQUnaryPredicate<ZQAtomBase> {
- public:
-  ZQIsType() = default;
-  explicit ZQIsType(unsigned int type) : impl_(CreatePredicate(type)) {}
-  ZQIsType(const ZQIsType& other);
-  ZQIsType& operator=(const ZQIsType& other);
-  bool operator()(const ZQAtomBase& atom) const override;
-  ZQIsType* CreateCopy() const override { return new ZQIsType(*this); }
+using ZQIsType = ZQIsVseprType<CreatePredicate>;
 
- private:
-  std::unique_ptr<ZQUnaryPredicate<ZQAtomBase>> impl_;
-};
-
-}  // namespace ZQKorvex::VSEPRAroType
+}  // namespace VSEPRAroType
+}  // namespace ZQKorvex

@@ -131,7 +131,10 @@ class ZQ_EXPORT ZQVseprFingerprint {
                                        double alpha, double beta);
   struct Impl;
 
+  explicit ZQVseprFingerprint(Impl impl);
   const Impl& Get() const;
+  template <class GetStarts>
+  void Setup(const ZQMolBase* mol, const ZQVseprOptions& options, GetStarts getStarts);
 
   std::unique_ptr<Impl> impl_;  // null for an empty fingerprint with default options
 };

@@ -43,6 +43,16 @@ class ZQ_EXPORT ZQBase {
   bool DeleteData(unsigned int tag);
   /// Returns the first value of the tag, or null.
   const std::any* FindData(unsigned int tag) const;
+  /// Returns the first value of the tag that has type T, or null. Doesn't allocate.
+  template <class T>
+  const T* FindDataOf(unsigned int tag) const {
+    if (!data_) return nullptr;
+    for (const ZQBaseData& datum : *data_) {
+      if (datum.tag != tag) continue;
+      if (const T* value = std::any_cast<T>(&datum.value)) return value;
+    }
+    return nullptr;
+  }
   /// All data, in the order of addition.
   ZQIter<const ZQBaseData> GetDataIter() const;
   /// Replaces the data by a copy of the other object's.

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 namespace Bostrel {
 
@@ -17,21 +18,38 @@ class ZQUnaryPredicate {
   virtual ZQUnaryPredicate* CreateCopy() const = 0;
 };
 
+/// Owns an object of an unknown class; a copy owns a copy. May be null.
+template <class T>
+class ZQCopyPtr {
+ public:
+  ZQCopyPtr() = default;
+  explicit ZQCopyPtr(T* owned) : pointer_(owned) {}
+  ZQCopyPtr(const ZQCopyPtr& other) : pointer_(other ? other->CreateCopy() : nullptr) {}
+  ZQCopyPtr(ZQCopyPtr&&) noexcept = default;
+  ZQCopyPtr& operator=(ZQCopyPtr other) noexcept {
+    pointer_ = std::move(other.pointer_);
+    return *this;
+  }
+  ~ZQCopyPtr() = default;
+
+  explicit operator bool() const { return pointer_ != nullptr; }
+  T& operator*() const { return *pointer_; }
+  T* operator->() const { return pointer_.get(); }
+
+ private:
+  std::unique_ptr<T> pointer_;
+};
+
 /// The negation of a condition, of which it holds a copy: `ZQNot(ZQIsHydrogen())`.
 template <class T>
 class ZQNot final : public ZQUnaryPredicate<T> {
  public:
   explicit ZQNot(const ZQUnaryPredicate<T>& predicate) : predicate_(predicate.CreateCopy()) {}
-  ZQNot(const ZQNot& other) : ZQNot(*other.predicate_) {}
-  ZQNot& operator=(const ZQNot& other) {
-    predicate_.reset(other.predicate_->CreateCopy());
-    return *this;
-  }
   bool operator()(const T& item) const override { return !(*predicate_)(item); }
   ZQNot* CreateCopy() const override { return new ZQNot(*this); }
 
  private:
-  std::unique_ptr<ZQUnaryPredicate<T>> predicate_;
+  ZQCopyPtr<ZQUnaryPredicate<T>> predicate_;
 };
 
 /// The type of a parameter: `const` or not, a reference or a value.
