@@ -16,6 +16,8 @@ enum ExitCode { Done = 0, BadInput = 1, BadUsage = 2 };
 /// The number of warnings and errors printed so far. A query of a database that adds one has failed
 /// and returned an empty value.
 unsigned int NumWarnings();
+/// The errors among them. What a molecule file has wrong is a warning, lack of memory is an error.
+unsigned int NumErrors();
 
 struct Command {
   const char* name;
@@ -28,6 +30,7 @@ extern const Command createCommand;
 extern const Command searchCommand;
 extern const Command fingerprintCommand;
 extern const Command compareCommand;
+extern const Command vseprCommand;
 extern const Command explainCommand;
 extern const Command substructureCommand;
 extern const Command drawCommand;

@@ -1,31 +1,66 @@
+#include <cmath>
 #include <cstdio>
 #include <string>
 
 #include "apps/molecules.h"
 #include "apps/options.h"
+#include "apps/output.h"
 #include "korvex/measuresim.h"
+#include "korvex/vsepr_fingerprint.h"
 
 namespace KorvexProgram {
 
 namespace {
 
+constexpr const char* vsepr = "VSEPR";  // the kind without a type
+constexpr const char* arguments[] = {"MOL1", "MOL2"};
+
 void Configure(ZQInterface& interface) {
-  AddArgument(interface, "MOL1", "A SMILES, or a molecule file whose first record counts");
-  AddArgument(interface, "MOL2", "The same");
-  AddTypeOptions(interface, Kinds::All);
+  AddArgument(interface, arguments[0], "A SMILES, or a molecule file whose first record counts");
+  AddArgument(interface, arguments[1], "The same");
+  AddTypeOptions(interface, Kinds::All, {vsepr});
+  AddVseprOptions(interface);
   AddTverskyCoeffs(interface);
 }
 
+// The first molecule of MOL1 or MOL2; false after a message.
+bool ReadFirst(ZQMol& mol, const std::string& argument) {
+  MoleculeArgument molecules;
+  return molecules.Open(argument) && molecules.GetMolecule(mol, 0);
+}
+
+int RunVsepr(const ZQInterface& interface) {
+  if (IsAnyTypeParameterSet(interface, std::string("for fingerprints of kind ") + vsepr)) {
+    return BadUsage;
+  }
+  const ZQVseprOptions options = GetVseprOptions(interface);
+  ZQVseprFingerprint fps[2];
+  for (int i = 0; i < 2; ++i) {
+    ZQMol mol;
+    if (!ReadFirst(mol, interface.Get<std::string>(arguments[i]))) return BadInput;
+    PrepareForVsepr(mol);
+    fps[i].Setup(mol, options);
+    if (NumErrors() != 0) return BadInput;  // too little memory
+  }
+  const auto& [a, b] = fps;
+  const double tversky =
+      ZQGetTversky(a, b, interface.Get<float>("-alpha"), interface.Get<float>("-beta"));
+  std::printf("Tanimoto\t%.6f\n", ZQGetTanimoto(a, b));
+  // 0/0 has a sign on some processors.
+  std::printf("Tversky\t%s\n", std::isnan(tversky) ? "nan" : Decimals(tversky, 6).c_str());
+  return Done;
+}
+
 int Run(const ZQInterface& interface) {
+  if (interface.Get<std::string>("-fptype") == vsepr) return RunVsepr(interface);
+  if (IsAnyVseprOptionSet(interface, std::string("without -fptype ") + vsepr)) return BadUsage;
   const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
   if (!type) return BadUsage;
   ZQFingerPrint fps[2];
   for (int i = 0; i < 2; ++i) {
-    const auto argument = interface.Get<std::string>(i == 0 ? "MOL1" : "MOL2");
-    MoleculeArgument molecules;
+    const auto argument = interface.Get<std::string>(arguments[i]);
     ZQMol mol;
-    if (!molecules.Open(argument) || !molecules.GetMolecule(mol, 0) ||
-        !MakeFingerPrint(fps[i], mol, type, argument)) {
+    if (!ReadFirst(mol, argument) || !MakeFingerPrint(fps[i], mol, type, argument)) {
       return BadInput;
     }
   }

@@ -14,10 +14,10 @@ using namespace KorvexProgram;
 
 namespace {
 
-constexpr const Command* commands[] = {&createCommand,       &searchCommand,  &fingerprintCommand,
-                                       &compareCommand,      &explainCommand, &drawCommand,
-                                       &substructureCommand, &infoCommand,    &histogramCommand,
-                                       &neighborsCommand,    &versionCommand};
+constexpr const Command* commands[] = {&createCommand,    &searchCommand,       &fingerprintCommand,
+                                       &compareCommand,   &vseprCommand,        &explainCommand,
+                                       &drawCommand,      &substructureCommand, &infoCommand,
+                                       &histogramCommand, &neighborsCommand,    &versionCommand};
 
 void PrintUsage(std::FILE* out) {
   std::fputs("usage: korvex COMMAND [arguments] [options]\n\ncommands:\n", out);
@@ -29,12 +29,14 @@ void PrintUsage(std::FILE* out) {
 
 std::atomic<bool> invariantBroken = false;
 std::atomic<unsigned int> numWarnings = 0;
+std::atomic<unsigned int> numErrors = 0;
 
 // An assertion failure doesn't end the program, but shows in the exit code: the function returns an
 // empty value, and the command reports what that means for the input.
 bool PrintMessage(ZQErrorLevel level, const std::string& message) {
   const char* prefix = "";
   numWarnings += level >= ZQErrorLevel::Warning;
+  numErrors += level >= ZQErrorLevel::Error;
   if (level == ZQErrorLevel::Fatal) {
     prefix = "damaged data, or a defect of korvex: ";
     invariantBroken = true;
@@ -89,6 +91,7 @@ int Dispatch(const std::vector<std::string>& words) {
 }  // namespace
 
 unsigned int KorvexProgram::NumWarnings() { return numWarnings; }
+unsigned int KorvexProgram::NumErrors() { return numErrors; }
 
 int main(int argc, char** argv) {
   ZQThrow.SetSink(PrintMessage);

@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "apps/options.h"
+#include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
+#include "korvex/vsepr_fingerprint.h"
 
 namespace KorvexProgram {
 
@@ -54,6 +56,11 @@ bool MoleculeArgument::GetMolecule(ZQMol& mol, unsigned int idx) const {
   if (isFile_) return file_.GetMolecule(mol, idx);
   mol = smiles_;
   return true;
+}
+
+void PrepareForVsepr(ZQMol& mol) {
+  ZQSuppressHydrogens(mol);
+  ZQPrepareForVsepr(mol);
 }
 
 bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,

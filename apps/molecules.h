@@ -33,6 +33,9 @@ class MoleculeArgument {
   bool isFile_ = false;
 };
 
+/// Suppresses hydrogens and perceives what VSEPR types and fingerprints read.
+void PrepareForVsepr(ZQMol& mol);
+
 /// Makes the fingerprint of a molecule; false after a message that names it by `where`.
 bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
                      const std::string& where);

@@ -1,9 +1,11 @@
 #include "apps/options.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
+#include "contract/quarnel/graphmol.h"
 #include "korvex/fingerprint_params.h"
 #include "korvex/fpatomtyper.h"
 #include "korvex/fpdatabaseoptions_params.h"
@@ -114,7 +116,7 @@ const ZQFPTypeBase* GetTypeByText(const ZQInterface& interface) {
 
 }  // namespace
 
-void AddTypeOptions(ZQInterface& interface, Kinds kinds) {
+void AddTypeOptions(ZQInterface& interface, Kinds kinds, std::vector<std::string> furtherKinds) {
   ZQConfigureFingerPrint(interface, ZQGetFPType(ZQFPType::Path));
   for (const char* name : parameterNames) {
     interface.FindParameter(name)->SetDefaultText(TellDefaults(name, kinds));
@@ -125,6 +127,7 @@ void AddTypeOptions(ZQInterface& interface, Kinds kinds) {
     for (const ZQFPKind& kind : ZQGetFPKinds()) {
       if (!hashed.IsValid(kind.name)) further.emplace_back(kind.name);
     }
+    std::ranges::move(furtherKinds, std::back_inserter(further));
     interface.FindParameter("-fptype")->SetLegalNames(hashed, std::move(further));
   }
   interface.GetInterface("fingerprint options")
@@ -154,20 +157,69 @@ bool CheckMeasure(const ZQFPTypeBase* type, unsigned int measure) {
 }
 
 bool IsAnyTypeOptionSet(const ZQInterface& interface, const std::string& reason) {
+  constexpr const char* kind[] = {"-fptype"};
+  return IsAnySet(interface, kind, reason) || IsAnyTypeParameterSet(interface, reason);
+}
+
+bool IsAnyTypeParameterSet(const ZQInterface& interface, const std::string& reason) {
   constexpr const char* wholeType[] = {"-type"};
-  return IsAnySet(interface, optionNames, reason) || IsAnySet(interface, wholeType, reason);
+  return IsAnySet(interface, parameterNames, reason) || IsAnySet(interface, wholeType, reason);
+}
+
+void AddVseprOptions(ZQInterface& interface) {
+  const ZQVseprOptions defaults;
+  ZQInterface* group = interface.AddInterface("VSEPR fingerprint options");
+  const auto addLength = [&](const char* name, unsigned int length, const char* brief) {
+    group->AddParameter(ZQParameter(name, "", ZQParamType::Int, brief)
+                            .SetLegalRange(0, 65535)
+                            .SetDefault(static_cast<int>(length)));
+  };
+  const auto addFlag = [&](const char* name, bool flag, const char* brief) {
+    group->AddParameter(ZQParameter(name, "", ZQParamType::Bool, brief).SetDefault(flag));
+  };
+  addLength("-maxpathlength", defaults.GetMaxPathLength(),
+            "The greatest number of atoms in a path; 8 is used for a greater number");
+  addLength("-minpathlength", defaults.GetMinPathLength(),
+            "The number of bonds from which on a path counts");
+  addFlag("-forcepathsout", defaults.GetForcePathsOut(),
+          "Whether paths follow shortest routes from their first atom only");
+  addFlag("-weightbylength", defaults.GetWeightByLength(),
+          "Whether a path of n atoms weighs exp((9 - n) / 2) instead of 1");
+  addFlag("-stereoaware", defaults.GetStereoAware(),
+          "Whether types distinguish the configurations of tetrahedral centres");
+}
+
+bool IsAnyVseprOptionSet(const ZQInterface& interface, const std::string& reason) {
+  constexpr const char* names[] = {"-maxpathlength", "-minpathlength", "-forcepathsout",
+                                   "-weightbylength", "-stereoaware"};
+  return IsAnySet(interface, names, reason);
+}
+
+ZQVseprOptions GetVseprOptions(const ZQInterface& interface) {
+  constexpr unsigned int mostAtoms = 8;  // of a path; a byte each in its key
+  ZQVseprOptions options;
+  options.SetMaxPathLength(static_cast<unsigned int>(interface.Get<int>("-maxpathlength")))
+      .SetMinPathLength(static_cast<unsigned int>(interface.Get<int>("-minpathlength")))
+      .SetForcePathsOut(interface.Get<bool>("-forcepathsout"))
+      .SetWeightByLength(interface.Get<bool>("-weightbylength"))
+      .SetStereoAware(interface.Get<bool>("-stereoaware"));
+  if (options.GetMaxPathLength() > mostAtoms) {
+    ZQVseprFingerprint(ZQMol(), options);  // warns, here in place of at each record
+    options.SetMaxPathLength(mostAtoms);
+  }
+  return options;
 }
 
 void AddTverskyCoeffs(ZQInterface& interface) {
   ZQInterface* group = interface.GetInterface("fingerprint database search options");
   if (!group) group = &interface;
   const ZQFPDatabaseOptions defaults;
-  group->AddParameter(ZQParameter("-alpha", "", ZQParamType::Float,
-                                  "Tversky: weight of the bits that the query has alone")
-                          .SetLegalRange(0.0F, 1.0F)
-                          .SetDefault(defaults.GetTverskyAlpha()));
+  group->AddParameter(
+      ZQParameter("-alpha", "", ZQParamType::Float, "Tversky: weight of what the query has alone")
+          .SetLegalRange(0.0F, 1.0F)
+          .SetDefault(defaults.GetTverskyAlpha()));
   group->AddParameter(ZQParameter("-beta", "", ZQParamType::Float,
-                                  "Tversky: weight of the bits that the other one has alone")
+                                  "Tversky: weight of what the other one has alone")
                           .SetLegalRange(0.0F, 1.0F)
                           .SetDefault(defaults.GetTverskyBeta()));
 }

@@ -4,10 +4,12 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 #include "apps/command.h"
 #include "korvex/fingerprint.h"
 #include "korvex/fpdatabaseoptions.h"
+#include "korvex/vsepr_fingerprint.h"
 
 namespace KorvexProgram {
 
@@ -30,7 +32,9 @@ enum class Kinds {
 };
 
 /// The fingerprint options, with the defaults of the chosen kind, and "-type", which replaces them.
-void AddTypeOptions(ZQInterface& interface, Kinds kinds);
+/// `furtherKinds` are names of "-fptype" that the command handles itself.
+void AddTypeOptions(ZQInterface& interface, Kinds kinds,
+                    std::vector<std::string> furtherKinds = {});
 /// The type chosen by them. Null after a message if it is illegal, if no fingerprint can be made of
 /// it, or if the command doesn't accept it: a database needs multiples of 256 bits.
 const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds);
@@ -46,6 +50,14 @@ bool IsAnySet(const ZQInterface& interface, std::span<const char* const> names,
               const std::string& reason);
 /// The same for the options of `AddTypeOptions`.
 bool IsAnyTypeOptionSet(const ZQInterface& interface, const std::string& reason);
+/// The same for those other than "-fptype".
+bool IsAnyTypeParameterSet(const ZQInterface& interface, const std::string& reason);
+
+/// The options of VSEPR fingerprints, in a group of their own.
+void AddVseprOptions(ZQInterface& interface);
+bool IsAnyVseprOptionSet(const ZQInterface& interface, const std::string& reason);
+/// Their values. Warns about paths of more atoms than a key holds, once, and reduces their length.
+ZQVseprOptions GetVseprOptions(const ZQInterface& interface);
 
 /// "-alpha" and "-beta" of Tversky, next to the other search options if there are any.
 void AddTverskyCoeffs(ZQInterface& interface);

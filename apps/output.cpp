@@ -7,10 +7,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cinttypes>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "apps/json.h"
 #include "apps/options.h"
@@ -43,6 +45,11 @@ std::string Decimals(double number, int decimals) {
   char text[400];  // the longest double
   std::snprintf(text, sizeof text, "%.*f", decimals, number);
   return text;
+}
+
+std::string ShortestNumber(double number) {
+  char text[32];
+  return {text, std::to_chars(std::begin(text), std::end(text), number).ptr};
 }
 
 std::string ValidUtf8(const std::string& text) {

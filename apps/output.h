@@ -20,6 +20,9 @@ std::string FingerPrintField(const ZQFingerPrint& fp);
 /// The number with that many decimals.
 std::string Decimals(double number, int decimals);
 
+/// The number in the shortest form that reads back as the same double.
+std::string ShortestNumber(double number);
+
 /// The text as UTF-8 that is legal in XML, but for control characters: each byte that isn't part of
 /// a valid sequence, or is of the noncharacters U+FFFE and U+FFFF, becomes U+FFFD.
 std::string ValidUtf8(const std::string& text);
