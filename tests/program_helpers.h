@@ -78,3 +78,31 @@ class WorkFolder {
  private:
   std::filesystem::path path_;
 };
+
+/// Tests that run korvex.
+class ProgramFixture : public testing::Test {
+ protected:
+  RunResult Korvex(std::vector<std::string> words) const {
+    words.insert(words.begin(), KORVEX_PROGRAM);
+    return folder.Run(std::move(words));
+  }
+  // The standard output of a run that ends well.
+  std::string Output(const std::vector<std::string>& words) const {
+    const RunResult run = Korvex(words);
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    return run.out;
+  }
+  // At least one message, no result, and this exit code.
+  void ExpectFailure(const std::vector<std::string>& words, int exitCode,
+                     const std::string& message) const {
+    const RunResult run = Korvex(words);
+    std::string line = "korvex";
+    for (const std::string& word : words) line += " " + word.substr(0, 60);
+    EXPECT_EQ(run.exitCode, exitCode) << line << "\n" << run.err;
+    EXPECT_EQ(run.out, "") << line;
+    EXPECT_NE(run.err.find(message), std::string::npos) << line << "\n" << run.err;
+    EXPECT_EQ(run.err.find("defect of korvex"), std::string::npos) << line << "\n" << run.err;
+  }
+
+  WorkFolder folder;
+};

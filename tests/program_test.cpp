@@ -26,13 +26,8 @@ std::vector<Words> Table(const std::string& text) {
   return table;
 }
 
-class ProgramTest : public testing::Test {
+class ProgramTest : public ProgramFixture {
  protected:
-  RunResult Korvex(Words words) const {
-    words.insert(words.begin(), KORVEX_PROGRAM);
-    return folder.Run(std::move(words));
-  }
-
   // The sample molecules, "title 1" and so on, and their database.
   void MakeDatabase(const Words& options = {}) const {
     std::string file;
@@ -46,19 +41,6 @@ class ProgramTest : public testing::Test {
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out, "mols.fpbin: " + std::to_string(SampleSmiles().size()) + " records\n");
   }
-
-  // At least one message, no result, and this exit code.
-  void ExpectFailure(const Words& words, int exitCode, const std::string& message) const {
-    const RunResult run = Korvex(words);
-    std::string line = "korvex";
-    for (const std::string& word : words) line += " " + word.substr(0, 60);
-    EXPECT_EQ(run.exitCode, exitCode) << line << "\n" << run.err;
-    EXPECT_EQ(run.out, "") << line;
-    EXPECT_NE(run.err.find(message), std::string::npos) << line << "\n" << run.err;
-    EXPECT_EQ(run.err.find("defect of korvex"), std::string::npos) << line << "\n" << run.err;
-  }
-
-  WorkFolder folder;
 };
 
 TEST_F(ProgramTest, UsageAndHelp) {

@@ -41,18 +41,8 @@ void ExpectWithin(const ZQMol& mol, const Indices& atoms, const Indices& bonds) 
   }
 }
 
-class ReportsTest : public testing::Test {
+class ReportsTest : public ProgramFixture {
  protected:
-  RunResult Korvex(Words words) const {
-    words.insert(words.begin(), KORVEX_PROGRAM);
-    return folder.Run(std::move(words));
-  }
-  // The standard output of a run that ends well.
-  std::string Output(const Words& words) const {
-    const RunResult run = Korvex(words);
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    return run.out;
-  }
   rapidjson::Document Explained(Words words) const {
     words.insert(words.begin(), "explain");
     words.insert(words.end(), {"-format", "json"});
