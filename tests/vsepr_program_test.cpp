@@ -46,7 +46,6 @@ TEST_F(VseprProgramTest, Fingerprints) {
               "96969696:146.18992752844167")},
         {"c1ccccc1", "-weightbylength false -forcepathsout false -minpathlength 4",
          Line("", "24", "9696969696:12 969696969696:12")},
-        {"C methane", "-minpathlength 1", "methane\t0\t\n"},
         {"N[C@@H](C)CO\n[H][C@](N)(C)CO\nN[C@H](C)CO", "-weightbylength false -maxpathlength 1",
          right + right + left},
         {"N[C@@H](C)CO", "-weightbylength false -maxpathlength 1 -stereoaware false",
@@ -58,10 +57,12 @@ TEST_F(VseprProgramTest, Fingerprints) {
   EXPECT_EQ(longer.out, Output({"vsepr", "two.smi"}));
   EXPECT_EQ(Lines(longer.err).size(), 1U) << longer.err;
 
-  // An index is that of the record's atom, also behind a hydrogen that was an atom.
-  EXPECT_EQ(Vsepr("[H]C#N a\x01z\nC(C b\n[Na+] c\n", "-types"),
-            "a z\t1\tC\t8\tCH1:PrimarySp1\t8\tCH1:PrimarySp1\n"
-            "a z\t2\tN\t20\tN:PrimarySp1\t20\tN:PrimarySp1\n"
+  // An index is that of the record's atom; equal neighbours make no configuration.
+  EXPECT_EQ(Vsepr("[H][C@](F)(F)C a\x01z\nC(C b\n[Na+] c\n", "-types"),
+            "a z\t1\tC\t12\tCH1:TertiarySp3\t12\tCH1:TertiarySp3\n"
+            "a z\t2\tF\t143\tF:PrimarySp3\t143\tF:PrimarySp3\n"
+            "a z\t3\tF\t143\tF:PrimarySp3\t143\tF:PrimarySp3\n"
+            "a z\t4\tC\t6\tCH3:PrimarySp3\t6\tCH3:PrimarySp3\n"
             "b\t\t\t\t\t\t\nc\t0\tNa\t165\tINVALID\t201\tINVALID\n");
 }
 
