@@ -140,6 +140,39 @@ TEST(CanonicalSmiles, TellsStereoisomersApartAndNothingElse) {
   EXPECT_TRUE(cases.eof());
 }
 
+TEST(CanonicalSmiles, OmitsTheConfigurationsThatCanBeCleared) {
+  const auto numDrawn = [](const ZQMol& mol) {
+    std::size_t count = 0;
+    for (auto atom = mol.GetAtoms(); atom; ++atom) count += atom->GetStereo() != ZQAtomStereo::None;
+    for (auto bond = mol.GetBonds(); bond; ++bond) count += bond->GetStereo() != ZQBondStereo::None;
+    return count;
+  };
+  std::vector<std::string> all = HardSmiles();
+  for (const char* more : {"C[C@H](C)O", "CC[C@H](CC)O", "C[N@](CC)CCC", "C[C@H]1CCC(C)CC1",
+                           "C[C@H]1CC[C@H](C)CC1", "C[C@H](O)[C@@H](O)[C@H](O)C",
+                           "C[C@H](O)[C@@H](O)[C@@H](O)C", "C/C(C)=C/F", "C[S@](=O)C"}) {
+    all.emplace_back(more);
+  }
+  for (const std::string& smiles : all) {
+    const std::string expected = ZQMolToCanonicalSmiles(ReadSmiles(smiles));
+    for (const bool hydrogens : {false, true}) {
+      ZQMol mol = ReadSmiles(smiles);
+      if (hydrogens) mol = WithHydrogens(mol);
+      for (int again = 0; again < 2; ++again) {
+        ZQClearUnrealStereo(mol);
+        EXPECT_EQ(ZQMolToCanonicalSmiles(mol), expected) << smiles;
+        EXPECT_EQ(numDrawn(mol), numDrawn(ReadSmiles(expected))) << smiles;
+        ZQFindRingAtomsAndBonds(mol);
+        ZQAssignAromaticFlags(mol, 2, true, 0, false);
+      }
+    }
+  }
+  ZQMol edited = "C[C@H](C)O"_mol;
+  edited.GetAtomAt(2)->SetIsotope(13);
+  ZQClearUnrealStereo(edited);
+  EXPECT_EQ(numDrawn(edited), 1U);
+}
+
 TEST(CanonicalSmiles, GivesOneTextToTheManyFormsOfAMolecule) {
   const struct {
     std::string text;

@@ -87,6 +87,9 @@ TEST_F(DocsTest, ExamplesRun) {
       {"explain",
        {"[C;h0](-[C;h3])(=[O;h0])-[O;h0]\n", "Tanimoto 0.385: 31 and 23 bits, 15 in both\n",
         "C0 alone  -0.084\n", "C10 shared +0.166\n"}},
+      {"vsepr",
+       {"1: 165 CH1:TertiarySp3:R\n", "molecules 0.288\n", "stereo  1.000\n",
+        "groups     0.489\n"}},
       {"application", {"Path,ver=2.0.0,size=4096,", "1000 hits by Tanimoto\n"}},
   };
   for (const fs::path& source : Sources({"docs/examples"}, ".cpp")) {

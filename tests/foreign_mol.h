@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -78,6 +79,11 @@ class ForeignAtom final : public ForeignItem<Quarnel::ZQAtomBase, Quarnel::ZQAto
   unsigned int GetMapIdx() const override { return mapIdx; }
   unsigned int GetImplicitHCount() const override { return hydrogens; }
   unsigned int GetHyb() const override { return hyb; }
+  unsigned int GetStereo(const std::vector<Quarnel::ZQAtomBase*>& neighbours,
+                         unsigned int stereoClass) const override {
+    return ownStereo ? ownStereo(neighbours, stereoClass)
+                     : ZQAtomBase::GetStereo(neighbours, stereoClass);
+  }
   unsigned int GetSymmetryClass() const override { return symmetryClass; }
   void SetFormalCharge(int value) override { Change(charge, value, foreignReadersOfValence); }
   void SetIsotope(unsigned int value) override {
@@ -95,6 +101,8 @@ class ForeignAtom final : public ForeignItem<Quarnel::ZQAtomBase, Quarnel::ZQAto
   }
 
   std::map<unsigned int, std::shared_ptr<ForeignBond>> bonds;  // shared by the two ends
+  /// The answer of another toolkit's own perception.
+  std::function<unsigned int(const std::vector<Quarnel::ZQAtomBase*>&, unsigned int)> ownStereo;
   unsigned int element = 0;
   int charge = 0;
   unsigned int isotope = 0;

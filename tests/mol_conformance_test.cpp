@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <map>
+#include <numeric>
 #include <tuple>
 
 #include "contract/quarnel/perception.h"
@@ -16,6 +17,8 @@
 
 namespace Quarnel {
 namespace {
+
+using Bostrel::ZQNot;
 
 template <class Mol>
 class MolConformanceTest : public testing::Test {};
@@ -101,6 +104,67 @@ TYPED_TEST(MolConformanceTest, IndicesAndEdits) {
     EXPECT_FALSE(mol);
     mol.Clear();
     EXPECT_TRUE(mol.IsValid());
+  }
+}
+
+TYPED_TEST(MolConformanceTest, ParentsAndNeighbours) {
+  TypeParam mol;
+  Fill(mol, "[H]C(=O)N(C)->[Cu]"_mol, true);
+  TypeParam other;
+  Fill(other, mol, false);
+  for (const ZQMolBase* parent : std::initializer_list<const ZQMolBase*>{&mol, &other}) {
+    for (auto atom = parent->GetAtoms(); atom; ++atom) EXPECT_EQ(atom->GetParent(), parent);
+    for (auto bond = parent->GetBonds(); bond; ++bond) EXPECT_EQ(bond->GetParent(), parent);
+  }
+  std::vector<unsigned int> valences;
+  std::vector<unsigned int> neighbours;
+  for (auto atom = mol.GetAtoms(ZQNot(ZQIsHydrogen())); atom; ++atom) {
+    valences.push_back(atom->GetHvyValence());
+    for (auto heavy = atom->GetAtoms(ZQNot(ZQIsHydrogen())); heavy; ++heavy) {
+      neighbours.push_back(heavy->GetAtomicNum());
+    }
+  }
+  EXPECT_EQ(valences, (std::vector<unsigned int>{3, 2, 2, 1, 0}));
+  EXPECT_EQ(neighbours, (std::vector<unsigned int>{8, 7, 6, 6, 6, 29, 7, 7}));
+}
+
+TYPED_TEST(MolConformanceTest, AConfigurationInAnyOrderOfNeighbours) {
+  // Seen from the first atom of the text, the others turn counterclockwise.
+  for (const char* smiles :
+       {"F[C@](Cl)(Br)I", "[H][C@](Cl)(Br)I", "[C@H](Cl)(Br)I", "[S@](F)(=O)C"}) {
+    TypeParam mol;
+    Fill(mol, ReadSmiles(smiles), true);
+    ZQAtomBase* centre = nullptr;
+    for (auto atom = mol.GetAtoms(); atom; ++atom) {
+      if (atom->GetStereo() != ZQAtomStereo::None) centre = &*atom;
+    }
+    std::vector<ZQAtomBase*> list;
+    for (auto atom = centre->GetAtoms(); atom; ++atom) list.push_back(&*atom);
+    const bool isComplete = list.size() == 4;
+    std::vector<std::size_t> order(list.size());
+    std::iota(order.begin(), order.end(), 0);
+    do {
+      std::vector<ZQAtomBase*> ordered;
+      for (const std::size_t i : order) ordered.push_back(list[i]);
+      unsigned int swaps = isComplete ? 0 : 1;  // a missing first ligand is moved to the end
+      for (std::size_t i = 0; i < order.size(); ++i) {
+        swaps += static_cast<unsigned int>(
+            std::count_if(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(i),
+                          [&](std::size_t earlier) { return earlier > order[i]; }));
+      }
+      const unsigned int expected = swaps % 2 == 0 ? 3 : 2;
+      EXPECT_EQ(centre->GetStereo(ordered, 57), expected) << smiles;
+      EXPECT_EQ(centre->GetStereo(ordered, 58), 0U);
+      ordered.pop_back();
+      EXPECT_EQ(centre->GetStereo(ordered, 57), isComplete ? expected : 0U) << smiles;
+      ordered.push_back(ordered.front());
+      EXPECT_EQ(centre->GetStereo(ordered, 57), 0U) << smiles;
+      ordered.back() = centre;
+      EXPECT_EQ(centre->GetStereo(ordered, 57), 0U) << smiles;
+    } while (std::ranges::next_permutation(order).found);
+    EXPECT_EQ(list[0]->GetStereo({centre}, 57), 0U);
+    centre->SetStereo(ZQAtomStereo::None);
+    EXPECT_EQ(centre->GetStereo(list, 57), 0U);
   }
 }
 

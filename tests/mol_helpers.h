@@ -130,6 +130,13 @@ inline Quarnel::ZQMol WithHydrogens(const Quarnel::ZQMolBase& mol) {
   for (unsigned int i = 0; i < heavy; ++i) {
     Quarnel::ZQAtomBase* atom = full.GetAtomAt(i);
     if (!atom) continue;
+    // The hydrogen of a centre moves from the first place to the last.
+    const bool isTurned = atom->GetImplicitHCount() == 1 && atom->GetDegree() == 4;
+    if (isTurned && atom->GetStereo() != Quarnel::ZQAtomStereo::None) {
+      atom->SetStereo(atom->GetStereo() == Quarnel::ZQAtomStereo::Clockwise
+                          ? Quarnel::ZQAtomStereo::CounterClockwise
+                          : Quarnel::ZQAtomStereo::Clockwise);
+    }
     for (; atom->GetImplicitHCount() != 0; atom->SetImplicitHCount(atom->GetImplicitHCount() - 1)) {
       full.NewBond(atom, full.NewAtom(1), 1);
     }

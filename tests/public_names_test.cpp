@@ -328,6 +328,46 @@ const bool databases[] = {
     Has<MMapOutputFile, bool(In, U64)>({&MMapOutputFile::Open}),
 };
 
+// VSEPR fingerprints.
+using Vsepr = const ZQVseprFingerprint&;
+using VseprOf = ZQVseprFingerprint(Vsepr) const;
+#define TYPE_FUNCTIONS(space)                                                          \
+  Has<U(U)>({&space::GetAtomicNumber, &space::GetHeavyDegree, &space::GetHeavyValence, \
+             &space::GetHydrogenCount, &space::GetLPCount, &space::GetDegree,          \
+             &space::GetValence}),                                                     \
+      Has<int(U)>({&space::GetCharge}), Has<bool(U)>({&space::GetAromatic}),           \
+      Has<Text(U)>({&space::GetName}), Has<U(In)>({&space::GetType}),                  \
+      Has<U(const ZQAtomBase&)>({&space::GetType}),                                    \
+      Has<ZQUnaryPredicate<ZQAtomBase>*(U)>({&space::CreatePredicate})
+const bool vsepr[] = {
+    TYPE_FUNCTIONS(VSEPRAroType),
+    TYPE_FUNCTIONS(VSEPRAroStereoType),
+    Has<U(U)>({&VSEPRAroStereoType::GetStereo}),
+    Has<ZQVseprFingerprint, void(Mol, ZQVseprOptions)>({&ZQVseprFingerprint::Setup}),
+    Has<ZQVseprFingerprint, void(const ZQAtomBase&, ZQVseprOptions)>({&ZQVseprFingerprint::Setup}),
+    Has<ZQVseprFingerprint, void(const ZQBondBase&, ZQVseprOptions)>({&ZQVseprFingerprint::Setup}),
+    Has<ZQVseprFingerprint, double() const>({&ZQVseprFingerprint::GetVolume}),
+    Has<ZQVseprFingerprint, double(Vsepr) const>({&ZQVseprFingerprint::GetTanimoto}),
+    Has<ZQVseprFingerprint, ZQVseprFingerprint(double) const>({&ZQVseprFingerprint::Scale}),
+    Has<ZQVseprFingerprint, VseprOf>({&ZQVseprFingerprint::operator|, &ZQVseprFingerprint::operator&,
+                                      &ZQVseprFingerprint::operator+}),
+    Has<ZQVseprFingerprint, bool(Vsepr) const>({&ZQVseprFingerprint::operator<}),
+    Has<double(Vsepr, Vsepr)>({&ZQGetTanimoto}),
+    Has<double(Vsepr, Vsepr, double, double)>({&ZQGetTversky}),
+    Has<void(ZQMolBase&, ZQVseprOptions)>({&ZQPrepVsepr}),
+    Has<void(ZQAtomBase&, ZQVseprOptions)>({&ZQPrepVsepr}),
+    Has<void(ZQBondBase&, ZQVseprOptions)>({&ZQPrepVsepr}),
+    Has<double(Mol, Mol, double)>({&ZQGetVseprTanimoto}),
+    Has<double(const ZQAtomBase&, const ZQAtomBase&, double)>({&ZQGetVseprTanimoto}),
+    Has<double(const ZQBondBase&, const ZQBondBase&, double)>({&ZQGetVseprTanimoto}),
+};
+#undef TYPE_FUNCTIONS
+static_assert(
+    areDerived<ZQUnaryPredicate<ZQAtomBase>, VSEPRAroType::ZQIsType,
+               VSEPRAroStereoType::ZQIsType> &&
+    areDerived<ZQBinaryFunction<ZQVseprFingerprint, ZQVseprFingerprint, double, true, true>,
+               ZQGetVseprTanimotoFxn>);
+
 // The command line, and the library itself.
 using Space = const ZQNamespaceInterface*();
 const bool library[] = {
@@ -356,7 +396,7 @@ const bool library[] = {
 
 TEST(PublicNames, FunctionsAreLinked) {
   const std::initializer_list<std::span<const bool>> tables = {
-      molecule, system, types, generators, explanations, measures, databases, library};
+      molecule, system, types, generators, explanations, measures, databases, vsepr, library};
   for (const std::span<const bool> table : tables) {
     for (const bool isLinked : table) EXPECT_TRUE(isLinked);
   }

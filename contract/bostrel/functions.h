@@ -41,6 +41,7 @@ class ZQCopyPtr {
 };
 
 /// The negation of a condition, of which it holds a copy: `ZQNot(ZQIsHydrogen())`.
+/// `ZQNot(ZQNot(p))` is a copy of `ZQNot(p)`, as with any class whose arguments are deduced.
 template <class T>
 class ZQNot final : public ZQUnaryPredicate<T> {
  public:
