@@ -204,7 +204,7 @@ ZQVseprOptions GetVseprOptions(const ZQInterface& interface) {
       .SetWeightByLength(interface.Get<bool>("-weightbylength"))
       .SetStereoAware(interface.Get<bool>("-stereoaware"));
   if (options.GetMaxPathLength() > mostAtoms) {
-    ZQVseprFingerprint(ZQMol(), options);  // warns, here in place of at each record
+    ZQVseprFingerprint().Setup(ZQMol(), options);  // warns once, in place of at each record
     options.SetMaxPathLength(mostAtoms);
   }
   return options;
