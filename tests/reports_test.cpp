@@ -70,8 +70,6 @@ class ReportsTest : public ProgramFixture {
     EXPECT_TRUE(json.IsObject());
     return json;
   }
-
-  WorkFolder folder;
 };
 
 TEST_F(ReportsTest, PatternsOfOneMolecule) {
