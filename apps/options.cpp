@@ -196,16 +196,15 @@ bool IsAnyVseprOptionSet(const ZQInterface& interface, const std::string& reason
 }
 
 ZQVseprOptions GetVseprOptions(const ZQInterface& interface) {
-  constexpr unsigned int mostAtoms = 8;  // of a path; a byte each in its key
   ZQVseprOptions options;
   options.SetMaxPathLength(static_cast<unsigned int>(interface.Get<int>("-maxpathlength")))
       .SetMinPathLength(static_cast<unsigned int>(interface.Get<int>("-minpathlength")))
       .SetForcePathsOut(interface.Get<bool>("-forcepathsout"))
       .SetWeightByLength(interface.Get<bool>("-weightbylength"))
       .SetStereoAware(interface.Get<bool>("-stereoaware"));
-  if (options.GetMaxPathLength() > mostAtoms) {
+  if (options.GetMaxPathLength() > ZQVseprFingerprint::MaxAtoms) {
     ZQVseprFingerprint().Setup(ZQMol(), options);  // warns once, in place of at each record
-    options.SetMaxPathLength(mostAtoms);
+    options.SetMaxPathLength(ZQVseprFingerprint::MaxAtoms);
   }
   return options;
 }

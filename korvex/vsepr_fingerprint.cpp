@@ -19,7 +19,7 @@ namespace {
 
 using PathCounts = ZQVseprFingerprint::PathCounts;
 
-constexpr unsigned int maxAtoms = 8;  // a key has a byte for each
+constexpr unsigned int maxAtoms = ZQVseprFingerprint::MaxAtoms;
 
 // ---- Making a fingerprint
 

@@ -75,6 +75,8 @@ class ZQ_EXPORT ZQVseprFingerprint {
   /// Keys in ascending order, each once, with their weights. The first atom's type is the lowest
   /// byte of a key.
   using PathCounts = std::vector<std::pair<std::uint64_t, double>>;
+  /// The greatest number of atoms in a path: a key has a byte for each.
+  static constexpr unsigned int MaxAtoms = 8;
 
   /// An empty fingerprint with default options; so is one that was moved from.
   ZQVseprFingerprint();

@@ -71,14 +71,8 @@ TEST_F(VseprProgramTest, TheSameFromSmilesAndSdfWithHydrogens) {
   std::string smi;
   std::string sdf;
   for (const std::string& smiles : SampleSmiles()) {
-    ZQMol mol = ReadSmiles(smiles);
-    for (unsigned int i = 0, heavy = mol.GetMaxAtomIdx(); i < heavy; ++i) {
-      unsigned int hydrogens = mol.GetAtomAt(i)->GetImplicitHCount();
-      mol.GetAtomAt(i)->SetImplicitHCount(0);
-      for (; hydrogens != 0; --hydrogens) mol.NewBond(mol.GetAtomAt(i), mol.NewAtom(1), 1);
-    }
     smi += smiles + " title\n";
-    sdf += ToMolfile(mol, true) + "$$$$\n";
+    sdf += ToMolfile(WithHydrogens(ReadSmiles(smiles)), true) + "$$$$\n";
   }
   EXPECT_EQ(Vsepr(smi, "-stereoaware false"), Vsepr(sdf, "-stereoaware false", "some.sdf"));
 }
