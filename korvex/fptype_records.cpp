@@ -1,73 +1,66 @@
 #include "korvex/fptype_records.h"
 
-#include <array>
-
+#include "korvex/fptype_records_local.h"
 #include "korvex/fptypes.h"
 
 namespace ZQKorvex {
 
-namespace {
+bool ZQHasFPTypeRecord(unsigned int fptype) {
+  const ZQFPKind* kind = ZQFindFPKind(fptype);
+  return kind && !kind->IsUnhashed();
+}
 
-using IdBytes = std::array<unsigned char, 8>;
-
-bool WriteType(zqostream& out, const ZQFingerPrint& fp, unsigned int fptype) {
+bool ZQWriteFPTypeRecord(zqostream& out, const ZQFingerPrint& fp, unsigned int fptype) {
   const ZQFPKind& kind = *ZQFindFPKind(fptype);
   if (!kind.HasParams()) return true;
   const ZQFPTypeBase* type = fp.GetFPTypeBase();
   if (!ZQ_ASSERT(type && type->GetFPType() == kind.number && type->GetVersion() == kind.version)) {
     return false;
   }
-  IdBytes bytes;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    bytes[i] = static_cast<unsigned char>(type->GetID() >> (8 * i));
-  }
-  return ZQ_io_write_binary(out, bytes.data(), bytes.size());
+  const std::uint64_t id = type->GetID();
+  return ZQ_io_write_binary(out, &id, sizeof id, 1);
 }
 
-bool ReadType(zqistream& in, unsigned short version, ZQFingerPrint& fp, unsigned int fptype) {
+bool ZQReadFPTypeRecord(zqistream& in, unsigned short version, ZQFingerPrint& fp,
+                        unsigned int fptype) {
   if (!ZQ_ASSERT(!fp)) return false;
+  const ZQFPKind& kind = *ZQFindFPKind(fptype);
   std::uint64_t id = 0;
-  if (ZQFindFPKind(fptype)->HasParams()) {
-    IdBytes bytes;
-    if (!ZQ_io_read_binary(in, bytes.data(), bytes.size())) return false;
-    for (std::size_t i = 0; i < bytes.size(); ++i) id |= std::uint64_t{bytes[i]} << (8 * i);
-  }
-  fp.SetFPTypeBase(ZQFindFPKind(fptype)->intern(version, id));
+  if (kind.HasParams() && !ZQ_io_read_binary(in, &id, sizeof id, 1)) return false;
+  fp.SetFPTypeBase(kind.intern(version, id));
   return true;
 }
 
-}  // namespace
-
 bool ZQWritePathFingerPrintType(zqostream& out, const ZQFingerPrint& fp) {
-  return WriteType(out, fp, ZQFPType::Path);
+  return ZQWriteFPTypeRecord(out, fp, ZQFPType::Path);
 }
 bool ZQWriteCircularFingerPrintType(zqostream& out, const ZQFingerPrint& fp) {
-  return WriteType(out, fp, ZQFPType::Circular);
+  return ZQWriteFPTypeRecord(out, fp, ZQFPType::Circular);
 }
 bool ZQWriteTreeFingerPrintType(zqostream& out, const ZQFingerPrint& fp) {
-  return WriteType(out, fp, ZQFPType::Tree);
+  return ZQWriteFPTypeRecord(out, fp, ZQFPType::Tree);
 }
 bool ZQWriteLingoFingerPrintType(zqostream& out, const ZQFingerPrint& fp) {
-  return WriteType(out, fp, ZQFPType::Lingo);
+  return ZQWriteFPTypeRecord(out, fp, ZQFPType::Lingo);
 }
 bool ZQWriteMACCSFingerPrintType(zqostream& out, const ZQFingerPrint& fp) {
-  return WriteType(out, fp, ZQFPType::MACCS166);
+  return ZQWriteFPTypeRecord(out, fp, ZQFPType::MACCS166);
 }
 
 bool ZQReadPathFingerPrintType(zqistream& in, unsigned short version, ZQFingerPrint& fp) {
-  return ReadType(in, version, fp, ZQFPType::Path);
+  return ZQReadFPTypeRecord(in, version, fp, ZQFPType::Path);
 }
 bool ZQReadCircularFingerPrintType(zqistream& in, unsigned short version, ZQFingerPrint& fp) {
-  return ReadType(in, version, fp, ZQFPType::Circular);
+  return ZQReadFPTypeRecord(in, version, fp, ZQFPType::Circular);
 }
 bool ZQReadTreeFingerPrintType(zqistream& in, unsigned short version, ZQFingerPrint& fp) {
-  return ReadType(in, version, fp, ZQFPType::Tree);
+  return ZQReadFPTypeRecord(in, version, fp, ZQFPType::Tree);
 }
 bool ZQReadLingoFingerPrintType(zqistream& in, unsigned short version, ZQFingerPrint& fp) {
-  return ReadType(in, version, fp, ZQFPType::Lingo);
+  return ZQReadFPTypeRecord(in, version, fp, ZQFPType::Lingo);
 }
 bool ZQReadMACCSFingerPrintType(zqistream& in, unsigned short version, ZQFingerPrint& fp) {
-  return ReadType(in, version, fp, ZQFPType::MACCS166);
+  return ZQReadFPTypeRecord(in, version, fp, ZQFPType::MACCS166);
 }
 
 }  // namespace ZQKorvex

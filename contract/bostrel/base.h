@@ -19,6 +19,12 @@ namespace Bostrel {
 ZQ_EXPORT unsigned int ZQGetTag(const std::string& name);
 inline unsigned int ZQGetTag(unsigned int number) { return number; }
 
+/// The name of a number that the other form returned; empty for any other.
+ZQ_EXPORT std::string ZQGetTagName(unsigned int tag);
+
+/// The smallest number of a tag name.
+inline constexpr unsigned int ZQFirstNamedTag = 65536;
+
 /// One datum: its tag and its value.
 struct ZQBaseData {
   unsigned int tag;

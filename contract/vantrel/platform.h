@@ -52,6 +52,11 @@ inline bool ZQ_io_write_binary(zqostream& out, const void* data, std::size_t byt
       out.write(static_cast<const char*>(data), static_cast<std::streamsize>(bytes)));
 }
 
+/// The same for `count` numbers of `size` bytes, which are little-endian in the stream.
+ZQ_EXPORT bool ZQ_io_read_binary(zqistream& in, void* data, std::size_t size, std::size_t count);
+ZQ_EXPORT bool ZQ_io_write_binary(zqostream& out, const void* data, std::size_t size,
+                                  std::size_t count);
+
 /// Processors that this process may run on, at least 1.
 ZQ_EXPORT unsigned int ZQGetNumProcessors();
 

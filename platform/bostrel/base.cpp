@@ -8,13 +8,35 @@
 
 namespace Bostrel {
 
+namespace {
+
+struct Tags {
+  std::mutex mutex;
+  std::map<std::string, unsigned int> numbers;
+  std::vector<std::string> names;
+};
+
+Tags& GetTags() {
+  static Tags tags;
+  return tags;
+}
+
+}  // namespace
+
 unsigned int ZQGetTag(const std::string& name) {
-  constexpr unsigned int firstNamedTag = 65536;
-  static std::mutex mutex;
-  static std::map<std::string, unsigned int> tags;
-  const std::lock_guard<std::mutex> lock(mutex);
-  return tags.try_emplace(name, firstNamedTag + static_cast<unsigned int>(tags.size()))
-      .first->second;
+  Tags& tags = GetTags();
+  const std::lock_guard<std::mutex> lock(tags.mutex);
+  const auto next = ZQFirstNamedTag + static_cast<unsigned int>(tags.names.size());
+  const auto [entry, isNew] = tags.numbers.try_emplace(name, next);
+  if (isNew) tags.names.push_back(name);
+  return entry->second;
+}
+
+std::string ZQGetTagName(unsigned int tag) {
+  Tags& tags = GetTags();
+  const std::lock_guard<std::mutex> lock(tags.mutex);
+  const unsigned int place = tag - ZQFirstNamedTag;  // wraps for a smaller number
+  return place < tags.names.size() ? tags.names[place] : std::string();
 }
 
 void ZQBase::AddData(unsigned int tag, std::any value) {

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <chrono>
 #include <ext/stdio_filebuf.h>
@@ -64,6 +65,28 @@ bool zqifstream::ReadLine(std::string& line, std::size_t limit) {
     line += static_cast<char>(c);
   }
   return false;
+}
+
+bool ZQ_io_read_binary(zqistream& in, void* data, std::size_t size, std::size_t count) {
+  if (!ZQ_io_read_binary(in, data, size * count)) return false;
+  if constexpr (std::endian::native == std::endian::big) {
+    auto* bytes = static_cast<char*>(data);
+    for (std::size_t i = 0; i < count; ++i) std::reverse(bytes + i * size, bytes + (i + 1) * size);
+  }
+  return true;
+}
+
+bool ZQ_io_write_binary(zqostream& out, const void* data, std::size_t size, std::size_t count) {
+  if constexpr (std::endian::native == std::endian::little) {
+    return ZQ_io_write_binary(out, data, size * count);
+  }
+  const auto* bytes = static_cast<const char*>(data);
+  for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t at = size; at-- != 0;) {
+      if (!ZQ_io_write_binary(out, bytes + i * size + at, 1)) return false;
+    }
+  }
+  return true;
 }
 
 unsigned int ZQGetNumProcessors() {
