@@ -328,6 +328,27 @@ const bool databases[] = {
     Has<MMapOutputFile, bool(In, U64)>({&MMapOutputFile::Open}),
 };
 
+// Stored fingerprints.
+const bool stored[] = {
+    Has<bool(ZQBinaryIOHandlerBase&)>({&ZQInitFingerPrintHandlers}),
+    Has<bool(zqmolstreambase&)>({&ZQInitFingerPrintHandlers}),
+    Has<bool(bool (*)(ZQBinaryIOHandlerBase&))>({&ZQRegisterZQBInitializer}),
+    Has<bool(zqostream&, In)>({&ZQBWriteTag}),
+    Has<bool(zqistream&, Text&)>({&ZQBReadTag}),
+    Has<bool(zqostream&, std::uint64_t)>({&ZQBWriteDataLength}),
+    Has<bool(zqistream&, std::uint64_t&)>({&ZQBReadDataLength}),
+    Has<bool(zqistream&, ZQFingerPrint&)>({&ZQReadBitVector}),
+    Has<bool(zqistream&, void*, std::size_t, std::size_t)>({&ZQ_io_read_binary}),
+    Has<bool(zqostream&, const void*, std::size_t, std::size_t)>({&ZQ_io_write_binary}),
+    Has<bool(ZQBinaryIOHandlerBase&, In)>({&ZQInstallGenericDataHandler<ZQFingerPrint>}),
+    Has<bool(zqostream&, Fp, const ZQBinaryIOHandlerBase&)>({&ZQBinaryWrite<ZQFingerPrint>}),
+};
+static_assert(areDerived<ZQWriteFxn<ZQFingerPrint>, ZQFingerPrintWriteFxn> &&
+              areDerived<ZQReadFxn<ZQFingerPrint>, ZQFingerPrintReadFxn> &&
+              sizeof(ZQBaseZQBReadFxn<ZQFingerPrint>) != 0 &&
+              sizeof(ZQBaseZQBWriteFxn<ZQFingerPrint>) != 0 &&
+              sizeof(ZQBaseDataT<ZQFingerPrint>) != 0);
+
 // VSEPR fingerprints.
 using Vsepr = const ZQVseprFingerprint&;
 using VseprOf = ZQVseprFingerprint(Vsepr) const;
@@ -396,7 +417,8 @@ const bool library[] = {
 
 TEST(PublicNames, FunctionsAreLinked) {
   const std::initializer_list<std::span<const bool>> tables = {
-      molecule, system, types, generators, explanations, measures, databases, vsepr, library};
+      molecule, system,    types,  generators, explanations,
+      measures, databases, stored, vsepr,      library};
   for (const std::span<const bool> table : tables) {
     for (const bool isLinked : table) EXPECT_TRUE(isLinked);
   }
