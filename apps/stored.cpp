@@ -1,0 +1,119 @@
+#include "apps/stored.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "apps/molecules.h"
+#include "apps/threads.h"
+#include "contract/bostrel/strings.h"
+
+namespace KorvexProgram {
+
+namespace {
+
+constexpr const char* titleTag = "ZQTitle";
+
+}  // namespace
+
+bool IsStoredName(const std::string& filename) {
+  std::string extension = ZQFileExtension(filename);
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return extension == "zqb";
+}
+
+bool StoredReader::Open(const std::string& filename) {
+  filename_ = filename;
+  std::string cause;
+  if (file_.Open(filename, &cause)) return true;
+  ZQThrow.Error("cannot read %s: %s", filename.c_str(), cause.c_str());
+  return false;
+}
+
+bool StoredReader::Read(StoredFingerPrint& stored) {
+  stored.title.clear();
+  while (file_.peek() != zqifstream::traits_type::eof()) {
+    const auto begin = static_cast<long long>(file_.tellg());
+    ZQUnknownZQBData other;
+    stored.fp = ZQFingerPrint();
+    const unsigned int status = ZQBinaryRead(file_, stored.fp, handler_, &other);
+    if (status == ZQBStatus::NoHandler) {
+      if (other.tag == titleTag) stored.title = std::move(other.bytes);
+      continue;
+    }
+    count_ += status != ZQBStatus::NoTag;
+    if (status == ZQBStatus::Ok && stored.fp) return true;
+    if (status == ZQBStatus::Ok) {
+      ZQThrow.Warning("fingerprint %lu of %s: left out", count_, filename_.c_str());
+    } else {
+      ZQThrow.Warning("%s: the record at byte %lld is damaged", filename_.c_str(), begin);
+    }
+    stored.title.clear();
+    if (!file_ || status == ZQBStatus::NoTag) return false;
+  }
+  return false;
+}
+
+bool ReadStored(std::vector<StoredFingerPrint>& all, const std::string& filename) {
+  all.clear();
+  StoredReader reader;
+  if (!reader.Open(filename)) return false;
+  std::size_t count = 0;
+  for (StoredFingerPrint stored; reader.Read(stored);) {
+    ++count;
+    const bool isSame =
+        all.empty() || all.front().fp.GetFPTypeBase() == stored.fp.GetFPTypeBase();
+    if (isSame) {
+      all.push_back(std::move(stored));
+    } else {
+      ZQThrow.Warning("fingerprint %zu of %s is of another type than the first: left out", count,
+                      filename.c_str());
+    }
+  }
+  if (all.empty()) ZQThrow.Error("%s holds no fingerprints", filename.c_str());
+  return !all.empty();
+}
+
+std::size_t WriteStored(const std::string& filename, const ZQMolDatabase& molecules,
+                        const std::string& moleculeFile, const ZQFPTypeBase* type,
+                        unsigned int numThreads) {
+  constexpr std::size_t perBatch = 4096;  // enough to keep threads busy between two writes
+  const PartialFile partial(filename);
+  std::ofstream out(partial.GetName(), std::ios::binary);
+  const ZQBinaryIOHandler handler;
+  std::vector<ZQFingerPrint> fps;
+  std::size_t written = 0;
+  for (std::size_t first = 0; first < molecules.GetMaxMolIdx() && out; first += fps.size()) {
+    fps.assign(std::min<std::size_t>(perBatch, molecules.GetMaxMolIdx() - first), ZQFingerPrint());
+    OnThreads(numThreads, [&](auto next) {
+      ZQMol mol;
+      for (std::size_t i = next(); i < fps.size(); i = next()) {
+        const auto record = static_cast<unsigned int>(first + i);
+        if (!molecules.GetMolecule(mol, record)) continue;
+        MakeFingerPrint(fps[i], mol, type,
+                        "record " + std::to_string(record + 1) + " of " + moleculeFile);
+      }
+    });
+    for (std::size_t i = 0; i < fps.size(); ++i) {
+      if (!fps[i]) continue;  // has a message
+      ZQBWriteRecord(out, {titleTag, molecules.GetTitle(static_cast<unsigned int>(first + i))});
+      ZQBinaryWrite(out, fps[i], handler);
+      ++written;
+    }
+  }
+  out.close();
+  if (!out) {
+    ZQThrow.Error("cannot write %s: %s", filename.c_str(), std::strerror(errno));
+    return 0;
+  }
+  if (written == 0) {
+    ZQThrow.Error("%s holds no molecule that could be used", moleculeFile.c_str());
+  } else if (!partial.Rename()) {
+    return 0;
+  }
+  return written;
+}
+
+}  // namespace KorvexProgram

@@ -1,0 +1,51 @@
+#pragma once
+
+/// Files of the binary container with fingerprints and their molecules' titles: for each molecule a
+/// record "ZQTitle", the text of its title, and a record "ZQFingerPrint". Records of other tags are
+/// skipped.
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "apps/output.h"
+#include "contract/bostrel/zqb.h"
+#include "contract/quarnel/moldatabase.h"
+#include "korvex/fingerprint.h"
+
+namespace KorvexProgram {
+
+/// Whether the name ends in ".zqb", in upper or lower case.
+bool IsStoredName(const std::string& filename);
+
+struct StoredFingerPrint {
+  std::string title;
+  ZQFingerPrint fp;
+};
+
+/// Reads a file from one fingerprint to the next.
+class StoredReader {
+ public:
+  /// False after a message.
+  bool Open(const std::string& filename);
+  /// The next fingerprint with a type; false at the end. Each damaged record has a message.
+  bool Read(StoredFingerPrint& stored);
+
+ private:
+  std::string filename_;
+  zqifstream file_;
+  ZQBinaryIOHandler handler_;
+  std::uint64_t count_ = 0;  // fingerprints so far, damaged ones included
+};
+
+/// Reads all fingerprints of a file, which have to be of one type; those of another type than the
+/// first have a message and are left out. Without any, after a message, `fps` is empty.
+bool ReadStored(std::vector<StoredFingerPrint>& all, const std::string& filename);
+
+/// Makes the fingerprints of a molecule file, on that many threads, and writes them. A record
+/// without one has a message and is left out. Returns their number; 0, and no file, after a message.
+std::size_t WriteStored(const std::string& filename, const ZQMolDatabase& molecules,
+                        const std::string& moleculeFile, const ZQFPTypeBase* type,
+                        unsigned int numThreads);
+
+}  // namespace KorvexProgram
