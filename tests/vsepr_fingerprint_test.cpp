@@ -335,10 +335,12 @@ TEST(Vsepr, ObjectsWithAHistory) {
   CapturedReports reports;
   const ZQMol large = ReadSmiles(Repeated("C(N)(=O)S", 400));
   largestRequest = 1 << 15;
-  fp.Setup(large, {});
+  fp.Setup(large, Counted(false));
   largestRequest = std::numeric_limits<std::size_t>::max();
   EXPECT_EQ(reports.Take(), Texts{"ZQVseprFingerprint : out of memory"});
   EXPECT_EQ(fp.GetPathCounts(), PathCounts());
+  EXPECT_EQ(fp.GetTanimoto(Make("CCO", Counted(false))), 0.0);  // comparable like any other
+  EXPECT_EQ(reports.Take(), Texts());
   fp.Setup("CCO"_mol, Counted());
   EXPECT_EQ(fp.GetPathCounts(), before);
 }
