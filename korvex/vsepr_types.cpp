@@ -313,7 +313,8 @@ constexpr std::array<std::uint8_t, size> NoRows() {
 // By atomic number.
 constexpr std::array<std::uint8_t, 54> elementPlaces = [] {
   auto places = NoRows<54>();
-  for (std::uint8_t i = 0; i < std::size(elements); ++i) places[elements[i].atomicNumber] = i;
+  std::uint8_t place = 0;
+  for (const Element& element : elements) places[element.atomicNumber] = place++;
   return places;
 }();
 
