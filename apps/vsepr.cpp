@@ -46,7 +46,7 @@ void Configure(ZQInterface& interface) {
 
 // ---- lists
 
-// Appends "key:weight key:weight". Most weights equal the one before them.
+// Appends "key:weight key:weight" to a line that ends in a tab. Most weights equal the one before.
 void AppendPairs(std::string& text, const ZQVseprFingerprint::PathCounts& counts) {
   std::string weightText;
   char digits[17] = {' '};
