@@ -36,11 +36,12 @@ int RunVsepr(const ZQInterface& interface) {
   const ZQVseprOptions options = GetVseprOptions(interface);
   ZQVseprFingerprint fps[2];
   for (int i = 0; i < 2; ++i) {
+    const auto argument = interface.Get<std::string>(arguments[i]);
     ZQMol mol;
-    if (!ReadFirst(mol, interface.Get<std::string>(arguments[i]))) return BadInput;
-    PrepareForVsepr(mol);
-    fps[i].Setup(mol, options);
-    if (NumErrors() != 0) return BadInput;  // too little memory
+    if (!ReadFirst(mol, argument) || !CheckAtoms(mol, argument) ||
+        !MakeFingerPrint(fps[i], mol, options)) {
+      return BadInput;
+    }
   }
   const auto& [a, b] = fps;
   const double tversky =

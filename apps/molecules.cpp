@@ -6,7 +6,6 @@
 #include "apps/options.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
-#include "korvex/vsepr_fingerprint.h"
 
 namespace KorvexProgram {
 
@@ -58,17 +57,29 @@ bool MoleculeArgument::GetMolecule(ZQMol& mol, unsigned int idx) const {
   return true;
 }
 
+bool CheckAtoms(const ZQMolBase& mol, const std::string& where) {
+  if (!mol) ZQThrow.Error("%s: a molecule without atoms has no fingerprint", where.c_str());
+  return static_cast<bool>(mol);
+}
+
+bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
+                     const std::string& where) {
+  if (!CheckAtoms(mol, where)) return false;
+  if (ZQMakeFP(fp, mol, type)) return true;
+  ZQThrow.Error("%s: no fingerprint", where.c_str());
+  return false;
+}
+
 void PrepareForVsepr(ZQMol& mol) {
   ZQSuppressHydrogens(mol);
   ZQPrepareForVsepr(mol);
 }
 
-bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
-                     const std::string& where) {
-  if (mol && ZQMakeFP(fp, mol, type)) return true;
-  ZQThrow.Error("%s: %s", where.c_str(),
-                mol ? "no fingerprint" : "a molecule without atoms has no fingerprint");
-  return false;
+bool MakeFingerPrint(ZQVseprFingerprint& fp, ZQMol& mol, const ZQVseprOptions& options) {
+  const unsigned int numErrors = NumErrors();
+  PrepareForVsepr(mol);
+  fp.Setup(mol, options);
+  return NumErrors() == numErrors;
 }
 
 }  // namespace KorvexProgram

@@ -8,6 +8,7 @@
 #include "contract/quarnel/graphmol.h"
 #include "contract/quarnel/moldatabase.h"
 #include "korvex/fingerprint.h"
+#include "korvex/vsepr_fingerprint.h"
 
 namespace KorvexProgram {
 
@@ -33,11 +34,16 @@ class MoleculeArgument {
   bool isFile_ = false;
 };
 
-/// Suppresses hydrogens and perceives what VSEPR types and fingerprints read.
-void PrepareForVsepr(ZQMol& mol);
+/// False, after a message that names the molecule by `where`, if it has no atoms.
+bool CheckAtoms(const ZQMolBase& mol, const std::string& where);
 
 /// Makes the fingerprint of a molecule; false after a message that names it by `where`.
 bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
                      const std::string& where);
+
+/// Suppresses hydrogens and perceives what VSEPR types and fingerprints read.
+void PrepareForVsepr(ZQMol& mol);
+/// The same, then makes the fingerprint; false after an error if there is too little memory.
+bool MakeFingerPrint(ZQVseprFingerprint& fp, ZQMol& mol, const ZQVseprOptions& options);
 
 }  // namespace KorvexProgram

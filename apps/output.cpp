@@ -47,9 +47,9 @@ std::string Decimals(double number, int decimals) {
   return text;
 }
 
-std::string ShortestNumber(double number) {
-  char text[32];
-  return {text, std::to_chars(std::begin(text), std::end(text), number).ptr};
+void AppendShortest(std::string& text, double number) {
+  char digits[32];
+  text.append(digits, std::to_chars(std::begin(digits), std::end(digits), number).ptr);
 }
 
 std::string ValidUtf8(const std::string& text) {
@@ -125,10 +125,11 @@ bool WriteFile(const std::string& name, const std::string& text) {
   return write(partial.GetName().c_str()) && partial.Rename();
 }
 
-std::uint64_t QueriesPerPass(std::uint64_t hitsPerQuery) {
+std::uint64_t QueriesPerPass(std::uint64_t limit, std::uint64_t records, unsigned int lists) {
   constexpr std::uint64_t mostQueries = 256;
   constexpr std::uint64_t mostHits = std::uint64_t{1} << 22;
-  return std::clamp<std::uint64_t>(mostHits / hitsPerQuery, 1, mostQueries);
+  const std::uint64_t hits = limit == 0 ? records : std::min(limit * lists, records);
+  return std::clamp<std::uint64_t>(mostHits / std::max<std::uint64_t>(hits, 1), 1, mostQueries);
 }
 
 void AddHitFormat(ZQInterface& interface) {
@@ -144,34 +145,35 @@ HitWriter::HitWriter(const ZQInterface& interface)
   if (json_) std::fputc('[', stdout);
 }
 
-void HitWriter::Write(const Hit& hit) {
+HitWriter::~HitWriter() {
+  if (json_) std::fputs("\n]\n", stdout);
+}
+
+void HitWriter::Write(unsigned int query, unsigned int rank, const ZQSimScore& hit,
+                      const std::string& title, const std::string& smiles) {
   if (!json_) {
-    std::printf("%u\t%u\t%s\t%" PRIu64 "\t%s\t%s\n", hit.query, hit.rank,
-                Decimals(hit.score, 6).c_str(), hit.index, TsvField(hit.title).c_str(),
-                TsvField(hit.smiles).c_str());
+    std::printf("%u\t%u\t%s\t%" PRIu64 "\t%s\t%s\n", query, rank,
+                Decimals(hit.GetScore(), 6).c_str(), hit.GetIdx(), TsvField(title).c_str(),
+                TsvField(smiles).c_str());
     return;
   }
   JsonWriter writer;
   writer.Object([&] {
     writer.Key("query");
-    writer.Number(hit.query);
+    writer.Number(query);
     writer.Key("rank");
-    writer.Number(hit.rank);
+    writer.Number(rank);
     writer.Key("score");
-    writer.Number(hit.score, 6);
+    writer.Number(hit.GetScore(), 6);
     writer.Key("index");
-    writer.Number(hit.index);
+    writer.Number(hit.GetIdx());
     writer.Key("title");
-    writer.Text(hit.title);
+    writer.Text(title);
     writer.Key("smiles");
-    writer.Text(hit.smiles);
+    writer.Text(smiles);
   });
   std::printf("%s\n%s", first_ ? "" : ",", std::string(writer.Get()).c_str());
   first_ = false;
-}
-
-void HitWriter::Finish() const {
-  if (json_) std::fputs("\n]\n", stdout);
 }
 
 }  // namespace KorvexProgram

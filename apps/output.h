@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "apps/command.h"
 #include "korvex/fingerprint.h"
+#include "korvex/fpdatabaseoptions.h"
 
 namespace KorvexProgram {
 
@@ -20,8 +22,8 @@ std::string FingerPrintField(const ZQFingerPrint& fp);
 /// The number with that many decimals.
 std::string Decimals(double number, int decimals);
 
-/// The number in the shortest form that reads back as the same double.
-std::string ShortestNumber(double number);
+/// Appends the number in the shortest form that reads back as the same double.
+void AppendShortest(std::string& text, double number);
 
 /// The text as UTF-8 that is legal in XML, but for control characters: each byte that isn't part of
 /// a valid sequence, or is of the noncharacters U+FFFE and U+FFFF, becomes U+FFFD.
@@ -54,19 +56,9 @@ class PartialFile {
 /// pipe is written directly. False after an error that names the file and the cause.
 bool WriteFile(const std::string& name, const std::string& text);
 
-/// A hit of a search, with the data that identify its molecule.
-struct Hit {
-  unsigned int query;  ///< number of the query in its file, from 1
-  unsigned int rank;   ///< from 1
-  double score;
-  std::uint64_t index;  ///< record of the database, from 0
-  std::string title;
-  std::string smiles;
-};
-
-/// The number of queries that share one pass over the records, if each holds at most that many hits
-/// (at least 1) until its end.
-std::uint64_t QueriesPerPass(std::uint64_t hitsPerQuery);
+/// The number of queries that share one pass over the records. Until its end each query holds that
+/// many lists of at most `limit` hits, or of any number if it is 0; a record is in one of them.
+std::uint64_t QueriesPerPass(std::uint64_t limit, std::uint64_t records, unsigned int lists = 1);
 
 /// "-format" of `HitWriter`.
 void AddHitFormat(ZQInterface& interface);
@@ -75,11 +67,25 @@ void AddHitFormat(ZQInterface& interface);
 class HitWriter {
  public:
   explicit HitWriter(const ZQInterface& interface);
-  void Write(const Hit& hit);
-  /// Ends the array.
-  void Finish() const;
+  HitWriter(const HitWriter&) = delete;
+  HitWriter& operator=(const HitWriter&) = delete;
+  /// Ends the array, also where memory runs out.
+  ~HitWriter();
+  /// The hits of a query, best first. `query` is its number in its file, from 1; `molecules` has
+  /// the titles and SMILES of the records.
+  template <class Molecules>
+  void Write(unsigned int query, const std::vector<ZQSimScore>& hits, const Molecules& molecules) {
+    unsigned int rank = 0;
+    for (const ZQSimScore& hit : hits) {
+      Write(query, ++rank, hit, molecules.GetTitle(hit.GetIdx()),
+            molecules.GetSmiles(hit.GetIdx()));
+    }
+  }
 
  private:
+  void Write(unsigned int query, unsigned int rank, const ZQSimScore& hit, const std::string& title,
+             const std::string& smiles);
+
   bool json_;
   bool first_ = true;
 };

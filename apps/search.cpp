@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -137,31 +136,19 @@ int Run(const ZQInterface& interface) {
   SearchReport report(interface, options);
   bool reported = true;
   std::size_t answered = 0;
-  const std::uint64_t records = std::max<std::uint64_t>(ranker->NumFingerPrints(), 1);
-  const std::uint64_t hitsPerQuery =
-      options.GetLimit() == 0 ? records : std::min<std::uint64_t>(options.GetLimit(), records);
-  const std::uint64_t count = QueriesPerPass(hitsPerQuery);
+  const std::uint64_t count = QueriesPerPass(options.GetLimit(), ranker->NumFingerPrints());
   for (unsigned int next = 0; next < molecules.NumMolecules();) {
     const Queries queries = ReadQueries(molecules, *ranker, count, report.IsWanted(), next);
     const unsigned int numWarnings = NumWarnings();
     std::vector<ZQIter<ZQSimScore>> hitsOfAll = ranker->Rank(queries.fps);
-    if (NumWarnings() != numWarnings) {
-      writer.Finish();
-      return BadInput;  // too little memory
-    }
+    if (NumWarnings() != numWarnings) return BadInput;  // too little memory
     for (std::size_t i = 0; i < hitsOfAll.size(); ++i) {
       const std::vector<ZQSimScore> hits = Collected(std::move(hitsOfAll[i]));
-      unsigned int rank = 0;
-      for (const ZQSimScore& hit : hits) {
-        const std::uint64_t index = hit.GetIdx();
-        writer.Write({queries.numbers[i], ++rank, hit.GetScore(), index, ranker->GetTitle(index),
-                      ranker->GetSmiles(index)});
-      }
+      writer.Write(queries.numbers[i], hits, *ranker);
       reported = reported && (!report.IsWanted() || report.Add(queries.mols[i], hits, *ranker));
     }
     answered += hitsOfAll.size();
   }
-  writer.Finish();
   if (answered == 0 || !reported) return BadInput;
   return !report.IsWanted() || report.Write(ranker->GetFPTypeBase(), filename) ? Done : BadInput;
 }

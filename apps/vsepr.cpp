@@ -1,10 +1,11 @@
 #include <algorithm>
-#include <cinttypes>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <limits>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/molecules.h"
@@ -45,28 +46,40 @@ void Configure(ZQInterface& interface) {
 
 // ---- lists
 
+// Appends "key:weight key:weight" to a line that ends in a tab. Most weights equal the one before.
+void AppendPairs(std::string& text, const ZQVseprFingerprint::PathCounts& counts) {
+  std::string weightText;
+  char digits[17] = {' '};
+  double last = std::numeric_limits<double>::quiet_NaN();
+  for (const auto& [key, weight] : counts) {
+    if (weight != last) {
+      weightText = ':';
+      AppendShortest(weightText, weight);
+      last = weight;
+    }
+    for (int i = 1; i <= 16; ++i) digits[i] = "0123456789abcdef"[key >> (64 - 4 * i) & 0xF];
+    const int separator = text.back() == '\t' ? 1 : 0;  // none before the first
+    text.append(digits + separator, std::end(digits)).append(weightText);
+  }
+}
+
 int PrintFingerprints(const ZQMolDatabase& molecules, const ZQVseprOptions& options) {
   unsigned int made = 0;
   ZQMol mol;
   ZQVseprFingerprint fp;
+  std::string line;
   for (unsigned int i = 0; i < molecules.GetMaxMolIdx(); ++i) {
-    std::string volume;
-    std::string pairs;
-    if (molecules.GetMolecule(mol, i)) {
-      PrepareForVsepr(mol);
-      fp.Setup(mol, options);
-      if (NumErrors() != 0) return BadInput;  // too little memory
-      volume = ShortestNumber(fp.GetVolume());
-      for (const auto& [key, weight] : fp.GetPathCounts()) {
-        char digits[17];
-        std::snprintf(digits, sizeof digits, "%016" PRIx64, key);
-        pairs.append(pairs.empty() ? "" : " ").append(digits);
-        pairs.append(":").append(ShortestNumber(weight));
-      }
+    line = TsvField(molecules.GetTitle(i)) + '\t';
+    if (molecules.GetMolecule(mol, i) && MakeFingerPrint(fp, mol, options)) {
+      AppendShortest(line, fp.GetVolume());
+      line += '\t';
+      AppendPairs(line, fp.GetPathCounts());
       ++made;
+    } else {
+      line += '\t';
     }
-    std::printf("%s\t%s\t%s\n", TsvField(molecules.GetTitle(i)).c_str(), volume.c_str(),
-                pairs.c_str());
+    line += '\n';
+    std::fwrite(line.data(), 1, line.size(), stdout);
   }
   return made != 0 ? Done : BadInput;
 }
@@ -113,23 +126,19 @@ class Ranking {
       : molecules_(molecules),
         vsepr_(vsepr),
         options_(options),
-        isUnreadable_(molecules.GetMaxMolIdx()) {
-    const auto records = molecules.GetMaxMolIdx();
-    limit_ = options.GetLimit() == 0 ? records : std::min(options.GetLimit(), records);
-  }
+        limit_(options.GetLimit() == 0 ? molecules.GetMaxMolIdx() : options.GetLimit()),
+        isUnreadable_(molecules.GetMaxMolIdx()) {}
 
-  // The most hits of a query that are held at a time: a list holds up to twice its limit, and each
-  // record is in the list of one thread.
-  std::uint64_t MostHits() const {
-    const std::uint64_t inLists = std::uint64_t{2} * limit_ * options_.GetNumProcessors();
-    return std::min<std::uint64_t>(inLists, isUnreadable_.size());
+  // A list holds up to twice its limit.
+  std::uint64_t NumQueriesPerPass() const {
+    return QueriesPerPass(limit_, isUnreadable_.size(), 2 * options_.GetNumProcessors());
   }
 
   // The hits of each query, best first.
   std::vector<HitList> Rank(const std::vector<ZQVseprFingerprint>& queries) {
-    // No score that equals the cutoff passes: no index is less than 0.
-    const ZQSimScore threshold(0, options_.HasCutoff() ? options_.GetCutoff() : 0.0);
-    const std::vector<HitList> none(queries.size(), HitList(limit_, IsBetter, threshold, 0));
+    const float cutoff = options_.HasCutoff() ? options_.GetCutoff() : 0.0F;
+    const ZQSimScore worst(0, -std::numeric_limits<double>::infinity());
+    const std::vector<HitList> none(queries.size(), HitList(limit_, IsBetter, worst, 0));
     std::vector<HitList> hitsOfAll = none;
     std::mutex mutex;
     OnThreads(options_.GetNumProcessors(), [&](auto next) {
@@ -137,11 +146,11 @@ class Ranking {
       ZQMol mol;
       ZQVseprFingerprint fp;
       for (std::size_t i = next(); i < isUnreadable_.size(); i = next()) {
-        if (!Read(mol, i)) continue;
-        PrepareForVsepr(mol);
-        fp.Setup(mol, vsepr_);
+        if (!Read(mol, i) || !MakeFingerPrint(fp, mol, vsepr_)) continue;
         for (std::size_t query = 0; query < queries.size(); ++query) {
-          hits[query].UpdateScores({i, Score(queries[query], fp)});
+          const double score = Score(queries[query], fp);
+          // As float, or a score of 0.7 would exceed the float 0.7.
+          if (static_cast<float>(score) > cutoff) hits[query].UpdateScores({i, score});
         }
       }
       const std::lock_guard lock(mutex);
@@ -187,7 +196,7 @@ int PrintHits(const ZQMolDatabase& molecules, const ZQVseprOptions& vsepr,
   if (!queries.Open(interface.Get<std::string>("-query"))) return BadInput;
 
   Ranking ranking(molecules, vsepr, options);
-  const std::uint64_t queriesPerPass = QueriesPerPass(ranking.MostHits());
+  const std::uint64_t queriesPerPass = ranking.NumQueriesPerPass();
   HitWriter writer(interface);
   bool isAnyAnswered = false;
   for (unsigned int next = 0; next < queries.NumMolecules();) {
@@ -195,28 +204,24 @@ int PrintHits(const ZQMolDatabase& molecules, const ZQVseprOptions& vsepr,
     std::vector<ZQVseprFingerprint> fps;
     ZQMol mol;
     while (next < queries.NumMolecules() && fps.size() < queriesPerPass) {
-      if (!queries.GetMolecule(mol, next++)) continue;
-      PrepareForVsepr(mol);
-      fps.emplace_back(mol, vsepr);
+      const bool read = queries.GetMolecule(mol, next++);
+      ZQVseprFingerprint fp;
+      if (!read || !CheckAtoms(mol, "query " + std::to_string(next)) ||
+          !MakeFingerPrint(fp, mol, vsepr)) {
+        continue;
+      }
+      fps.push_back(std::move(fp));
       numbers.push_back(next);
     }
     if (fps.empty()) break;
+    const unsigned int numErrors = NumErrors();
     const std::vector<HitList> hitsOfAll = ranking.Rank(fps);
-    if (NumErrors() != 0) {
-      writer.Finish();
-      return BadInput;  // too little memory
-    }
+    if (NumErrors() != numErrors) return BadInput;  // too little memory
     for (std::size_t i = 0; i < hitsOfAll.size(); ++i) {
-      unsigned int rank = 0;
-      for (const ZQSimScore& hit : hitsOfAll[i].GetItems()) {
-        const auto record = static_cast<unsigned int>(hit.GetIdx());
-        writer.Write({numbers[i], ++rank, hit.GetScore(), record, molecules.GetTitle(record),
-                      molecules.GetSmiles(record)});
-      }
+      writer.Write(numbers[i], hitsOfAll[i].GetItems(), molecules);
     }
     isAnyAnswered = ranking.IsAnyReadable();
   }
-  writer.Finish();
   return isAnyAnswered ? Done : BadInput;
 }
 

@@ -22,7 +22,7 @@ constexpr double leastPerSecond = 8000.0;  // from a file of drug-like molecules
 
 ZQVseprFingerprint::PathCounts Enumerate(const ZQMolBase& mol) {
   VseprReference reference(mol, {});
-  for (auto atom = mol.GetAtoms(ZQNot(ZQIsHydrogen())); atom; ++atom) reference.WalkFrom(*atom);
+  for (auto atom = mol.GetAtoms(ZQIsHeavy()); atom; ++atom) reference.WalkFrom(*atom);
   return reference.GetPathCounts();
 }
 

@@ -10,7 +10,8 @@ namespace ZQKorvex::VSEPRAroStereoType {
 
 namespace {
 constexpr ZQVseprTypes types{"VSEPRAroStereoType", Unknown};
-}
+constexpr std::size_t usualDegree = 4;
+}  // namespace
 
 unsigned int GetAtomicNumber(unsigned int type) {
   return types.GetRow("GetAtomicNumber", type).atomicNumber;
@@ -40,13 +41,16 @@ unsigned int GetType(const ZQAtomBase& atom) {
   unsigned int row = ZQFindVseprRow(atom);
   if (row == ZQNoVseprRow) return Unknown;
   // The neighbours by ascending type; equal ones in the order of their bonds.
-  std::vector<std::pair<unsigned int, ZQAtomBase*>> typed;
+  using Typed = std::pair<unsigned int, ZQAtomBase*>;
+  std::vector<Typed> typed;
+  typed.reserve(usualDegree);
   for (const ZQBondBase* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) {
     ZQAtomBase* neighbour = b->GetNbr(&atom);
-    typed.emplace_back(VSEPRAroType::GetType(*neighbour), neighbour);
+    const unsigned int type = VSEPRAroType::GetType(*neighbour);
+    typed.emplace(std::ranges::upper_bound(typed, type, {}, &Typed::first), type, neighbour);
   }
-  std::ranges::stable_sort(typed, {}, &std::pair<unsigned int, ZQAtomBase*>::first);
   std::vector<ZQAtomBase*> neighbours;
+  neighbours.reserve(typed.size());
   for (const auto& [type, neighbour] : typed) neighbours.push_back(neighbour);
   const unsigned int stereo = atom.GetStereo(neighbours, ZQStereoClass::Tetrahedral);
   const bool isAromatic = atom.IsAromatic();

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <span>
 
 #include "contract/quarnel/graphmol.h"
@@ -36,6 +37,28 @@ class ZQGetVseprType final : public ZQUnaryFunction<ZQAtomBase, unsigned int, tr
   bool stereoAware_;
 };
 
+// Sorts by one byte after another, from the lowest, which beats comparisons from some 128 pairs up.
+void SortByKey(PathCounts& counts) {
+  constexpr std::size_t worthwhile = 128;
+  if (counts.size() < worthwhile) {
+    std::ranges::sort(counts, {}, &PathCounts::value_type::first);
+    return;
+  }
+  const auto byteOf = [](std::uint64_t key, std::size_t place) {
+    return key >> (8 * place) & 0xff;
+  };
+  std::array<std::array<std::size_t, 256>, maxAtoms> places{};  // by byte: first counts
+  for (const auto& [key, weight] : counts) {
+    for (std::size_t i = 0; i < maxAtoms; ++i) ++places[i][byteOf(key, i)];
+  }
+  PathCounts sorted(counts.size());
+  for (std::size_t i = 0; i < maxAtoms; ++i) {
+    std::exclusive_scan(places[i].begin(), places[i].end(), places[i].begin(), std::size_t{0});
+    for (const auto& pair : counts) sorted[places[i][byteOf(pair.first, i)]++] = pair;
+    counts.swap(sorted);
+  }
+}
+
 /// The weights of paths by key, each the sum of its additions in their order: a hash table with
 /// linear probing over the places of the pairs.
 class PathWeights {
@@ -56,7 +79,7 @@ class PathWeights {
 
   /// Returns the pairs by ascending key.
   PathCounts Take() {
-    std::ranges::sort(counts_, {}, &PathCounts::value_type::first);
+    SortByKey(counts_);
     return std::move(counts_);
   }
 
@@ -279,9 +302,9 @@ void ZQVseprFingerprint::Setup(const ZQMolBase* mol, const ZQVseprOptions& optio
     ZQThrow.Warning("ZQVseprFingerprint : Setting maxPathLength, passed as %d, to the max of 8u",
                     static_cast<int>(options.GetMaxPathLength()));
   }
-  if (!ZQ_ASSERT(mol)) return;
   ZQGuardMemory("ZQVseprFingerprint", [&] {
-    impl_ = std::make_unique<Impl>(CountPaths(*mol, options, getStarts()), options);
+    impl_ = std::make_unique<Impl>(PathCounts(), options);  // what remains if memory runs out
+    if (ZQ_ASSERT(mol)) *impl_ = Impl(CountPaths(*mol, options, getStarts()), options);
     return true;
   });
 }

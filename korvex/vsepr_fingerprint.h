@@ -92,11 +92,13 @@ class ZQ_EXPORT ZQVseprFingerprint {
   /// Replaces the content by the paths from every heavy atom of the molecule, from one atom (also a
   /// hydrogen), or from the two ends of a bond. Paths never enter a hydrogen. Warns
   /// "ZQVseprFingerprint : Setting maxPathLength, passed as 20, to the max of 8u" above 8, and
-  /// reports an error if memory runs out; the fingerprint is then empty.
+  /// reports the error "ZQVseprFingerprint : out of memory" if memory runs out; the fingerprint is
+  /// then empty, with these options.
   ///
   /// The types are those of the molecule as it is if its aromaticity is perceived. Otherwise they
   /// are those of a copy made by `ZQPrepareForVsepr`; for many atoms of one molecule it is faster
-  /// to prepare it first. Time grows with the number of paths, about 10 us for a drug.
+  /// to prepare it first. Time grows with the number of paths: some 20 us for a prepared drug. That
+  /// of an atom or bond also grows with the molecule, all of whose atoms are typed.
   void Setup(const ZQMolBase& mol, ZQVseprOptions options);
   void Setup(const ZQAtomBase& atom, ZQVseprOptions options);
   void Setup(const ZQBondBase& bond, ZQVseprOptions options);

@@ -313,7 +313,8 @@ constexpr std::array<std::uint8_t, size> NoRows() {
 // By atomic number.
 constexpr std::array<std::uint8_t, 54> elementPlaces = [] {
   auto places = NoRows<54>();
-  for (std::uint8_t i = 0; i < std::size(elements); ++i) places[elements[i].atomicNumber] = i;
+  std::uint8_t place = 0;
+  for (const Element& element : elements) places[element.atomicNumber] = place++;
   return places;
 }();
 
@@ -405,12 +406,20 @@ unsigned int ZQFindVseprRow(const ZQAtomBase& atom) {
   if (atomicNumber >= elementPlaces.size()) return ZQNoVseprRow;
   const std::size_t element = elementPlaces[atomicNumber];
   if (element == ZQNoVseprRow) return ZQNoVseprRow;
-  const unsigned int heavyValence = atom.GetHvyValence();
-  if (heavyValence > maxHeavyValence) return ZQNoVseprRow;
-  const unsigned int heavyDegree = atom.GetHvyDegree();
-  if (heavyDegree > maxHeavyDegree) return ZQNoVseprRow;
-  const unsigned int hydrogenCount = atom.GetTotalHCount();
-  if (hydrogenCount > maxHydrogenCount) return ZQNoVseprRow;
+  // One pass in place of GetHvyValence, GetHvyDegree and GetTotalHCount, and a short one at the
+  // centre of a star, which each of its neighbours looks at too.
+  unsigned int heavyValence = 0;
+  unsigned int heavyDegree = 0;
+  unsigned int hydrogenCount = atom.GetImplicitHCount();
+  for (const ZQBondBase* b = atom.NextBond(nullptr); b; b = atom.NextBond(b)) {
+    if (b->GetNbr(&atom)->IsHydrogen()) {
+      ++hydrogenCount;
+    } else {
+      if (++heavyDegree > maxHeavyDegree) return ZQNoVseprRow;
+      heavyValence += b->GetOrder();
+    }
+  }
+  if (heavyValence > maxHeavyValence || hydrogenCount > maxHydrogenCount) return ZQNoVseprRow;
   const int charge = atom.GetFormalCharge();
   if (charge < minCharge || charge > maxCharge) return ZQNoVseprRow;
   return rowOfValues[IndexOf(element, heavyValence, heavyDegree, hydrogenCount, charge)];

@@ -167,6 +167,14 @@ TEST(CanonicalSmiles, OmitsTheConfigurationsThatCanBeCleared) {
       }
     }
   }
+  // Thousands at a time, beside a real one.
+  ZQMol many = ReadSmiles("F[C@H](Cl)" + Repeated("C([C@H]1CCCCC1)", 1000));
+  ZQClearUnrealStereo(many);
+  EXPECT_EQ(numDrawn(many), 1U);
+  ZQMol methyls = WithHydrogens("CC(F)O"_mol);
+  for (auto atom = methyls.GetAtoms(); atom; ++atom) atom->SetStereo(ZQAtomStereo::Clockwise);
+  ZQClearUnrealStereo(methyls);
+  EXPECT_EQ(numDrawn(methyls), 1U);
   ZQMol edited = "C[C@H](C)O"_mol;
   edited.GetAtomAt(2)->SetIsotope(13);
   ZQClearUnrealStereo(edited);

@@ -79,6 +79,7 @@ class ForeignAtom final : public ForeignItem<Quarnel::ZQAtomBase, Quarnel::ZQAto
   unsigned int GetMapIdx() const override { return mapIdx; }
   unsigned int GetImplicitHCount() const override { return hydrogens; }
   unsigned int GetHyb() const override { return hyb; }
+  using ForeignItem::GetStereo;
   unsigned int GetStereo(const std::vector<Quarnel::ZQAtomBase*>& neighbours,
                          unsigned int stereoClass) const override {
     return ownStereo ? ownStereo(neighbours, stereoClass)

@@ -97,7 +97,22 @@ TEST(Vsepr, EqualsDirectEnumeration) {
   ZQVseprFingerprint fp;
   std::size_t warnings = 0;
   std::size_t most = 0;
+  const auto check = [&](const auto& object, const ZQVseprOptions& options, const ZQMolBase& mol,
+                         const std::vector<const ZQAtomBase*>& starts) {
+    VseprReference reference(mol, options);
+    for (const ZQAtomBase* start : starts) reference.WalkFrom(*start);
+    const PathCounts expected = reference.GetPathCounts();
+    double volume = 0;
+    for (const auto& [key, weight] : expected) volume += weight;
+    fp.Setup(object, options);
+    ASSERT_EQ(fp.GetPathCounts(), expected);
+    ASSERT_EQ(fp.GetVolume(), volume);
+    ASSERT_EQ(fp.GetOptions().GetMaxPathLength(), options.GetMaxPathLength());
+    warnings += options.GetMaxPathLength() > 8;
+    most = std::max(most, expected.size());
+  };
   for (std::size_t i = 0; i < molecules.size(); ++i) {
+    SCOPED_TRACE(molecules[i]);
     ZQMol mol = ReadSmiles(molecules[i]);
     if (i % 2 == 0) mol = WithHydrogens(mol);
     ZQPrepareForVsepr(mol);
@@ -106,37 +121,16 @@ TEST(Vsepr, EqualsDirectEnumeration) {
     foreign.SetPerceived(ZQPerceived::Aromaticity, true);
     for (auto atom = foreign.GetAtoms(); atom; ++atom) atom->SetAromatic(false);
     for (const ZQMolBase* each :
-         {static_cast<const ZQMolBase*>(&mol), static_cast<const ZQMolBase*>(&foreign)}) {
+         {static_cast<ZQMolBase*>(&mol), static_cast<ZQMolBase*>(&foreign)}) {
+      std::vector<const ZQAtomBase*> heavy;
+      for (auto atom = each->GetAtoms(ZQIsHeavy()); atom; ++atom) heavy.push_back(&*atom);
       for (std::size_t k = i % 3; k < all.size(); k += i + 1 == molecules.size() ? 7 : 3) {
-        const ZQVseprOptions& options = all[k];
-        const auto check = [&](const VseprReference& reference) {
-          const PathCounts expected = reference.GetPathCounts();
-          double volume = 0;
-          for (const auto& [key, weight] : expected) volume += weight;
-          ASSERT_EQ(fp.GetPathCounts(), expected) << molecules[i] << " " << k;
-          ASSERT_EQ(fp.GetVolume(), volume);
-          ASSERT_EQ(fp.GetOptions().GetMaxPathLength(), options.GetMaxPathLength());
-          warnings += options.GetMaxPathLength() > 8;
-          most = std::max(most, expected.size());
-        };
-        VseprReference whole(*each, options);
-        for (auto atom = each->GetAtoms(ZQNot(ZQIsHydrogen())); atom; ++atom) whole.WalkFrom(*atom);
-        fp.Setup(*each, options);
-        check(whole);
+        check(*each, all[k], *each, heavy);
         for (auto atom = each->GetAtoms(); atom; ++atom) {
-          if (atom->GetIdx() % 7 > 1) continue;
-          VseprReference around(*each, options);
-          around.WalkFrom(*atom);
-          fp.Setup(*atom, options);
-          check(around);
+          if (atom->GetIdx() % 7 < 2) check(*atom, all[k], *each, {&*atom});
         }
-        if (auto bond = each->GetBonds()) {
-          VseprReference around(*each, options);
-          around.WalkFrom(*bond->GetBgn());
-          around.WalkFrom(*bond->GetEnd());
-          fp = ZQVseprFingerprint(*bond, options);
-          check(around);
-        }
+        const auto bond = each->GetBonds();
+        if (bond) check(*bond, all[k], *each, {bond->GetBgn(), bond->GetEnd()});
       }
     }
   }
@@ -209,30 +203,33 @@ TEST(Vsepr, MeasuresAndAlgebra) {
     EXPECT_TRUE(isLess);
   }
   EXPECT_EQ(ZQGetTanimoto(propane, propane), 1.0);
-  EXPECT_EQ(std::unique_ptr<ZQGetVseprTanimotoFxn>(ZQGetVseprTanimotoFxn().CreateCopy())
-                ->
-                operator()(propane, ethane),
-            ethane.GetTanimoto(propane));
+  const std::unique_ptr<ZQGetVseprTanimotoFxn> function(ZQGetVseprTanimotoFxn().CreateCopy());
+  EXPECT_EQ((*function)(propane, ethane), ethane.GetTanimoto(propane));
   EXPECT_EQ(empty.GetTanimoto(empty), 0.0);
   EXPECT_EQ(empty.GetTanimoto(ethane) + ethane.GetTanimoto(empty), 0.0);
   EXPECT_TRUE(std::isnan(ZQGetTversky(empty, empty, 1, 1)));
 
-  EXPECT_EQ((ethane & propane).GetPathCounts(), (PathCounts{{6, 2}}));
   const ZQVseprFingerprint half = ethane.Scale(0.5);
-  EXPECT_EQ(half.GetPathCounts(), (PathCounts{{6, 1}, {0x606, 1}}));
-  EXPECT_EQ(half.GetVolume(), 4.0);
-  EXPECT_DOUBLE_EQ(ZQGetTversky(half, half, 1, 1), 2.0 / (2 + 2 + 2));
-  EXPECT_EQ((half & propane).GetPathCounts(), (PathCounts{{6, 1}}));
-  EXPECT_EQ((propane & half).GetVolume(), 1.0);
   const PathCounts joined = {{6, 2}, {9, 1}, {0x606, 1}, {0x609, 2}, {0x906, 2}, {0x60906, 2}};
-  EXPECT_EQ((half | propane).GetPathCounts(), joined);
-  EXPECT_EQ((propane | half).GetVolume(), 10.0);
   PathCounts sum = joined;
   sum[0].second = 3;
-  EXPECT_EQ((half + propane).GetPathCounts(), sum);
-  EXPECT_EQ((half + half).GetVolume(), 4.0);
+  const struct {
+    ZQVseprFingerprint made;
+    PathCounts counts;
+    double volume;
+  } cases[] = {
+      {ethane & propane, {{6, 2}}, 2}, {half, {{6, 1}, {0x606, 1}}, 4},
+      {half & propane, {{6, 1}}, 1},   {propane & half, {{6, 1}}, 1},
+      {half | propane, joined, 10},    {propane | half, joined, 10},
+      {half + propane, sum, 11},       {half + half, {{6, 2}, {0x606, 2}}, 4},
+      {empty.Scale(2), {}, 0},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.made.GetPathCounts(), c.counts);
+    EXPECT_EQ(c.made.GetVolume(), c.volume);
+  }
+  EXPECT_DOUBLE_EQ(ZQGetTversky(half, half, 1, 1), 2.0 / (2 + 2 + 2));
   EXPECT_EQ(ethane.Scale(-1).GetTanimoto(ethane), (-2.0 - 2.0) / (2 + 2));
-  EXPECT_EQ(empty.Scale(2).GetPathCounts(), PathCounts());
 
   // Results have the default options; a sum with nothing is a copy.
   const ZQVseprOptions narrow = Counted().SetMaxPathLength(7);
@@ -307,15 +304,15 @@ TEST(Vsepr, StoredWithTheirObjects) {
   b.AddData(tag, Make("OCCN"));
   EXPECT_EQ(ZQGetVseprTanimoto(a, b, -1.0), 1.0);
 
-  ZQPrepVsepr(*a.GetAtomAt(0), {});
-  ZQPrepVsepr(*b.GetAtomAt(0), {});
-  EXPECT_EQ(ZQGetVseprTanimoto(*a.GetAtomAt(0), *b.GetAtomAt(0), -1.0),
-            ZQVseprFingerprint(*a.GetAtomAt(0), {}).GetTanimoto({*b.GetAtomAt(0), {}}));
-  EXPECT_EQ(ZQGetVseprTanimoto(*a.GetAtomAt(1), *b.GetAtomAt(0), -1.0), -1.0);
-  ZQPrepVsepr(*a.GetBondAt(0), {});
-  ZQPrepVsepr(*b.GetBondAt(0), {});
-  EXPECT_EQ(ZQGetVseprTanimoto(*a.GetBondAt(0), *b.GetBondAt(0), -1.0),
-            ZQVseprFingerprint(*a.GetBondAt(0), {}).GetTanimoto({*b.GetBondAt(0), {}}));
+  const auto checkOfKind = [](auto& first, auto& second) {
+    ZQPrepVsepr(first, {});
+    EXPECT_EQ(ZQGetVseprTanimoto(second, first, -1.0), -1.0);
+    ZQPrepVsepr(second, {});
+    EXPECT_EQ(ZQGetVseprTanimoto(first, second, -1.0),
+              ZQVseprFingerprint(first, {}).GetTanimoto({second, {}}));
+  };
+  checkOfKind(*a.GetAtomAt(0), *b.GetAtomAt(0));
+  checkOfKind(*a.GetBondAt(0), *b.GetBondAt(0));
 }
 
 TEST(Vsepr, ObjectsWithAHistory) {
@@ -335,10 +332,12 @@ TEST(Vsepr, ObjectsWithAHistory) {
   CapturedReports reports;
   const ZQMol large = ReadSmiles(Repeated("C(N)(=O)S", 400));
   largestRequest = 1 << 15;
-  fp.Setup(large, {});
+  fp.Setup(large, Counted(false));
   largestRequest = std::numeric_limits<std::size_t>::max();
   EXPECT_EQ(reports.Take(), Texts{"ZQVseprFingerprint : out of memory"});
   EXPECT_EQ(fp.GetPathCounts(), PathCounts());
+  EXPECT_EQ(fp.GetTanimoto(Make("CCO", Counted(false))), 0.0);  // comparable like any other
+  EXPECT_EQ(reports.Take(), Texts());
   fp.Setup("CCO"_mol, Counted());
   EXPECT_EQ(fp.GetPathCounts(), before);
 }

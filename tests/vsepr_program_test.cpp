@@ -36,7 +36,6 @@ TEST_F(VseprProgramTest, Fingerprints) {
   const std::string ethane =
       Line("e", "175.4272039836731", "06:109.19630006628847 0606:66.23090391738462");
   const std::string right = Line("", "5", "06:1 09:1 12:1 3e:1 a5:1");
-  const std::string left = Line("", "5", "06:1 09:1 12:1 3e:1 a6:1");
   for (const Texts& row :
        {Texts{"CC e\n[H]C([H])([H])C e\nC1CC a\x01z\n[H][H] h2\n", "",
               ethane + ethane + "a z\t\t\nh2\t0\t\n"},
@@ -47,14 +46,14 @@ TEST_F(VseprProgramTest, Fingerprints) {
         {"c1ccccc1", "-weightbylength false -forcepathsout false -minpathlength 4",
          Line("", "24", "9696969696:12 969696969696:12")},
         {"N[C@@H](C)CO\n[H][C@](N)(C)CO\nN[C@H](C)CO", "-weightbylength false -maxpathlength 1",
-         right + right + left},
+         right + right + Line("", "5", "06:1 09:1 12:1 3e:1 a6:1")},
         {"N[C@@H](C)CO", "-weightbylength false -maxpathlength 1 -stereoaware false",
          Line("", "5", "06:1 09:1 0c:1 12:1 3e:1")}}) {
     EXPECT_EQ(Vsepr(row[0], row[1]), row[2]);
   }
-  WriteFile(folder / "two.smi", "CCCCCCCCCC\nCCCCCCCCCO\n");
-  const RunResult longer = Korvex({"vsepr", "two.smi", "-maxpathlength", "20"});
-  EXPECT_EQ(longer.out, Output({"vsepr", "two.smi"}));
+  const std::string ofEight = Vsepr("CCCCCCCCCC\nCCCCCCCCCO\n", "");
+  const RunResult longer = Korvex({"vsepr", "some.smi", "-maxpathlength", "20"});
+  EXPECT_EQ(longer.out, ofEight);
   EXPECT_EQ(Lines(longer.err).size(), 1U) << longer.err;
 
   // An index is that of the record's atom; equal neighbours make no configuration.
@@ -91,8 +90,8 @@ TEST_F(VseprProgramTest, TiesAreListedInOrderForAnyNumberOfThreads) {
   }
   WriteFile(folder / "many.smi", file);
   for (const std::string threads : {"1", "4"}) {
-    const RunResult run = Korvex(
-        ZQStringTokenize("vsepr many.smi -query many.smi -limit 70 -threads " + threads, ' '));
+    const RunResult run =
+        Korvex({"vsepr", "many.smi", "-query", "many.smi", "-limit", "70", "-threads", threads});
     EXPECT_TRUE(run.exitCode == 0 && run.out == expected) << threads << run.out.substr(0, 9999);
     EXPECT_EQ(Lines(run.err).size(), 400U);  // each bad record once, as a query and as a record
   }
@@ -101,42 +100,43 @@ TEST_F(VseprProgramTest, TiesAreListedInOrderForAnyNumberOfThreads) {
 // Ethane and propane share two paths of one atom, 2 exp(4), of their volumes 2 exp(4) + 2 exp(3.5)
 // and 3 exp(4) + 4 exp(3.5) + 2 exp(3).
 TEST_F(VseprProgramTest, HitsAndPairs) {
-  WriteFile(folder / "some.smi", "CCC a\nF b\nCC c\n[H][H] d\n");
+  WriteFile(folder / "some.smi", "CCC a\nF b\nCC c\n[H][H] d\nF.F.F.F.F.F.F\n");
   WriteFile(folder / "few.smi", "[H][H]\nC\n");
   const std::string best = "1\t1\t1.000000\t2\tc\tCC\n";
-  for (const auto& [words, out] : std::vector<std::pair<std::string, std::string>>{
-           {"vsepr some.smi -query CC", best + "1\t2\t0.271189\t0\ta\tCCC\n"},
-           {"vsepr some.smi -query CC -cutoff 1", ""},
-           {"vsepr some.smi -query CC -simfunc Tversky -beta 0.25 -alpha 0.5 -cutoff -1 -limit 3",
-            best + "1\t2\t0.548396\t0\ta\tCCC\n1\t3\t0.000000\t1\tb\tF\n"},
-           {"vsepr some.smi -query CC -limit 1 -format json",
-            "[\n{\"query\":1,\"rank\":1,\"score\":1.000000,\"index\":2,\"title\":\"c\",\"smiles\":"
-            "\"CC\"}\n]\n"},
-           {"vsepr few.smi -query [H][H] -simfunc Tversky -cutoff -1", "1\t1\t0.000000\t1\t\tC\n"},
-           {"compare -fptype VSEPR CC CCC", "Tanimoto\t0.271189\nTversky\t0.595149\n"},
-           {"compare -fptype VSEPR [H][H] few.smi", "Tanimoto\t0.000000\nTversky\tnan\n"}}) {
-    EXPECT_EQ(Output(ZQStringTokenize(words, ' ')), out) << words;
+  for (const Texts& row :
+       {Texts{"vsepr some.smi -query CC", best + "1\t2\t0.271189\t0\ta\tCCC\n"},
+        {"vsepr some.smi -query CC -cutoff 1", ""},
+        {"vsepr some.smi -query F.F.F.F.F.F.F.F.F.F -weightbylength false -cutoff 0.7", ""},
+        {"vsepr some.smi -query CC -simfunc Tversky -beta 0.25 -alpha 0.5 -cutoff -1 -limit 3",
+         best + "1\t2\t0.548396\t0\ta\tCCC\n1\t3\t0.000000\t1\tb\tF\n"},
+        {"vsepr some.smi -query CC -limit 1 -format json",
+         "[\n{\"query\":1,\"rank\":1,\"score\":1.000000,\"index\":2,\"title\":\"c\",\"smiles\":"
+         "\"CC\"}\n]\n"},
+        {"vsepr few.smi -query [H][H] -simfunc Tversky -cutoff -1", "1\t1\t0.000000\t1\t\tC\n"},
+        {"compare -fptype VSEPR CC CCC", "Tanimoto\t0.271189\nTversky\t0.595149\n"},
+        {"compare -fptype VSEPR [H][H] few.smi", "Tanimoto\t0.000000\nTversky\tnan\n"}}) {
+    EXPECT_EQ(Output(ZQStringTokenize(row[0], ' ')), row[1]) << row[0];
   }
 }
 
 TEST_F(VseprProgramTest, BadInputAndBadUsage) {
   WriteFile(folder / "good.smi", "CCO\n");
   WriteFile(folder / "none.smi", "C1CC\nC(C\n");
+  WriteFile(folder / "void.sdf", "\n\n\n  0  0  0  0  0  0            999 V2000\nM  END\n");
   EXPECT_EQ(Korvex({"vsepr", "none.smi"}).exitCode, 1);
-  for (const auto& [words, exitCode, message] :
-       std::vector<std::tuple<std::string, int, std::string>>{
-           {"vsepr none.smi -query CC", 1, "record 2 of none.smi"},
-           {"compare C none.smi -fptype VSEPR", 1, "record 1 of none.smi"},
-           {"vsepr good.smi -types -stereoaware", 2, "-stereoaware is of no use with -types"},
-           {"vsepr good.smi -types -query C", 2, "-query is of no use with -types"},
-           {"vsepr good.smi -limit 3", 2, "-limit is of no use without -query"},
-           {"vsepr good.smi -query C -beta 0", 2, "-beta is of no use without -simfunc Tversky"},
-           {"compare C C -fptype VSEPR -numbits 512", 2,
-            "of no use for fingerprints of kind VSEPR"},
-           {"compare C C -forcepathsout", 2,
-            "-forcepathsout is of no use without -fptype VSEPR"}}) {
+  const auto fails = [&](const char* words, int exitCode, const char* message) {
     ExpectFailure(ZQStringTokenize(words, ' '), exitCode, message);
-  }
+  };
+  fails("vsepr none.smi -query CC", 1, "record 2 of none.smi");
+  fails("vsepr good.smi -query void.sdf", 1, "query 1: a molecule without atoms");
+  fails("compare C none.smi -fptype VSEPR", 1, "record 1 of none.smi");
+  fails("compare C void.sdf -fptype VSEPR", 1, "void.sdf: a molecule without atoms");
+  fails("vsepr good.smi -types -stereoaware", 2, "-stereoaware is of no use with -types");
+  fails("vsepr good.smi -types -query C", 2, "-query is of no use with -types");
+  fails("vsepr good.smi -limit 3", 2, "-limit is of no use without -query");
+  fails("vsepr good.smi -query C -beta 0", 2, "-beta is of no use without -simfunc Tversky");
+  fails("compare C C -fptype VSEPR -numbits 512", 2, "of no use for fingerprints of kind VSEPR");
+  fails("compare C C -forcepathsout", 2, "-forcepathsout is of no use without -fptype VSEPR");
 }
 
 }  // namespace

@@ -88,7 +88,8 @@ class ZQ_EXPORT ZQAtomBase : public Bostrel::ZQBase {
   /// isn't listed (an implicit hydrogen, a lone pair, or one neighbour left out) is the last.
   /// `None` if no configuration is drawn, for another class than `ZQStereoClass::Tetrahedral`, and
   /// unless the list has three or four neighbours, each once. A toolkit with more classes overrides
-  /// it.
+  /// it. A class that overrides only `GetStereo()` needs `using ZQAtomBase::GetStereo;`, or it
+  /// hides this one (-Woverloaded-virtual).
   virtual unsigned int GetStereo(const std::vector<ZQAtomBase*>& neighbours,
                                  unsigned int stereoClass) const;
   /// Implicit and explicit hydrogens together.

@@ -134,9 +134,10 @@ ZQ_EXPORT void ZQPerceiveChiral(ZQMolBase& mol, bool specifiedOnly);
 
 /// Clears drawn configurations that aren't real, as `ZQMolToCanonicalSmiles` omits them: those of
 /// atoms and double bonds that can't have one, and those whose opposite gives the same molecule
-/// because of equal neighbours, as in C[C@H](C)O. Keeps those where a bond of order 0 ends. Costs
-/// about as much as a canonical SMILES; nothing for a molecule without configurations. Faster if
-/// rings and aromaticity are perceived, and without hydrogen atoms.
+/// because of equal neighbours, as in C[C@H](C)O. Keeps those where a bond of order 0 ends;
+/// elsewhere neighbours that differ only by such bonds are equal. Costs about as much as a
+/// canonical SMILES; nothing for a molecule without configurations. Faster if rings and aromaticity
+/// are perceived, and without hydrogen atoms.
 ZQ_EXPORT void ZQClearUnrealStereo(ZQMolBase& mol);
 
 /// Symmetry classes from 1 up: two atoms share one only if an automorphism that preserves every

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 #include "platform/quarnel/molecule/mix_local.h"
@@ -51,6 +52,8 @@ bool CanonicalOrder::Find(const MolView& view, std::span<const unsigned int> par
     OrderParts(sizes);
     return true;
   }
+  FindUnrealAlone();
+  if (!unreal_.empty()) return false;
   Node root = node_;
   OrderParts(sizes);
   FindUnreal(root);
@@ -88,6 +91,17 @@ bool CanonicalOrder::HasLeafTwins(std::uint32_t atom) const {
   return HasTwins(view_->Edges(atom), none, [this](std::uint32_t a, std::uint32_t b) {
     return view_->atoms[a].degree == 1 && RankOf(a) == RankOf(b);
   });
+}
+
+// Finds the centres inverted by an automorphism that fixes the atoms of all. What becomes of the
+// others makes no difference to it, so that all can be cleared at once.
+void CanonicalOrder::FindUnrealAlone() {
+  const Node before = node_;
+  for (const StereoCentre& centre : before.undetermined) SetApart(centre);
+  search_.Spend(costOfTrial * view_->NumAtoms());
+  std::ranges::copy_if(before.undetermined, std::back_inserter(unreal_),
+                       [this](const StereoCentre& centre) { return CanTurn(centre); });
+  node_ = before;
 }
 
 // Finds the first centre by rank, among those undetermined by the cells of the root, that isn't
@@ -180,27 +194,38 @@ bool CanonicalOrder::IsReal(const StereoCentre& centre) {
   std::erase_if(node_.undetermined, [&](const StereoCentre& other) {
     return other.atom == centre.atom && other.bond == centre.bond;
   });
-  bool canTurn = false;
-  if (centre.IsBond()) {
-    const MolView::Bond& bond = view_->bonds[centre.bond];
-    SetApart(bond.bgn);
-    SetApart(bond.end);
-    search_.Watch(node_.undetermined, &centre);
-    canTurn = CanTurn(bond.bgn, bond.end) || CanTurn(bond.end, bond.bgn);
-  } else {
-    SetApart(centre.atom);
-    search_.Watch(node_.undetermined, &centre);
-    canTurn = CanTurn(centre.atom, none);
-  }
+  SetApart(centre);
+  SplitByDetermined();
+  const bool canTurn = CanTurn(centre);
   node_ = before;
   search_.Spend(costOfTrial * view_->NumAtoms());
   return !canTurn;
+}
+
+// Whether an automorphism inverts this configuration and no other. The centre has been set apart.
+bool CanonicalOrder::CanTurn(const StereoCentre& centre) {
+  if (search_.BudgetLeft() == 0) return false;
+  search_.Spend(view_->NumAtoms());
+  search_.Watch(node_.undetermined, &centre);
+  if (!centre.IsBond()) return CanTurn(centre.atom, none);
+  const MolView::Bond& bond = view_->bonds[centre.bond];
+  return CanTurn(bond.bgn, bond.end) || CanTurn(bond.end, bond.bgn);
 }
 
 bool CanonicalOrder::CanTurn(std::uint32_t around, std::uint32_t except) {
   return HasTwins(view_->Edges(around), except, [this](std::uint32_t a, std::uint32_t b) {
     return RankOf(a) == RankOf(b) && search_.Find(a, b);
   });
+}
+
+void CanonicalOrder::SetApart(const StereoCentre& centre) {
+  if (!centre.IsBond()) {
+    node_.partition.SetApart(*view_, centre.atom);
+    return;
+  }
+  const MolView::Bond& bond = view_->bonds[centre.bond];
+  node_.partition.SetApart(*view_, bond.bgn);
+  node_.partition.SetApart(*view_, bond.end);
 }
 
 void CanonicalOrder::SetApart(std::uint32_t atom) {

@@ -30,8 +30,9 @@ class CanonicalOrder {
   /// Orders the atoms of the view, which has no bonds of order 0 and must remain valid for later
   /// calls. `parts` numbers its components from 1 by atom index. Returns false if there are
   /// configurations that aren't real; ranks are then not usable. Reported are all that the ligands
-  /// of the atom or bond exclude; if there are none, one, the first by rank, since without it
-  /// others may become real.
+  /// of the atom or bond exclude; if there are none, all whose opposite gives the same molecule
+  /// with every other centre in its place; if there are none, one, the first by rank, since without
+  /// it others may become real.
   bool Find(const MolView& view, std::span<const unsigned int> parts, unsigned int numParts);
   std::span<const StereoCentre> Unreal() const { return unreal_; }
   std::uint32_t RankOf(std::uint32_t atom) const { return node_.partition.CellOf(atom); }
@@ -45,6 +46,7 @@ class CanonicalOrder {
 
   void FindCentres();
   bool HasLeafTwins(std::uint32_t atom) const;
+  void FindUnrealAlone();
   void FindUnreal(Node& root);
   void OrderParts(std::span<const std::uint32_t> sizes);
   void SplitByLargeValues();
@@ -53,7 +55,9 @@ class CanonicalOrder {
   void SplitByDetermined();
   bool SplitByDetermined(bool bonds);
   bool IsReal(const StereoCentre& centre);
+  bool CanTurn(const StereoCentre& centre);
   bool CanTurn(std::uint32_t around, std::uint32_t except);
+  void SetApart(const StereoCentre& centre);
   void SetApart(std::uint32_t atom);
   void OrderPart(std::uint32_t begin, std::uint32_t end);
   void GoDown(std::uint32_t begin, std::uint32_t end);

@@ -25,6 +25,31 @@ bool HasConfigurations(const ZQMolBase& mol) {
   return false;
 }
 
+// Whether the prepared copy says nothing about the atom's configuration.
+bool HasBondWithoutOrder(const ZQAtomBase& atom) {
+  const ZQBondBase* b = atom.NextBond(nullptr);
+  while (b && b->GetOrder() != 0) b = atom.NextBond(b);
+  return b != nullptr;
+}
+
+// Clears configurations that the copy has lost: those that aren't real, and those that went with
+// hydrogens, as of two on one atom.
+void ClearLost(ZQMolBase& mol, const ZQGraphMol& copy) {
+  for (unsigned int i = 0; i < mol.GetMaxAtomIdx(); ++i) {
+    ZQAtomBase* atom = mol.GetAtomAt(i);
+    if (!atom || atom->GetStereo() == ZQAtomStereo::None || HasBondWithoutOrder(*atom)) continue;
+    const ZQAtomBase* kept = copy.GetAtomAt(i);
+    if (!kept || kept->GetStereo() == ZQAtomStereo::None) atom->SetStereo(ZQAtomStereo::None);
+  }
+  for (unsigned int i = 0; i < mol.GetMaxBondIdx(); ++i) {
+    ZQBondBase* bond = mol.GetBondAt(i);
+    if (!bond || bond->GetStereo() == ZQBondStereo::None) continue;
+    if (HasBondWithoutOrder(*bond->GetBgn()) || HasBondWithoutOrder(*bond->GetEnd())) continue;
+    const ZQBondBase* kept = copy.GetBondAt(i);
+    if (!kept || kept->GetStereo() == ZQBondStereo::None) bond->SetStereo(ZQBondStereo::None);
+  }
+}
+
 }  // namespace
 
 bool IsPreparedForOrder(const ZQMolBase& mol) {
@@ -72,11 +97,11 @@ void ZQClearUnrealStereo(ZQMolBase& mol) {
   while (true) {
     const unsigned int numParts = ZQDetermineComponents(*current, parts);
     const MolView& view = workspace->Read(*current, MolView::Properties);
-    if (order->Find(view, parts, numParts)) return;
-    ClearUnreal(mol, view, order->Unreal());
-    if (current == &copy) ClearUnreal(copy, view, order->Unreal());
+    if (order->Find(view, parts, numParts)) break;
+    ClearUnreal(*current, view, order->Unreal());
     if (ZQHasExplicitHydrogens(*current)) PrepareForOrder(copy);
   }
+  if (current == &copy) ClearLost(mol, copy);
 }
 
 }  // namespace Quarnel
