@@ -157,12 +157,15 @@ ZQFingerPrint FPFromJSONStr(const std::string& text) {
     return fp;
   }
   if (end == 0) return fp;
+  const std::string typeString = text.substr(0, end);
   std::string fault;
-  const ZQFPTypeBase* type = ZQReadFPType(text.substr(0, end), &fault);
-  if (!fault.empty()) {
-    ZQThrow.Warning("FPFromJSONStr : invalid fingerprint type, %s", fault.c_str());
+  const ZQFPTypeBase* type = ZQReadFPType(typeString, &fault);
+  if (!type) {
+    if (!fault.empty()) fault.insert(0, ", ");
+    ZQThrow.Warning("FPFromJSONStr : invalid fingerprint type `%s`%s", typeString.c_str(),
+                    fault.c_str());
+    return fp;
   }
-  if (!type) return fp;
   fp.SetFPTypeBase(type);
   // The digits are of whole bytes.
   const unsigned int numbits = ZQGetFingerPrintSize(type);

@@ -37,11 +37,11 @@ ZQ_EXPORT bool FPFromBytes(ZQFingerPrint& fp, std::string_view bytes);
 /// The type string, a line feed, and the bits in hexadecimal digits (`ZQBitVector::ToHexString`). A
 /// line feed alone for a fingerprint without a type.
 ZQ_EXPORT std::string FPToJSONStr(const ZQFingerPrint& fp);
-/// The reverse, for any kind. A fingerprint whose type has a number of bits has that size, of
-/// another type a multiple of 8. Without a type are: a text without a line feed; one that begins
-/// with it; one whose type string isn't valid, after the warnings of `ZQGetFPType` or
-/// "FPFromJSONStr : invalid fingerprint type, %s"; one with other digits, which also has no bits,
-/// after the warning "FPFromJSONStr : the bits aren't pairs of hexadecimal digits".
+/// The reverse, for any kind. A fingerprint whose type has a number of bits has that size, any
+/// other a multiple of 8. A text without a line feed gives no type and no bits on, as does, after
+/// the warning "FPFromJSONStr : the bits aren't pairs of hexadecimal digits", one with other
+/// digits. An empty type string gives no type, as does, after the warnings of `ZQGetFPType` and
+/// "FPFromJSONStr : invalid fingerprint type `%s`%s", one that isn't valid or has an old version.
 ZQ_EXPORT ZQFingerPrint FPFromJSONStr(const std::string& text);
 
 }  // namespace ZQKorvex
@@ -109,7 +109,7 @@ ZQ_EXPORT ZQFieldTypeHandler* ZQInitFPFieldHandler();
 ZQ_EXPORT ZQFieldTypeHandler* ZQInitFPVecFieldHandler();
 
 /// Stores a copy of a fingerprint in a record, in place of an earlier value, also of another type.
-/// It is encoded when the record's bytes are read.
+/// It is encoded, with the error above where it can't be, when the record's bytes are read.
 ZQ_EXPORT void ZQSetFingerPrintValue(ZQRecord& record, ZQField<ZQFingerPrint>& field,
                                      const ZQFingerPrint& fp);
 

