@@ -155,6 +155,10 @@ TEST(FingerPrintField, BytesThatLieAreReported) {
     EXPECT_EQ(Described(fp), Described(ZQFingerPrint())) << row;
     EXPECT_EQ(reports.Take(), Texts{c.report}) << row;
   }
+  // After a length that lies no value is read, although there are bytes.
+  const std::string lie = Int(~1ULL) + Int(3);
+  ZQReadBuffer in(lie);
+  EXPECT_TRUE(in.ReadBlob().empty() && !in.IsValid() && in.ReadInt() == 0);
   // A type of an old version is read, and not written; bits beyond the size are dropped.
   ZQFingerPrint old;
   EXPECT_TRUE(FPFromBytes(old, typed(102, 0, id) + Int(1) + word));
