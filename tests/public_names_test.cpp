@@ -7,9 +7,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -349,6 +351,33 @@ static_assert(areDerived<ZQWriteFxn<ZQFingerPrint>, ZQFingerPrintWriteFxn> &&
               sizeof(ZQBaseZQBWriteFxn<ZQFingerPrint>) != 0 &&
               sizeof(ZQBaseDataT<ZQFingerPrint>) != 0);
 
+// Fields of records.
+using Bytes = std::string_view;
+using FieldType = ZQFieldType<ZQFingerPrint>;
+using VectorFieldType = ZQVectorFieldType<ZQFingerPrint>;
+using MaybeFps = VectorFieldType::OptionalValues;
+const bool fields[] = {
+    Has<ZQWriteBuffer, void(Bytes)>({&ZQWriteBuffer::WriteBlob}),
+    Has<ZQReadBuffer, Bytes(bool*)>({&ZQReadBuffer::ReadBlob}),
+    Has<ZQRecord, U(const ZQFieldBase&) const>({&ZQRecord::CheckField}),
+    Has<ZQRecord, bool(const ZQFieldBase&)>({&ZQRecord::DeleteField}),
+    Has<ZQRecord, void(const ZQFieldBase&, bool)>({&ZQRecord::MarkCacheDirty}),
+    Has<ZQFieldTypeHandler, Text(Bytes) const>(
+        {&ZQFieldTypeHandler::BytesToJSON, &ZQFieldTypeHandler::JSONToBytes}),
+    Has<bool(std::unique_ptr<ZQFieldTypeHandler>)>({&ZQRegisterFieldType}),
+    Has<bool(const JSONParseHelper&, In, std::vector<std::optional<Text>>&)>({&GetJSONArrayAttr}),
+    Has<Text(Bytes)>({&ZQQuoteJSON}),
+    Has<Text(Fp)>({&FieldType::ToBytes, &FieldType::Format, &FPToJSONStr}),
+    Has<bool(ZQFingerPrint&, Bytes)>({&FieldType::FromBytes, &FPFromBytes}),
+    Has<ZQFingerPrint(In)>({&FPFromJSONStr}),
+    Has<Text(const MaybeFps&)>({&VectorFieldType::ToBytes, &VectorFieldType::Format}),
+    Has<bool(MaybeFps&, Bytes)>({&VectorFieldType::FromBytes}),
+    Has<ZQFieldTypeHandler*()>({&ZQInitFPFieldHandler, &ZQInitFPVecFieldHandler}),
+    Has<void(ZQRecord&, ZQField<ZQFingerPrint>&, Fp)>({&ZQSetFingerPrintValue}),
+};
+static_assert(areDerived<ZQFieldTypeHandler, FieldType, VectorFieldType> &&
+              ZQFieldStatus::OtherType == 4);
+
 // VSEPR fingerprints.
 using Vsepr = const ZQVseprFingerprint&;
 using VseprOf = ZQVseprFingerprint(Vsepr) const;
@@ -417,8 +446,8 @@ const bool library[] = {
 
 TEST(PublicNames, FunctionsAreLinked) {
   const std::initializer_list<std::span<const bool>> tables = {
-      molecule, system,    types,  generators, explanations,
-      measures, databases, stored, vsepr,      library};
+      molecule,  system, types,  generators, explanations, measures,
+      databases, stored, fields, vsepr,      library};
   for (const std::span<const bool> table : tables) {
     for (const bool isLinked : table) EXPECT_TRUE(isLinked);
   }
