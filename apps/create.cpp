@@ -7,6 +7,7 @@
 #include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/output.h"
+#include "apps/stored.h"
 #include "contract/bostrel/dots.h"
 #include "contract/bostrel/strings.h"
 #include "korvex/fpfast.h"
@@ -18,12 +19,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* outputName = "OUT.fpbin|OUT.zqb";
+
 void Configure(ZQInterface& interface) {
   AddMoleculeFile(interface);
-  AddArgument(interface, "OUT.fpbin",
-              "The database to write; an existing one is replaced at the end");
+  AddArgument(interface, outputName,
+              "The database to write, or stored fingerprints; an existing file is replaced at the "
+              "end");
   AddThreads(interface);
-  AddTypeOptions(interface, Kinds::OfDatabases);
+  AddTypeOptions(interface, Kinds::OfFiles);
 }
 
 // Whether the file names its molecule file: a header has no room for a very long name, and a name
@@ -38,11 +42,15 @@ bool IsReadable(const std::string& filename, const std::string& moleculeFile) {
 
 int Run(const ZQInterface& interface) {
   const auto input = interface.Get<std::string>("MOLFILE");
-  const auto output = interface.Get<std::string>("OUT.fpbin");
-  const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::OfDatabases);
+  const auto output = interface.Get<std::string>(outputName);
+  const bool isStored = IsStoredName(output);
+  const ZQFPTypeBase* type =
+      GetTypeOption(interface, isStored ? Kinds::OfFiles : Kinds::OfDatabases);
   if (!type) return BadUsage;
-  if (ZQFileExtension(output) != "fpbin") {
-    ZQThrow.Error("'%s': the name of a database ends in .fpbin", output.c_str());
+  if (!isStored && ZQFileExtension(output) != "fpbin") {
+    ZQThrow.Error(
+        "'%s': the name of a database ends in .fpbin, that of stored fingerprints in .zqb",
+        output.c_str());
     return BadUsage;
   }
   if (access(output.c_str(), F_OK) == 0 &&
@@ -50,6 +58,7 @@ int Run(const ZQInterface& interface) {
     ZQThrow.Error("%s can't be written: it is a directory or write-protected", output.c_str());
     return BadInput;
   }
+  if (isStored) return WriteStored(output, input, type, GetThreads(interface));
   ZQCreateFastFPDatabaseOptions options(type);
   options.SetNumProcessors(GetThreads(interface));
   options.SetTracer(ZQDots(0, "molecules"));

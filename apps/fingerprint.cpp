@@ -4,6 +4,7 @@
 #include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/output.h"
+#include "apps/stored.h"
 
 namespace KorvexProgram {
 
@@ -11,6 +12,8 @@ namespace {
 
 void Configure(ZQInterface& interface) {
   AddMoleculeFile(interface);
+  interface.AddParameter({"-zqb", "", ZQParamType::String,
+                          "Writes the fingerprints with their titles to this file (.zqb) instead"});
   AddTypeOptions(interface, Kinds::All);
 }
 
@@ -18,6 +21,12 @@ int Run(const ZQInterface& interface) {
   const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
   if (!type) return BadUsage;
   const auto filename = interface.Get<std::string>("MOLFILE");
+  if (interface.IsSet("-zqb")) {
+    const auto output = interface.Get<std::string>("-zqb");
+    if (IsStoredName(output)) return WriteStored(output, filename, type, 1);
+    ZQThrow.Error("'%s': the name of stored fingerprints ends in .zqb", output.c_str());
+    return BadUsage;
+  }
   ZQMolDatabase molecules;
   if (!OpenMolecules(molecules, filename)) return BadInput;
   ZQMol mol;

@@ -51,7 +51,9 @@ bool IsAnySet(const ZQInterface& interface, std::span<const char* const> names,
 
 namespace {
 
-bool IsTaken(const ZQFPKind& kind, Kinds kinds) { return kinds == Kinds::All || kind.isStorable; }
+bool IsTaken(const ZQFPKind& kind, Kinds kinds) {
+  return kinds == Kinds::OfDatabases ? kind.isStorable : kinds == Kinds::All || !kind.IsUnhashed();
+}
 
 constexpr const char* optionNames[] = {"-fptype",      "-numbits",  "-mindistance",
                                        "-maxdistance", "-atomtype", "-bondtype"};
@@ -121,11 +123,11 @@ void AddTypeOptions(ZQInterface& interface, Kinds kinds, std::vector<std::string
   for (const char* name : parameterNames) {
     interface.FindParameter(name)->SetDefaultText(TellDefaults(name, kinds));
   }
-  if (kinds == Kinds::All) {
+  if (kinds != Kinds::OfDatabases) {
     const ZQNamespaceInterface& hashed = *ZQGetFPTypeNamespaceInterface();
     std::vector<std::string> further;
     for (const ZQFPKind& kind : ZQGetFPKinds()) {
-      if (!hashed.IsValid(kind.name)) further.emplace_back(kind.name);
+      if (!hashed.IsValid(kind.name) && IsTaken(kind, kinds)) further.emplace_back(kind.name);
     }
     std::ranges::move(furtherKinds, std::back_inserter(further));
     interface.FindParameter("-fptype")->SetLegalNames(hashed, std::move(further));
@@ -140,8 +142,8 @@ void AddTypeOptions(ZQInterface& interface, Kinds kinds, std::vector<std::string
 const ZQFPTypeBase* GetTypeOption(const ZQInterface& interface, Kinds kinds) {
   const ZQFPTypeBase* type =
       interface.IsSet("-type") ? GetTypeByText(interface) : GetTypeByOptions(interface);
-  const bool isTaken =
-      type && (kinds == Kinds::All || CheckFingerPrintType(type, "a database can't hold these:"));
+  const bool isTaken = type && (kinds != Kinds::OfDatabases ||
+                                CheckFingerPrintType(type, "a database can't hold these:"));
   return isTaken ? type : nullptr;
 }
 

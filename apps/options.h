@@ -28,6 +28,7 @@ unsigned int GetThreads(const ZQInterface& interface);
 /// The kinds of fingerprints that a command accepts.
 enum class Kinds {
   OfDatabases,  ///< the kinds of database files: path, circular and tree
+  OfFiles,      ///< those that a file of databases or of stored fingerprints can hold
   All
 };
 

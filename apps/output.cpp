@@ -36,7 +36,8 @@ std::string FingerPrintField(const ZQFingerPrint& fp) {
     return text;
   }
   if (fp.GetSize() == 0) return text;
-  text = reinterpret_cast<const char*>(fp.Words());
+  text.assign(reinterpret_cast<const char*>(fp.Words()), 8 * std::size_t{fp.NumWords()});
+  text.erase(std::min(text.find('\0'), text.size()));
   text.erase(text.find_last_not_of(' ') + 1);  // the padding of the unhashed kinds
   return text;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-/// The sources of a search's hits: a database file, or a molecule file, whose fingerprints are made
-/// in memory. Both are ranked by the options of the command line.
+/// The sources of a search's hits: a database file; and, in memory, a file of stored fingerprints,
+/// or a molecule file, whose fingerprints are made first. All are ranked by the options of the
+/// command line.
 
 #include <cstdint>
 #include <memory>
@@ -26,9 +27,11 @@ class Ranker {
 
   virtual const ZQFPTypeBase* GetFPTypeBase() const = 0;
   virtual std::uint64_t NumFingerPrints() const = 0;
-  /// Makes the fingerprint of a query; false after a message that names it by `where`.
-  virtual bool MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol,
-                         const std::string& where) const = 0;
+  /// Whether a fingerprint of this type can be a query; false after a message that names it by
+  /// `where`.
+  virtual bool CheckQuery(const ZQFingerPrint& /*fp*/, const std::string& /*where*/) const {
+    return true;
+  }
   /// The hits of each query, best first, with the index of their record. Without any, after a
   /// warning, if memory runs out.
   virtual std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const = 0;
@@ -42,15 +45,21 @@ class Ranker {
 };
 
 // Open a file. Null after a message, with the exit code in `exitCode`: an option that is of no use
-// with this file is bad usage.
+// with this file is bad usage. `queryType` is the type of stored queries, which the file must have;
+// null for molecules.
 
 std::unique_ptr<Ranker> OpenDatabaseRanker(const std::string& filename,
                                            const ZQInterface& interface,
-                                           const ZQFPDatabaseOptions& options, ExitCode& exitCode);
+                                           const ZQFPDatabaseOptions& options,
+                                           const ZQFPTypeBase* queryType, ExitCode& exitCode);
+std::unique_ptr<Ranker> OpenStoredRanker(const std::string& filename, const ZQInterface& interface,
+                                         const ZQFPDatabaseOptions& options,
+                                         const ZQFPTypeBase* queryType, ExitCode& exitCode);
 /// Makes the fingerprints on the options' number of threads. A record without one is left out,
 /// after a message.
 std::unique_ptr<Ranker> OpenMoleculeRanker(const std::string& filename,
                                            const ZQInterface& interface,
-                                           const ZQFPDatabaseOptions& options, ExitCode& exitCode);
+                                           const ZQFPDatabaseOptions& options,
+                                           const ZQFPTypeBase* queryType, ExitCode& exitCode);
 
 }  // namespace KorvexProgram

@@ -4,6 +4,7 @@
 #include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/ranker.h"
+#include "apps/stored.h"
 #include "korvex/fpdatabaseoptions_params.h"
 
 namespace KorvexProgram {
@@ -21,9 +22,6 @@ class DatabaseRanker : public Ranker {
   }
 
   std::uint64_t NumFingerPrints() const override { return database_->NumFingerPrints(); }
-  bool MakeQuery(ZQFingerPrint& fp, const ZQMolBase& mol, const std::string& where) const override {
-    return MakeFingerPrint(fp, mol, database_->GetFPTypeBase(), where);
-  }
   std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const override {
     return database_->GetSortedScores(queries, options_);
   }
@@ -51,12 +49,13 @@ class DatabaseRanker : public Ranker {
 
 std::unique_ptr<Ranker> OpenDatabaseRanker(const std::string& filename,
                                            const ZQInterface& interface,
-                                           const ZQFPDatabaseOptions& options, ExitCode& exitCode) {
+                                           const ZQFPDatabaseOptions& options,
+                                           const ZQFPTypeBase* queryType, ExitCode& exitCode) {
   exitCode = BadUsage;
   if (IsAnyTypeOptionSet(interface, "with a database, which has its own type")) return nullptr;
   exitCode = BadInput;
   auto database = OpenDatabase(filename, ZQGetFPDatabaseMemoryType(interface));
-  if (!database) return nullptr;
+  if (!database || !CheckQueryType(queryType, database->GetFPTypeBase(), filename)) return nullptr;
   auto ranker = std::make_unique<DatabaseRanker>(std::move(database), options);
   const auto given = interface.IsSet("-molecules") ? interface.Get<std::string>("-molecules") : "";
   if (!ranker->OpenMolecules(given, filename)) return nullptr;

@@ -9,6 +9,7 @@
 #include "apps/output.h"
 #include "apps/ranker.h"
 #include "apps/report.h"
+#include "apps/stored.h"
 #include "korvex/fpdatabaseoptions_params.h"
 #include "korvex/fpfast_database.h"
 
@@ -16,7 +17,7 @@ namespace KorvexProgram {
 
 namespace {
 
-constexpr const char* source = "DB.fpbin|MOLFILE";
+constexpr const char* source = "DB.fpbin|FPS.zqb|MOLFILE";
 
 ZQFPDatabaseOptions DefaultOptions() {
   ZQFPDatabaseOptions options;
@@ -26,9 +27,12 @@ ZQFPDatabaseOptions DefaultOptions() {
 
 void Configure(ZQInterface& interface) {
   AddArgument(interface, source,
-              "The database, or a molecule file, of which fingerprints are made in memory");
-  AddArgument(interface, "QUERY",
-              "A molecule file, each record of which is a query, or one query as a SMILES");
+              "The database, or stored fingerprints, or a molecule file, of which fingerprints are "
+              "made in memory");
+  AddArgument(
+      interface, "QUERY",
+      "A molecule file, each record of which is a query, or one query as a SMILES, or stored "
+      "fingerprints (.zqb)");
   interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
                           "Molecule file of the database, for titles and SMILES, in place of the "
                           "one that the database names"});
@@ -48,21 +52,51 @@ struct Queries {
   std::vector<ZQMol> mols;  // for a report only
 };
 
-// The next queries that have a fingerprint, from record `next` on.
-Queries ReadQueries(const MoleculeArgument& molecules, const Ranker& ranker, std::uint64_t count,
-                    bool withMolecules, unsigned int& next) {
-  Queries queries;
-  ZQMol mol;
-  while (next < molecules.NumMolecules() && queries.fps.size() < count) {
-    const bool read = molecules.GetMolecule(mol, next++);
-    ZQFingerPrint fp;
-    if (!read || !ranker.MakeQuery(fp, mol, "query " + std::to_string(next))) continue;
-    queries.numbers.push_back(next);
-    queries.fps.push_back(std::move(fp));
-    if (withMolecules) queries.mols.push_back(mol);
+// The queries of the command line: molecules, or stored fingerprints.
+class QueryArgument {
+ public:
+  // False after a message.
+  bool Open(const std::string& argument) {
+    return IsStoredName(argument) ? ReadStored(stored_, argument) : molecules_.Open(argument);
   }
-  return queries;
-}
+  // Null for molecules.
+  const ZQFPTypeBase* GetStoredType() const {
+    return stored_.empty() ? nullptr : stored_.front().fp.GetFPTypeBase();
+  }
+  unsigned int NumQueries() const {
+    return stored_.empty() ? molecules_.NumMolecules() : static_cast<unsigned int>(stored_.size());
+  }
+
+  // The next queries that have a fingerprint, from record `next` on.
+  Queries Read(const Ranker& ranker, std::uint64_t count, bool withMolecules,
+               unsigned int& next) const {
+    Queries queries;
+    ZQMol mol;
+    while (next < NumQueries() && queries.fps.size() < count) {
+      ZQFingerPrint fp;
+      const std::string where = "query " + std::to_string(next + 1);
+      const bool made = Get(fp, mol, next++, ranker.GetFPTypeBase(), where);
+      if (!made || !ranker.CheckQuery(fp, where)) continue;
+      queries.numbers.push_back(next);
+      queries.fps.push_back(std::move(fp));
+      if (withMolecules) queries.mols.push_back(mol);
+    }
+    return queries;
+  }
+
+ private:
+  bool Get(ZQFingerPrint& fp, ZQMol& mol, unsigned int idx, const ZQFPTypeBase* type,
+           const std::string& where) const {
+    if (stored_.empty()) {
+      return molecules_.GetMolecule(mol, idx) && MakeFingerPrint(fp, mol, type, where);
+    }
+    fp = stored_[idx].fp;
+    return true;
+  }
+
+  MoleculeArgument molecules_;
+  std::vector<StoredFingerPrint> stored_;
+};
 
 // The report of a search, if one is wanted. A page of more hits is slow in a browser.
 class SearchReport {
@@ -124,12 +158,17 @@ int Run(const ZQInterface& interface) {
   SetTverskyCoeffs(options, interface);
   options.SetNumProcessors(GetThreads(interface));
 
-  MoleculeArgument molecules;
-  if (!molecules.Open(interface.Get<std::string>("QUERY"))) return BadInput;
+  QueryArgument argument;
+  if (!argument.Open(interface.Get<std::string>("QUERY"))) return BadInput;
+  constexpr const char* html[] = {"-html"};
+  if (argument.GetStoredType() && IsAnySet(interface, html, "with stored queries")) return BadUsage;
   const auto filename = interface.Get<std::string>(source);
-  const auto open = ZQMolDatabase::IsReadable(filename) ? OpenMoleculeRanker : OpenDatabaseRanker;
+  const auto open = ZQMolDatabase::IsReadable(filename) ? OpenMoleculeRanker
+                    : IsStoredName(filename)            ? OpenStoredRanker
+                                                        : OpenDatabaseRanker;
   ExitCode exitCode = BadInput;
-  const std::unique_ptr<Ranker> ranker = open(filename, interface, options, exitCode);
+  const std::unique_ptr<Ranker> ranker =
+      open(filename, interface, options, argument.GetStoredType(), exitCode);
   if (!ranker) return exitCode;
 
   HitWriter writer(interface);
@@ -137,8 +176,8 @@ int Run(const ZQInterface& interface) {
   bool reported = true;
   std::size_t answered = 0;
   const std::uint64_t count = QueriesPerPass(options.GetLimit(), ranker->NumFingerPrints());
-  for (unsigned int next = 0; next < molecules.NumMolecules();) {
-    const Queries queries = ReadQueries(molecules, *ranker, count, report.IsWanted(), next);
+  for (unsigned int next = 0; next < argument.NumQueries();) {
+    const Queries queries = argument.Read(*ranker, count, report.IsWanted(), next);
     const unsigned int numWarnings = NumWarnings();
     std::vector<ZQIter<ZQSimScore>> hitsOfAll = ranker->Rank(queries.fps);
     if (NumWarnings() != numWarnings) return BadInput;  // too little memory

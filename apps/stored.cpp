@@ -1,12 +1,15 @@
 #include "apps/stored.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include "apps/molecules.h"
 #include "apps/threads.h"
 #include "contract/bostrel/strings.h"
+#include "korvex/fpkinds.h"
 
 namespace KorvexProgram {
 
@@ -35,7 +38,7 @@ bool StoredReader::Open(const std::string& filename) {
 bool StoredReader::Read(StoredFingerPrint& stored) {
   stored.title.clear();
   while (file_.peek() != zqifstream::traits_type::eof()) {
-    const auto begin = static_cast<long long>(file_.tellg());
+    const auto begin = static_cast<long>(file_.tellg());
     ZQUnknownZQBData other;
     stored.fp = ZQFingerPrint();
     const unsigned int status = ZQBinaryRead(file_, stored.fp, handler_, &other);
@@ -48,7 +51,7 @@ bool StoredReader::Read(StoredFingerPrint& stored) {
     if (status == ZQBStatus::Ok) {
       ZQThrow.Warning("fingerprint %lu of %s: left out", count_, filename_.c_str());
     } else {
-      ZQThrow.Warning("%s: the record at byte %lld is damaged", filename_.c_str(), begin);
+      ZQThrow.Warning("%s: the record at byte %ld is damaged", filename_.c_str(), begin);
     }
     stored.title.clear();
     if (!file_ || status == ZQBStatus::NoTag) return false;
@@ -63,8 +66,7 @@ bool ReadStored(std::vector<StoredFingerPrint>& all, const std::string& filename
   std::size_t count = 0;
   for (StoredFingerPrint stored; reader.Read(stored);) {
     ++count;
-    const bool isSame =
-        all.empty() || all.front().fp.GetFPTypeBase() == stored.fp.GetFPTypeBase();
+    const bool isSame = all.empty() || all.front().fp.GetFPTypeBase() == stored.fp.GetFPTypeBase();
     if (isSame) {
       all.push_back(std::move(stored));
     } else {
@@ -76,10 +78,32 @@ bool ReadStored(std::vector<StoredFingerPrint>& all, const std::string& filename
   return !all.empty();
 }
 
-std::size_t WriteStored(const std::string& filename, const ZQMolDatabase& molecules,
-                        const std::string& moleculeFile, const ZQFPTypeBase* type,
-                        unsigned int numThreads) {
+bool CheckQueryType(const ZQFPTypeBase* queryType, const ZQFPTypeBase* type,
+                    const std::string& filename) {
+  if (!queryType || queryType == type) return true;
+  ZQThrow.Error("the queries are of type %s, but %s is of type %s",
+                queryType->GetFPTypeString().c_str(), filename.c_str(),
+                type->GetFPTypeString().c_str());
+  return false;
+}
+
+bool CheckMaking(const ZQFPTypeBase* type, const std::string& filename) {
+  std::string fault;
+  if (ZQCanMakeFP(type, &fault)) return true;
+  ZQThrow.Error("%s: its type can't be made of molecules: %s", filename.c_str(), fault.c_str());
+  return false;
+}
+
+int WriteStored(const std::string& filename, const std::string& moleculeFile,
+                const ZQFPTypeBase* type, unsigned int numThreads) {
   constexpr std::size_t perBatch = 4096;  // enough to keep threads busy between two writes
+  if (ZQFindFPKind(type)->IsUnhashed()) {
+    ZQThrow.Error("%s: fingerprints of kind %s can't be stored", filename.c_str(),
+                  ZQFindFPKind(type)->name);
+    return BadUsage;
+  }
+  ZQMolDatabase molecules;
+  if (!OpenMolecules(molecules, moleculeFile)) return BadInput;
   const PartialFile partial(filename);
   std::ofstream out(partial.GetName(), std::ios::binary);
   const ZQBinaryIOHandler handler;
@@ -106,14 +130,15 @@ std::size_t WriteStored(const std::string& filename, const ZQMolDatabase& molecu
   out.close();
   if (!out) {
     ZQThrow.Error("cannot write %s: %s", filename.c_str(), std::strerror(errno));
-    return 0;
+    return BadInput;
   }
   if (written == 0) {
     ZQThrow.Error("%s holds no molecule that could be used", moleculeFile.c_str());
-  } else if (!partial.Rename()) {
-    return 0;
+    return BadInput;
   }
-  return written;
+  if (!partial.Rename()) return BadInput;
+  std::printf("%s: %zu fingerprints\n", filename.c_str(), written);
+  return Done;
 }
 
 }  // namespace KorvexProgram

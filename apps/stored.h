@@ -10,7 +10,6 @@
 
 #include "apps/output.h"
 #include "contract/bostrel/zqb.h"
-#include "contract/quarnel/moldatabase.h"
 #include "korvex/fingerprint.h"
 
 namespace KorvexProgram {
@@ -42,10 +41,17 @@ class StoredReader {
 /// first have a message and are left out. Without any, after a message, `fps` is empty.
 bool ReadStored(std::vector<StoredFingerPrint>& all, const std::string& filename);
 
-/// Makes the fingerprints of a molecule file, on that many threads, and writes them. A record
-/// without one has a message and is left out. Returns their number; 0, and no file, after a message.
-std::size_t WriteStored(const std::string& filename, const ZQMolDatabase& molecules,
-                        const std::string& moleculeFile, const ZQFPTypeBase* type,
-                        unsigned int numThreads);
+/// Whether stored queries (null for none) have the type of the file that they search; an error if
+/// not.
+bool CheckQueryType(const ZQFPTypeBase* queryType, const ZQFPTypeBase* type,
+                    const std::string& filename);
+/// Whether fingerprints of a stored type can be made of molecules; an error that names its file if
+/// not.
+bool CheckMaking(const ZQFPTypeBase* type, const std::string& filename);
+
+/// Makes the fingerprints of a molecule file, on that many threads, writes them, and prints their
+/// number. A record without one has a message and is left out.
+int WriteStored(const std::string& filename, const std::string& moleculeFile,
+                const ZQFPTypeBase* type, unsigned int numThreads);
 
 }  // namespace KorvexProgram
