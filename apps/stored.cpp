@@ -38,7 +38,7 @@ bool StoredReader::Open(const std::string& filename) {
 bool StoredReader::Read(StoredFingerPrint& stored) {
   stored.title.clear();
   while (file_.peek() != zqifstream::traits_type::eof()) {
-    const auto begin = static_cast<long>(file_.tellg());
+    const auto begin = static_cast<unsigned long>(file_.tellg());
     ZQUnknownZQBData other;
     stored.fp = ZQFingerPrint();
     const unsigned int status = ZQBinaryRead(file_, stored.fp, handler_, &other);
@@ -51,7 +51,7 @@ bool StoredReader::Read(StoredFingerPrint& stored) {
     if (status == ZQBStatus::Ok) {
       ZQThrow.Warning("fingerprint %lu of %s: left out", count_, filename_.c_str());
     } else {
-      ZQThrow.Warning("%s: the record at byte %ld is damaged", filename_.c_str(), begin);
+      ZQThrow.Warning("%s: the record at byte %lu is damaged", filename_.c_str(), begin);
     }
     stored.title.clear();
     if (!file_ || status == ZQBStatus::NoTag) return false;
