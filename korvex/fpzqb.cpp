@@ -118,7 +118,7 @@ bool ZQReadBitVector(zqistream& in, ZQFingerPrint& fp) {
   if (!ZQBReadBytes(in, 8 * numWords, bytes)) return false;
   fp.SetSize(numbits);
   std::memcpy(fp.Words(), bytes.data(), bytes.size());
-  fp.SetSize(numbits);
+  fp.SetSize(numbits);  // turns off bits beyond it
   return true;
 }
 

@@ -254,7 +254,9 @@ TEST(FingerPrintVectorField, JsonThatIsNoVectorGivesNoBytes) {
   const std::string deep = Repeated("[", 1000000);
   CapturedReports reports;
   const std::string value = "{\"value\": ";
-  Texts bad{"", "7", value, value + deep, value + deep + Repeated("]", 1000000) + "}"};
+  Texts bad{"",           "7",
+            value,        value + "[]}" + flag + "x",
+            value + deep, value + deep + Repeated("]", 1000000) + "}"};
   for (const char* list : {"7", "\"\\n\"", "{\"a\": 0}", "[null, 7]", "[[\"\\n\"]]", "[null,]",
                            "[\"\xff\"]", "[\"\\ud800\"]", "[1e999]"}) {
     bad.push_back(value + list + "}");

@@ -279,6 +279,7 @@ TEST(ZQB, GenericDataOfAnObject) {
   const std::string data = bytes.substr(4 + 19 + 8);
   for (const std::string& bad : {std::string(), data.substr(0, 5), data.substr(0, 12),
                                  Little(1, 4) + "n" + Framed("Other", ""),
+                                 Little(1, 4) + "n" + Framed("ZQFingerPrint", "") + "x",
                                  Little(0, 4) + Little(70000, 4) + Framed("ZQFingerPrint", "")}) {
     zqisstream damaged(Framed("ZQBaseZQFingerPrint", bad) + Framed("x", ""));
     EXPECT_NE(ZQBinaryRead<ZQBase>(damaged, mol, ZQBinaryIOHandler()), ZQBStatus::Ok);
