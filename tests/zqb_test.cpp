@@ -197,7 +197,12 @@ TEST(ZQB, LyingLengths) {
   };
   CapturedReports reports;
   const ZQBinaryIOHandler handler;
+  zqisstream large(Little(1 << 24, 4) + std::string(1 << 21, 'x'));
+  ZQFingerPrint small;
   largestRequest = 1 << 20;
+  EXPECT_FALSE(ZQReadBitVector(large, small));
+  EXPECT_EQ(small.GetSize(), 64U);
+  EXPECT_EQ(reports.Take(), Texts{"ZQReadBitVector : out of memory"});
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     zqisstream in(cases[i].bytes + next);
     ZQFingerPrint fp;
