@@ -1,8 +1,5 @@
 #include <cstdio>
-#include <filesystem>
 #include <string>
-
-#include <unistd.h>
 
 #include "apps/molecules.h"
 #include "apps/options.h"
@@ -14,8 +11,6 @@
 #include "korvex/fpfast_create.h"
 
 namespace KorvexProgram {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -53,11 +48,7 @@ int Run(const ZQInterface& interface) {
         output.c_str());
     return BadUsage;
   }
-  if (access(output.c_str(), F_OK) == 0 &&
-      (access(output.c_str(), W_OK) != 0 || fs::is_directory(output))) {
-    ZQThrow.Error("%s can't be written: it is a directory or write-protected", output.c_str());
-    return BadInput;
-  }
+  if (!CheckReplaceable(output)) return BadInput;
   if (isStored) return WriteStored(output, input, type, GetThreads(interface));
   ZQCreateFastFPDatabaseOptions options(type);
   options.SetNumProcessors(GetThreads(interface));

@@ -23,9 +23,11 @@ int Run(const ZQInterface& interface) {
   const auto filename = interface.Get<std::string>("MOLFILE");
   if (interface.IsSet("-zqb")) {
     const auto output = interface.Get<std::string>("-zqb");
-    if (IsStoredName(output)) return WriteStored(output, filename, type, 1);
-    ZQThrow.Error("'%s': the name of stored fingerprints ends in .zqb", output.c_str());
-    return BadUsage;
+    if (!IsStoredName(output)) {
+      ZQThrow.Error("'%s': the name of stored fingerprints ends in .zqb", output.c_str());
+      return BadUsage;
+    }
+    return CheckReplaceable(output) ? WriteStored(output, filename, type, 1) : BadInput;
   }
   ZQMolDatabase molecules;
   if (!OpenMolecules(molecules, filename)) return BadInput;

@@ -103,6 +103,13 @@ void PartialFile::RemoveAndEnd(int signal) {
   raise(signal);
 }
 
+bool CheckReplaceable(const std::string& name) {
+  const bool exists = access(name.c_str(), F_OK) == 0;
+  if (!exists || (access(name.c_str(), W_OK) == 0 && !fs::is_directory(name))) return true;
+  ZQThrow.Error("%s can't be written: it is a directory or write-protected", name.c_str());
+  return false;
+}
+
 bool WriteFile(const std::string& name, const std::string& text) {
   if (name == "-") return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
   const auto write = [&](const char* file) {

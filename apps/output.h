@@ -52,6 +52,10 @@ class PartialFile {
   std::string name_;
 };
 
+/// False, after an error, if a file of this name can't be replaced: a directory or one that is
+/// write-protected.
+bool CheckReplaceable(const std::string& name);
+
 /// Writes a whole file by means of a partial one, or standard output for the name "-". A device or
 /// pipe is written directly. False after an error that names the file and the cause.
 bool WriteFile(const std::string& name, const std::string& text);

@@ -138,12 +138,13 @@ class StoredRanker : public MemoryRanker {
  public:
   using MemoryRanker::MemoryRanker;
 
-  /// False, after a message, if there is too little memory.
+  /// Adds one fingerprint or more. False, after a message, if there is too little memory.
   bool Fill(std::vector<StoredFingerPrint>& all) {
-    titles_.reserve(all.size());
+    titles_.resize(all.back().number);
     for (StoredFingerPrint& stored : all) {
-      if (!Add(stored.fp, titles_.size())) return false;
-      titles_.push_back(std::move(stored.title));
+      const std::uint64_t record = stored.number - 1;
+      if (!Add(stored.fp, record)) return false;
+      titles_[record] = std::move(stored.title);
     }
     return true;
   }
@@ -153,7 +154,7 @@ class StoredRanker : public MemoryRanker {
   std::string GetSmiles(std::uint64_t /*record*/) const override { return {}; }
 
  private:
-  std::vector<std::string> titles_;
+  std::vector<std::string> titles_;  // of each record, also of those left out
 };
 
 }  // namespace

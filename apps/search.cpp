@@ -74,10 +74,11 @@ class QueryArgument {
     ZQMol mol;
     while (next < NumQueries() && queries.fps.size() < count) {
       ZQFingerPrint fp;
-      const std::string where = "query " + std::to_string(next + 1);
+      const unsigned int number = NumberOf(next);
+      const std::string where = "query " + std::to_string(number);
       const bool made = Get(fp, mol, next++, ranker.GetFPTypeBase(), where);
       if (!made || !ranker.CheckQuery(fp, where)) continue;
-      queries.numbers.push_back(next);
+      queries.numbers.push_back(number);
       queries.fps.push_back(std::move(fp));
       if (withMolecules) queries.mols.push_back(mol);
     }
@@ -85,6 +86,9 @@ class QueryArgument {
   }
 
  private:
+  unsigned int NumberOf(unsigned int idx) const {
+    return stored_.empty() ? idx + 1 : static_cast<unsigned int>(stored_[idx].number);
+  }
   bool Get(ZQFingerPrint& fp, ZQMol& mol, unsigned int idx, const ZQFPTypeBase* type,
            const std::string& where) const {
     if (stored_.empty()) {

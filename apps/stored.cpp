@@ -10,12 +10,27 @@
 #include "apps/threads.h"
 #include "contract/bostrel/strings.h"
 #include "korvex/fpkinds.h"
+#include "korvex/fptypes.h"
 
 namespace KorvexProgram {
 
 namespace {
 
 constexpr const char* titleTag = "ZQTitle";
+
+// Why a fingerprint can't be compared; empty if it can. A record may hold any parameters, also of
+// an old version, and any number of bits.
+std::string FindFault(const ZQFingerPrint& fp) {
+  const ZQFPTypeBase* type = fp.GetFPTypeBase();
+  const ZQFPKind& kind = *ZQFindFPKind(type);
+  const ZQFPTypeValues values = kind.HasParams() ? ZQDecodeFPTypeID(type->GetID()) : kind.defaults;
+  std::string fault = ZQFindFPTypeFault(kind, values);
+  if (fault.empty() && values.numbits != 0 && values.numbits != fp.GetSize()) {
+    fault =
+        std::to_string(fp.GetSize()) + " bits, but its type has " + std::to_string(values.numbits);
+  }
+  return fault;
+}
 
 }  // namespace
 
@@ -38,7 +53,7 @@ bool StoredReader::Open(const std::string& filename) {
 bool StoredReader::Read(StoredFingerPrint& stored) {
   stored.title.clear();
   while (file_.peek() != zqifstream::traits_type::eof()) {
-    const auto begin = static_cast<unsigned long>(file_.tellg());
+    const auto begin = static_cast<std::size_t>(file_.tellg());
     ZQUnknownZQBData other;
     stored.fp = ZQFingerPrint();
     const unsigned int status = ZQBinaryRead(file_, stored.fp, handler_, &other);
@@ -47,11 +62,14 @@ bool StoredReader::Read(StoredFingerPrint& stored) {
       continue;
     }
     count_ += status != ZQBStatus::NoTag;
-    if (status == ZQBStatus::Ok && stored.fp) return true;
+    stored.number = count_;
     if (status == ZQBStatus::Ok) {
-      ZQThrow.Warning("fingerprint %lu of %s: left out", count_, filename_.c_str());
+      const std::string fault = stored.fp ? FindFault(stored.fp) : "unknown type";
+      if (fault.empty()) return true;
+      ZQThrow.Warning("fingerprint %lu of %s is left out: %s", count_, filename_.c_str(),
+                      fault.c_str());
     } else {
-      ZQThrow.Warning("%s: the record at byte %lu is damaged", filename_.c_str(), begin);
+      ZQThrow.Warning("%s: the record at byte %zu is damaged", filename_.c_str(), begin);
     }
     stored.title.clear();
     if (!file_ || status == ZQBStatus::NoTag) return false;
@@ -63,15 +81,13 @@ bool ReadStored(std::vector<StoredFingerPrint>& all, const std::string& filename
   all.clear();
   StoredReader reader;
   if (!reader.Open(filename)) return false;
-  std::size_t count = 0;
   for (StoredFingerPrint stored; reader.Read(stored);) {
-    ++count;
     const bool isSame = all.empty() || all.front().fp.GetFPTypeBase() == stored.fp.GetFPTypeBase();
     if (isSame) {
       all.push_back(std::move(stored));
     } else {
-      ZQThrow.Warning("fingerprint %zu of %s is of another type than the first: left out", count,
-                      filename.c_str());
+      ZQThrow.Warning("fingerprint %lu of %s is left out: its type isn't that of the first",
+                      stored.number, filename.c_str());
     }
   }
   if (all.empty()) ZQThrow.Error("%s holds no fingerprints", filename.c_str());

@@ -4,6 +4,7 @@
 /// record "ZQTitle", the text of its title, and a record "ZQFingerPrint". Records of other tags are
 /// skipped.
 
+#include <cstdint>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ namespace KorvexProgram {
 bool IsStoredName(const std::string& filename);
 
 struct StoredFingerPrint {
+  std::uint64_t number;  // in its file, from 1, damaged ones counted
   std::string title;
   ZQFingerPrint fp;
 };
@@ -27,7 +29,8 @@ class StoredReader {
  public:
   /// False after a message.
   bool Open(const std::string& filename);
-  /// The next fingerprint with a type; false at the end. Each damaged record has a message.
+  /// The next fingerprint with a legal type and of its size; false at the end. Each that is left
+  /// out and each damaged record has a message.
   bool Read(StoredFingerPrint& stored);
 
  private:

@@ -8,6 +8,7 @@
 #include "korvex/fingerprint_params.h"
 #include "korvex/fptype_records_local.h"
 #include "korvex/fptypes.h"
+#include "korvex/memory_local.h"
 
 namespace ZQKorvex {
 
@@ -136,9 +137,11 @@ bool FPFromBytes(ZQFingerPrint& fp, std::string_view bytes) {
   ZQReadBuffer in(bytes);
   if (in.ReadBool()) return Refuse();
   ZQFingerPrint read;
-  if ((!IsUntyped(in) && !ReadType(in, read)) || !ReadBits(in, read)) return false;
-  fp = std::move(read);
-  return true;
+  return ZQGuardMemory("FPFromBytes", [&] {
+    if ((!IsUntyped(in) && !ReadType(in, read)) || !ReadBits(in, read)) return false;
+    fp = std::move(read);
+    return true;
+  });
 }
 
 std::string FPToJSONStr(const ZQFingerPrint& fp) {

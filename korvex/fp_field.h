@@ -30,8 +30,9 @@ namespace ZQKorvex {
 /// empty bytes, and after one of these errors: "FPFromBytes : unknown fingerprint type %s", for a
 /// kind that has no type record; "FPFromBytes : invalid fingerprint type, %s", for a parameter out
 /// of its legal range; "Max size for an ZQBitVector is INT_MAX", for a number of bits above that or
-/// negative; "FPFromBytes : the bytes are no fingerprint", if they end too early or too late or
-/// don't agree with the number of bits. Bits beyond the number of bits are dropped.
+/// negative; "FPFromBytes : out of memory"; "FPFromBytes : the bytes are no fingerprint", if they
+/// end too early or too late or don't agree with the number of bits. Bits beyond the number of bits
+/// are dropped.
 ZQ_EXPORT bool FPFromBytes(ZQFingerPrint& fp, std::string_view bytes);
 
 /// The type string, a line feed, and the bits in hexadecimal digits (`ZQBitVector::ToHexString`). A

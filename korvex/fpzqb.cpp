@@ -114,12 +114,14 @@ bool ZQReadBitVector(zqistream& in, ZQFingerPrint& fp) {
   }
   const auto numbits = static_cast<unsigned int>(size);
   const std::uint64_t numWords = (std::uint64_t{numbits} + 63) / 64;
-  std::string bytes;
-  if (!ZQBReadBytes(in, 8 * numWords, bytes)) return false;
-  fp.SetSize(numbits);
-  std::memcpy(fp.Words(), bytes.data(), bytes.size());
-  fp.SetSize(numbits);
-  return true;
+  return ZQGuardMemory("ZQReadBitVector", [&] {
+    std::string bytes;
+    if (!ZQBReadBytes(in, 8 * numWords, bytes)) return false;
+    fp.SetSize(numbits);
+    std::memcpy(fp.Words(), bytes.data(), bytes.size());
+    fp.SetSize(numbits);  // turns off bits beyond it
+    return true;
+  });
 }
 
 }  // namespace ZQKorvex

@@ -45,8 +45,8 @@ class ZQ_EXPORT ZQFingerPrintReadFxn final : public ZQReadFxn<ZQFingerPrint> {
 };
 
 /// Reads size and words into the fingerprint. A negative size reports the error "Max size for an
-/// ZQBitVector is INT_MAX" and leaves the size as it was. False if the stream ends early; memory is
-/// taken only for bytes that are there.
+/// ZQBitVector is INT_MAX" and leaves the size as it was. False for that, if the stream ends
+/// early, and after an error if memory runs out, which is taken only for bytes that are there.
 ZQ_EXPORT bool ZQReadBitVector(zqistream& in, ZQFingerPrint& fp);
 
 }  // namespace ZQKorvex

@@ -9,6 +9,7 @@
 #include "contract/lodrine/json.h"
 #include "korvex/fpkinds.h"
 #include "korvex/fptypes.h"
+#include "tests/memory_helpers.h"
 #include "tests/mol_helpers.h"
 
 namespace ZQKorvex {
@@ -155,6 +156,14 @@ TEST(FingerPrintField, BytesThatLieAreReported) {
     EXPECT_EQ(Described(fp), Described(ZQFingerPrint())) << row;
     EXPECT_EQ(reports.Take(), Texts{c.report}) << row;
   }
+  ZQFingerPrint large;
+  large.SetSize(1 << 24);
+  const std::string largeBytes = Field::ToBytes(large);
+  largestRequest = 1 << 20;
+  EXPECT_FALSE(FPFromBytes(large, largeBytes));
+  largestRequest = std::numeric_limits<std::size_t>::max();
+  EXPECT_EQ(Described(large), Described(ZQFingerPrint()));
+  EXPECT_EQ(reports.Take(), Texts{"FPFromBytes : out of memory"});
   // After a length that lies no value is read, although there are bytes.
   const std::string lie = Int(~1ULL) + Int(3);
   ZQReadBuffer in(lie);
@@ -254,7 +263,9 @@ TEST(FingerPrintVectorField, JsonThatIsNoVectorGivesNoBytes) {
   const std::string deep = Repeated("[", 1000000);
   CapturedReports reports;
   const std::string value = "{\"value\": ";
-  Texts bad{"", "7", value, value + deep, value + deep + Repeated("]", 1000000) + "}"};
+  Texts bad{"",           "7",
+            value,        value + "[]}" + flag + "x",
+            value + deep, value + deep + Repeated("]", 1000000) + "}"};
   for (const char* list : {"7", "\"\\n\"", "{\"a\": 0}", "[null, 7]", "[[\"\\n\"]]", "[null,]",
                            "[\"\xff\"]", "[\"\\ud800\"]", "[1e999]"}) {
     bad.push_back(value + list + "}");

@@ -72,20 +72,40 @@ TEST_F(StoredProgramTest, DamagedFilesAndBadUsage) {
   Output({"create", "two.smi", "two.zqb", "-fptype", "MACCS166"});
   Output({"create", "two.smi", "other.zqb", "-numbits", "100"});
   const std::string two = ReadFile(folder / "two.zqb");
+  const std::string other = ReadFile(folder / "other.zqb");
   // Another type in between, a record of an unknown tag, a damaged one, and a cut at the end.
   const std::string unknown = std::string("\3\0\0\0abc\1\0\0\0\0\0\0\0x", 16);
   std::string damaged = two;
   damaged[4 + 7 + 8 + 3 + 4 + 13 + 8] = 7;  // the kind of the first fingerprint
-  WriteFile(folder / "mixed.zqb", two + ReadFile(folder / "other.zqb") + unknown + damaged +
-                                      two.substr(0, two.size() - 1));
+  WriteFile(folder / "mixed.zqb", two + other + unknown + damaged + two.substr(0, two.size() - 1));
   const RunResult run = Run("search mixed.zqb CCO");
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_EQ(Lines(run.out).size(), 4U) << run.out;
   for (const char* message :
-       {"fingerprint 3 of mixed.zqb is of another type", "fingerprint 4 of mixed.zqb is of another",
-        "unknown fingerprint type was read", "the record at byte 362", "the record at byte 605"}) {
+       {"fingerprint 3 of mixed.zqb is left out: its type isn't that of the first",
+        "fingerprint 4 of mixed.zqb is left out", "unknown fingerprint type was read",
+        "the record at byte 362", "the record at byte 605"}) {
     EXPECT_NE(run.err.find(message), std::string::npos) << message << "\n" << run.err;
   }
+  // Parameters out of range, and a size that isn't the type's. Those that are left out count.
+  const std::size_t id = 4 + 7 + 8 + 3 + 4 + 13 + 8 + 4 + 2;
+  std::string illegal = other;
+  illegal.replace(id, 8, 8, '\0');
+  std::string resized = other;
+  --resized[id + 8];
+  for (const auto& [bad, fault] : {std::pair(illegal, "size 0 is outside 16 to 65535"),
+                                   std::pair(resized, "99 bits, but its type has 100")}) {
+    WriteFile(folder / "bad.zqb", bad + other);
+    const RunResult hits = Run("search bad.zqb CCO -limit 1");
+    EXPECT_EQ(hits.out, "1\t1\t1.000000\t2\tone\t\n");
+    EXPECT_EQ(hits.err,
+              std::string("korvex: fingerprint 1 of bad.zqb is left out: ") + fault + "\n");
+    EXPECT_EQ(Run("search two.smi bad.zqb -limit 1").out,
+              "2\t1\t1.000000\t1\ttwo\tCCCO\n3\t1\t1.000000\t0\tone\tCCO\n"
+              "4\t1\t1.000000\t1\ttwo\tCCCO\n");
+    EXPECT_EQ(Lines(Run("compare bad.zqb CCCO").out)[0], "Tanimoto\t1.000000");
+  }
+  std::filesystem::create_directory(folder / "folder.zqb");
   WriteFile(folder / "empty.zqb", "");
   WriteFile(folder / "text.zqb", "no records at all");
   for (const auto& [words, exitCode, message] :
@@ -106,6 +126,7 @@ TEST_F(StoredProgramTest, DamagedFilesAndBadUsage) {
             "can't be stored"},
            {"create two.smi a.fpbin -fptype Lingo", 2, "can't hold these"},
            {"fingerprint two.smi -zqb a.bin", 2, "ends in .zqb"},
+           {"fingerprint two.smi -zqb folder.zqb", 1, "folder.zqb can't be written"},
            {"create two.smi none/a.zqb", 1, "cannot write none/a.zqb"}}) {
     ExpectFailure(ZQStringTokenize(words, ' '), exitCode, message);
   }

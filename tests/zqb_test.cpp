@@ -25,6 +25,7 @@ std::string Little(std::uint64_t number, std::size_t size) {
 std::string Framed(const std::string& tag, const std::string& data) {
   return Little(tag.size(), 4) + tag + Little(data.size(), 8) + data;
 }
+std::string Record(const std::string& data) { return Framed("ZQFingerPrint", data); }
 std::string Stored(const ZQFingerPrint& fp) {
   zqosstream out;
   EXPECT_TRUE(ZQBinaryWrite(out, fp, ZQBinaryIOHandler()));
@@ -60,7 +61,7 @@ TEST(ZQB, RecordsOfEveryKind) {
     file += bytes;
     ZQFingerPrint read;
     if (kind.IsUnhashed()) {
-      EXPECT_EQ(bytes, Framed("ZQFingerPrint", Data(kind.number, "", fp.GetSize(), WordsOf(fp))));
+      EXPECT_EQ(bytes, Record(Data(kind.number, "", fp.GetSize(), WordsOf(fp))));
       EXPECT_EQ(Read(bytes, read), ZQBStatus::Ok);
       EXPECT_FALSE(read);
       EXPECT_TRUE(static_cast<ZQBitVector&>(read) == fp);
@@ -70,7 +71,7 @@ TEST(ZQB, RecordsOfEveryKind) {
     }
     std::string type = Little(kind.version, 2);
     if (kind.HasParams()) type += Little(fp.GetFPTypeBase()->GetID(), 8);
-    EXPECT_EQ(bytes, Framed("ZQFingerPrint", Data(kind.number, type, fp.GetSize(), WordsOf(fp))));
+    EXPECT_EQ(bytes, Record(Data(kind.number, type, fp.GetSize(), WordsOf(fp))));
     EXPECT_EQ(bytes.size(), 4 + 13 + 8 + sizes.at(kind.number)) << kind.name;
     EXPECT_EQ(Read(bytes, read), ZQBStatus::Ok);
     EXPECT_TRUE(read == fp && read.GetFPTypeBase() == fp.GetFPTypeBase()) << kind.name;
@@ -106,52 +107,55 @@ TEST(ZQB, RecordsOfOldReleasesAndOfNoKind) {
   const ZQFPTypeBase* path = ZQGetFPType(ZQFPType::Path);
   const std::string id = Little(path->GetID(), 8);
   const std::string words = Little(5, 8);
+  const Texts old{"fingerprint type with old version was read from the ZQB"};
+  const Texts unknown{"unknown fingerprint type was read from the ZQB"};
   const struct {
     std::string data;
     const ZQFPTypeBase* type;
     Texts reports;
   } cases[] = {
-      {Data(1, "", 64, words),
-       maccs166TypeFactory.GetFPType(0),
-       {"fingerprint type with old version was read from the ZQB"}},
-      {Data(2, id, 64, words),
-       pathTypeFactory.GetFPType(0, path->GetID()),
-       {"fingerprint type with old version was read from the ZQB"}},
-      {Data(3, "", 64, words),
-       lingoTypeFactory.GetFPType(0),
-       {"fingerprint type with old version was read from the ZQB"}},
+      {Data(1, "", 64, words), maccs166TypeFactory.GetFPType(0), old},
+      {Data(2, id, 64, words), pathTypeFactory.GetFPType(0, path->GetID()), old},
+      {Data(3, "", 64, words), lingoTypeFactory.GetFPType(0), old},
       {Data(102, Little(8192, 2) + id, 64, words), path, {}},
       {Data(102, Little(7, 2) + Little(~0ULL, 8), 64, words),
        pathTypeFactory.GetFPType(7, ~0ULL),
        {}},
-      {Data(0, "", 64, words), nullptr, {"unknown fingerprint type was read from the ZQB"}},
-      {Data(200, "", 64, words), nullptr, {"unknown fingerprint type was read from the ZQB"}},
-      {Data(9000, "", 64, words), nullptr, {"unknown fingerprint type was read from the ZQB"}},
+      {Data(0, "", 64, words), nullptr, unknown},
+      {Data(200, "", 64, words), nullptr, unknown},
+      {Data(9000, "", 64, words), nullptr, unknown},
   };
   CapturedReports reports;
   for (const auto& c : cases) {
     ZQFingerPrint fp;
-    EXPECT_EQ(Read(Framed("ZQFingerPrint", c.data), fp), ZQBStatus::Ok);
+    EXPECT_EQ(Read(Record(c.data), fp), ZQBStatus::Ok);
     EXPECT_EQ(fp.GetFPTypeBase(), c.type);
     EXPECT_EQ(fp.CountBits(), 2U);
     EXPECT_EQ(reports.Take(), c.reports);
   }
   EXPECT_NE(pathTypeFactory.GetFPType(0, path->GetID()), path);
   // What was read of an old release can't be written as of today, nor as what it was.
-  ZQFingerPrint old;
-  old.SetFPTypeBase(pathTypeFactory.GetFPType(0, path->GetID()));
-  EXPECT_EQ(Stored(old), Framed("ZQFingerPrint", Data(102, Little(0, 2), 64, Little(0, 8))));
+  ZQFingerPrint past;
+  past.SetFPTypeBase(pathTypeFactory.GetFPType(0, path->GetID()));
+  EXPECT_EQ(Stored(past), Record(Data(102, Little(0, 2), 64, Little(0, 8))));
   EXPECT_EQ(reports.Take(), Texts{"Assertion"});
   // Bits beyond the size are dropped, a size of 0 is legal.
   ZQFingerPrint fp;
-  EXPECT_EQ(Read(Framed("ZQFingerPrint", Data(101, Little(8192, 2), 3, Little(~0ULL, 8))), fp), 0U);
+  EXPECT_EQ(Read(Record(Data(101, Little(8192, 2), 3, Little(~0ULL, 8))), fp), 0U);
   EXPECT_EQ(fp.CountBits(), 3U);
-  EXPECT_EQ(Read(Framed("ZQFingerPrint", ""), fp), ZQBStatus::Ok);
+  EXPECT_EQ(Read(Record(""), fp), ZQBStatus::Ok);
   EXPECT_EQ(fp.CountBits(), 3U);
   ZQFingerPrint none;
-  EXPECT_EQ(Read(Framed("ZQFingerPrint", Data(101, Little(8192, 2), 0, "")), none), ZQBStatus::Ok);
+  EXPECT_EQ(Read(Record(Data(101, Little(8192, 2), 0, "")), none), ZQBStatus::Ok);
   EXPECT_EQ(none.GetSize(), 0U);
 }
+
+// Bytes without positions.
+struct PipeBuffer : std::streambuf {
+  explicit PipeBuffer(std::string& bytes) {
+    setg(bytes.data(), bytes.data(), bytes.data() + bytes.size());
+  }
+};
 
 // Each damaged record is followed by a good one.
 TEST(ZQB, LyingLengths) {
@@ -160,52 +164,53 @@ TEST(ZQB, LyingLengths) {
   ASSERT_TRUE(ZQMakeFP(good, "CCO"_mol, ZQFPType::MACCS166));
   const std::string next = Stored(good);
   const std::string frame = Little(13, 4) + "ZQFingerPrint";
-  const std::string tooLarge = "Max size for an ZQBitVector is INT_MAX";
+  const auto keys = [&](std::uint64_t numbits, std::size_t size = 8) {
+    return Record(Data(101, maccs, numbits, Little(1, size)));
+  };
+  const Texts tooLarge{"Max size for an ZQBitVector is INT_MAX"};
+  using namespace ZQBStatus;
   const struct {
     std::string bytes;
     unsigned int status;
     bool isNextRead;
     Texts reports;
   } cases[] = {
-      {Framed("ZQFingerPrint", Data(101, maccs, 0xffffffff, Little(1, 8))),
-       ZQBStatus::ShortRead,
-       true,
-       {tooLarge}},
-      {Framed("ZQFingerPrint", Data(101, maccs, 0x80000000, Little(1, 8))),
-       ZQBStatus::ShortRead,
-       true,
-       {tooLarge}},
-      {Framed("ZQFingerPrint", Data(101, maccs, 0x7fffffff, Little(1, 8))),
-       ZQBStatus::ShortRead,
-       true,
-       {}},
-      {Framed("ZQFingerPrint", Data(101, maccs, 65, Little(1, 8))), ZQBStatus::ShortRead, true, {}},
-      {Framed("ZQFingerPrint", Data(101, maccs, 64, Little(1, 9))), ZQBStatus::BadFrame, true, {}},
-      {Framed("ZQFingerPrint", Little(101, 4)), ZQBStatus::ShortRead, true, {}},
-      {Framed("ZQFingerPrint", Little(102, 4) + maccs + "1234567"), ZQBStatus::ShortRead, true, {}},
-      {Framed("ZQFingerPrint", "abc"), ZQBStatus::ShortRead, true, {}},
-      {frame + Little(~0ULL, 8), ZQBStatus::ShortRead, false, {"Assertion"}},
-      {frame + Little(~0ULL - 1, 8),
-       ZQBStatus::ShortRead,
-       false,
-       {"ZQFingerPrintReadFxn : out of memory"}},
-      {frame + Little(~0ULL - 16, 8), ZQBStatus::ShortRead, false, {}},
-      {frame + Little(1ULL << 62, 8), ZQBStatus::ShortRead, false, {}},
-      {frame + Little(next.size() + 1, 8), ZQBStatus::ShortRead, false, {}},
-      {Little(256, 4) + std::string(256, 'x') + Little(0, 8), ZQBStatus::NoTag, false, {}},
-      {Little(~0U, 4) + "x", ZQBStatus::NoTag, false, {}},
+      {keys(0xffffffff), ShortRead, true, tooLarge},
+      {keys(0x80000000), ShortRead, true, tooLarge},
+      {keys(0x7fffffff), ShortRead, true, {}},
+      {keys(65), ShortRead, true, {}},
+      {keys(64, 9), BadFrame, true, {}},
+      {Record(Little(101, 4)), ShortRead, true, {}},
+      {Record(Little(102, 4) + maccs + "1234567"), ShortRead, true, {}},
+      {Record("abc"), ShortRead, true, {}},
+      {frame + Little(~0ULL, 8), ShortRead, false, {"Assertion"}},
+      {frame + Little(~0ULL - 1, 8), ShortRead, false, {"ZQFingerPrintReadFxn : out of memory"}},
+      {frame + Little(~0ULL - 16, 8), ShortRead, false, {}},
+      {frame + Little(1ULL << 62, 8), ShortRead, false, {}},
+      {frame + Little(next.size() + 1, 8), ShortRead, false, {}},
+      {Little(256, 4) + std::string(256, 'x') + Little(0, 8), NoTag, false, {}},
+      {Little(~0U, 4) + "x", NoTag, false, {}},
   };
   CapturedReports reports;
   const ZQBinaryIOHandler handler;
+  zqisstream large(Little(1 << 24, 4) + std::string(1 << 21, 'x'));
+  ZQFingerPrint small;
   largestRequest = 1 << 20;
+  EXPECT_FALSE(ZQReadBitVector(large, small));
+  EXPECT_EQ(small.GetSize(), 64U);
+  EXPECT_EQ(reports.Take(), Texts{"ZQReadBitVector : out of memory"});
   for (std::size_t i = 0; i < std::size(cases); ++i) {
-    zqisstream in(cases[i].bytes + next);
-    ZQFingerPrint fp;
-    EXPECT_EQ(ZQBinaryRead(in, fp, handler), cases[i].status) << i;
-    EXPECT_FALSE(fp) << i;
-    EXPECT_EQ(reports.Take(), cases[i].reports) << i;
-    if (cases[i].isNextRead) {
-      EXPECT_EQ(ZQBinaryRead(in, fp, handler), ZQBStatus::Ok) << i;
+    std::string bytes = cases[i].bytes + next;
+    PipeBuffer buffer(bytes);
+    zqistream pipe(&buffer);
+    zqisstream file(bytes);
+    for (zqistream* in : {&pipe, static_cast<zqistream*>(&file)}) {
+      ZQFingerPrint fp;
+      EXPECT_EQ(ZQBinaryRead(*in, fp, handler), cases[i].status) << i;
+      EXPECT_FALSE(fp) << i;
+      EXPECT_EQ(reports.Take(), cases[i].reports) << i;
+      if (!cases[i].isNextRead) continue;
+      EXPECT_EQ(ZQBinaryRead(*in, fp, handler), Ok) << i;
       EXPECT_TRUE(fp == good) << i;
     }
   }
@@ -277,9 +282,10 @@ TEST(ZQB, GenericDataOfAnObject) {
 
   // Cut within, or with another record in place of the fingerprint's.
   const std::string data = bytes.substr(4 + 19 + 8);
-  for (const std::string& bad : {std::string(), data.substr(0, 5), data.substr(0, 12),
-                                 Little(1, 4) + "n" + Framed("Other", ""),
-                                 Little(0, 4) + Little(70000, 4) + Framed("ZQFingerPrint", "")}) {
+  for (const std::string& bad :
+       {std::string(), data.substr(0, 5), data.substr(0, 12),
+        Little(1, 4) + "n" + Framed("Other", ""), Little(1, 4) + "n" + Record("") + "x",
+        Little(0, 4) + Little(70000, 4) + Record("")}) {
     zqisstream damaged(Framed("ZQBaseZQFingerPrint", bad) + Framed("x", ""));
     EXPECT_NE(ZQBinaryRead<ZQBase>(damaged, mol, ZQBinaryIOHandler()), ZQBStatus::Ok);
     EXPECT_EQ(ZQBinaryRead<ZQBase>(damaged, mol, ZQBinaryIOHandler()), ZQBStatus::NoHandler);

@@ -256,7 +256,9 @@ class ZQBaseZQBReadFxn final : public ZQReadFxn<ZQBase> {
       return ZQBStatus::BadFrame;
     }
     const unsigned int status = (*read_)(data, datum.value, valueLength);
-    if (status == ZQBStatus::Ok) object.AddData(datum.tag, std::move(datum.value));
+    if (status != ZQBStatus::Ok) return status;
+    if (data.peek() != zqistream::traits_type::eof()) return ZQBStatus::BadFrame;
+    object.AddData(datum.tag, std::move(datum.value));
     return status;
   }
 

@@ -28,7 +28,7 @@ class ZQ_EXPORT JSONParseHelper {
   friend ZQ_EXPORT bool GetJSONArrayAttr(const JSONParseHelper& json, const std::string& key,
                                          std::vector<std::optional<std::string>>& entries);
 
-  std::unique_ptr<Document> document_;
+  std::unique_ptr<Document> document_;  // null if the text isn't JSON
 };
 
 /// Reads the array of strings and nulls under a key of an object; a null is a missing entry. If

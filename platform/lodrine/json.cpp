@@ -1,7 +1,9 @@
 #include "contract/lodrine/json.h"
 
 #include <rapidjson/document.h>
+#include <rapidjson/encodedstream.h>
 #include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -35,16 +37,21 @@ JSONParseHelper::JSONParseHelper(std::string_view text) : document_(std::make_un
   constexpr unsigned int flags =
       rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
   rapidjson::Document& json = document_->json;
-  json.Parse<flags>(text.empty() ? "" : text.data(), text.size());
-  if (json.HasParseError()) {
-    ZQThrow.Warning("JSON : %s at byte %zu", rapidjson::GetParseError_En(json.GetParseError()),
-                    json.GetErrorOffset());
-  }
+  rapidjson::MemoryStream bytes(text.empty() ? "" : text.data(), text.size());
+  rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
+  json.ParseStream<flags>(stream);
+  // The parser takes a NUL for the end.
+  const bool isCut = !json.HasParseError() && stream.Tell() != text.size();
+  if (!json.HasParseError() && !isCut) return;
+  const auto error = isCut ? rapidjson::kParseErrorDocumentRootNotSingular : json.GetParseError();
+  ZQThrow.Warning("JSON : %s at byte %zu", rapidjson::GetParseError_En(error),
+                  isCut ? stream.Tell() : json.GetErrorOffset());
+  document_.reset();
 }
 
 JSONParseHelper::~JSONParseHelper() = default;
 
-bool JSONParseHelper::IsValid() const { return !document_->json.HasParseError(); }
+bool JSONParseHelper::IsValid() const { return document_ != nullptr; }
 
 bool GetJSONArrayAttr(const JSONParseHelper& json, const std::string& key,
                       std::vector<std::optional<std::string>>& entries) {
