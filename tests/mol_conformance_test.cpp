@@ -145,6 +145,7 @@ TYPED_TEST(MolConformanceTest, AConfigurationInAnyOrderOfNeighbours) {
     std::iota(order.begin(), order.end(), 0);
     do {
       std::vector<ZQAtomBase*> ordered;
+      ordered.reserve(order.size());
       for (const std::size_t i : order) ordered.push_back(list[i]);
       unsigned int swaps = isComplete ? 0 : 1;  // a missing first ligand is moved to the end
       for (std::size_t i = 0; i < order.size(); ++i) {
