@@ -44,7 +44,7 @@ TEST_F(StoredProgramTest, AreRankedLikeTheMoleculesTheyAreMadeOf) {
     Output(ZQStringTokenize("create few.smi few.zqb" + type, ' '));
     // Titles, scores and order are those of the molecule file; there is no SMILES.
     std::string expected;
-    for (std::string line :
+    for (const std::string& line :
          Lines(Output(ZQStringTokenize("search good.smi few.smi" + type, ' ')))) {
       expected += line.substr(0, line.rfind('\t') + 1) + "\n";
     }

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <set>
+#include <tuple>
 
 #include "korvex/vsepr_aro_stereo_types.h"
 #include "korvex/vsepr_aro_types.h"
@@ -21,7 +22,13 @@ struct Row {
   unsigned int heavyDegree, heavyValence, hydrogens, lonePairs;
   bool aromatic;
   unsigned int stereo;
-  friend auto operator<=>(const Row&, const Row&) = default;
+
+  auto AsTuple() const {
+    return std::tie(element, charge, heavyDegree, heavyValence, hydrogens, lonePairs, aromatic,
+                    stereo);
+  }
+  friend bool operator==(const Row& a, const Row& b) { return a.AsTuple() == b.AsTuple(); }
+  friend bool operator<(const Row& a, const Row& b) { return a.AsTuple() < b.AsTuple(); }
 };
 
 Row RowOf(unsigned int type) {
@@ -118,8 +125,9 @@ TEST(VseprTypes, BadNumbersAreReported) {
   const auto expect = [&](const Texts& functions, const std::string& system, unsigned int type) {
     Texts texts;
     for (const std::string& function : functions) {
-      texts.push_back(system + "::" + function + " : Invalid " + system + " " +
-                      std::to_string(static_cast<int>(type)));
+      std::string& text = texts.emplace_back(system);
+      text.append("::").append(function).append(" : Invalid ").append(system).append(" ");
+      text.append(std::to_string(static_cast<int>(type)));
     }
     EXPECT_EQ(reports.Count(ZQErrorLevel::Error), texts.size());
     EXPECT_EQ(reports.Take(), texts);
