@@ -18,3 +18,9 @@ inline std::size_t largestRequest = std::numeric_limits<std::size_t>::max();
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+// A sanitizer's own forms for arrays wouldn't call these.
+[[gnu::noinline]] void* operator new[](std::size_t size) { return operator new(size); }
+[[gnu::noinline]] void operator delete[](void* memory) noexcept { operator delete(memory); }
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
