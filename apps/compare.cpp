@@ -87,7 +87,7 @@ int Run(const ZQInterface& interface) {
   ZQFingerPrint fps[2];
   const ZQFPTypeBase* type = nullptr;
   if (isStored) {
-    if (IsAnyTypeOptionSet(interface, "with stored fingerprints, which have their own type")) {
+    if (IsAnyTypeOptionSet(interface, storedHaveType)) {
       return BadUsage;
     }
     type = ReadStoredFirst(fps, interface);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "apps/options.h"
+#include "apps/threads.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
 
@@ -68,6 +69,20 @@ bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase
   if (ZQMakeFP(fp, mol, type)) return true;
   ZQThrow.Error("%s: no fingerprint", where.c_str());
   return false;
+}
+
+void MakeFingerPrints(std::vector<ZQFingerPrint>& fps, const ZQMolDatabase& molecules,
+                      const std::string& filename, std::size_t first, const ZQFPTypeBase* type,
+                      unsigned int numThreads) {
+  OnThreads(numThreads, [&](auto next) {
+    ZQMol mol;
+    for (std::size_t i = next(); i < fps.size(); i = next()) {
+      const auto record = static_cast<unsigned int>(first + i);
+      if (!molecules.GetMolecule(mol, record)) continue;
+      MakeFingerPrint(fps[i], mol, type,
+                      "record " + std::to_string(record + 1) + " of " + filename);
+    }
+  });
 }
 
 void PrepareForVsepr(ZQMol& mol) {

@@ -2,7 +2,9 @@
 
 /// Molecules from the command line.
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "apps/command.h"
 #include "contract/quarnel/graphmol.h"
@@ -40,6 +42,12 @@ bool CheckAtoms(const ZQMolBase& mol, const std::string& where);
 /// Makes the fingerprint of a molecule; false after a message that names it by `where`.
 bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase* type,
                      const std::string& where);
+
+/// Makes those of the records from `first` on, as many as the vector has, on that many threads. One
+/// that can't be made has a message, and no type.
+void MakeFingerPrints(std::vector<ZQFingerPrint>& fps, const ZQMolDatabase& molecules,
+                      const std::string& filename, std::size_t first, const ZQFPTypeBase* type,
+                      unsigned int numThreads);
 
 /// Suppresses hydrogens and perceives what VSEPR types and fingerprints read.
 void PrepareForVsepr(ZQMol& mol);

@@ -6,7 +6,6 @@
 #include "apps/output.h"
 #include "apps/ranker.h"
 #include "apps/stored.h"
-#include "apps/threads.h"
 #include "contract/quarnel/lingo.h"
 #include "korvex/fpdatabase.h"
 #include "korvex/fpkinds.h"
@@ -16,7 +15,6 @@ namespace KorvexProgram {
 namespace {
 
 constexpr const char* ofDatabases[] = {"-molecules", "-memtype"};
-constexpr const char* hasItsType = "with stored fingerprints, which have their own type";
 
 // Whether fingerprints of a type can be ranked by the measure of the options; reports an error.
 bool CheckOptions(const ZQInterface& interface, const ZQFPTypeBase* type,
@@ -103,14 +101,7 @@ class MoleculeRanker : public MemoryRanker {
   bool Open(const std::string& filename, unsigned int numThreads) {
     if (!OpenMolecules(molecules_, filename)) return false;
     std::vector<ZQFingerPrint> fps(molecules_.GetMaxMolIdx());
-    OnThreads(numThreads, [&](auto next) {
-      ZQMol mol;
-      for (std::size_t i = next(); i < fps.size(); i = next()) {
-        if (!GetMolecule(mol, i)) continue;
-        MakeFingerPrint(fps[i], mol, GetFPTypeBase(),
-                        "record " + std::to_string(i + 1) + " of " + filename);
-      }
-    });
+    MakeFingerPrints(fps, molecules_, filename, 0, GetFPTypeBase(), numThreads);
     for (std::size_t i = 0; i < fps.size(); ++i) {
       if (fps[i] && !Add(fps[i], i)) return false;  // one without has a message
     }
@@ -165,7 +156,7 @@ std::unique_ptr<Ranker> OpenMoleculeRanker(const std::string& filename,
                                            const ZQFPTypeBase* queryType, ExitCode& exitCode) {
   exitCode = BadUsage;
   if (IsAnySet(interface, ofDatabases, "with a molecule file")) return nullptr;
-  if (queryType && IsAnyTypeOptionSet(interface, hasItsType)) return nullptr;
+  if (queryType && IsAnyTypeOptionSet(interface, storedHaveType)) return nullptr;
   const ZQFPTypeBase* type = queryType ? queryType : GetTypeOption(interface, Kinds::All);
   if (!type || !CheckOptions(interface, type, options)) return nullptr;
   exitCode = BadInput;
@@ -182,7 +173,7 @@ std::unique_ptr<Ranker> OpenStoredRanker(const std::string& filename, const ZQIn
   constexpr const char* html[] = {"-html"};
   if (IsAnySet(interface, ofDatabases, "with stored fingerprints") ||
       IsAnySet(interface, html, "with stored fingerprints, which have no molecules") ||
-      IsAnyTypeOptionSet(interface, hasItsType)) {
+      IsAnyTypeOptionSet(interface, storedHaveType)) {
     return nullptr;
   }
   exitCode = BadInput;

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "apps/molecules.h"
-#include "apps/threads.h"
 #include "contract/bostrel/strings.h"
 #include "korvex/fpkinds.h"
 #include "korvex/fptypes.h"
@@ -127,15 +126,7 @@ int WriteStored(const std::string& filename, const std::string& moleculeFile,
   std::size_t written = 0;
   for (std::size_t first = 0; first < molecules.GetMaxMolIdx() && out; first += fps.size()) {
     fps.assign(std::min<std::size_t>(perBatch, molecules.GetMaxMolIdx() - first), ZQFingerPrint());
-    OnThreads(numThreads, [&](auto next) {
-      ZQMol mol;
-      for (std::size_t i = next(); i < fps.size(); i = next()) {
-        const auto record = static_cast<unsigned int>(first + i);
-        if (!molecules.GetMolecule(mol, record)) continue;
-        MakeFingerPrint(fps[i], mol, type,
-                        "record " + std::to_string(record + 1) + " of " + moleculeFile);
-      }
-    });
+    MakeFingerPrints(fps, molecules, moleculeFile, first, type, numThreads);
     for (std::size_t i = 0; i < fps.size(); ++i) {
       if (!fps[i]) continue;  // has a message
       ZQBWriteRecord(out, {titleTag, molecules.GetTitle(static_cast<unsigned int>(first + i))});

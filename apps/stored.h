@@ -18,6 +18,9 @@ namespace KorvexProgram {
 /// Whether the name ends in ".zqb", in upper or lower case.
 bool IsStoredName(const std::string& filename);
 
+/// Why options of the fingerprint type are of no use with them, for `IsAnySet`.
+inline constexpr const char* storedHaveType = "with stored fingerprints, which have their own type";
+
 struct StoredFingerPrint {
   std::uint64_t number;  // in its file, from 1, damaged ones counted
   std::string title;

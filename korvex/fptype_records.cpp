@@ -17,8 +17,7 @@ bool ZQWriteFPTypeRecord(zqostream& out, const ZQFingerPrint& fp, unsigned int f
   if (!ZQ_ASSERT(type && type->GetFPType() == kind.number && type->GetVersion() == kind.version)) {
     return false;
   }
-  const std::uint64_t id = type->GetID();
-  return ZQ_io_write_binary(out, &id, sizeof id, 1);
+  return ZQ_io_write_number(out, type->GetID());
 }
 
 bool ZQReadFPTypeRecord(zqistream& in, unsigned short version, ZQFingerPrint& fp,
@@ -26,7 +25,7 @@ bool ZQReadFPTypeRecord(zqistream& in, unsigned short version, ZQFingerPrint& fp
   if (!ZQ_ASSERT(!fp)) return false;
   const ZQFPKind& kind = *ZQFindFPKind(fptype);
   std::uint64_t id = 0;
-  if (kind.HasParams() && !ZQ_io_read_binary(in, &id, sizeof id, 1)) return false;
+  if (kind.HasParams() && !ZQ_io_read_number(in, id)) return false;
   fp.SetFPTypeBase(kind.intern(version, id));
   return true;
 }

@@ -16,16 +16,6 @@ namespace {
 [[maybe_unused]] const bool isRegistered = ZQRegisterZQBInitializer(
     static_cast<bool (*)(ZQBinaryIOHandlerBase&)>(&ZQInitFingerPrintHandlers));
 
-template <class T>
-bool WriteNumber(zqostream& out, T number) {
-  return ZQ_io_write_binary(out, &number, sizeof number, 1);
-}
-
-template <class T>
-bool ReadNumber(zqistream& in, T& number) {
-  return ZQ_io_read_binary(in, &number, sizeof number, 1);
-}
-
 /// Kinds of records without a version: 1 to 3 for the first three of today.
 constexpr unsigned int lastOldKind = 3;
 constexpr unsigned int KindOfOld(unsigned int oldKind) { return oldKind + 100; }
@@ -33,30 +23,30 @@ bool IsOld(unsigned int fptype) { return fptype >= 1 && fptype <= lastOldKind; }
 
 void WriteData(zqostream& out, const ZQFingerPrint& fp) {
   const unsigned int fptype = fp ? fp.GetFPTypeBase()->GetFPType() : 0;
-  WriteNumber(out, std::uint32_t{fptype});
+  ZQ_io_write_number(out, std::uint32_t{fptype});
   if (ZQHasFPTypeRecord(fptype)) {
-    WriteNumber(out, std::uint16_t{fp.GetFPTypeBase()->GetVersion()});
+    ZQ_io_write_number(out, std::uint16_t{fp.GetFPTypeBase()->GetVersion()});
     ZQWriteFPTypeRecord(out, fp, fptype);
   } else if (IsOld(fptype)) {
     ZQThrow.Error("fingerprint type with old version cannot be written to an ZQB");
   } else {
     ZQThrow.Error("fingerprint with unknown type cannot be written to an ZQB");
   }
-  WriteNumber(out, std::uint32_t{fp.GetSize()});
+  ZQ_io_write_number(out, std::uint32_t{fp.GetSize()});
   ZQ_io_write_binary(out, fp.Words(), sizeof(std::uint64_t), fp.NumWords());
 }
 
 unsigned int ReadData(zqistream& data, ZQFingerPrint& fp) {
   std::uint32_t fptype = 0;
   std::uint16_t version = 0;
-  if (!ReadNumber(data, fptype)) return ZQBStatus::ShortRead;
+  if (!ZQ_io_read_number(data, fptype)) return ZQBStatus::ShortRead;
   const bool isKnown = ZQHasFPTypeRecord(fptype) || IsOld(fptype);
   if (IsOld(fptype)) {
     ZQThrow.Warning("fingerprint type with old version was read from the ZQB");
     fptype = KindOfOld(fptype);
   } else if (!isKnown) {
     ZQThrow.Error("unknown fingerprint type was read from the ZQB");
-  } else if (!ReadNumber(data, version)) {
+  } else if (!ZQ_io_read_number(data, version)) {
     return ZQBStatus::ShortRead;
   }
   if (isKnown && !ZQReadFPTypeRecord(data, version, fp, fptype)) return ZQBStatus::ShortRead;
@@ -107,7 +97,7 @@ unsigned int ZQFingerPrintReadFxn::operator()(zqistream& in, ZQFingerPrint& fp,
 
 bool ZQReadBitVector(zqistream& in, ZQFingerPrint& fp) {
   std::int32_t size = 0;
-  if (!ReadNumber(in, size)) return false;
+  if (!ZQ_io_read_number(in, size)) return false;
   if (size < 0) {
     ZQThrow.Error("Max size for an ZQBitVector is INT_MAX");
     return false;

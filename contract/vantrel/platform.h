@@ -57,6 +57,16 @@ ZQ_EXPORT bool ZQ_io_read_binary(zqistream& in, void* data, std::size_t size, st
 ZQ_EXPORT bool ZQ_io_write_binary(zqostream& out, const void* data, std::size_t size,
                                   std::size_t count);
 
+/// The same for one number.
+template <class T>
+bool ZQ_io_read_number(zqistream& in, T& number) {
+  return ZQ_io_read_binary(in, &number, sizeof number, 1);
+}
+template <class T>
+bool ZQ_io_write_number(zqostream& out, T number) {
+  return ZQ_io_write_binary(out, &number, sizeof number, 1);
+}
+
 /// Processors that this process may run on, at least 1.
 ZQ_EXPORT unsigned int ZQGetNumProcessors();
 

@@ -9,16 +9,6 @@ namespace {
 
 constexpr std::size_t longestTag = 255;
 
-template <class T>
-bool WriteNumber(zqostream& out, T number) {
-  return Vantrel::ZQ_io_write_binary(out, &number, sizeof number, 1);
-}
-
-template <class T>
-bool ReadNumber(zqistream& in, T& number) {
-  return Vantrel::ZQ_io_read_binary(in, &number, sizeof number, 1);
-}
-
 struct Initializers {
   std::mutex mutex;
   std::vector<bool (*)(ZQBinaryIOHandlerBase&)> functions;
@@ -33,18 +23,24 @@ Initializers& GetInitializers() {
 }  // namespace
 
 bool ZQBWriteTag(zqostream& out, const std::string& tag) {
-  return tag.size() <= longestTag && WriteNumber(out, static_cast<std::uint32_t>(tag.size())) &&
+  return tag.size() <= longestTag &&
+         Vantrel::ZQ_io_write_number(out, static_cast<std::uint32_t>(tag.size())) &&
          Vantrel::ZQ_io_write_binary(out, tag.data(), tag.size());
 }
 
-bool ZQBWriteDataLength(zqostream& out, std::uint64_t length) { return WriteNumber(out, length); }
+bool ZQBWriteDataLength(zqostream& out, std::uint64_t length) {
+  return Vantrel::ZQ_io_write_number(out, length);
+}
 
 bool ZQBReadTag(zqistream& in, std::string& tag) {
   std::uint32_t length = 0;
-  return ReadNumber(in, length) && length <= longestTag && ZQBReadBytes(in, length, tag);
+  return Vantrel::ZQ_io_read_number(in, length) && length <= longestTag &&
+         ZQBReadBytes(in, length, tag);
 }
 
-bool ZQBReadDataLength(zqistream& in, std::uint64_t& length) { return ReadNumber(in, length); }
+bool ZQBReadDataLength(zqistream& in, std::uint64_t& length) {
+  return Vantrel::ZQ_io_read_number(in, length);
+}
 
 bool ZQBReadBytes(zqistream& in, std::uint64_t length, std::string& bytes) {
   constexpr std::uint64_t piece = std::uint64_t{1} << 16;
@@ -129,7 +125,8 @@ unsigned int ZQBFinishRecord(zqistream& in, std::streamoff begin, std::uint64_t 
 
 bool ZQBWriteDataTag(zqostream& out, unsigned int tag) {
   const std::string name = ZQGetTagName(tag);
-  return ZQBWriteTag(out, name) && (!name.empty() || WriteNumber(out, std::uint32_t{tag}));
+  return ZQBWriteTag(out, name) &&
+         (!name.empty() || Vantrel::ZQ_io_write_number(out, std::uint32_t{tag}));
 }
 
 bool ZQBReadDataTag(zqistream& in, unsigned int& tag) {
@@ -140,7 +137,7 @@ bool ZQBReadDataTag(zqistream& in, unsigned int& tag) {
     tag = ZQGetTag(name);
     return true;
   }
-  if (!ReadNumber(in, number) || number >= ZQFirstNamedTag) return false;
+  if (!Vantrel::ZQ_io_read_number(in, number) || number >= ZQFirstNamedTag) return false;
   tag = number;
   return true;
 }
