@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "korvex/cuda/fpfast_database_cuda_impl_local.h"
 #include "korvex/fpfast_database_inmemory_impl_local.h"
 #include "korvex/fpfast_database_mmap_impl_local.h"
 #include "korvex/fpfast_local.h"
@@ -26,7 +27,7 @@ std::unique_ptr<ZQFastFPDatabaseImplBase> MakeImpl(const std::string& filename,
     default:
       ZQThrow.Warning("%s : invalid memory type parameter initialized for memory-mapped!", caller);
   }
-  // No build has a GPU back end yet; it would be made here if ZQKorvexIsGPUReady() is true.
+  if (ZQKorvexIsGPUReady()) return std::make_unique<ZQFastFPCUDADatabaseImpl>(filename);
   ZQThrow.Warning("%s : no CUDA-enabled device available falling back to memory-mapped type!",
                   caller);
   return std::make_unique<ZQFastFPMemoryMapDatabaseImpl>(filename);

@@ -16,13 +16,6 @@ ZQIter<T> MakeIter(std::vector<T>&& values) {
   return new ZQVectorIter<T>(std::move(values));
 }
 
-/// The best hits, best first.
-ZQIter<ZQSimScore> MakeIter(std::unique_ptr<ZQHitList<ZQSimScore>> list) {
-  if (!list->SortScores(true)) return {};
-  ZQCheckedUnsigned(list->GetItems().size());
-  return new ZQHitListIter<ZQSimScore>(std::move(list));
-}
-
 }  // namespace
 
 ZQFastFPDatabaseImplBase::ZQFastFPDatabaseImplBase(const std::string& filename)
@@ -112,6 +105,21 @@ std::optional<ZQScanRecords> ZQFastFPDatabaseImplBase::GetScanRecords(const char
   return ZQScanRecords(records, params_.NumFingerPrints(), params_.NumWords(), popcount);
 }
 
+ZQIter<ZQSimScore> ZQFastFPDatabaseImplBase::MakeHitIter(
+    std::unique_ptr<ZQHitList<ZQSimScore>> list) {
+  if (!list->SortScores(true)) return {};
+  ZQCheckedUnsigned(list->GetItems().size());
+  return new ZQHitListIter<ZQSimScore>(std::move(list));
+}
+
+bool ZQFastFPDatabaseImplBase::IsKnownMeasure(const ZQFPDatabaseOptions& options,
+                                              const char* caller) {
+  if (ZQSimMeasure::IsValid(options.GetSimFunc())) return true;
+  ZQThrow.Warning("%s : unknown similarity measure type %d!", caller,
+                  static_cast<int>(options.GetSimFunc()));
+  return false;
+}
+
 ZQIter<ZQSimScore> ZQFastFPDatabaseImplBase::GetScores(const ZQFingerPrint& query,
                                                        const ZQFPDatabaseOptions& options) const {
   const auto records = GetScanRecords("ZQFastFPDatabase::GetScores() :");
@@ -128,7 +136,7 @@ ZQIter<ZQSimScore> ZQFastFPDatabaseImplBase::GetSortedScores(
   if (!records) return {};
   auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(NumFingerPrints()), options);
   ZQFastFPHitList(list.get(), query, options, *records);
-  return MakeIter(std::move(list));
+  return MakeHitIter(std::move(list));
 }
 
 std::vector<ZQIter<ZQSimScore>> ZQFastFPDatabaseImplBase::GetSortedScores(
@@ -141,7 +149,7 @@ std::vector<ZQIter<ZQSimScore>> ZQFastFPDatabaseImplBase::GetSortedScores(
   for (auto& list : lists) list = ZQInitFPDatabaseHitList(count, options);
   ZQFastFPHitLists(lists, queries, options, *records);
   std::transform(lists.begin(), lists.end(), hits.begin(),
-                 [](auto& list) { return MakeIter(std::move(list)); });
+                 [](auto& list) { return MakeHitIter(std::move(list)); });
   return hits;
 }
 
@@ -201,11 +209,7 @@ ZQIter<ZQSimScorePair> ZQFastFPDatabaseImplBase::GetSparseMatrix(
     }
     limit = records->count;
   }
-  if (!ZQSimMeasure::IsValid(options.GetSimFunc())) {
-    ZQThrow.Warning("%s : unknown similarity measure type %d!", caller,
-                    static_cast<int>(options.GetSimFunc()));
-    return {};
-  }
+  if (!IsKnownMeasure(options, caller)) return {};
   std::vector<ZQSimScorePair> pairs;
   const bool reserved = ZQCatch(
       [&] {

@@ -9,6 +9,7 @@
 /// nothing.
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -71,6 +72,13 @@ class ZQFastFPDatabaseImplBase {
   /// One record, null if it can't be read.
   virtual const std::uint64_t* GetRecord(std::uint64_t index) const = 0;
 
+  /// The input of a kernel. Empty, after a warning with `caller`, if there is nothing to scan.
+  std::optional<ZQScanRecords> GetScanRecords(const char* caller) const;
+  /// The best hits of a list, best first.
+  static ZQIter<ZQSimScore> MakeHitIter(std::unique_ptr<ZQHitList<ZQSimScore>> list);
+  /// For queries whose options weren't checked. False after the warning "%s : unknown similarity
+  /// measure type %d!".
+  static bool IsKnownMeasure(const ZQFPDatabaseOptions& options, const char* caller);
   /// Words per record.
   std::uint64_t Stride() const { return params_.NumWords() + zqRecordPrefixWords; }
 
@@ -81,10 +89,6 @@ class ZQFastFPDatabaseImplBase {
   /// file takes its name meanwhile.
   zqifstream in_;
   ZQFastFPDatabaseParams params_;
-
- private:
-  /// The input of a kernel. Empty, after a warning with `caller`, if there is nothing to scan.
-  std::optional<ZQScanRecords> GetScanRecords(const char* caller) const;
 };
 
 }  // namespace ZQKorvex

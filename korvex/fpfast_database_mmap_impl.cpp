@@ -7,13 +7,16 @@
 namespace ZQKorvex {
 
 ZQFastFPMemoryMapDatabaseImpl::ZQFastFPMemoryMapDatabaseImpl(const std::string& filename)
+    : ZQFastFPMemoryMapDatabaseImpl(filename, "ZQFastFPDatabase::ZQFastFPDatabase() :") {}
+
+ZQFastFPMemoryMapDatabaseImpl::ZQFastFPMemoryMapDatabaseImpl(const std::string& filename,
+                                                             const std::string& caller)
     : ZQFastFPDatabaseImplBase(filename) {
   if (!valid_) return;
   valid_ = file_.Open(in_, filename_, params_.GetFileSize());
   in_.Close();
   if (!valid_) {
-    ZQThrow.Warning("%s : cannot initialize object for memory mapping!",
-                    "ZQFastFPDatabase::ZQFastFPDatabase()");
+    ZQThrow.Warning("%s cannot initialize object for memory mapping!", caller.c_str());
   }
 }
 

@@ -26,12 +26,16 @@ class ZQFastFPMemoryMapDatabaseImpl : public ZQFastFPDatabaseImplBase {
   const std::uint64_t* GetRecords(const char* caller) const override;
   const std::uint64_t* GetRecord(std::uint64_t index) const override;
 
-  MMapInputFile file_;
-
- private:
+  /// For a back end whose messages of opening differ: after `caller`, "%s cannot initialize object
+  /// for memory mapping!".
+  ZQFastFPMemoryMapDatabaseImpl(const std::string& filename, const std::string& caller);
   /// Whether the file has the pages of the first `count` records. Opening doesn't compare the file
   /// with its header.
   bool HasPagesFor(std::uint64_t count) const;
+
+  MMapInputFile file_;
+
+ private:
   /// Like `GetFilePtr`; `caller` includes the blank and colon of the message.
   const std::uint64_t* GetBase(const std::string& caller) const;
 

@@ -310,6 +310,18 @@ void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& value
 
 namespace {
 
+constexpr std::uint32_t signBit = 0x80000000;
+
+/// The bits of a float as an integer in the same order, which also includes NaNs.
+std::uint32_t OrderOf(float score) {
+  const auto bits = std::bit_cast<std::uint32_t>(score);
+  return (bits & signBit) != 0 ? ~bits : bits | signBit;
+}
+
+bool IsGreater(const std::pair<float, std::uint64_t>& a, const std::pair<float, std::uint64_t>& b) {
+  return std::pair(OrderOf(a.first), a.second) > std::pair(OrderOf(b.first), b.second);
+}
+
 /// The `k` greatest scores of each row of a band. A row has `k` slots. The high bits of a key are a
 /// score, ordered like unsigned numbers, and its low bits are the slot of its entry. Once all slots
 /// are used, the keys are a heap with the lowest on top: of equal scores, that of the first slot.
@@ -353,31 +365,18 @@ class NearestLists {
     bars_[row] = ScoreOf(keys[0]);
   }
 
-  /// The entries of a row, the greatest (score, id) first.
-  const std::vector<std::pair<float, std::uint64_t>>& Sorted(std::size_t row) {
-    sorted_.resize(sizes_[row]);
-    for (std::size_t i = 0; i < sorted_.size(); ++i) {
+  /// The (score, id) entries of a row.
+  std::vector<std::pair<float, std::uint64_t>>& Entries(std::size_t row) {
+    entries_.resize(sizes_[row]);
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
       const std::uint64_t key = keys_[row * k_ + i];
-      sorted_[i] = {ScoreOf(key), ids_[row * k_ + (key & slotMask)]};
+      entries_[i] = {ScoreOf(key), ids_[row * k_ + (key & slotMask)]};
     }
-    std::sort(sorted_.begin(), sorted_.end(), IsGreater);
-    return sorted_;
-  }
-
-  static bool IsGreater(const std::pair<float, std::uint64_t>& a,
-                        const std::pair<float, std::uint64_t>& b) {
-    return std::pair(OrderOf(a.first), a.second) > std::pair(OrderOf(b.first), b.second);
+    return entries_;
   }
 
  private:
   static constexpr std::uint64_t slotMask = 0xFFFFFFFF;
-  static constexpr std::uint32_t signBit = 0x80000000;
-
-  /// The bits of a float as an integer in the same order, which also includes NaNs.
-  static std::uint32_t OrderOf(float score) {
-    const auto bits = std::bit_cast<std::uint32_t>(score);
-    return (bits & signBit) != 0 ? ~bits : bits | signBit;
-  }
   static std::uint64_t MakeKey(float score, std::uint64_t slot) {
     return std::uint64_t{OrderOf(score)} << 32 | slot;
   }
@@ -403,7 +402,7 @@ class NearestLists {
   std::vector<std::uint64_t> ids_;
   std::vector<std::uint32_t> sizes_;
   std::vector<double> bars_;
-  std::vector<std::pair<float, std::uint64_t>> sorted_;
+  std::vector<std::pair<float, std::uint64_t>> entries_;
 };
 
 }  // namespace
@@ -466,17 +465,22 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
     });
 
     for (std::uint64_t row = bandBegin; row < bandEnd; ++row) {
-      const auto& entries = lists.Sorted(row - bandBegin);
-      const auto end =
-          options.HasCutoff()
-              ? std::lower_bound(entries.begin(), entries.end(),
-                                 std::pair(options.GetCutoff() + 0.0F, std::uint64_t{0}),
-                                 NearestLists::IsGreater)
-              : entries.end();
-      for (auto entry = entries.begin(); entry != end; ++entry) {
-        out.emplace_back(records.Id(row), entry->second, double{entry->first});
-      }
+      ZQAppendNeighbors(out, records.Id(row), lists.Entries(row - bandBegin), options);
     }
+  }
+}
+
+void ZQAppendNeighbors(std::vector<ZQSimScorePair>& out, std::uint64_t rowId,
+                       std::vector<std::pair<float, std::uint64_t>>& entries,
+                       const ZQFPDatabaseOptions& options) {
+  std::sort(entries.begin(), entries.end(), IsGreater);
+  const auto end =
+      options.HasCutoff()
+          ? std::lower_bound(entries.begin(), entries.end(),
+                             std::pair(options.GetCutoff() + 0.0F, std::uint64_t{0}), IsGreater)
+          : entries.end();
+  for (auto entry = entries.begin(); entry != end; ++entry) {
+    out.emplace_back(rowId, entry->second, double{entry->first});
   }
 }
 

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "korvex/fpdatabaseoptions.h"
@@ -92,5 +93,10 @@ void ZQFastFPSparseMatrix(std::vector<ZQSimScorePair>& out, const ZQFPDatabaseOp
 void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
                                  const ZQFPDatabaseOptions& options, const ZQScanRecords& records,
                                  unsigned long k, unsigned long band);
+/// Sorts the (score, id) entries of a row as the sparse matrix has them, best first, and appends
+/// those that pass the cutoff.
+void ZQAppendNeighbors(std::vector<ZQSimScorePair>& out, std::uint64_t rowId,
+                       std::vector<std::pair<float, std::uint64_t>>& entries,
+                       const ZQFPDatabaseOptions& options);
 
 }  // namespace ZQKorvex

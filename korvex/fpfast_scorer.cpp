@@ -50,9 +50,7 @@ void ZQScorer::Score(const ZQScoredRow& row, std::size_t n, double* scores) {
                                     common_.data(), n, scores)) {
     return;
   }
-  // This order of operands turns a NaN into 0.0.
-  std::transform(scores, scores + n, scores,
-                 [](double score) { return std::min(1.0, std::max(0.0, score)); });
+  std::transform(scores, scores + n, scores, ZQCUClamp);
 }
 
 void ZQScorer::Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, std::uint64_t next,

@@ -6,14 +6,16 @@
 ///
 /// Each has two formulae. The single-precision one takes the four counts of measuresim.h and is
 /// used for fingerprints, including Lingo texts, whose neither is 0. The double-precision one takes
-/// three counts and is used for the scans of the fast database: there two empty fingerprints score
-/// 0.0 by Tanimoto, Cosine, Dice and Tversky, and Cosine's root is exact.
+/// three counts and is used for the scans of the fast database, on a GPU too
+/// (contract/nubrel/scores.h): there two empty fingerprints score 0.0 by Tanimoto, Cosine, Dice and
+/// Tversky, and Cosine's root is exact.
 
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
+#include "contract/nubrel/scores.h"
 #include "korvex/checked_local.h"
 #include "korvex/fpdatabaseoptions.h"
 #include "korvex/processor_local.h"
@@ -30,17 +32,12 @@ struct ZQCounts {
 };
 
 /// The inputs of a scan's score besides the counts.
-struct ZQScoreTerms {
+struct ZQScoreTerms : ZQCUScoreTerms {
   ZQScoreTerms(const ZQFPDatabaseOptions& options, std::uint64_t numWords)
-      : bits(ZQCheckedDouble(64 * numWords)),
-        inverseBits(1.0 / bits),
-        alpha(options.GetTverskyAlpha()),
-        beta(options.GetTverskyBeta()) {}
-
-  double bits;  ///< of the words, padding included
-  double inverseBits;
-  double alpha;
-  double beta;
+      : ZQCUScoreTerms{.bits = ZQCheckedDouble(64 * numWords),
+                       .inverseBits = 1.0 / ZQCheckedDouble(64 * numWords),
+                       .alpha = options.GetTverskyAlpha(),
+                       .beta = options.GetTverskyBeta()} {}
 };
 
 struct ZQMeasure {
@@ -52,11 +49,8 @@ struct ZQMeasure {
   float (*ofCounts)(ZQCounts n, float alpha, float beta);
   /// The score of two fingerprints with `q` and `r` bits, `c` of them common: from 0.0 to 1.0 for
   /// consistent counts. Others may give any number, infinity and NaN included.
-  double (*ofTerms)(const ZQScoreTerms& terms, double q, double r, double c);
+  double (*ofTerms)(const ZQCUScoreTerms& terms, double q, double r, double c);
 };
-
-// The formulae over doubles are inlined into loops and have no branches: instead of dividing by 0,
-// they divide 0 by 1.
 
 // Usually without a branch for no common bits, which a scan of sparse fingerprints would
 // mispredict.
@@ -67,21 +61,12 @@ inline float ZQTanimotoOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   }
   return ZQCheckedFloat(n.both) / ZQCheckedFloat(any);
 }
-[[gnu::always_inline]] inline double ZQTanimotoOf(const ZQScoreTerms& /*terms*/, double q, double r,
-                                                  double c) {
-  return c / (c == 0.0 ? 1.0 : q + r - c);
-}
 
 inline float ZQCosineOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   if (n.both == 0) return 0.0F;
   const float x = ZQCheckedFloat(n.onlyB + n.both) * ZQCheckedFloat(n.onlyA + n.both);
   const float r = ZQReciprocalRootEstimate(x);
   return ((((x * r) * r) + -3.0F) * (r * -0.5F)) * ZQCheckedFloat(n.both);
-}
-[[gnu::always_inline]] inline double ZQCosineOf(const ZQScoreTerms& /*terms*/, double q, double r,
-                                                double c) {
-  const bool none = q == 0.0 || r == 0.0 || c == 0.0;
-  return (none ? 0.0 : c) / std::sqrt(none ? 1.0 : r * q);
 }
 
 inline float ZQDiceOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
@@ -90,20 +75,11 @@ inline float ZQDiceOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   const double sum = 2.0 * static_cast<double>(n.both) + static_cast<double>(n.onlyA + n.onlyB);
   return (both + both) / static_cast<float>(sum);
 }
-[[gnu::always_inline]] inline double ZQDiceOf(const ZQScoreTerms& /*terms*/, double q, double r,
-                                              double c) {
-  const bool none = q + r == 0.0;
-  return (none ? 0.0 : 2.0 * c) / (none ? 1.0 : q + r);
-}
 
 inline float ZQEuclidOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   const unsigned int equal = n.both + n.neither;
   if (equal == 0) return 0.0F;
   return std::sqrt(ZQCheckedFloat(equal) / ZQCheckedFloat(n.onlyA + n.onlyB + equal));
-}
-[[gnu::always_inline]] inline double ZQEuclidOf(const ZQScoreTerms& terms, double q, double r,
-                                                double c) {
-  return std::sqrt((terms.bits - q - r + 2.0 * c) * terms.inverseBits);
 }
 
 inline float ZQTverskyOf(ZQCounts n, float alpha, float beta) {
@@ -111,29 +87,20 @@ inline float ZQTverskyOf(ZQCounts n, float alpha, float beta) {
   const float both = ZQCheckedFloat(n.both);
   return both / ((alpha * ZQCheckedFloat(n.onlyA) + beta * ZQCheckedFloat(n.onlyB)) + both);
 }
-[[gnu::always_inline]] inline double ZQTverskyOf(const ZQScoreTerms& terms, double q, double r,
-                                                 double c) {
-  const double weighted = (q - c) * terms.alpha + (r - c) * terms.beta + c;
-  return (weighted == 0.0 ? 0.0 : c) / (weighted == 0.0 ? 1.0 : weighted);
-}
 
 inline float ZQManhattanOf(ZQCounts n, float /*alpha*/, float /*beta*/) {
   const unsigned int unequal = n.onlyA + n.onlyB;
   return ZQCheckedFloat(unequal) / ZQCheckedFloat(unequal + n.both + n.neither);
 }
-[[gnu::always_inline]] inline double ZQManhattanOf(const ZQScoreTerms& terms, double q, double r,
-                                                   double c) {
-  return (q + r - 2.0 * c) * terms.inverseBits;
-}
 
 /// By number: name, symmetric, a distance, formulae.
 inline constexpr auto zqMeasures = std::to_array<ZQMeasure>({
-    {ZQSimMeasure::Tanimoto, "Tanimoto", true, false, ZQTanimotoOf, ZQTanimotoOf},
-    {ZQSimMeasure::Cosine, "Cosine", true, false, ZQCosineOf, ZQCosineOf},
-    {ZQSimMeasure::Dice, "Dice", true, false, ZQDiceOf, ZQDiceOf},
-    {ZQSimMeasure::Euclid, "Euclid", true, false, ZQEuclidOf, ZQEuclidOf},
-    {ZQSimMeasure::Tversky, "Tversky", false, false, ZQTverskyOf, ZQTverskyOf},
-    {ZQSimMeasure::Manhattan, "Manhattan", true, true, ZQManhattanOf, ZQManhattanOf},
+    {ZQSimMeasure::Tanimoto, "Tanimoto", true, false, ZQTanimotoOf, ZQCUTanimoto},
+    {ZQSimMeasure::Cosine, "Cosine", true, false, ZQCosineOf, ZQCUCosine},
+    {ZQSimMeasure::Dice, "Dice", true, false, ZQDiceOf, ZQCUDice},
+    {ZQSimMeasure::Euclid, "Euclid", true, false, ZQEuclidOf, ZQCUEuclid},
+    {ZQSimMeasure::Tversky, "Tversky", false, false, ZQTverskyOf, ZQCUTversky},
+    {ZQSimMeasure::Manhattan, "Manhattan", true, true, ZQManhattanOf, ZQCUManhattan},
 });
 static_assert(
     [] {

@@ -1,6 +1,5 @@
 #include "korvex/version.h"
 
-#include "contract/nubrel/gpu.h"
 #include "korvex/processor_local.h"
 
 namespace ZQKorvex {
@@ -36,7 +35,7 @@ ZQLibraryVersion ZQKorvexVersion() { return {"zqtoolkit", "ZQKorvex", ZQKorvexGe
 
 std::string ZQKorvexGetProcessor() { return ZQGetProcessor().name; }
 
-bool ZQKorvexIsGPUReady() { return Nubrel::ZQCUDAIsGPUReady(); }
+bool ZQKorvexIsGPUReady() { return ZQCUDAIsGPUReady(); }
 
 std::string ZQGetKorvexClassHyperlink(const std::string& name) {
   return Reference(name, ClassPage(name));
