@@ -1,6 +1,7 @@
 # Read by run.sh, test.sh and .ci/run: what a fresh Debian 12 needs, and the builds.
 
-packages=(g++ cmake make zlib1g-dev rapidjson-dev libcoordgen-dev libgtest-dev)
+# clang compiles the code for GPUs.
+packages=(g++ clang cmake make zlib1g-dev rapidjson-dev libcoordgen-dev libgtest-dev)
 
 # Installs those of the packages named that are missing, as root or with sudo, and says so.
 install_packages() {

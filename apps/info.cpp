@@ -33,6 +33,7 @@ int RunInfo(const ZQInterface& interface) {
   PrintFact("popcount method",
             std::to_string(method) + (method == 2 ? " (POPCNT)" : " (portable)"));
   PrintFact("processor", ZQKorvexGetProcessor());
+  PrintFact("GPU", ZQKorvexGetGPU());
   return Done;
 }
 
@@ -47,7 +48,7 @@ int RunVersion(const ZQInterface& /*interface*/) {
   PrintFact("architecture", ZQKorvexGetArch());
   PrintFact("platform", ZQKorvexGetPlatform());
   PrintFact("configuration", ZQKorvexGetConfigureArgs());
-  PrintFact("GPU", ZQKorvexIsGPUReady() ? "ready" : "none");
+  PrintFact("GPU", ZQKorvexGetGPU());
   return Done;
 }
 

@@ -20,10 +20,12 @@ void ConfigureHistogram(ZQInterface& interface) {
           .SetDefault(20));
   ZQConfigureFPDatabaseOptions(interface, ZQFPDatabaseOptionsMask::SimFunc);
   AddTverskyCoeffs(interface);
+  ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
 }
 
 int RunHistogram(const ZQInterface& interface) {
-  const auto database = OpenDatabase(interface.Get<std::string>("DB.fpbin"));
+  const auto database =
+      OpenDatabase(interface.Get<std::string>("DB.fpbin"), ZQGetFPDatabaseMemoryType(interface));
   if (!database) return BadInput;
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
@@ -31,7 +33,7 @@ int RunHistogram(const ZQInterface& interface) {
   const unsigned int numWarnings = NumWarnings();
   const ZQFPHistogram histogram =
       database->GetHistogram(options, static_cast<unsigned long>(interface.Get<int>("-bins")));
-  if (NumWarnings() != numWarnings) return BadInput;  // too little memory
+  if (NumWarnings() != numWarnings) return BadInput;  // too little memory, or a failing GPU
   const unsigned long pairs = histogram.NumSamples();
   std::printf("# pairs %lu\n", pairs);
   if (pairs != 0) std::printf("# mean %.6f\n# std %.6f\n", histogram.Mean(), histogram.Std());
@@ -53,10 +55,12 @@ void ConfigureNeighbors(ZQInterface& interface) {
                                               ZQFPDatabaseOptionsMask::SimFunc |
                                               ZQFPDatabaseOptionsMask::Cutoff);
   AddTverskyCoeffs(interface);
+  ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
 }
 
 int RunNeighbors(const ZQInterface& interface) {
-  const auto database = OpenDatabase(interface.Get<std::string>("DB.fpbin"));
+  const auto database =
+      OpenDatabase(interface.Get<std::string>("DB.fpbin"), ZQGetFPDatabaseMemoryType(interface));
   if (!database) return BadInput;
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
@@ -73,7 +77,7 @@ int RunNeighbors(const ZQInterface& interface) {
   if (hasCutoff) options.SetCutoff(std::nextafter(cutoff, -1.0F));
   const unsigned int numWarnings = NumWarnings();
   ZQIter<ZQSimScorePair> pair = records == 0 ? nullptr : database->GetSparseMatrix(options);
-  if (NumWarnings() != numWarnings) return BadInput;  // too little memory
+  if (NumWarnings() != numWarnings) return BadInput;  // too little memory, or a failing GPU
   std::uint64_t row = 0;
   std::uint64_t printed = 0;
   for (; pair; ++pair) {

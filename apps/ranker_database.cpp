@@ -26,6 +26,13 @@ class DatabaseRanker : public Ranker {
     return database_->GetSortedScores(queries, options_);
   }
   ZQFPHistogram GetHistogram(const ZQMolBase& query, unsigned long bins) override {
+    if (database_->GetMemoryType() == ZQFastFPDatabaseMemoryType::CUDA) {
+      ZQFPHistogram histogram(bins, 0.0, 1.0);
+      for (auto score = database_->GetRawScores(query, options_); score; ++score) {
+        histogram.AddSample(*score);
+      }
+      return histogram;
+    }
     ZQSimSearchResult result(bins);
     database_->SortedSearch(result, query, options_);
     return result.GetHistogram();

@@ -184,7 +184,7 @@ int Run(const ZQInterface& interface) {
     const Queries queries = argument.Read(*ranker, count, report.IsWanted(), next);
     const unsigned int numWarnings = NumWarnings();
     std::vector<ZQIter<ZQSimScore>> hitsOfAll = ranker->Rank(queries.fps);
-    if (NumWarnings() != numWarnings) return BadInput;  // too little memory
+    if (NumWarnings() != numWarnings) return BadInput;  // too little memory, or a failing GPU
     for (std::size_t i = 0; i < hitsOfAll.size(); ++i) {
       const std::vector<ZQSimScore> hits = Collected(std::move(hitsOfAll[i]));
       writer.Write(queries.numbers[i], hits, *ranker);

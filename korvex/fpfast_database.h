@@ -1,8 +1,8 @@
 #pragma once
 
 /// A fast fingerprint database over one `.fpbin` file (fpfast.h). It is immutable once constructed;
-/// all queries are const and may run concurrently on any threads. The file must not change while
-/// the database is open.
+/// all queries are const and may be made on any threads: they run concurrently, on a GPU one after
+/// another. The file must not change while the database is open.
 ///
 /// Every query checks its arguments first. If a check fails, it warns and returns the empty value:
 /// an empty iterator, false, 0, -1, or a histogram without samples. Scores are computed in double
@@ -24,7 +24,9 @@ namespace ZQKorvex {
 namespace ZQFastFPDatabaseMemoryType {
 inline constexpr unsigned int MemoryMapped = 1;  ///< scans the file through the page cache
 inline constexpr unsigned int InMemory = 2;      ///< loads and checks all records when opened
-inline constexpr unsigned int CUDA = 3;          ///< on a GPU; memory-mapped if there is none
+/// On a GPU; memory-mapped if there is none. Takes fingerprints of a multiple of 1024 bits, gives
+/// the same results, and has no `SortedSearch`.
+inline constexpr unsigned int CUDA = 3;
 }  // namespace ZQFastFPDatabaseMemoryType
 
 class ZQFastFPDatabaseImplBase;

@@ -1,5 +1,9 @@
 #include "korvex/version.h"
 
+#include <array>
+#include <cstdio>
+#include <vector>
+
 #include "korvex/processor_local.h"
 
 namespace ZQKorvex {
@@ -36,6 +40,22 @@ ZQLibraryVersion ZQKorvexVersion() { return {"zqtoolkit", "ZQKorvex", ZQKorvexGe
 std::string ZQKorvexGetProcessor() { return ZQGetProcessor().name; }
 
 bool ZQKorvexIsGPUReady() { return ZQCUDAIsGPUReady(); }
+
+std::string ZQKorvexGetGPU() {
+  std::vector<int> devices;
+  cudaDeviceProp gpu;
+  if (ZQCUGetAvailableDevices(devices, 1) == 0 || cudaGetDeviceProperties(&gpu, devices[0]) != 0) {
+    return "none";
+  }
+  constexpr double gib = 1 << 30;
+  const int major = gpu.driverVersion / 1000;
+  const int minor = gpu.driverVersion % 1000 / 10;
+  std::array<char, 96> facts{};
+  std::snprintf(facts.data(), facts.size(),
+                ", %.1f GiB, compute capability %d.%d, driver of CUDA %d.%d",
+                static_cast<double>(gpu.totalGlobalMem) / gib, gpu.major, gpu.minor, major, minor);
+  return gpu.name + facts.data();
+}
 
 std::string ZQGetKorvexClassHyperlink(const std::string& name) {
   return Reference(name, ClassPage(name));

@@ -25,7 +25,12 @@ struct ZQLibraryVersion {
 };
 ZQ_EXPORT ZQLibraryVersion ZQKorvexVersion();
 
+/// Whether databases can be searched on a GPU here.
 ZQ_EXPORT bool ZQKorvexIsGPUReady();
+/// The GPU that databases use: name, memory, compute capability and the CUDA version of its driver,
+/// such as "NVIDIA A100-SXM4-40GB, 39.4 GiB, compute capability 8.0, driver of CUDA 12.4". "none"
+/// without one.
+ZQ_EXPORT std::string ZQKorvexGetGPU();
 
 /// The instruction set used here for scans, population counts and identifiers of atom sets, the
 /// best that the library has code for: "AVX-512-VPOPCNTDQ", "AVX-512", "AVX2", "POPCNT" or

@@ -626,7 +626,7 @@ ZQIter<ZQSimScorePair> ZQFastFPCUDADatabaseImpl::GetSparseMatrix(
   if (!most) return {};
   ZQThrow.Debug("GetMaxCount discovered %lu max nrnn", *most);
   if (*most == 0) {
-    ZQThrow.Warning(
+    ZQThrow.Info(
         "No nearest neighbors within the given cutoff, please adjust your parameters Terminating.");
     return {};
   }
