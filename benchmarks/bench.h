@@ -61,8 +61,8 @@ class Database {
   Database(std::size_t count, unsigned int numbits) : Database(count, TypeOf(numbits)) {}
   Database(std::size_t count, const ZQFPTypeBase* type, unsigned int halvings = 0)
       : name_(std::filesystem::temp_directory_path() /
-              ("korvex_bench_" + std::to_string(getpid()) + "_" +
-               std::to_string(ZQGetFingerPrintSize(type)) + ".fpbin")) {
+              ("korvex_bench_" + std::to_string(getpid()) + "_" + std::to_string(NextNumber()) +
+               ".fpbin")) {
     ZQFastFPDatabaseParams params;
     params.SetFPTypeBase(type);
     params.SetNumFingerPrints(count);
@@ -97,6 +97,11 @@ class Database {
   const std::string& Name() const { return name_; }
 
  private:
+  static unsigned int NextNumber() {
+    static unsigned int number = 0;
+    return number++;
+  }
+
   std::string name_;
 };
 
