@@ -34,14 +34,15 @@ struct cudaDeviceProp {
   int driverVersion =
       0;  ///< 1000 * major + 10 * minor of the CUDA version that the driver supports
 };
-/// Returns 0, or the driver's error number.
+/// Returns 0, or the driver's error number: 1 without a report for a device that isn't there.
 ZQ_EXPORT int cudaGetDeviceProperties(cudaDeviceProp* properties, int device);
 
 /// Makes the device current in the calling thread.
 ZQ_EXPORT bool ZQCUSetDevice(int device);
 /// Bytes of the greatest buffer that the device could hold now: this fraction of its free memory.
 ZQ_EXPORT unsigned long ZQCUGetMaxMemAlloc(int device, float fraction);
-/// Waits for all work of the calling thread's device. False if any of it failed.
+/// Waits for all work of the device that the calling thread set last, device 0 if none. False if
+/// any of it failed.
 ZQ_EXPORT bool ZQCUDeviceSynchronize();
 
 }  // namespace Nubrel

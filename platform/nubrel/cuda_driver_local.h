@@ -78,4 +78,36 @@ inline constexpr unsigned int CU_EVENT_DISABLE_TIMING = 2;
         CUstream stream, void** arguments, void** extra))                                        \
   CALL(cuGetErrorString, (CUresult error, const char** text))
 
+/// Reports that a call failed: "GPU %d : %s failed: %s!".
+void ZQReportGPUFailure(int device, const char* call, const char* reason) noexcept;
+/// The same with the driver's text for this error. Returns the error.
+CUresult ZQReportCUDAError(int device, const char* call, CUresult error) noexcept;
+
+/// A call of the opened driver.
+template <class Signature>
+struct ZQCUDACall;
+template <class... Args>
+struct ZQCUDACall<CUresult(Args...)> {
+  const char* name;
+  CUresult (*function)(Args...) = nullptr;
+
+  /// Makes the call, which is about this device. A failure is reported.
+  CUresult Call(int device, Args... args) const {
+    const CUresult result = function(args...);
+    return result == CUDA_SUCCESS ? result : ZQReportCUDAError(device, name, result);
+  }
+  bool Run(int device, Args... args) const { return Call(device, args...) == CUDA_SUCCESS; }
+};
+
+struct ZQCUDADriver {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a list of arguments
+#define ZQ_CUDA_MEMBER(name, arguments) ZQCUDACall<CUresult arguments> name{#name};
+  ZQ_CUDA_CALLS(ZQ_CUDA_MEMBER)
+#undef ZQ_CUDA_MEMBER
+};
+
+/// The driver, initialised. Null if there is none, or if it has no device: this is ordinary, and
+/// isn't reported. Any thread may call this.
+const ZQCUDADriver* ZQGetCUDADriver();
+
 }  // namespace Nubrel
