@@ -233,7 +233,7 @@ bool ZQFastFPCUDADatabaseImpl::FindHits(const ZQRecordSource& source, const Quer
   // The first piece gives a bar; later ones are as long as all before times this, so that few
   // records of each reach the bar.
   constexpr std::uint64_t growth = 7;
-  const std::uint64_t firstPiece = std::max<std::uint64_t>(4096, 4 * options.GetLimit());
+  const std::uint64_t firstPiece = std::max<std::uint64_t>(1024, 4 * options.GetLimit());
   const std::uint64_t most = GetPieceSize(sizeof(ZQCUHit), caller);
   const auto hits = ZQMakeBuffer(device_, most * sizeof(ZQCUHit));
   const auto numHits = ZQMakeBuffer(device_, sizeof(std::uint64_t));
