@@ -4,8 +4,6 @@
 /// 0: that of one stream is done in order, that of two streams may overlap. An object is for one
 /// thread at a time. Failures are reported as in gpu.h.
 
-#include <cstdint>
-
 #include "contract/bostrel/export.h"
 
 namespace Nubrel {
