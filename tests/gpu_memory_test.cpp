@@ -196,8 +196,9 @@ TEST_F(GpuMemoryTest, CopiesAfterAFailedRead) {
 }
 
 TEST_F(GpuMemoryTest, FailureOfAKernelIsReportedByTheNextWait) {
-  ZQCUBufferCache buffer(0, 128, 0, forBoth);
+  ZQCUBufferCache buffer(1, 128, 0, forBoth);
   ZQCUPopcountKernel kernel;
+  kernel.device = 1;
   kernel.words = kernel.counts = buffer.GetKernelBuffer();
   kernel.count = 2;  // the buffer has the words of one
   kernel.numWords = zqCUWordsPerUnit;
@@ -209,6 +210,17 @@ TEST_F(GpuMemoryTest, FailureOfAKernelIsReportedByTheNextWait) {
   EXPECT_TRUE(buffer.Clear());
   EXPECT_TRUE(buffer.ReadData(&word, sizeof(word)));
   EXPECT_EQ(word, 0U);
+  {
+    const ZQCUBufferCache freed(1, 128, 0, forBoth);
+    EXPECT_TRUE(kernel.RunKernel());
+  }
+  EXPECT_EQ(reports.Take().size(), 1U);
+
+  EXPECT_TRUE(ZQCUSetDevice(1));
+  EXPECT_TRUE(kernel.RunKernel());
+  EXPECT_FALSE(ZQCUDeviceSynchronize());
+  EXPECT_EQ(reports.Take().size(), 1U);
+  EXPECT_TRUE(ZQCUSetDevice(0));
 }
 
 TEST_F(GpuMemoryTest, UsableDevices) {
@@ -237,6 +249,10 @@ TEST_F(GpuMemoryTest, UsableDevices) {
     EXPECT_EQ(properties.sharedMemPerBlock, devices[0].sharedMemory);
     EXPECT_EQ(properties.major, c.majors[0]);
     EXPECT_EQ(properties.minor, 1);
+  }
+  for (const unsigned long call : {1, 2, 3}) {
+    ZQFailEmulatedCall(call);
+    ZQCUDAIsGPUReady();  // reports nothing
   }
 }
 
@@ -277,7 +293,10 @@ TEST_F(GpuMemoryTest, CopiesOutsideOfTheBufferAreAssertions) {
     EXPECT_FALSE(buffer.ReadData2D(host.data(), hostStride, rowBytes, stride, rows, offset));
     EXPECT_EQ(reports.Take(), (Texts{"Assertion", "Assertion"})) << rowBytes << " " << rows;
   }
-  EXPECT_TRUE(buffer.WriteData2D(host.data(), 0, 100, 100, 10) && buffer.WriteData({}, 0, 1000));
+  EXPECT_TRUE(buffer.WriteData2D(host.data(), 0, 100, 100, 10));
+  EXPECT_TRUE(buffer.WriteData2D(host.data(), 0, 1000, 0, 1));
+  EXPECT_TRUE(buffer.WriteData({}, 0, 1000));
+  EXPECT_TRUE(buffer.WriteData2D({}, most, most, most, 0));
   EXPECT_EQ(host, Bytes(1000, 9));
 }
 
