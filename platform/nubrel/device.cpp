@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "contract/bostrel/throw.h"
+#include "platform/nubrel/kernels/image_local.h"
 
 namespace Nubrel {
 
@@ -94,8 +95,10 @@ CUfunction ZQCUDevice::GetKernel(ZQCUPlace::Place place) {
 void ZQReleaseDevices(unsigned long stagingBytes) {
   DeviceTable& table = Table();
   const std::lock_guard<std::mutex> lock(table.mutex);
-  for (auto& [number, device] : table.devices) device.MakeCurrent();
-  table.devices.clear();
+  while (!table.devices.empty()) {
+    table.devices.begin()->second.MakeCurrent();
+    table.devices.erase(table.devices.begin());
+  }
   table.stagingBytes = stagingBytes;
 }
 

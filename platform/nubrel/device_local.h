@@ -13,8 +13,6 @@
 
 namespace Nubrel {
 
-extern const char* const zqKernelImage;
-
 /// A copy between rows on the host and rows in a device's memory, of at least one byte. The
 /// device's rows are inside one allocation, and don't overlap.
 struct ZQCUCopy {
@@ -63,7 +61,6 @@ class ZQCUStream {
   bool ReadPieces(const ZQCUCopy& copy, unsigned char* target);
   Block* StartRead(const ZQCUCopy& copy, unsigned long begin);
   bool Finish(bool isDone);
-  void ForgetFlights();
 
   const int device_;
   const unsigned long blockBytes_;

@@ -5,6 +5,7 @@
 
 #include "contract/nubrel/scores.h"
 #include "platform/nubrel/device_local.h"
+#include "platform/nubrel/kernels/image_local.h"
 
 namespace Nubrel {
 

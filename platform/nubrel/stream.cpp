@@ -143,22 +143,15 @@ bool ZQCUStream::ReadPieces(const ZQCUCopy& copy, unsigned char* target) {
     begin += blockBytes_;
   }
   if (!block || !ZQGetCUDADriver()->cuStreamSynchronize.Run(device_, handle_)) return false;
-  ForgetFlights();
   unpack();
   return true;
 }
 
-// After a failure, copies that were started may still use the blocks. A further failure here has
-// the same cause, and isn't reported again.
+// After a failure, copies without an event may still use the blocks. A further failure here has the
+// same cause, and isn't reported again.
 bool ZQCUStream::Finish(bool isDone) {
-  if (isDone) return true;
-  ZQGetCUDADriver()->cuStreamSynchronize.function(handle_);
-  ForgetFlights();
-  return false;
-}
-
-void ZQCUStream::ForgetFlights() {
-  for (Block& block : blocks_) block.isInFlight = false;
+  if (!isDone) ZQGetCUDADriver()->cuStreamSynchronize.function(handle_);
+  return isDone;
 }
 
 }  // namespace Nubrel

@@ -53,7 +53,7 @@ std::ostream& operator<<(std::ostream& out, const Bits& bits) {
 
 /// Each test begins with one fresh device, and ends without findings and without anything left on
 /// it but what is kept for the process.
-class CudaDatabase : public ::testing::Test {
+class GpuDatabase : public ::testing::Test {
  protected:
   void SetUp() override {
     Use({{}});
@@ -123,7 +123,7 @@ std::vector<Bits> Ask(const ZQFastFPDatabase& database, const std::vector<ZQFing
 
 }  // namespace
 
-TEST_F(CudaDatabase, GivesTheBitsOfTheOtherBackEnds) {
+TEST_F(GpuDatabase, GivesTheBitsOfTheOtherBackEnds) {
   struct Case {
     std::size_t count;
     unsigned int numbits;
@@ -165,7 +165,7 @@ TEST_F(CudaDatabase, GivesTheBitsOfTheOtherBackEnds) {
   }
 }
 
-TEST_F(CudaDatabase, BringsBackFewHitsOfManyRecords) {
+TEST_F(GpuDatabase, BringsBackFewHitsOfManyRecords) {
   constexpr std::size_t count = 40000;
   const std::vector<ZQFingerPrint> fps = RandomFingerPrints(count, 1024);
   const TempFile file("many.fpbin");
@@ -184,7 +184,7 @@ TEST_F(CudaDatabase, BringsBackFewHitsOfManyRecords) {
   }
 }
 
-TEST_F(CudaDatabase, ReportsHowItWorks) {
+TEST_F(GpuDatabase, ReportsHowItWorks) {
   const TempFile file("reports.fpbin");
   file.Write(DatabaseBytes(RandomFingerPrints(100, 1024), PathTypeOf(1024)));
   const auto level = ZQThrow.GetLevel();
@@ -222,7 +222,7 @@ TEST_F(CudaDatabase, ReportsHowItWorks) {
   ZQThrow.SetLevel(level);
 }
 
-TEST_F(CudaDatabase, RefusesWhatItCantOpen) {
+TEST_F(GpuDatabase, RefusesWhatItCantOpen) {
   const std::string constructor = "ZQFastFPDatabase::ZQFastFPDatabase()";
   CapturedReports reports;
   const TempFile small("small.fpbin");
@@ -260,7 +260,7 @@ TEST_F(CudaDatabase, RefusesWhatItCantOpen) {
   EXPECT_EQ(reports.Take().size(), 1U);
 }
 
-TEST_F(CudaDatabase, RefusesWhatItCantAnswer) {
+TEST_F(GpuDatabase, RefusesWhatItCantAnswer) {
   const std::vector<ZQFingerPrint> fps = RandomFingerPrints(90, 1024);
   const TempFile file("answers.fpbin");
   file.Write(DatabaseBytes(fps, PathTypeOf(1024)));
@@ -308,7 +308,7 @@ TEST_F(CudaDatabase, RefusesWhatItCantAnswer) {
             Texts{"ZQFastDatabase::SortedSearch() is not available in 'cuda' mode!"});
 }
 
-TEST_F(CudaDatabase, WorksWithLittleMemory) {
+TEST_F(GpuDatabase, WorksWithLittleMemory) {
   const TempFile file("little.fpbin");
   file.Write(DatabaseBytes(RandomFingerPrints(90, 1024), PathTypeOf(1024)));
   CapturedReports reports;
@@ -327,7 +327,7 @@ TEST_F(CudaDatabase, WorksWithLittleMemory) {
   EXPECT_EQ(reports.Take(), Texts{"GPU 0 : cuMemAlloc failed: out of memory!"});
 }
 
-TEST_F(CudaDatabase, EveryCallOfTheDriverMayFail) {
+TEST_F(GpuDatabase, EveryCallOfTheDriverMayFail) {
   const std::vector<ZQFingerPrint> fps = RandomFingerPrints(40, 1024);
   const TempFile file("failures.fpbin");
   file.Write(DatabaseBytes(fps, PathTypeOf(1024)));
@@ -368,7 +368,7 @@ TEST_F(CudaDatabase, EveryCallOfTheDriverMayFail) {
   }
 }
 
-TEST_F(CudaDatabase, QueriesFromManyThreads) {
+TEST_F(GpuDatabase, QueriesFromManyThreads) {
   const TempFile file("threads.fpbin");
   file.Write(DatabaseBytes(RandomFingerPrints(300, 1024), PathTypeOf(1024)));
   const ZQFastFPDatabase database(file.Name(), cuda);
