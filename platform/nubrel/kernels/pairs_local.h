@@ -31,8 +31,9 @@ struct PairCounts {
 inline unsigned int CountCommon(const Word (&a)[1], const Word (&b)[1]) {
   return __builtin_popcountll(a[0] & b[0]);
 }
-/// Three words with two counts: each place of the words is added to a number of two bits. A device
-/// does four times as many logical operations in a clock as it counts words.
+/// Three words with two counts: the bits of each place are added to a number of two bits. In a
+/// clock a multiprocessor counts the bits of 16 words of 32 bits, but does 64 logical operations
+/// (the throughputs of arithmetic instructions in the CUDA programming guide).
 inline unsigned int CountCommon(const Word (&a)[3], const Word (&b)[3]) {
   const Word x = a[0] & b[0];
   const Word y = a[1] & b[1];
