@@ -416,6 +416,18 @@ TEST(EmulatedDriver, DefersWork) {
   EXPECT_EQ(send(&plain), 2);
   EXPECT_EQ(cuMemFreeHost(pinned), CUDA_SUCCESS);
 
+  // A wait for an event is one for the work before it.
+  CUevent event = nullptr;
+  ASSERT_EQ(cuEventCreate(&event, CU_EVENT_DISABLE_TIMING), CUDA_SUCCESS);
+  int late = 0;
+  EXPECT_EQ(cuMemcpyDtoHAsync_v2(&late, address, sizeof late, device.GetStream()), CUDA_SUCCESS);
+  EXPECT_EQ(cuEventRecord(event, device.GetStream()), CUDA_SUCCESS);
+  EXPECT_EQ(late, 0);
+  EXPECT_EQ(cuEventSynchronize(event), CUDA_SUCCESS);
+  EXPECT_EQ(late, 2);
+  EXPECT_EQ(cuEventDestroy_v2(event), CUDA_SUCCESS);
+
+  // A kernel over a buffer that was freed.
   CUdeviceptr buffer = 0;
   EXPECT_EQ(cuMemAlloc_v2(&buffer, 1 << 20), CUDA_SUCCESS);
   EXPECT_EQ(cuMemFree_v2(buffer), CUDA_SUCCESS);
@@ -424,7 +436,7 @@ TEST(EmulatedDriver, DefersWork) {
   EXPECT_EQ(cuStreamSynchronize(device.GetStream()), CUDA_ERROR_ILLEGAL_ADDRESS);
   EXPECT_EQ(cuStreamSynchronize(device.GetStream()), CUDA_SUCCESS);
   EXPECT_FALSE(ZQGetEmulatedFindings().empty());
-  EXPECT_EQ(ZQGetEmulatedTraffic().fromDevice, 2 * sizeof(int));
+  EXPECT_EQ(ZQGetEmulatedTraffic().fromDevice, 3 * sizeof(int));
 
   ZQFailEmulatedCall(2, CUDA_ERROR_OUT_OF_MEMORY);
   EXPECT_EQ(cuMemAlloc_v2(&buffer, 1), CUDA_SUCCESS);

@@ -8,7 +8,7 @@ status=0
 # Prints the project includes of a folder that are outside the folders allowed to it.
 check() {
   local room=$1 allowed=$2 found
-  found=$(grep -rnE '^#include "' "$room" --include='*.h' --include='*.cpp' |
+  found=$(grep -rnE '^#include "' "$room" --include='*.h' --include='*.cpp' --include='*.cu' |
     grep -vE "#include \"($allowed)" || true)
   [[ -z $found ]] || { echo "$room may not include:"; echo "$found"; status=1; }
 }

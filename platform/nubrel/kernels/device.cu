@@ -76,10 +76,10 @@ class DeviceBlock {
 
 /// The entry points, under the kernels' names.
 namespace Entries {
-#define ZQ_ENTRY(name, Fields)                                                                 \
+#define ZQ_ENTRY(name, Fields)                                                                    \
   extern "C" __attribute__((global, launch_bounds(zqBlockThreads, 2))) void name(Fields fields) { \
-    DeviceBlock block;                                                                         \
-    Nubrel::name(block, fields);                                                               \
+    DeviceBlock block;                                                                            \
+    Nubrel::name(block, fields);                                                                  \
   }
 ZQ_KERNELS(ZQ_ENTRY)
 }  // namespace Entries

@@ -15,9 +15,33 @@ inline constexpr unsigned int zqTileThreads = 16;
 inline constexpr unsigned int zqThreadSide = zqTileSide / zqTileThreads;
 static_assert(zqTileThreads * zqTileThreads == zqBlockThreads);
 
+/// A pair of a tile.
+struct TilePair {
+  unsigned int i;        ///< the number of its row among the thread's
+  unsigned int tileRow;  ///< in the tile
+  unsigned int tileColumn;
+  unsigned long row;
+  unsigned long column;
+};
+
 struct PairCounts {
   unsigned int of[zqThreadSide][zqThreadSide] = {};
 };
+
+inline unsigned int CountCommon(const Word (&a)[1], const Word (&b)[1]) {
+  return __builtin_popcountll(a[0] & b[0]);
+}
+/// Three words with two counts: the bits of each place are added to a number of two bits. In a
+/// clock a multiprocessor counts the bits of 16 words of 32 bits, but does 64 logical operations
+/// (the throughputs of arithmetic instructions in the CUDA programming guide).
+inline unsigned int CountCommon(const Word (&a)[3], const Word (&b)[3]) {
+  const Word x = a[0] & b[0];
+  const Word y = a[1] & b[1];
+  const Word z = a[2] & b[2];
+  const Word ones = x ^ y ^ z;
+  const Word twos = (x & y) | (x & z) | (y & z);
+  return __builtin_popcountll(ones) + 2 * __builtin_popcountll(twos);
+}
 
 /// The tiles of one block: one row of tiles, and a strip of it.
 template <class Block>
@@ -34,7 +58,8 @@ class TilesOf {
         columnCounts_(block.template GetGlobal<unsigned int>(fields.columns.counts)),
         rowSlab_(block.template CarveShared<Word>(zqTileSide * zqSlabStride)),
         columnSlab_(block.template CarveShared<Word>(zqTileSide * zqSlabStride)),
-        firstRow_(block.GetX() * static_cast<unsigned long>(zqTileSide)) {
+        firstRow_(block.GetX() * static_cast<unsigned long>(zqTileSide)),
+        numRows_(ClipTile(fields.rows.count - firstRow_)) {
     const unsigned long strip = ZQCUStripTilesOf(fields) * zqTileSide;
     beginColumn_ = block.GetY() * strip;
     endColumn_ =
@@ -42,24 +67,17 @@ class TilesOf {
   }
 
   unsigned long GetFirstRow() const { return firstRow_; }
+  unsigned int GetNumRows() const { return numRows_; }
   /// Tiles begin at the columns from here on, in steps of `zqTileSide`.
   unsigned long GetBeginColumn() const { return beginColumn_; }
   unsigned long GetEndColumn() const { return endColumn_; }
-
-  /// Whether a pair of the tile has a row whose index is lower than the column's.
-  bool ReachesUpperTriangle(unsigned long firstColumn) const {
-    const unsigned long end =
-        firstColumn + zqTileSide < endColumn_ ? firstColumn + zqTileSide : endColumn_;
-    return fields_.rows.first + firstRow_ + 1 < fields_.columns.first + end;
-  }
-  bool IsUpperTriangle(unsigned long row, unsigned long column) const {
-    return fields_.rows.first + row < fields_.columns.first + column;
+  unsigned int GetNumColumns(unsigned long firstColumn) const {
+    return ClipTile(endColumn_ - firstColumn);
   }
 
-  /// Scores a tile. `consume(t, i, row, column, score)` runs in a phase for each pair of thread t,
-  /// `i` being the number of the row among the thread's.
+  /// Scores a tile. `consume(t, pair, score)` runs in a phase for each pair of thread t.
   template <class Consumer>
-  void Score(Block& block, unsigned long firstColumn, const Consumer& consume) const {
+  void ScoreTile(Block& block, unsigned long firstColumn, const Consumer& consume) const {
     PerThreadOf<Block, PairCounts> common;
     for (unsigned long word = 0; word < fields_.numWords; word += zqSlabWords) {
       block.ForThreads([&](unsigned int t) {
@@ -68,42 +86,69 @@ class TilesOf {
       });
       block.ForThreads([&](unsigned int t) { CountSlab(t, common[t]); });
     }
+    const unsigned int numColumns = GetNumColumns(firstColumn);
     block.ForThreads([&](unsigned int t) {
-      const unsigned long row = firstRow_ + t / zqTileThreads;
-      const unsigned long column = firstColumn + t % zqTileThreads;
       unsigned int columnCounts[zqThreadSide];
       ZQ_UNROLL for (unsigned int j = 0; j < zqThreadSide; ++j) {
-        const unsigned long theColumn = column + j * zqTileThreads;
-        columnCounts[j] = theColumn < endColumn_ ? columnCounts_.Get(theColumn) : 0;
+        const unsigned int column = t % zqTileThreads + j * zqTileThreads;
+        columnCounts[j] = column < numColumns ? columnCounts_.Get(firstColumn + column) : 0;
       }
       ZQ_UNROLL for (unsigned int i = 0; i < zqThreadSide; ++i) {
-        const unsigned long theRow = row + i * zqTileThreads;
-        if (theRow >= fields_.rows.count) continue;
-        const unsigned int rowCount = rowCounts_.Get(theRow);
+        const unsigned int row = t / zqTileThreads + i * zqTileThreads;
+        if (row >= numRows_) continue;
+        const unsigned int rowCount = rowCounts_.Get(firstRow_ + row);
         ZQ_UNROLL for (unsigned int j = 0; j < zqThreadSide; ++j) {
-          const unsigned long theColumn = column + j * zqTileThreads;
-          if (theColumn >= endColumn_) continue;
-          consume(t, i, theRow, theColumn,
+          const unsigned int column = t % zqTileThreads + j * zqTileThreads;
+          if (column >= numColumns) continue;
+          consume(t, TilePair{i, row, column, firstRow_ + row, firstColumn + column},
                   ScoreOf(fields_.measure, rowCount, columnCounts[j], common[t].of[i][j]));
         }
       }
     });
   }
 
+  /// Scores all tiles; with `upperTriangle`, only pairs whose row has a lower index than the
+  /// column.
+  template <class Consumer>
+  void ScoreAll(Block& block, bool upperTriangle, const Consumer& consume) const {
+    const auto isUpper = [&](unsigned long row, unsigned long column) {
+      return fields_.rows.first + row < fields_.columns.first + column;
+    };
+    for (unsigned long first = beginColumn_; first < endColumn_; first += zqTileSide) {
+      if (upperTriangle && !isUpper(firstRow_, first + GetNumColumns(first) - 1)) continue;
+      ScoreTile(block, first, [&](unsigned int t, const TilePair& pair, double score) {
+        if (!upperTriangle || isUpper(pair.row, pair.column)) consume(t, pair, score);
+      });
+    }
+  }
+
  private:
+  static unsigned int ClipTile(unsigned long left) {
+    return left < zqTileSide ? static_cast<unsigned int>(left) : zqTileSide;
+  }
+
   void CountSlab(unsigned int t, PairCounts& common) const {
-    for (unsigned int word = 0; word < zqSlabWords; ++word) {
-      Word rows[zqThreadSide];
-      Word columns[zqThreadSide];
-      ZQ_UNROLL for (unsigned int i = 0; i < zqThreadSide; ++i) {
-        const unsigned int step = i * zqTileThreads;
-        rows[i] = rowSlab_.Get((t / zqTileThreads + step) * zqSlabStride + word);
-        columns[i] = columnSlab_.Get((t % zqTileThreads + step) * zqSlabStride + word);
+    unsigned int word = 0;
+    ZQ_KEEP_LOOP for (; word + 3 <= zqSlabWords; word += 3) CountWords<3>(t, word, common);
+    for (; word < zqSlabWords; ++word) CountWords<1>(t, word, common);
+  }
+  template <unsigned int numWords>
+  void CountWords(unsigned int t, unsigned int firstWord, PairCounts& common) const {
+    Word columns[zqThreadSide][numWords];
+    ZQ_UNROLL for (unsigned int j = 0; j < zqThreadSide; ++j) {
+      const unsigned int column = t % zqTileThreads + j * zqTileThreads;
+      ZQ_UNROLL for (unsigned int n = 0; n < numWords; ++n) {
+        columns[j][n] = columnSlab_.Get(column * zqSlabStride + firstWord + n);
       }
-      ZQ_UNROLL for (unsigned int i = 0; i < zqThreadSide; ++i) {
-        ZQ_UNROLL for (unsigned int j = 0; j < zqThreadSide; ++j) {
-          common.of[i][j] += __builtin_popcountll(rows[i] & columns[j]);
-        }
+    }
+    ZQ_UNROLL for (unsigned int i = 0; i < zqThreadSide; ++i) {
+      const unsigned int row = t / zqTileThreads + i * zqTileThreads;
+      Word words[numWords];
+      ZQ_UNROLL for (unsigned int n = 0; n < numWords; ++n) {
+        words[n] = rowSlab_.Get(row * zqSlabStride + firstWord + n);
+      }
+      ZQ_UNROLL for (unsigned int j = 0; j < zqThreadSide; ++j) {
+        common.of[i][j] += CountCommon(words, columns[j]);
       }
     }
   }
@@ -116,6 +161,7 @@ class TilesOf {
   SharedOf<Block, Word> rowSlab_;
   SharedOf<Block, Word> columnSlab_;
   unsigned long firstRow_;
+  unsigned int numRows_;
   unsigned long beginColumn_;
   unsigned long endColumn_;
 };
@@ -124,14 +170,9 @@ template <class Block>
 void ScorePairs(Block& block, const ZQCUAllScoresFields& fields) {
   const TilesOf<Block> tiles(block, fields);
   const auto scores = block.template GetGlobal<float>(fields.scores);
-  for (unsigned long first = tiles.GetBeginColumn(); first < tiles.GetEndColumn();
-       first += zqTileSide) {
-    tiles.Score(block, first,
-                [&](unsigned int /*t*/, unsigned int /*i*/, unsigned long row, unsigned long column,
-                    double score) {
-                  scores.Set(row * fields.columns.count + column, static_cast<float>(score));
-                });
-  }
+  tiles.ScoreAll(block, false, [&](unsigned int /*t*/, const TilePair& pair, double score) {
+    scores.Set(pair.row * fields.columns.count + pair.column, static_cast<float>(score));
+  });
 }
 
 /// Each thread counts the neighbours of its 4 rows in all tiles; then the block adds them up.
@@ -144,14 +185,9 @@ void CountNeighbors(Block& block, const ZQCUCountsFields& fields) {
     unsigned int of[zqThreadSide] = {};
   };
   PerThreadOf<Block, Counts> counts;
-  for (unsigned long first = tiles.GetBeginColumn(); first < tiles.GetEndColumn();
-       first += zqTileSide) {
-    tiles.Score(block, first,
-                [&](unsigned int t, unsigned int i, unsigned long /*row*/, unsigned long /*column*/,
-                    double score) {
-                  if (!(static_cast<float>(score) < fields.cutoff)) ++counts[t].of[i];
-                });
-  }
+  tiles.ScoreAll(block, false, [&](unsigned int t, const TilePair& pair, double score) {
+    if (!(static_cast<float>(score) < fields.cutoff)) ++counts[t].of[pair.i];
+  });
   block.ForThreads([&](unsigned int t) {
     if (t < zqTileSide) sums.Set(t, 0);
   });
@@ -161,13 +197,12 @@ void CountNeighbors(Block& block, const ZQCUCountsFields& fields) {
     }
   });
   block.ForThreads([&](unsigned int t) {
-    const unsigned long row = tiles.GetFirstRow() + t;
-    if (t < zqTileSide && row < fields.rows.count) numNeighbors.Add(row, sums.Get(t));
+    if (t < tiles.GetNumRows()) numNeighbors.Add(tiles.GetFirstRow() + t, sums.Get(t));
   });
 }
 
-/// The bins of a block's pairs are counted in shared memory: below 2^32, as a strip has at most
-/// 2^16 tiles of 2^12 pairs.
+/// The bins of a block's pairs are counted in shared memory: below 2^32, as a strip has fewer than
+/// 2^11 tiles of 2^12 pairs.
 template <class Block>
 void CountBins(Block& block, const ZQCUHistogramFields& fields) {
   const TilesOf<Block> tiles(block, fields);
@@ -176,16 +211,10 @@ void CountBins(Block& block, const ZQCUHistogramFields& fields) {
   block.ForThreads([&](unsigned int t) {
     for (unsigned int bin = t; bin < fields.numBins; bin += zqBlockThreads) bins.Set(bin, 0);
   });
-  for (unsigned long first = tiles.GetBeginColumn(); first < tiles.GetEndColumn();
-       first += zqTileSide) {
-    if (fields.upperTriangle && !tiles.ReachesUpperTriangle(first)) continue;
-    tiles.Score(block, first,
-                [&](unsigned int /*t*/, unsigned int /*i*/, unsigned long row, unsigned long column,
-                    double score) {
-                  if (fields.upperTriangle && !tiles.IsUpperTriangle(row, column)) return;
-                  bins.Add(ZQCUBinOf(score, fields.binSize, fields.numBins), 1);
-                });
-  }
+  tiles.ScoreAll(block, fields.upperTriangle,
+                 [&](unsigned int /*t*/, const TilePair& /*pair*/, double score) {
+                   bins.Add(ZQCUBinOf(score, fields.binSize, fields.numBins), 1);
+                 });
   block.ForThreads([&](unsigned int t) {
     for (unsigned int bin = t; bin < fields.numBins; bin += zqBlockThreads) {
       const unsigned int count = bins.Get(bin);
@@ -198,18 +227,11 @@ template <class Block>
 void FindBins(Block& block, const ZQCUVariogramFields& fields) {
   const TilesOf<Block> tiles(block, fields);
   const auto bins = block.template GetGlobal<unsigned short>(fields.bins);
-  for (unsigned long first = tiles.GetBeginColumn(); first < tiles.GetEndColumn();
-       first += zqTileSide) {
-    if (!tiles.ReachesUpperTriangle(first)) continue;
-    tiles.Score(block, first,
-                [&](unsigned int /*t*/, unsigned int /*i*/, unsigned long row, unsigned long column,
-                    double score) {
-                  if (!tiles.IsUpperTriangle(row, column)) return;
-                  const float distance = 1.0F - static_cast<float>(score);
-                  const unsigned int bin = ZQCUBinOf(distance, fields.binSize, fields.numBins);
-                  bins.Set(row * fields.columns.count + column, static_cast<unsigned short>(bin));
-                });
-  }
+  tiles.ScoreAll(block, true, [&](unsigned int /*t*/, const TilePair& pair, double score) {
+    const float distance = 1.0F - static_cast<float>(score);
+    const unsigned int bin = ZQCUBinOf(distance, fields.binSize, fields.numBins);
+    bins.Set(pair.row * fields.columns.count + pair.column, static_cast<unsigned short>(bin));
+  });
 }
 
 /// The list of one row, in global memory; its lowest score is kept at hand.
@@ -248,8 +270,7 @@ void FindNearest(Block& block, const ZQCUSparseFields& fields) {
   // A phase of the threads that have a row.
   const auto forRows = [&](const auto& body) {
     block.ForThreads([&](unsigned int t) {
-      const unsigned long row = tiles.GetFirstRow() + t;
-      if (t < zqTileSide && row < fields.rows.count) body(t, row, lists[t]);
+      if (t < tiles.GetNumRows()) body(t, tiles.GetFirstRow() + t, lists[t]);
     });
   };
   forRows([&](unsigned int /*t*/, unsigned long row, NearestOf<Block>& list) {
@@ -258,17 +279,11 @@ void FindNearest(Block& block, const ZQCUSparseFields& fields) {
   });
   for (unsigned long first = tiles.GetBeginColumn(); first < tiles.GetEndColumn();
        first += zqTileSide) {
-    tiles.Score(block, first,
-                [&](unsigned int /*t*/, unsigned int /*i*/, unsigned long row, unsigned long column,
-                    double score) {
-                  tile.Set(static_cast<unsigned int>(row - tiles.GetFirstRow()) * zqTileStride +
-                               static_cast<unsigned int>(column - first),
-                           static_cast<float>(score));
-                });
+    tiles.ScoreTile(block, first, [&](unsigned int /*t*/, const TilePair& pair, double score) {
+      tile.Set(pair.tileRow * zqTileStride + pair.tileColumn, static_cast<float>(score));
+    });
     forRows([&](unsigned int t, unsigned long row, NearestOf<Block>& list) {
-      const unsigned long left = tiles.GetEndColumn() - first;
-      const unsigned int numColumns =
-          left < zqTileSide ? static_cast<unsigned int>(left) : zqTileSide;
+      const unsigned int numColumns = tiles.GetNumColumns(first);
       for (unsigned int column = 0; column < numColumns; ++column) {
         const float score = tile.Get(t * zqTileStride + column);
         if (fields.hasCutoff && score < fields.cutoff) continue;

@@ -8,11 +8,14 @@
 
 #include "platform/nubrel/kernels/geometry_local.h"
 
-/// Unrolls a loop, so that arrays that it indexes can be in registers.
+/// Unrolls a loop, so that arrays that it indexes can be in registers; or keeps one, so that what
+/// each pass loads isn't in registers all at once.
 #ifdef __clang__
 #define ZQ_UNROLL _Pragma("unroll")
+#define ZQ_KEEP_LOOP _Pragma("nounroll")
 #else
 #define ZQ_UNROLL
+#define ZQ_KEEP_LOOP
 #endif
 
 namespace Nubrel {

@@ -69,12 +69,11 @@ void ScoreRecords(Block& block, const ZQCURawScoresFields& fields) {
   });
 }
 
-/// A score that isn't a hit.
-inline bool IsPassedOver(const ZQCUScoresFields& fields, double score) {
-  if (!fields.hasBar) return false;
+inline bool IsHit(const ZQCUScoresFields& fields, double score) {
+  if (!fields.hasBar) return true;
   const double better = fields.descending ? score : fields.bar;
   const double worse = fields.descending ? fields.bar : score;
-  return fields.strict ? !(better > worse) : !(better >= worse);
+  return fields.strict ? better > worse : better >= worse;
 }
 
 /// The hits of a block get consecutive places, so that there is one atomic addition to global
@@ -90,7 +89,7 @@ void FindHits(Block& block, const ZQCUScoresFields& fields) {
   };
   PerThreadOf<Block, Hit> hits;
   ScoreBlock(block, fields, [&](unsigned int t, unsigned long /*record*/, double score) {
-    if (!IsPassedOver(fields, score)) hits[t] = {true, 0, score};
+    if (IsHit(fields, score)) hits[t] = {true, 0, score};
   });
   const auto first = block.template CarveShared<Word>(1);
   const auto count = block.template CarveShared<unsigned int>(1);
