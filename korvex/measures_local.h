@@ -107,7 +107,8 @@ static_assert(
       for (std::size_t i = 0; i < zqMeasures.size(); ++i) {
         if (zqMeasures[i].number != i + 1) return false;
       }
-      return zqMeasures.size() == ZQSimMeasure::Number::End - 1;
+      return zqMeasures.size() == ZQSimMeasure::Number::End - 1 &&
+             zqMeasures.size() == zqCUNumMeasures;
     }(),
     "each measure has its row");
 

@@ -10,6 +10,7 @@
 
 #include "fp_helpers.h"
 #include "korvex/fpfast_database_mmap_impl_local.h"
+#include "korvex/version.h"
 #include "mol_helpers.h"
 
 using namespace ZQKorvex;
@@ -454,6 +455,7 @@ TEST(FastDatabase, AMissingFileAnswersNothing) {
 }
 
 TEST(FastDatabase, OtherMemoryTypesFallBack) {
+  if (ZQKorvexIsGPUReady()) GTEST_SKIP() << "this machine has a GPU";
   const TempFile file("fallback.fpbin");
   file.Write(DatabaseBytes(RandomFingerPrints(3, 256), PathTypeOf(256)));
   const std::string noDevice =

@@ -292,6 +292,12 @@ TEST_F(GpuDatabase, RefusesWhatItCantAnswer) {
   const ZQFingerPrint other = RandomFingerPrints(1, 2048)[0];
   EXPECT_FALSE(database.GetSortedScores(other, {}));
   EXPECT_EQ(reports.Take(), Texts{"ZQFastFPDatabase::GetSortedScores() fingerprint mismatch!"});
+  std::vector<std::uint64_t> words;
+  std::uint64_t number = 0;
+  EXPECT_TRUE(database.GetImpl().GetFingerPrint(words, number, number, 89));
+  EXPECT_FALSE(database.GetImpl().GetFingerPrint(words, number, number, 90));
+  EXPECT_EQ(reports.Take(),
+            Texts{"ZQFastFPDatabase::GetFingerPrint() fingerprint index out of range!"});
   const auto hits = database.GetSortedScores({other, fps[2]}, {});
   EXPECT_FALSE(hits[0]);
   EXPECT_EQ(HitsOf(hits[1]), HitsOf(database.GetSortedScores(2, {})));

@@ -181,7 +181,7 @@ TEST_F(ProgramTest, Draw) {
 }
 
 TEST_F(ProgramTest, SearchEqualsABruteForceRanking) {
-  MakeDatabase({"-numbits", "512"});
+  MakeDatabase({"-numbits", "1024"});
   const ZQFPTypeBase* type = ZQFastFPDatabaseParams(folder / "mols.fpbin").GetFPTypeBase();
   std::vector<ZQFingerPrint> fps(SampleSmiles().size());
   for (std::size_t i = 0; i < fps.size(); ++i) {
@@ -426,6 +426,31 @@ TEST_F(ProgramTest, CompareInfoHistogramNeighbors) {
             6U);
   EXPECT_EQ(Table(Korvex({"neighbors", "mols.fpbin", "-limit", "0"}).out).size(),
             records * (records - 1));
+}
+
+TEST_F(ProgramTest, AGpuPrintsTheSame) {
+  MakeDatabase({"-numbits", "1024"});
+  const auto onGpu = [&](std::vector<std::string> words) {
+    words.insert(words.begin(), {"env", "LD_LIBRARY_PATH=" KORVEX_EMULATED_GPU, KORVEX_PROGRAM});
+    return folder.Run(std::move(words));
+  };
+  if (onGpu({"info", "mols.fpbin"}).out.find("\nGPU\tEmulated GPU, 1.0 GiB, ") ==
+      std::string::npos) {
+    GTEST_SKIP() << "this build has no kernels";
+  }
+  for (Words words : {Words{"search", "mols.fpbin", "mols.smi", "-limit", "5"},
+                      Words{"search", "mols.fpbin", "CCO", "-html", "report.html"},
+                      Words{"histogram", "mols.fpbin", "-bins", "9", "-simfunc", "Tversky"},
+                      Words{"neighbors", "mols.fpbin", "-limit", "3", "-cutoff", "0.3"}}) {
+    const std::string expected = Output(words);
+    const std::string report = ReadFile(folder / "report.html");
+    std::filesystem::remove(folder / "report.html");
+    words.insert(words.end(), {"-memtype", "CUDA"});
+    const RunResult run = onGpu(words);
+    EXPECT_EQ(run.out, expected) << words[0];
+    EXPECT_TRUE(ReadFile(folder / "report.html") == report) << words[0];
+    EXPECT_EQ(run.err.find("falling back"), std::string::npos) << run.err;
+  }
 }
 
 TEST_F(ProgramTest, BadMoleculeFilesGiveAMessage) {

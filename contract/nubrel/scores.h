@@ -48,6 +48,30 @@ struct ZQCUScoreTerms {
   return (q + r - 2.0 * c) * terms.inverseBits;
 }
 
+/// The measures have the numbers from 1 to this, as in `ZQSimMeasure`.
+inline constexpr unsigned int zqCUNumMeasures = 6;
+
+/// The score by a measure's number; 0.0 for any other number.
+[[gnu::always_inline]] inline double ZQCUScoreOf(unsigned int measure, const ZQCUScoreTerms& terms,
+                                                 double q, double r, double c) {
+  switch (measure) {
+    case 1:
+      return ZQCUTanimoto(terms, q, r, c);
+    case 2:
+      return ZQCUCosine(terms, q, r, c);
+    case 3:
+      return ZQCUDice(terms, q, r, c);
+    case 4:
+      return ZQCUEuclid(terms, q, r, c);
+    case 5:
+      return ZQCUTversky(terms, q, r, c);
+    case zqCUNumMeasures:
+      return ZQCUManhattan(terms, q, r, c);
+    default:
+      return 0.0;
+  }
+}
+
 /// Within 0.0 to 1.0, a NaN as 0.0.
 [[gnu::always_inline]] inline double ZQCUClamp(double score) {
   const double notNegative = 0.0 < score ? score : 0.0;

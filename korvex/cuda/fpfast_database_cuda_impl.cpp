@@ -25,8 +25,11 @@ constexpr const char* sparseMatrixName = "ZQFastFPDatabase::GetSparseMatrix()";
 /// Device memory for the driver's own use.
 constexpr std::uint64_t reservedBytes = 0xA00000;
 constexpr std::uint64_t bytesPerElement = 4;
-/// Sizes of pieces and bands are multiples of this, unless all records are fewer.
-constexpr std::uint64_t recordsPerUnit = 32;
+/// The buffer has room for whole groups of this many records.
+constexpr std::uint64_t recordsPerGroup = 32;
+/// Sizes of pieces and bands are multiples of this, unless all records are fewer: kernels score
+/// pairs in tiles of this side.
+constexpr std::uint64_t recordsPerUnit = 64;
 /// Records that are uploaded in one piece: enough to keep the device busy, while many pieces let
 /// uploads overlap with work.
 constexpr std::uint64_t maxUpload = std::uint64_t{1} << 20;
@@ -73,6 +76,19 @@ ZQFastFPCUDADatabaseImpl::ZQFastFPCUDADatabaseImpl(const std::string& filename)
   if (!cantAllocate_) push_data();
 }
 
+bool ZQFastFPCUDADatabaseImpl::GetFingerPrint(std::vector<std::uint64_t>& words,
+                                              std::uint64_t& moleculeIndex, std::uint64_t& popcount,
+                                              std::uint64_t index) const {
+  if (IsValid() && index < params_.NumFingerPrints()) {
+    return ZQFastFPMemoryMapDatabaseImpl::GetFingerPrint(words, moleculeIndex, popcount, index);
+  }
+  words.clear();
+  ZQThrow.Warning(
+      IsValid() ? "%s fingerprint index out of range!" : "%s invalid ZQFastFPDatabase object!",
+      "ZQFastFPDatabase::GetFingerPrint()");
+  return false;
+}
+
 bool ZQFastFPCUDADatabaseImpl::ChooseDevice() {
   std::vector<int> devices;
   ZQCUGetAvailableDevices(devices, 0);
@@ -96,8 +112,8 @@ void ZQFastFPCUDADatabaseImpl::push_data() {
     ZQThrow.Warning("%s : cannot read all fingerprints!", constructorName);
     return;
   }
-  // Room for whole groups of 32 records, and for one more where the last one is full.
-  const std::uint64_t room = count / recordsPerUnit * recordsPerUnit + recordsPerUnit;
+  // One group more than is full.
+  const std::uint64_t room = (count / recordsPerGroup + 1) * recordsPerGroup;
   buffers_.words = ZQMakeBuffer(device_, room * numWords * 8);
   buffers_.counts = ZQMakeBuffer(device_, room * 4);
   if (!buffers_.AreValid()) {
@@ -167,7 +183,8 @@ ZQPairBands ZQFastFPCUDADatabaseImpl::GetBands(std::uint64_t bytes, std::uint64_
       side = RoundDown(side / 2);
     }
   }
-  if (count > 0) bands.rows = std::min(bands.rows, RoundDown(maxPairs / bands.columns));
+  // Fewer columns, not rows, as many rows keep the device busy.
+  if (count > 0) bands.columns = std::min(bands.columns, RoundDown(maxPairs / bands.rows));
   if (oneShot) {
     ZQThrow.Debug("Doing one-shot %s.", caller);
   } else {

@@ -45,6 +45,9 @@ class ZQFastFPCUDADatabaseImpl : public ZQFastFPMemoryMapDatabaseImpl {
   ZQIter<ZQSimScorePair> GetSparseMatrix(const ZQFPDatabaseOptions& options) const override;
   unsigned int SortedSearch(ZQSimSearchResult& result, const ZQFingerPrint& query,
                             const ZQFPDatabaseOptions& options) const override;
+  using ZQFastFPMemoryMapDatabaseImpl::GetFingerPrint;
+  bool GetFingerPrint(std::vector<std::uint64_t>& words, std::uint64_t& moleculeIndex,
+                      std::uint64_t& popcount, std::uint64_t index) const override;
 
   /// Whether the device has room for a result of this many elements of 4 bytes, and for the
   /// fingerprints if they aren't there.

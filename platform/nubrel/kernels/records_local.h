@@ -69,22 +69,7 @@ void LoadSlab(unsigned int t, const WordsOf<Block>& words, unsigned long first,
 /// The score of fingerprints with `q` and `r` bits, `c` of them common. All threads take the same
 /// branch.
 inline double ScoreOf(const ZQCUMeasure& measure, unsigned int q, unsigned int r, unsigned int c) {
-  switch (measure.number) {  // the numbers of ZQSimMeasure
-    case 1:
-      return ZQCUClamp(ZQCUTanimoto(measure.terms, q, r, c));
-    case 2:
-      return ZQCUClamp(ZQCUCosine(measure.terms, q, r, c));
-    case 3:
-      return ZQCUClamp(ZQCUDice(measure.terms, q, r, c));
-    case 4:
-      return ZQCUClamp(ZQCUEuclid(measure.terms, q, r, c));
-    case 5:
-      return ZQCUClamp(ZQCUTversky(measure.terms, q, r, c));
-    case 6:
-      return ZQCUClamp(ZQCUManhattan(measure.terms, q, r, c));
-    default:
-      return 0.0;
-  }
+  return ZQCUClamp(ZQCUScoreOf(measure.number, measure.terms, q, r, c));
 }
 
 }  // namespace Nubrel
