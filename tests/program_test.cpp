@@ -442,6 +442,7 @@ TEST_F(ProgramTest, AGpuPrintsTheSame) {
                       Words{"search", "mols.fpbin", "CCO", "-html", "report.html"},
                       Words{"histogram", "mols.fpbin", "-bins", "9", "-simfunc", "Tversky"},
                       Words{"neighbors", "mols.fpbin", "-limit", "3", "-cutoff", "0.3"}}) {
+    std::filesystem::remove(folder / "report.html");
     const std::string expected = Output(words);
     const std::string report = ReadFile(folder / "report.html");
     std::filesystem::remove(folder / "report.html");
