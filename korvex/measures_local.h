@@ -22,6 +22,8 @@
 
 namespace ZQKorvex {
 
+using namespace Nubrel;
+
 /// The counts of two fingerprints, as in measuresim.h. Passed by value, in two registers: a scan of
 /// single pairs waits for each score.
 struct ZQCounts {

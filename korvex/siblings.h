@@ -1,17 +1,16 @@
 #pragma once
 
-/// Imports the names of the sibling libraries into korvex's namespace.
+/// Imports the names of the sibling libraries into korvex's namespace, but for those of the GPU
+/// layer, some of which are names of CUDA too.
 
 #include "contract/bostrel/throw.h"
 #include "contract/lodrine/buffer.h"
-#include "contract/nubrel/gpu.h"
 #include "contract/quarnel/mol.h"
 #include "contract/vantrel/platform.h"
 
 namespace ZQKorvex {
 using namespace Bostrel;
 using namespace Lodrine;
-using namespace Nubrel;
 using namespace Quarnel;
 using namespace Vantrel;
 }  // namespace ZQKorvex

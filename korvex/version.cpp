@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "contract/nubrel/gpu.h"
 #include "korvex/processor_local.h"
 
 namespace ZQKorvex {
@@ -39,12 +40,13 @@ ZQLibraryVersion ZQKorvexVersion() { return {"zqtoolkit", "ZQKorvex", ZQKorvexGe
 
 std::string ZQKorvexGetProcessor() { return ZQGetProcessor().name; }
 
-bool ZQKorvexIsGPUReady() { return ZQCUDAIsGPUReady(); }
+bool ZQKorvexIsGPUReady() { return Nubrel::ZQCUDAIsGPUReady(); }
 
 std::string ZQKorvexGetGPU() {
   std::vector<int> devices;
-  cudaDeviceProp gpu;
-  if (ZQCUGetAvailableDevices(devices, 1) == 0 || cudaGetDeviceProperties(&gpu, devices[0]) != 0) {
+  Nubrel::cudaDeviceProp gpu;
+  if (Nubrel::ZQCUGetAvailableDevices(devices, 1) == 0 ||
+      cudaGetDeviceProperties(&gpu, devices[0]) != 0) {
     return "none";
   }
   constexpr double gib = 1 << 30;

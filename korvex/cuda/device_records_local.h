@@ -11,6 +11,7 @@
 #include <memory>
 #include <vector>
 
+#include "contract/nubrel/gpu.h"
 #include "contract/nubrel/kernels.h"
 #include "korvex/fpfast_scorer_local.h"
 
