@@ -1,0 +1,285 @@
+#include "python/fingerprints_local.h"
+
+#include <pybind11/numpy.h>
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <cstring>
+#include <thread>
+
+namespace KorvexPython {
+
+namespace {
+
+std::string Lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+bool IsText(const ZQFPTypeBase* type) {
+  const ZQFPKind* kind = ZQFindFPKind(type);
+  return kind && kind->IsText();
+}
+
+/// The text of a fingerprint of a text kind: its bytes up to the first NUL.
+std::string TextOf(const ZQFingerPrint& fp) {
+  const std::string bytes(reinterpret_cast<const char*>(fp.Words()), fp.GetSize() / 8);
+  return bytes.substr(0, bytes.find('\0'));
+}
+
+bool Make(ZQFingerPrint& fp, std::string_view smiles, const ZQFPTypeBase* type,
+          const std::string& where) {
+  ZQMol mol;
+  return ZQSmilesToMol(mol, smiles, where) && ZQMakeFP(fp, mol, type);
+}
+
+ZQFingerPrint MakeOne(const std::string& smiles, const Type& type) {
+  Reports reports;
+  ZQFingerPrint fp;
+  bool done = false;
+  {
+    const py::gil_scoped_release release;
+    done = Make(fp, smiles, type.type, "");
+  }
+  if (!done) reports.Throw("no fingerprint can be made of '" + smiles + "'");
+  reports.Warn();
+  return fp;
+}
+
+/// Calls `make(i)` for the numbers below `count` on threads, in batches between which Ctrl-C is
+/// heeded.
+template <class MakeOneOf>
+void ForAll(std::size_t count, unsigned int numThreads, const MakeOneOf& make) {
+  constexpr std::size_t batch = 20000;
+  constexpr std::size_t piece = 64;
+  for (std::size_t begin = 0; begin < count; begin += batch) {
+    const std::size_t end = std::min(begin + batch, count);
+    {
+      const py::gil_scoped_release release;
+      std::atomic<std::size_t> next = begin;
+      const auto work = [&] {
+        for (std::size_t i; (i = next.fetch_add(piece)) < end;) {
+          for (std::size_t k = i; k < std::min(i + piece, end); ++k) make(k);
+        }
+      };
+      std::vector<std::thread> others;
+      const std::size_t wanted = std::min<std::size_t>(numThreads, (end - begin) / piece + 1);
+      try {
+        while (others.size() + 1 < wanted) others.emplace_back(work);
+      } catch (const std::system_error&) {  // fewer do
+      }
+      work();
+      for (std::thread& thread : others) thread.join();
+    }
+    CheckSignals();
+  }
+}
+
+/// The fingerprints of SMILES: an array of words, or a list of texts, and for each whether it could
+/// be made.
+py::tuple MakeMany(const py::sequence& smiles, const Type& type, unsigned int numThreads) {
+  const std::vector<std::string_view> texts = ReadTexts(smiles);
+  const std::size_t n = texts.size();
+  ZQFPDatabaseOptions options;
+  options.SetNumProcessors(numThreads);
+  Reports reports;
+  py::array_t<bool> mask(static_cast<py::ssize_t>(n));
+  bool* const made = mask.mutable_data();
+  const auto where = [](std::size_t i) { return "molecule " + std::to_string(i); };
+  py::object result;
+  if (IsText(type.type)) {
+    std::vector<std::string> found(n);
+    ForAll(n, options.GetNumProcessors(), [&](std::size_t i) {
+      ZQFingerPrint fp;
+      made[i] = Make(fp, texts[i], type.type, where(i));
+      if (made[i]) found[i] = TextOf(fp);
+    });
+    result = py::cast(found);
+  } else {
+    const std::size_t numWords = (ZQGetFingerPrintSize(type.type) + 63) / 64;
+    py::array_t<std::uint64_t> words(
+        std::vector<py::ssize_t>{static_cast<py::ssize_t>(n), static_cast<py::ssize_t>(numWords)});
+    std::uint64_t* const rows = words.mutable_data();
+    std::fill_n(rows, n * numWords, 0);
+    ForAll(n, options.GetNumProcessors(), [&](std::size_t i) {
+      ZQFingerPrint fp;
+      made[i] = Make(fp, texts[i], type.type, where(i));
+      if (made[i]) std::copy_n(fp.Words(), fp.NumWords(), rows + i * numWords);
+    });
+    result = words;
+  }
+  const auto failed = static_cast<std::size_t>(std::count(made, made + n, false));
+  if (failed > 0) {
+    reports.Warn(std::to_string(failed) + " of " + std::to_string(n) +
+                 " molecules have no fingerprint:\n");
+  }
+  return py::make_tuple(result, mask);
+}
+
+ZQFingerPrint FromWords(const py::array_t<std::uint64_t, py::array::c_style>& words,
+                        const Type& type) {
+  const unsigned int size = ZQGetFingerPrintSize(type.type);
+  if (IsText(type.type) || words.ndim() != 1 ||
+      words.shape(0) != static_cast<py::ssize_t>((size + 63) / 64)) {
+    throw py::value_error("a fingerprint of this type is an array of " +
+                          std::to_string((size + 63) / 64) + " words, uint64");
+  }
+  ZQFingerPrint fp;
+  fp.SetFPTypeBase(type.type);
+  fp.SetSize(size);
+  std::copy_n(words.data(), fp.NumWords(), fp.Words());
+  if (size % 64 != 0) fp.Words()[fp.NumWords() - 1] &= (std::uint64_t{1} << size % 64) - 1;
+  return fp;
+}
+
+py::array_t<std::uint64_t> WordsOf(const ZQFingerPrint& fp) {
+  return py::array_t<std::uint64_t>(static_cast<py::ssize_t>(fp.NumWords()), fp.Words());
+}
+
+py::array_t<std::uint32_t> BitsOf(const ZQFingerPrint& fp) {
+  std::vector<std::uint32_t> bits;
+  for (unsigned int bit = 0; bit < fp.GetSize(); ++bit) {
+    if (fp.IsBitOn(bit)) bits.push_back(bit);
+  }
+  return py::array_t<std::uint32_t>(static_cast<py::ssize_t>(bits.size()), bits.data());
+}
+
+std::string HexOf(const ZQFingerPrint& fp) {
+  std::string text;
+  fp.ToHexString(text);
+  return text;
+}
+
+float Compare(const ZQFingerPrint& a, const ZQFingerPrint& b, const std::string& measure,
+              float alpha, float beta) {
+  const unsigned int number = ReadMeasure(measure);
+  Reports reports;
+  if (a.GetFPTypeBase() != b.GetFPTypeBase()) {
+    reports.Throw("the fingerprints have different types: " + a.GetFPTypeBase()->GetFPTypeString() +
+                  " and " + b.GetFPTypeBase()->GetFPTypeString());
+  }
+  const float score = ZQGetSimilarity(number, a, b, alpha, beta);
+  if (reports.HasAny()) reports.Throw("");
+  return score;
+}
+
+}  // namespace
+
+Type ReadType(const std::string& text) {
+  Reports reports;
+  const ZQFPTypeBase* type = nullptr;
+  for (const ZQFPKind& kind : ZQGetFPKinds()) {
+    if (Lower(kind.name) == Lower(text)) type = ZQGetFPType(kind.number);
+  }
+  std::string fault;
+  if (!type) type = ZQReadFPType(text, &fault);
+  if (!type)
+    reports.Throw("'" + text + "' isn't a type of fingerprints" +
+                  (fault.empty() ? "" : ": " + fault));
+  if (!ZQCanMakeFP(type, &fault))
+    reports.Throw("no fingerprint of '" + text + "' can be made: " + fault);
+  return {type};
+}
+
+unsigned int ReadMeasure(const std::string& name) {
+  std::string names;
+  for (unsigned int number = 1; ZQSimMeasure::IsValid(number); ++number) {
+    const std::string known = Lower(ZQGetSimilarityMeasureName(number));
+    if (known == Lower(name)) return number;
+    names.append(names.empty() ? "" : ", ").append(known);
+  }
+  throw py::value_error("'" + name + "' isn't a measure: " + names);
+}
+
+std::vector<std::string_view> ReadTexts(const py::sequence& texts) {
+  std::vector<std::string_view> views;
+  views.reserve(texts.size());
+  for (const py::handle item : texts) {
+    Py_ssize_t size = 0;
+    const char* data =
+        PyUnicode_Check(item.ptr()) ? PyUnicode_AsUTF8AndSize(item.ptr(), &size) : nullptr;
+    if (!data) {
+      PyErr_Clear();
+      throw py::type_error("item " + std::to_string(views.size()) + " isn't a SMILES string");
+    }
+    views.emplace_back(data, static_cast<std::size_t>(size));
+  }
+  return views;
+}
+
+void BindFingerprints(py::module_& module) {
+  py::class_<Type>(module, "Type", "A type of fingerprints. Made by korvex.type().")
+      .def_property_readonly(
+          "string", [](const Type& type) { return type.type->GetFPTypeString(); },
+          "The type string, as files have it.")
+      .def_property_readonly(
+          "num_bits", [](const Type& type) { return ZQGetFingerPrintSize(type.type); },
+          "The number of bits; 0 for a text kind.")
+      .def_property_readonly(
+          "is_text", [](const Type& type) { return IsText(type.type); },
+          "Whether fingerprints are a text.")
+      .def("__eq__", [](const Type& a, const Type& b) { return a.type == b.type; })
+      .def("__hash__", [](const Type& type) { return std::hash<const void*>()(type.type); })
+      .def("__repr__",
+           [](const Type& type) { return "korvex.type('" + type.type->GetFPTypeString() + "')"; })
+      .def(py::pickle(
+          [](const Type& type) { return py::make_tuple(type.type->GetFPTypeString()); },
+          [](const py::tuple& state) { return ReadType(state[0].cast<std::string>()); }));
+  module.def("type", ReadType, py::arg("text"));
+
+  py::class_<ZQFingerPrint>(module, "Fingerprint",
+                            "The fingerprint of a molecule: bits, or a text. A value.")
+      .def_property_readonly("type",
+                             [](const ZQFingerPrint& fp) { return Type{fp.GetFPTypeBase()}; })
+      .def_property_readonly("num_bits", &ZQFingerPrint::GetSize)
+      .def_property_readonly("count", &ZQFingerPrint::CountBits, "The number of bits that are set.")
+      .def_property_readonly(
+          "text",
+          [](const ZQFingerPrint& fp) -> py::object {
+            if (!IsText(fp.GetFPTypeBase())) return py::none();
+            return py::str(TextOf(fp));
+          },
+          "The text of a text kind, else None.")
+      .def("bits", BitsOf, "The numbers of the bits that are set, ascending: an array of uint32.")
+      .def("to_numpy", WordsOf,
+           "A copy of the words, uint64: bit i is in word i // 64, at 1 << (i % 64).")
+      .def("hex", HexOf, "Two hexadecimal digits for each byte, byte 0 first.")
+      .def_static("from_numpy", FromWords, py::arg("words"), py::arg("type"),
+                  "The fingerprint of an array that to_numpy() or a row of fingerprint() gives.")
+      .def("__eq__", [](const ZQFingerPrint& a, const ZQFingerPrint& b) { return a == b; })
+      .def("__hash__",
+           [](const ZQFingerPrint& fp) {
+             return std::hash<std::string>()(HexOf(fp)) ^
+                    std::hash<const void*>()(fp.GetFPTypeBase());
+           })
+      .def("__repr__",
+           [](const ZQFingerPrint& fp) {
+             return "<korvex.Fingerprint, " + fp.GetFPTypeBase()->GetFPTypeString() + ", " +
+                    (IsText(fp.GetFPTypeBase()) ? TextOf(fp)
+                                                : std::to_string(fp.CountBits()) + " bits set") +
+                    ">";
+           })
+      .def(py::pickle(
+          [](const ZQFingerPrint& fp) {
+            return py::make_tuple(fp.GetFPTypeBase()->GetFPTypeString(), HexOf(fp));
+          },
+          [](const py::tuple& state) {
+            ZQFingerPrint fp;
+            const Type type = ReadType(state[0].cast<std::string>());
+            if (!fp.FromHexString(state[1].cast<std::string>())) {
+              throw py::value_error("not the state of a fingerprint");
+            }
+            if (!IsText(type.type)) fp.SetSize(ZQGetFingerPrintSize(type.type));
+            fp.SetFPTypeBase(type.type);
+            return fp;
+          }));
+  module.def("make_one", MakeOne, py::arg("smiles"), py::arg("type"));
+  module.def("make_many", MakeMany, py::arg("smiles"), py::arg("type"), py::arg("threads"));
+  module.def("compare", Compare, py::arg("a"), py::arg("b"), py::arg("measure"), py::arg("alpha"),
+             py::arg("beta"));
+}
+
+}  // namespace KorvexPython

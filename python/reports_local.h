@@ -1,0 +1,51 @@
+#pragma once
+
+/// The library's messages while Python calls it: collected, and turned into Python warnings and
+/// exceptions. Nothing is printed.
+
+#include <pybind11/pybind11.h>
+
+#include <cmath>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "korvex/korvex.h"
+
+namespace KorvexPython {
+
+namespace py = pybind11;
+using namespace ZQKorvex;
+
+/// Collects the messages of this thread from its construction on, and those of threads that the
+/// library starts meanwhile. Used with or without the GIL, but for the last two functions.
+class Reports {
+ public:
+  Reports();
+  ~Reports();
+  Reports(const Reports&) = delete;
+  Reports& operator=(const Reports&) = delete;
+
+  bool HasAny() const { return count_ > 0; }
+  /// The first messages, a line each.
+  std::string GetText() const;
+  /// Issues them as a Python warning, `prefix` before them, if there are any. Throws if Python
+  /// makes warnings errors.
+  void Warn(const std::string& prefix = std::string());
+  /// Throws them as `korvex.Error`; `what` where there are none.
+  [[noreturn]] void Throw(const std::string& what) const;
+
+ private:
+  friend bool Report(ZQErrorLevel level, const std::string& text);
+
+  mutable std::mutex mutex_;
+  std::vector<std::string> texts_;
+  std::size_t count_ = 0;
+  Reports* outer_;
+};
+
+/// Makes the library report here, and the module's exception and warning classes.
+void BindReports(py::module_& module);
+
+}  // namespace KorvexPython
