@@ -15,7 +15,7 @@ esac
 [[ -f $molecules ]] || { echo "run.sh: no molecule file '$molecules'" >&2; exit 1; }
 
 # The build runs in the project's folder, the program where the caller stands.
-(cd "$project" && . ./setup.sh && build_release korvex_program)
+(cd "$project" && . ./setup.sh && build_release korvex_program && build_python)
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -24,3 +24,6 @@ echo "+ korvex create '$molecules' molecules.fpbin" >&2
 "$program" create "$molecules" "$work/molecules.fpbin"
 echo "+ korvex search molecules.fpbin '$query' -limit 10: query, rank, score, index, name, SMILES" >&2
 "$program" search "$work/molecules.fpbin" "$query" -limit 10 -molecules "$molecules"
+if [[ -d $project/build/release/python/korvex ]]; then
+  echo "+ from Python: PYTHONPATH=$project/build/release/python python3 -c 'import korvex; help(korvex)'" >&2
+fi

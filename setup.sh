@@ -2,6 +2,8 @@
 
 # clang compiles the code for GPUs.
 packages=(g++ clang cmake make zlib1g-dev rapidjson-dev libcoordgen-dev libgtest-dev)
+# The Python package and its tests; a build does without it where they are missing.
+python_packages=(python3-dev python3-numpy pybind11-dev python3-pytest)
 
 # Installs those of the packages named that are missing, as root or with sudo, and says so.
 install_packages() {
@@ -38,4 +40,10 @@ build() {
 build_release() {
   install_packages "${packages[@]}"
   build release "$@"
+}
+
+# The Python package in the release build, where Python has what it needs.
+build_python() {
+  cmake --build --preset release --target help | grep -q korvex_python || return 0
+  build release korvex_python
 }

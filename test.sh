@@ -3,5 +3,6 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 . ./setup.sh
+install_packages "${python_packages[@]}"
 build_release
 ctest --preset release "$@"

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Types and fingerprints as Python objects.
+/// What the bindings share: types, measures and texts from Python.
 
 #include <string>
 #include <vector>
@@ -32,5 +32,6 @@ inline void CheckSignals() {
 
 void BindFingerprints(py::module_& module);
 void BindDatabase(py::module_& module);
+void BindMolecules(py::module_& module);
 
 }  // namespace KorvexPython

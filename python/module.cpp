@@ -5,4 +5,5 @@ PYBIND11_MODULE(_core, module) {
   KorvexPython::BindReports(module);
   KorvexPython::BindFingerprints(module);
   KorvexPython::BindDatabase(module);
+  KorvexPython::BindMolecules(module);
 }

@@ -16,6 +16,7 @@ check contract 'contract/'
 check platform 'contract/|platform/'
 check korvex 'contract/|korvex/'
 check apps 'contract/|korvex/|apps/'
+check python 'contract/|korvex/|python/'
 quarnel='contract/|platform/quarnel/'
 check platform/quarnel/molecule "${quarnel}molecule/"
 check platform/quarnel/perception "$quarnel(molecule|perception)/"
@@ -23,12 +24,12 @@ check platform/quarnel/readers "$quarnel(molecule|perception|readers)/"
 check platform/quarnel/canonical "$quarnel(molecule|perception|canonical)/"
 check platform/quarnel/depiction "$quarnel(molecule|perception|depiction)/"
 check platform/quarnel/substructure "$quarnel(molecule|perception|readers|substructure)/"
-if grep -rnE '#include "korvex/.*_(local|private)\.h"' apps; then
-  echo "apps may include public headers only"
+if grep -rnE '#include "korvex/.*_(local|private)\.h"' apps python; then
+  echo "apps and python may include public headers only"
   status=1
 fi
 if grep -rnE '#include <(x86|[a-z]+mm)intrin\.h>|#include <(cpuid|arm_neon)\.h>' \
-  contract platform korvex apps tests benchmarks --include='*.h' --include='*.cpp' |
+  contract platform korvex apps python tests benchmarks --include='*.h' --include='*.cpp' |
   grep -vE '^[^:]*_(x86|arm)[^/:]*\.(h|cpp):'; then
   echo "headers of one processor stand in files named after it"
   status=1

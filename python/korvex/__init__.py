@@ -15,18 +15,65 @@ import warnings as _warnings
 from ._core import Error, Fingerprint, KorvexWarning, Type, type
 from . import _core
 
-__all__ = ["Database", "Error", "Fingerprint", "KorvexWarning", "Type", "cosine", "create", "dice",
-           "euclid", "fingerprint", "manhattan", "open", "tanimoto", "tversky", "type"]
+from ._core import Vsepr
+
+__all__ = ["Database", "Drawing", "Error", "Explanation", "Fingerprint", "Hits", "KorvexWarning",
+           "Smarts", "Type", "Vsepr", "canonical_smiles", "cosine", "create", "dice", "draw",
+           "euclid", "explain", "fingerprint", "manhattan", "open", "tanimoto", "tversky", "type",
+           "vsepr"]
+
+
+class _Molecule:
+    """The SMILES of a molecule, and the way back from its atoms and bonds to the caller's."""
+
+    def __init__(self, mol):
+        self._mol = None
+        if isinstance(mol, str):
+            self.smiles = mol
+        elif mol.__class__.__module__.startswith("rdkit."):
+            from rdkit import Chem
+            self.smiles = Chem.MolToSmiles(mol)
+            self._mol = mol
+            # The order in which RDKit wrote the atoms.
+            self._order = list(mol.GetPropsAsDict(True, True).get("_smilesAtomOutputOrder", ()))
+            self._back = {atom: i for i, atom in enumerate(self._order)}
+        else:
+            raise TypeError(
+                f"a molecule is a SMILES string or an RDKit molecule, not {mol.__class__!r}")
+
+    def atoms(self, indices):
+        """The caller's indices of atoms of the SMILES."""
+        return list(indices) if self._mol is None else [self._order[i] for i in indices]
+
+    def bonds(self, indices, ends):
+        """The same of bonds; `ends` are the atoms of each bond of the SMILES."""
+        if self._mol is None:
+            return list(indices)
+        order = self._order
+        return [self._mol.GetBondBetweenAtoms(order[ends[i][0]], order[ends[i][1]]).GetIdx()
+                for i in indices]
+
+    def by_atom(self, values):
+        """Values by atom of the SMILES, by the caller's atoms."""
+        if self._mol is None or not values:
+            return list(values)
+        result = [0.0] * len(values)
+        for i, value in enumerate(values):
+            result[self._order[i]] = value
+        return result
+
+    def own_atoms(self, indices):
+        """The atoms of the SMILES for the caller's."""
+        return list(indices) if self._mol is None else [self._back[i] for i in indices]
+
+    def own_values(self, values):
+        if self._mol is None:
+            return list(values)
+        return [values[i] if i < len(values) else 0.0 for i in self._order]
 
 
 def _smiles(mol):
-    """The SMILES of a molecule."""
-    if isinstance(mol, str):
-        return mol
-    if mol.__class__.__module__.startswith("rdkit."):
-        from rdkit import Chem
-        return Chem.MolToSmiles(mol)
-    raise TypeError(f"a molecule is a SMILES string or an RDKit molecule, not {mol.__class__!r}")
+    return mol if isinstance(mol, str) else _Molecule(mol).smiles
 
 
 def _type(kind_or_type):
@@ -74,6 +121,106 @@ manhattan = _measure("manhattan", "The Manhattan distance, over the number of bi
 def tversky(a, b, alpha=0.95, beta=0.05):
     """The Tversky similarity of two fingerprints; alpha weighs the bits that only `a` has."""
     return _core.compare(a, b, "tversky", alpha, beta)
+
+
+class Drawing(str):
+    """A drawing: the text of an SVG element, which notebooks show."""
+
+    def _repr_svg_(self):
+        return str(self)
+
+
+def draw(mol, atoms=(), weights=(), width=0, height=0, title=""):
+    """Draws a molecule as SVG.
+
+    atoms: indices of highlighted atoms. weights: a number for each atom, which shades it: positive
+    ones green, negative ones purple. width, height: pixels, 0 for the natural size.
+    """
+    molecule = _Molecule(mol)
+    return Drawing(_core.draw(molecule.smiles, molecule.own_atoms(atoms), [],
+                              molecule.own_values(weights), width, height, title))
+
+
+class Explanation:
+    """What two molecules share, made by `explain`.
+
+    score: by the measure. counts: the bits, or other items, of the two, and those of both.
+    fragments: (text, atoms of a, bonds of a, atoms of b, bonds of b), the largest first.
+    shared_atoms, shared_bonds: for each of the two molecules, the indices in shared fragments.
+    weights: for each of the two, by atom, how much it adds to the score.
+    covered_atoms, covered_bonds: for each of the two, their share of heavy atoms and bonds.
+    Indices are those of the molecules that were given.
+    """
+
+    def __init__(self, a, b, found):
+        self._mols = mols = (_Molecule(a), _Molecule(b))
+        self._sides = sides = found["sides"]
+        self._ends = [side["bonds"] for side in sides]
+        self.score = found["score"]
+        self.counts = (sides[0]["count"], sides[1]["count"], found["both"])
+        self.fingerprints = tuple(side["fingerprint"] for side in sides)
+        self.shared_atoms = tuple(m.atoms(s["shared_atoms"]) for m, s in zip(mols, sides))
+        self.shared_bonds = tuple(m.bonds(s["shared_bonds"], s["bonds"])
+                                  for m, s in zip(mols, sides))
+        self.weights = tuple(m.by_atom(s["weights"]) for m, s in zip(mols, sides))
+        self.covered_atoms = tuple(s["covered_atoms"] for s in sides)
+        self.covered_bonds = tuple(s["covered_bonds"] for s in sides)
+        self.fragments = [
+            (text, mols[0].atoms(atoms_a), mols[0].bonds(bonds_a, self._ends[0]),
+             mols[1].atoms(atoms_b), mols[1].bonds(bonds_b, self._ends[1]))
+            for text, atoms_a, bonds_a, atoms_b, bonds_b in found["fragments"]]
+
+    def __repr__(self):
+        return f"<korvex.Explanation, score {self.score:.4f}, {len(self.fragments)} fragments>"
+
+    def draw(self, which, width=0, height=0):
+        """Draws molecule 0 or 1 with its atoms shaded by weight."""
+        return Drawing(_core.draw(self._mols[which].smiles, [], [], self._sides[which]["weights"],
+                                  width, height, ""))
+
+
+def explain(a, b, type="path", measure="tanimoto", alpha=0.95, beta=0.05):
+    """Explains the similarity of two molecules: an Explanation."""
+    return Explanation(a, b, _core.explain(_smiles(a), _smiles(b), _type(type), measure, alpha, beta))
+
+
+def canonical_smiles(mol):
+    """The canonical SMILES of a molecule, stereo included."""
+    return _core.canonical_smiles(_smiles(mol))
+
+
+def vsepr(mol, max_length=8, min_length=0, force_paths_out=True, weight_by_length=True,
+          stereo_aware=True):
+    """The VSEPR fingerprint of a molecule: a Vsepr, with `.tanimoto(other)` and `.paths()`."""
+    return _core.vsepr(_smiles(mol), max_length, min_length, force_paths_out, weight_by_length,
+                       stereo_aware)
+
+
+class Smarts:
+    """A SMARTS pattern, compiled once."""
+
+    def __init__(self, text):
+        self._pattern = _core.CompiledSmarts(text)
+
+    def __reduce__(self):
+        return Smarts, (self.text,)
+
+    def __repr__(self):
+        return f"korvex.Smarts({self.text!r})"
+
+    @property
+    def text(self):
+        return self._pattern.text
+
+    def is_in(self, mol):
+        """Whether the molecule has the pattern."""
+        return self._pattern.is_in(_smiles(mol))
+
+    def matches(self, mol, unique=True, limit=1000000):
+        """The atoms of each match, in the pattern's order: a list of tuples of indices."""
+        molecule = _Molecule(mol)
+        return [tuple(molecule.atoms(atoms))
+                for atoms in self._pattern.match(molecule.smiles, unique, limit)]
 
 
 class Hits:

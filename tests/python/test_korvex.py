@@ -1,0 +1,218 @@
+"""The Python package, run by pytest against the built module."""
+
+import copy
+import math
+import multiprocessing
+import os
+import pickle
+import re
+import subprocess
+import sys
+import threading
+import warnings
+
+import numpy as np
+import pytest
+
+import korvex
+
+SMILES = ["CCO", "CC(=O)Oc1ccccc1C(=O)O", "Cn1cnc2c1c(=O)n(C)c(=O)n2C", "c1ccccc1", "CCN", "C[C@H](N)C(=O)O",
+          "CC(C)Cc1ccc(cc1)C(C)C(=O)O", "O=C(O)c1ccccc1O"] * 20
+
+
+@pytest.fixture(scope="module")
+def database(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("db")
+    (folder / "mols.smi").write_text("".join(f"{s} name {i}\n" for i, s in enumerate(SMILES)))
+    return korvex.create(folder / "mols.smi", folder / "mols.fpbin", "circular")
+
+
+def test_one_molecule():
+    fp = korvex.fingerprint("CCO", "path")
+    words = fp.to_numpy()
+    bits = [64 * w + b for w in range(len(words)) for b in range(64) if int(words[w]) >> b & 1]
+    assert list(fp.bits()) == bits and fp.count == len(bits)
+    assert fp.hex() == words.tobytes().hex()
+    assert fp.num_bits == 4096 and fp.text is None
+    assert korvex.Fingerprint.from_numpy(words, fp.type) == fp
+    assert korvex.type(fp.type.string) == fp.type == korvex.type("PATH")
+    lingo = korvex.fingerprint("CCO", "lingo")
+    assert lingo.text == "CCO" and lingo.type.is_text
+    for value in (fp, lingo, fp.type):
+        assert pickle.loads(pickle.dumps(value)) == value == copy.deepcopy(value)
+        assert hash(copy.copy(value)) == hash(value)
+
+
+@pytest.mark.parametrize("kind", ["path", "circular", "tree", "maccs166", "lingo", "uhcircular"])
+def test_many_molecules_on_any_number_of_threads(kind):
+    bad = SMILES[:70] + ["C1CC", "nonsense"] + SMILES[70:]
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        made, mask = korvex.fingerprint(bad, kind, threads=2, return_mask=True)
+    assert list(np.flatnonzero(~mask)) == [70, 71]
+    assert len(caught) == 1 and issubclass(caught[0].category, korvex.KorvexWarning)
+    assert str(caught[0].message).startswith("2 of 162 molecules")
+    for i in (0, 69, 72, 161):
+        one = korvex.fingerprint(bad[i], kind)
+        if one.type.is_text:
+            assert made[i] == one.text
+        else:
+            assert made.dtype == np.uint64 and (made[i] == one.to_numpy()).all()
+    assert not any(made[70]) if isinstance(made, np.ndarray) else made[70] == ""
+
+
+def test_measures():
+    a, b = korvex.fingerprint("CCO"), korvex.fingerprint("CCN")
+    both = len(set(a.bits()) & set(b.bits()))
+    assert korvex.tanimoto(a, b) == pytest.approx(both / (a.count + b.count - both))
+    assert korvex.dice(a, b) == pytest.approx(2 * both / (a.count + b.count))
+    assert korvex.cosine(a, b) == pytest.approx(both / math.sqrt(a.count * b.count))
+    assert korvex.tversky(a, b, 1, 1) == pytest.approx(korvex.tanimoto(a, b))
+    assert korvex.euclid(a, b) > 0.9 and korvex.manhattan(a, b) < 0.1
+    with pytest.raises(korvex.Error, match="different types"):
+        korvex.tanimoto(a, korvex.fingerprint("CCO", "tree"))
+
+
+def test_searches(database):
+    assert len(database) == 160 and database.memory == "memory-mapped"
+    assert database[-1] == korvex.fingerprint(SMILES[-1], "circular")
+    scores = database.scores(SMILES[1])
+    expected = [korvex.tanimoto(database[1], database[i]) for i in range(160)]
+    assert scores == pytest.approx(expected)
+    hits = database.search([SMILES[1], database[2]], k=25)
+    assert hits.array.dtype.names == ("query", "index", "score") and len(hits) == 50
+    for query in (0, 1):
+        found = hits[hits["query"] == query]["score"]
+        all_scores = database.scores(SMILES[1 + query])
+        assert list(found) == sorted(all_scores, reverse=True)[:25]
+    assert (database.search(SMILES[0], k=0, cutoff=0.9)["index"] % 8 == 0).all()
+    assert database.title(3) == "name 3" and database.smiles(3) == "c1ccccc1"
+
+    near = database.neighbors(k=3, cutoff=0.5)
+    assert (near["record"] != near["index"]).all() and (near["score"] >= 0.5).all()
+    assert (np.bincount(near["record"].astype(int)) <= 3).all()
+    counts, edges = database.histogram(bins=7)
+    assert counts.sum() == 160 * 159 // 2 and len(edges) == 8
+    semivariance, counts, edges = database.variogram(np.arange(160) % 8, bins=5)
+    assert semivariance[0] == 0 and counts.sum() == 160 * 159 // 2
+
+
+def test_databases_are_opened_again_elsewhere(database):
+    again = pickle.loads(pickle.dumps(database))
+    assert again[5] == database[5]
+    with multiprocessing.get_context("spawn").Pool(2) as pool:
+        assert pool.map(database.__getitem__, [1, 2]) == [database[1], database[2]]
+    threads = [threading.Thread(target=database.search, args=(SMILES[:9],)) for _ in range(4)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+
+
+def test_bad_arguments(database, tmp_path):
+    for call, error, text in [
+            (lambda: korvex.fingerprint("C1CC"), korvex.Error, "ring closure 1 left open"),
+            (lambda: korvex.fingerprint([5]), TypeError, "SMILES string or an RDKit"),
+            (lambda: korvex.fingerprint("CCO", "Path,ver=2.0.0,size=8"), korvex.Error, "size|Path"),
+            (lambda: korvex.type("nonsense"), korvex.Error, "nonsense"),
+            (lambda: korvex.open(tmp_path / "no.fpbin"), korvex.Error, "cannot open"),
+            (lambda: korvex.open(database.path, memory="disk"), ValueError, "mapped, memory, cuda"),
+            (lambda: korvex.create(tmp_path / "no.smi", tmp_path / "no.fpbin"), korvex.Error, "no.smi"),
+            (lambda: database[160], IndexError, "160 records"),
+            (lambda: database.search(korvex.fingerprint("CCO", "tree")), ValueError, "query's type"),
+            (lambda: database.search("CCO", measure="best"), ValueError, "tanimoto, cosine"),
+            (lambda: database.search("CCO", alpha=2), ValueError, "within 0 and 1"),
+            (lambda: database.variogram([1.0, 2.0]), korvex.Error, "2 values for 160"),
+            (lambda: korvex.Fingerprint.from_numpy(np.zeros(3, np.uint64), korvex.type("path")),
+             ValueError, "64 words"),
+            (lambda: korvex.Fingerprint.from_numpy(np.zeros(64), korvex.type("path")), TypeError, "")]:
+        with pytest.raises(error, match=text):
+            call()
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        on_gpu = korvex.open(database.path, memory="cuda")
+    assert len(on_gpu) == 160
+    assert on_gpu.memory == "cuda" or "no CUDA-enabled device" in str(caught[0].message)
+
+
+def test_nothing_is_printed():
+    code = "import korvex; korvex.fingerprint(['C1CC', 'CCO'])\n" \
+           "try: korvex.open('/no/such')\nexcept korvex.Error: pass"
+    run = subprocess.run([sys.executable, "-W", "ignore", "-c", code], capture_output=True)
+    assert (run.returncode, run.stdout, run.stderr) == (0, b"", b"")
+
+
+def test_rdkit_molecules(database):
+    Chem = pytest.importorskip("rdkit.Chem")
+    mols = [Chem.MolFromSmiles(s) for s in SMILES[:8]]
+    for kind in ("path", "circular", "maccs166"):
+        assert (korvex.fingerprint(mols, kind) ==
+                korvex.fingerprint([Chem.MolToSmiles(m) for m in mols], kind)).all()
+    assert database.search(mols[1], k=1)["score"][0] == 1.0
+
+
+    # Indices are those of the caller's molecule, whatever the order of its atoms.
+    drug = Chem.RenumberAtoms(mols[1], [12, 3, 7, 0, 9, 11, 5, 1, 2, 10, 4, 6, 8])
+    plain, mapped = (korvex.explain(m, "OC(=O)c1ccccc1O") for m in (SMILES[1], drug))
+    assert mapped.score == plain.score
+    atoms = drug.GetSubstructMatch(mols[1])  # by atom of the text
+    assert sorted(atoms[i] for i in plain.shared_atoms[0]) == sorted(mapped.shared_atoms[0])
+    assert {drug.GetBondBetweenAtoms(*(atoms[i] for i in ends)).GetIdx()
+            for ends in ((5, 6), (8, 9))} <= set(mapped.shared_bonds[0])
+    assert [plain.weights[0][i] for i in range(13)] == pytest.approx(
+        [mapped.weights[0][atoms[i]] for i in range(13)])
+    assert set(korvex.Smarts("C(=O)O").matches(drug)) == set(
+        drug.GetSubstructMatches(Chem.MolFromSmarts("C(=O)O")))
+
+
+def test_explanations():
+    found = korvex.explain("CC(=O)Oc1ccccc1C(=O)O", "OC(=O)c1ccccc1O", "circular")
+    a, b = found.fingerprints
+    assert found.score == pytest.approx(korvex.tanimoto(a, b))
+    assert found.counts == (a.count, b.count, len(set(a.bits()) & set(b.bits())))
+    text, atoms_a, bonds_a, atoms_b, bonds_b = found.fragments[0]
+    assert len(atoms_a) == len(atoms_b) and len(bonds_a) == len(bonds_b)
+    assert set(atoms_a) <= set(found.shared_atoms[0])
+    assert len(found.weights[0]) == 13 and 0 < found.covered_atoms[0] <= 1
+    svg = found.draw(0)
+    assert svg.count('class="shade"') > 5 and svg._repr_svg_() == svg
+    with pytest.raises(korvex.Error, match="C1CC|ring closure"):
+        korvex.explain("CCO", "C1CC")
+
+
+def test_other_tools():
+    assert korvex.canonical_smiles("OCC") == korvex.canonical_smiles("CCO")
+    assert 'data-atom="2"' in korvex.draw("CCO", atoms=[2], title="ethanol")
+    pattern = pickle.loads(pickle.dumps(korvex.Smarts("[OX2H]c")))
+    assert pattern.matches("OC(=O)c1ccccc1O") == [(9, 8)] and pattern.is_in("Oc1ccccc1")
+    assert not pattern.is_in("CCO")
+    a, b = korvex.vsepr("C[C@H](N)C(=O)O"), korvex.vsepr("C[C@@H](N)C(=O)O")
+    assert a.tanimoto(a) == 1.0 > a.tanimoto(b) > 0
+    assert korvex.vsepr("C[C@H](N)C(=O)O", stereo_aware=False).tanimoto(
+        korvex.vsepr("C[C@@H](N)C(=O)O", stereo_aware=False)) == 1.0
+    assert sum(weight for _, weight in a.paths()) == pytest.approx(a.volume)
+    with pytest.raises(ValueError, match="different lengths"):
+        a.tanimoto(korvex.vsepr("CCO", max_length=3))
+    with pytest.raises(korvex.Error, match="SMARTS"):
+        korvex.Smarts("[")
+
+
+def test_hits_as_a_frame(database):
+    pytest.importorskip("pandas")
+    frame = database.search(SMILES[3], k=2).to_pandas()
+    assert list(frame.columns) == ["query", "index", "score", "title", "smiles"]
+    assert set(frame.smiles) == {"c1ccccc1"}
+
+
+def test_the_guide_runs(tmp_path, monkeypatch, capsys):
+    source = os.environ["KORVEX_SOURCE_DIR"]
+    text = open(os.path.join(source, "docs/python.md")).read()
+    (tmp_path / "data").symlink_to(os.path.join(source, "data"))
+    monkeypatch.chdir(tmp_path)
+    scope = {}
+    for block in re.findall(r"```python\n(.*?)```", text, re.DOTALL):
+        exec(block, scope)
+    lines = capsys.readouterr().out.splitlines()
+    assert "0.451087" in lines and "(3, 32) uint64" in lines
+    assert [line.split(maxsplit=1)[1] for line in lines[3:6]] == [
+        "aspirin", "salicylic acid", "methyl salicylate"]
