@@ -213,6 +213,6 @@ def test_the_guide_runs(tmp_path, monkeypatch, capsys):
     for block in re.findall(r"```python\n(.*?)```", text, re.DOTALL):
         exec(block, scope)
     lines = capsys.readouterr().out.splitlines()
-    assert "0.451087" in lines and "(3, 32) uint64" in lines
+    assert "0.451087" in lines and "(3, 64) uint64" in lines
     assert [line.split(maxsplit=1)[1] for line in lines[3:6]] == [
         "aspirin", "salicylic acid", "methyl salicylate"]
