@@ -3,7 +3,7 @@
 # clang compiles the code for GPUs.
 packages=(g++ clang cmake make zlib1g-dev rapidjson-dev libcoordgen-dev libgtest-dev)
 # The Python package and its tests; a build does without it where they are missing.
-python_packages=(python3-dev python3-numpy pybind11-dev python3-pytest)
+python_packages=(python3-dev python3-numpy pybind11-dev python3-pytest mypy)
 
 # Installs those of the packages named that are missing, as root or with sudo, and says so.
 install_packages() {

@@ -216,3 +216,12 @@ def test_the_guide_runs(tmp_path, monkeypatch, capsys):
     assert "0.451087" in lines and "(3, 64) uint64" in lines
     assert [line.split(maxsplit=1)[1] for line in lines[3:6]] == [
         "aspirin", "salicylic acid", "methyl salicylate"]
+
+
+def test_types_are_declared():
+    pytest.importorskip("mypy")
+    source = os.path.join(os.environ["KORVEX_SOURCE_DIR"], "python/korvex")
+    run = subprocess.run([sys.executable, "-m", "mypy", "--strict", "--no-incremental",
+                          "--ignore-missing-imports", "--cache-dir=/dev/null", source],
+                         capture_output=True, text=True)
+    assert run.returncode == 0, run.stdout

@@ -1,0 +1,184 @@
+"""Databases and their queries."""
+
+from __future__ import annotations
+
+import os
+import sys
+import warnings
+from typing import Any, Iterable, Iterator, Union
+
+import numpy as np
+from numpy.typing import NDArray
+
+from . import _core
+from ._core import Fingerprint, KorvexWarning, Type
+from ._fingerprint import fingerprint, type_of
+from ._molecule import is_one
+
+Path = Union[str, "os.PathLike[str]"]
+
+
+class Hits:
+    """Hits of searches, or neighbours of records: `array` is a structured NumPy array, ordered by
+    query and rank. `len`, indexing and iteration are the array's."""
+
+    def __init__(self, array: NDArray[Any], database: Database) -> None:
+        self.array = array
+        self._database = database
+
+    def __len__(self) -> int:
+        return len(self.array)
+
+    def __getitem__(self, item: Any) -> Any:
+        return self.array[item]
+
+    def __iter__(self) -> Iterator[Any]:
+        return iter(self.array)
+
+    def __array__(self, dtype: Any = None) -> NDArray[Any]:
+        return self.array if dtype is None else self.array.astype(dtype)
+
+    def __repr__(self) -> str:
+        return f"<korvex.Hits, {self.array!r}>"
+
+    def to_pandas(self) -> Any:
+        """A pandas DataFrame of the same columns, with title and SMILES of each hit."""
+        import pandas
+        frame = pandas.DataFrame(self.array)
+        frame["title"] = [self._database.title(int(i)) for i in self.array["index"]]
+        frame["smiles"] = [self._database.smiles(int(i)) for i in self.array["index"]]
+        return frame
+
+
+class Database:
+    """A database file (.fpbin); made by `korvex.open`. Immutable, and any thread may query it.
+
+    `len(database)` is its number of records, `database[i]` the Fingerprint of one, `database.type`
+    their Type. A copy, also one of another process, opens the file again.
+    """
+
+    def __init__(self, path: Path, memory: str = "mapped") -> None:
+        numbers = {"mapped": 1, "memory": 2, "cuda": 3}
+        if memory not in numbers:
+            raise ValueError(f"memory is one of {', '.join(numbers)}, not {memory!r}")
+        self._arguments = (os.fspath(path), memory)
+        self._core = _core.Database(self._arguments[0], numbers[memory])
+        self._molecules: _core.Molecules | None = None
+        self._is_searched = False
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Database, self._arguments
+
+    def __len__(self) -> int:
+        return len(self._core)
+
+    def __getitem__(self, index: int) -> Fingerprint:
+        return self._core[index]
+
+    def __repr__(self) -> str:
+        return f"<korvex.Database {self.path!r}, {len(self)} records, {self.memory}>"
+
+    @property
+    def path(self) -> str:
+        return self._core.path
+
+    @property
+    def memory(self) -> str:
+        """"memory-mapped", "in-memory" or "cuda"; without a GPU "memory-mapped" for the last."""
+        return self._core.memory_name
+
+    @property
+    def type(self) -> Type:
+        return self._core.type
+
+    def _queries(self, query: Any) -> list[Fingerprint]:
+        if isinstance(query, Fingerprint) or is_one(query):
+            query = [query]
+        return [q if isinstance(q, Fingerprint) else fingerprint(q, self.type) for q in query]
+
+    def search(self, query: Any, k: int = 10, cutoff: float | None = None,
+               measure: str = "tanimoto", alpha: float = 0.95, beta: float = 0.05,
+               descending: bool = True, threads: int = 0) -> Hits:
+        """The k best records for each query, 0 for all that score more than 0.
+
+        query: a molecule or a Fingerprint of this type, or an iterable of these.
+        cutoff: only scores above it, or below it if not `descending`.
+        Returns Hits with the fields query (its number), index (of the record) and score.
+        """
+        return Hits(self._core.search(self._queries(query), k, cutoff, measure, alpha, beta,
+                                      descending, threads), self)
+
+    def scores(self, query: Any, measure: str = "tanimoto", alpha: float = 0.95,
+               beta: float = 0.05) -> NDArray[np.float64]:
+        """The scores of all records for one query, in their order: an array of float64."""
+        return self._core.scores(self._queries(query)[0], measure, alpha, beta)
+
+    def neighbors(self, k: int = 10, cutoff: float | None = None, measure: str = "tanimoto",
+                  alpha: float = 0.95, beta: float = 0.05) -> Hits:
+        """The k nearest other records of each record, with scores not below the cutoff.
+
+        Returns Hits with the fields record, index and score. The time grows with the square of the
+        number of records.
+        """
+        return Hits(self._core.neighbors(k, cutoff, measure, alpha, beta), self)
+
+    def histogram(self, bins: int = 20, measure: str = "tanimoto", alpha: float = 0.95,
+                  beta: float = 0.05) -> tuple[NDArray[np.uint64], NDArray[np.float64]]:
+        """How the scores of all pairs of records are distributed: (counts, edges), as of
+        numpy.histogram."""
+        return self._core.histogram(bins, measure, alpha, beta)
+
+    def variogram(
+            self, values: Iterable[float], bins: int = 20, measure: str = "tanimoto"
+    ) -> tuple[NDArray[np.float64], NDArray[np.uint64], NDArray[np.float64]]:
+        """The semivariance of `values`, one for each record, by the distance of the records, 1 less
+        their score: (semivariances, counts, edges)."""
+        return self._core.variogram([float(v) for v in values], bins, measure)
+
+    def _open_molecules(self) -> _core.Molecules | None:
+        if self._is_searched:
+            return self._molecules
+        self._is_searched = True
+        name = self._core.molecule_file
+        folder = os.path.dirname(self.path)
+        for path in (name, os.path.join(folder, name),
+                     os.path.join(folder, os.path.basename(name))):
+            if os.path.isfile(path):
+                molecules = _core.Molecules(path)
+                if len(molecules) == len(self):
+                    self._molecules = molecules
+                    return molecules
+        warnings.warn(f"the molecule file {name!r} isn't there, or has changed; titles and SMILES "
+                      "are empty", KorvexWarning, stacklevel=3)
+        return None
+
+    def title(self, index: int) -> str:
+        """The title of a record, from the molecule file; empty if that isn't there."""
+        molecules = self._open_molecules()
+        return molecules.title(index) if molecules else ""
+
+    def smiles(self, index: int) -> str:
+        """The SMILES of a record, likewise."""
+        molecules = self._open_molecules()
+        return molecules.smiles(index) if molecules else ""
+
+
+def open(path: Path, memory: str = "mapped") -> Database:
+    """Opens a database file.
+
+    memory: "mapped" reads it through the page cache, "memory" loads and checks all of it, "cuda"
+    copies it to a GPU (and is "mapped", with a warning, where there is none).
+    """
+    return Database(path, memory)
+
+
+def create(molecules: Path, out: Path, type: str | Type = "path", threads: int = 0,
+           progress: bool | None = None) -> Database:
+    """Makes a database file of a molecule file (.smi, .sdf, .mol, also .gz), and opens it.
+
+    progress: draws a bar on standard error; by default if that is a terminal.
+    """
+    if progress is None:
+        progress = sys.stderr is not None and sys.stderr.isatty()
+    _core.create(os.fspath(out), os.fspath(molecules), type_of(type), threads, progress)
+    return open(out)
