@@ -7,7 +7,8 @@
 #include <atomic>
 #include <cctype>
 #include <cstring>
-#include <thread>
+#include <future>
+#include <system_error>
 
 namespace KorvexPython {
 
@@ -65,14 +66,15 @@ void ForAll(std::size_t count, unsigned int numThreads, const MakeOneOf& make) {
           for (std::size_t k = i; k < std::min(i + piece, end); ++k) make(k);
         }
       };
-      std::vector<std::thread> others;
+      // Their destructors wait; an exception, such as for lack of memory, ends one thread's work.
+      std::vector<std::future<void>> others;
       const std::size_t wanted = std::min<std::size_t>(numThreads, (end - begin) / piece + 1);
       try {
-        while (others.size() + 1 < wanted) others.emplace_back(work);
+        while (others.size() + 1 < wanted) others.push_back(std::async(std::launch::async, work));
       } catch (const std::system_error&) {  // fewer do
       }
       work();
-      for (std::thread& thread : others) thread.join();
+      for (std::future<void>& other : others) other.get();
     }
     CheckSignals();
   }
