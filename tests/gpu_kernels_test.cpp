@@ -274,7 +274,7 @@ TEST_P(KernelsTest, Nearest) {
   auto fields = MakePairs<ZQCUSparseFields>();
   const ZQCURecords all = fields.columns;
   fields.cutoff = static_cast<float>(GetBar());
-  for (const unsigned int k : {0U, 1U, 33U, 150U}) {
+  for (const unsigned int k : {0U, 1U, 63U, 150U}) {
     fields.hasCutoff = !fields.hasCutoff;
     std::vector<std::vector<std::pair<float, unsigned long>>> lists(size.rows);
     for (std::size_t row = 0; row < size.rows; ++row) {
