@@ -274,7 +274,7 @@ TEST_P(KernelsTest, Nearest) {
   auto fields = MakePairs<ZQCUSparseFields>();
   const ZQCURecords all = fields.columns;
   fields.cutoff = static_cast<float>(GetBar());
-  for (const unsigned int k : {0U, 1U, 7U, 150U}) {
+  for (const unsigned int k : {0U, 1U, 63U, 150U}) {
     fields.hasCutoff = !fields.hasCutoff;
     std::vector<std::vector<std::pair<float, unsigned long>>> lists(size.rows);
     for (std::size_t row = 0; row < size.rows; ++row) {
@@ -360,6 +360,13 @@ TEST(EmulatedBlock, Findings) {
          shared.Add(0, 1);
        },
        copyOther, "a race"},
+      {"two writers of global memory", write,
+       [](auto& shared, auto& global, unsigned int t) { global.Set(t / 2, shared.Get(t)); },
+       "a race"},
+      {"not atomic in global memory", nothing,
+       [](auto&, auto& global, unsigned int) { global.Set(0, global.Get(0) + 1); }, "a race"},
+      {"atomic in global memory", nothing,
+       [](auto&, auto& global, unsigned int) { global.Add(0, 1); }, nullptr},
       {"shared overrun", [](auto& shared, unsigned int t) { shared.Set(t + 1, t); }, copyOther,
        "outside of its array"},
       {"overrun", write,
@@ -385,6 +392,18 @@ TEST(EmulatedBlock, Findings) {
     EXPECT_EQ(finding.empty(), !kernel.fault) << finding;
     EXPECT_TRUE(finding.ends_with(kernel.fault ? kernel.fault : "")) << finding;
   }
+
+  // Two blocks write to the same place.
+  unsigned int written = 0;
+  EmulatedLaunch writes;
+  writes.getMemory = [&](ZQCUAddress) { return std::as_writable_bytes(std::span(&written, 1)); };
+  RunBlocks(writes, 2, 1, [](EmulatedBlock& block) {
+    auto global = block.GetGlobal<unsigned int>(0);
+    block.ForThreads([&](unsigned int t) {
+      if (t == 0) global.Set(0, t);
+    });
+  });
+  EXPECT_EQ(writes.numFindings, 1);
 
   EmulatedLaunch launch;
   launch.getMemory = [](ZQCUAddress) { return std::span<std::byte>(); };

@@ -223,6 +223,14 @@ TEST_F(GpuMemoryTest, FailureOfAKernelIsReportedByTheNextWait) {
   EXPECT_TRUE(ZQCUSetDevice(0));
 }
 
+// A static object may outlive the driver, which then refuses all calls.
+TEST_F(GpuMemoryTest, TheEndOfTheDriverIsntReported) {
+  for (const unsigned long call : {1, 2}) {
+    const ZQCUBufferCache buffer(0, 8, 0, forBoth);
+    ZQFailEmulatedCall(call, CUDA_ERROR_DEINITIALIZED);
+  }
+}
+
 TEST_F(GpuMemoryTest, UsableDevices) {
   struct Case {
     std::vector<int> majors, usable;

@@ -5,7 +5,9 @@
 /// these functions.
 ///
 /// A call of the driver that fails reports the warning "GPU %d : %s failed: %s!", with the call and
-/// the driver's reason. The function then returns false, 0 or nothing.
+/// the driver's reason. The function then returns false, 0 or nothing. After some failures of
+/// kernels, such as an access outside of all buffers, the driver refuses all further work of the
+/// process on that device.
 
 #include <cstddef>
 #include <string>

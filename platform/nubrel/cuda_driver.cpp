@@ -48,6 +48,7 @@ void ZQReportGPUFailure(int device, const char* call, const char* reason) noexce
 }
 
 CUresult ZQReportCUDAError(int device, const char* call, CUresult error) noexcept {
+  if (error == CUDA_ERROR_DEINITIALIZED) return error;
   const char* text = nullptr;
   const ZQCUDADriver* driver = ZQGetCUDADriver();
   if (driver && driver->cuGetErrorString.function(error, &text) == CUDA_SUCCESS && text) {

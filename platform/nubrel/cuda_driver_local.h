@@ -26,6 +26,7 @@ using CUfunction = CUfunc_st*;
 inline constexpr CUresult CUDA_SUCCESS = 0;
 inline constexpr CUresult CUDA_ERROR_INVALID_VALUE = 1;
 inline constexpr CUresult CUDA_ERROR_OUT_OF_MEMORY = 2;
+inline constexpr CUresult CUDA_ERROR_DEINITIALIZED = 4;
 inline constexpr CUresult CUDA_ERROR_INVALID_IMAGE = 200;
 inline constexpr CUresult CUDA_ERROR_INVALID_CONTEXT = 201;
 inline constexpr CUresult CUDA_ERROR_NOT_FOUND = 500;
@@ -80,7 +81,8 @@ inline constexpr unsigned int CU_EVENT_DISABLE_TIMING = 2;
 
 /// Reports that a call failed: "GPU %d : %s failed: %s!".
 void ZQReportGPUFailure(int device, const char* call, const char* reason) noexcept;
-/// The same with the driver's text for this error. Returns the error.
+/// The same with the driver's text for this error, which it returns. At the end of the process the
+/// driver may be gone before static objects are: this isn't reported.
 CUresult ZQReportCUDAError(int device, const char* call, CUresult error) noexcept;
 
 /// A call of the opened driver.

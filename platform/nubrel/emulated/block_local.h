@@ -6,8 +6,10 @@
 ///
 /// - an access to global memory that isn't inside the live buffer which the view's address is in,
 ///   or that isn't aligned;
-/// - in shared memory, an access outside of the view or the launch's memory, and a race: a plain
-///   write of a thread, and any access of another one to the same place in the same phase;
+/// - an access to shared memory outside of the view or the launch's memory;
+/// - a race: a plain write of a thread, and any access of another one to the same place, in shared
+///   memory in the same phase, in global memory in the same phase or of another block; there a
+///   write is seen only if it is the first of the two;
 /// - any access between phases.
 
 #include <cstddef>
@@ -18,12 +20,21 @@
 #include <span>
 #include <string>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "platform/nubrel/kernels/geometry_local.h"
 
 namespace Nubrel {
+
+/// The last change of an element of global memory.
+struct EmulatedChange {
+  unsigned long block = 0;
+  unsigned long phase = 0;
+  int thread = 0;
+  bool isAddition = false;
+};
 
 /// What the blocks of one launch share.
 struct EmulatedLaunch {
@@ -33,11 +44,17 @@ struct EmulatedLaunch {
   unsigned int sharedBytes = 0;
   bool backward = false;  ///< the order of the threads in the first phase; it changes with each
 
+  std::unordered_map<const std::byte*, EmulatedChange> changes;
   unsigned long numFindings = 0;
   std::vector<std::string> findings;  ///< the first few
 };
 
 class EmulatedBlock {
+  struct Access {
+    enum : unsigned int { Read, Write, Add };
+    static constexpr const char* names[] = {"read", "write", "addition"};
+  };
+
  public:
   EmulatedBlock(EmulatedLaunch& launch, unsigned int x, unsigned int y)
       : launch_(launch),
@@ -56,25 +73,30 @@ class EmulatedBlock {
           isAligned_(address % alignof(T) == 0) {}
     T Get(unsigned long index) const {
       T value{};
-      if (IsAllowed(index, "read")) std::memcpy(&value, &bytes_[index * sizeof(T)], sizeof(T));
+      if (IsAllowed(index, Access::Read)) std::memcpy(&value, Find(index), sizeof(T));
       return value;
     }
     void Set(unsigned long index, T value) const {
-      if (IsAllowed(index, "write")) std::memcpy(&bytes_[index * sizeof(T)], &value, sizeof(T));
+      if (IsAllowed(index, Access::Write)) std::memcpy(Find(index), &value, sizeof(T));
     }
     T Add(unsigned long index, T value) const {
-      const T old = Get(index);
-      Set(index, old + value);
+      T old{};
+      if (!IsAllowed(index, Access::Add)) return old;
+      std::memcpy(&old, Find(index), sizeof(T));
+      value += old;
+      std::memcpy(Find(index), &value, sizeof(T));
       return old;
     }
 
    private:
-    bool IsAllowed(unsigned long index, const char* access) const {
-      if (!block_->IsInPhase(access)) return false;
-      const char* const fault = index >= bytes_.size() / sizeof(T) ? "outside of its buffer"
-                                : isAligned_                       ? nullptr
-                                                                   : "not aligned";
-      if (fault) block_->AddFinding("global memory", access, index, fault);
+    std::byte* Find(unsigned long index) const { return &bytes_[index * sizeof(T)]; }
+    bool IsAllowed(unsigned long index, unsigned int access) const {
+      if (!block_->IsInPhase(Access::names[access])) return false;
+      const char* const fault = index >= bytes_.size() / sizeof(T)       ? "outside of its buffer"
+                                : !isAligned_                            ? "not aligned"
+                                : block_->UseGlobal(Find(index), access) ? nullptr
+                                                                         : "a race";
+      if (fault) block_->AddFinding("global memory", Access::names[access], index, fault);
       return !fault;
     }
 
@@ -110,13 +132,12 @@ class EmulatedBlock {
       return &block_->shared_[offset_ + index * sizeof(T)];
     }
     bool IsAllowed(unsigned long index, unsigned int access) const {
-      static constexpr const char* names[] = {"read", "write", "addition"};
-      if (!block_->IsInPhase(names[access])) return false;
+      if (!block_->IsInPhase(Access::names[access])) return false;
       const char* const fault = index >= count_ ? "outside of its array"
                                 : block_->Use(offset_ + index * sizeof(T), sizeof(T), access)
                                     ? nullptr
                                     : "a race";
-      if (fault) block_->AddFinding("shared memory", names[access], index, fault);
+      if (fault) block_->AddFinding("shared memory", Access::names[access], index, fault);
       return !fault;
     }
 
@@ -167,9 +188,6 @@ class EmulatedBlock {
   static constexpr std::byte garbage{0xA5};
   static constexpr int noThread = -1;
   static constexpr int manyThreads = -2;
-  struct Access {
-    enum : unsigned int { Read, Write, Add };
-  };
   /// Who used 4 bytes of shared memory in a phase, by the kind of access.
   struct Uses {
     unsigned long phase = 0;
@@ -182,6 +200,22 @@ class EmulatedBlock {
     return false;
   }
 
+  /// Notes a change of global memory; false for a race.
+  bool UseGlobal(const std::byte* element, unsigned int access) {
+    const EmulatedChange change{x_ + (static_cast<unsigned long>(y_) << 32U), phase_, thread_,
+                                access == Access::Add};
+    const auto isFine = [&](const EmulatedChange& before) {
+      return (before.block == change.block &&
+              (before.phase != phase_ || before.thread == thread_)) ||
+             (before.isAddition && change.isAddition);
+    };
+    if (access == Access::Read) {
+      const auto found = launch_.changes.find(element);
+      return found == launch_.changes.end() || isFine(found->second);
+    }
+    const auto [found, isFirst] = launch_.changes.try_emplace(element, change);
+    return isFirst || isFine(std::exchange(found->second, change));
+  }
   /// Notes an access to shared memory; false for a race.
   bool Use(std::size_t offset, std::size_t bytes, unsigned int access) {
     bool isRace = false;

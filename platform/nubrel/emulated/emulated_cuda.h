@@ -4,8 +4,8 @@
 /// of platform/nubrel/cuda_driver_local.h. A program that links it, or that is run with
 /// LD_LIBRARY_PATH, finds it instead of the real one. Device memory is the host's, under other
 /// addresses. Work is left undone until something waits for it, and that of different streams is
-/// done in a varying order; kernels run by block_local.h. The functions below control it. Any
-/// thread may call them.
+/// done in a varying order; kernels run by block_local.h. Unlike a real device, this one goes on
+/// after the failure of a kernel. The functions below control it. Any thread may call them.
 ///
 /// Environment variables set the devices of programs: KORVEX_EMULATED_GPUS is their number,
 /// KORVEX_EMULATED_GPU_MEMORY the bytes of each.

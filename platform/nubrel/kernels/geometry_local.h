@@ -17,6 +17,10 @@ inline constexpr unsigned int zqSlabStride = zqSlabWords + 1;
 inline constexpr unsigned int zqTileSide = 64;
 /// The distance of two rows of a tile's scores in shared memory, odd as well.
 inline constexpr unsigned int zqTileStride = zqTileSide + 1;
+/// The slots of a list of `FindNearest` are in at most so many groups; the distance of two lists'
+/// groups in shared memory is odd, too.
+inline constexpr unsigned int zqListGroups = 32;
+inline constexpr unsigned int zqGroupsStride = zqListGroups + 1;
 /// A block goes over at least this many tiles of a row of tiles, if there are so many: what it
 /// adds to global memory at its end is little then.
 inline constexpr unsigned int zqStripTiles = 8;
@@ -100,7 +104,7 @@ constexpr ZQCUShape ZQShapeOf(const ZQCUCountsFields& fields) {
   return ZQCUPairShape(fields, zqTileSide * sizeof(unsigned int));
 }
 constexpr ZQCUShape ZQShapeOf(const ZQCUSparseFields& fields) {
-  return ZQCUPairShape(fields, zqTileSide * zqTileStride * sizeof(float));
+  return ZQCUPairShape(fields, zqTileSide * (zqTileStride + zqGroupsStride) * sizeof(float));
 }
 /// `numBins` is at most `zqCUMaxBins`.
 constexpr ZQCUShape ZQShapeOf(const ZQCUHistogramFields& fields) {

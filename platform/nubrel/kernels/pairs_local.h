@@ -234,71 +234,128 @@ void FindBins(Block& block, const ZQCUVariogramFields& fields) {
   });
 }
 
-/// The list of one row, in global memory; its lowest score is kept at hand.
+/// The first of the lowest scores.
+struct LowestScore {
+  /// Above all scores: lists of no slots take nothing.
+  static constexpr float none = 2.0F;
+
+  float score = none;
+  unsigned int place = 0;
+};
+
+template <class View>
+LowestScore FindLowest(const View& scores, unsigned long begin, unsigned int count) {
+  LowestScore lowest;
+  for (unsigned int i = 0; i < count; ++i) {
+    const float score = scores.Get(begin + i);
+    if (score < lowest.score) lowest = {score, i};
+  }
+  return lowest;
+}
+
+/// The lists of a block's rows, in global memory. The slots of a list are in groups of equal size,
+/// and a full list has the lowest score of each group in shared memory: to replace the lowest score
+/// of all takes a look at one group and at the scores of the groups.
 template <class Block>
-struct NearestOf {
-  /// Lists of no slots take nothing: no score is above this.
-  static constexpr float aboveAll = 2.0F;
+class NearestLists {
+ public:
+  /// What the thread of a row knows of its list.
+  struct List {
+    unsigned int size = 0;
+    LowestScore lowest;  ///< of the groups; kept if the list is full
+  };
 
-  unsigned int size = 0;
-  float lowest = aboveAll;  ///< of a full list
-  unsigned int slot = 0;    ///< of the lowest, the first of equal ones
+  NearestLists(Block& block, const ZQCUSparseFields& fields)
+      : scores_(block.template GetGlobal<float>(fields.scores)),
+        indices_(block.template GetGlobal<Word>(fields.indices)),
+        lowest_(block.template CarveShared<float>(zqTileSide * zqGroupsStride)),
+        k_(fields.k),
+        groupSlots_(fields.k / zqListGroups + 1) {}
 
-  void FindLowest(const GlobalOf<Block, float>& scores, unsigned long begin, unsigned int k) {
-    lowest = aboveAll;
-    for (unsigned int i = 0; i < k; ++i) {
-      const float score = scores.Get(begin + i);
-      if (score < lowest) {
-        lowest = score;
-        slot = i;
-      }
+  /// A list that has so many scores.
+  List Open(unsigned int tileRow, unsigned long row, unsigned int size) const {
+    List list{size, {}};
+    if (size == k_) FindAllLowest(list, tileRow, row);
+    return list;
+  }
+  void Offer(List& list, unsigned int tileRow, unsigned long row, float score, Word index) const {
+    if (list.size < k_) {
+      Set(row, list.size++, score, index);
+      if (list.size == k_) FindAllLowest(list, tileRow, row);
+    } else if (score > list.lowest.score) {
+      const unsigned int group = list.lowest.place;
+      Set(row, group * groupSlots_ + FindLowestOf(row, group).place, score, index);
+      lowest_.Set(tileRow * zqGroupsStride + group, FindLowestOf(row, group).score);
+      list.lowest = FindLowest(lowest_, tileRow * zqGroupsStride, GetNumGroups());
     }
   }
+
+ private:
+  unsigned int GetNumGroups() const {
+    return static_cast<unsigned int>(ZQCUDivideUp(k_, groupSlots_));
+  }
+  void Set(unsigned long row, unsigned int slot, float score, Word index) const {
+    scores_.Set(row * k_ + slot, score);
+    indices_.Set(row * k_ + slot, index);
+  }
+  LowestScore FindLowestOf(unsigned long row, unsigned int group) const {
+    const unsigned int begin = group * groupSlots_;
+    const unsigned int left = k_ - begin;
+    return FindLowest(scores_, row * k_ + begin, left < groupSlots_ ? left : groupSlots_);
+  }
+  void FindAllLowest(List& list, unsigned int tileRow, unsigned long row) const {
+    for (unsigned int group = 0; group < GetNumGroups(); ++group) {
+      lowest_.Set(tileRow * zqGroupsStride + group, FindLowestOf(row, group).score);
+    }
+    list.lowest = FindLowest(lowest_, tileRow * zqGroupsStride, GetNumGroups());
+  }
+
+  GlobalOf<Block, float> scores_;
+  GlobalOf<Block, Word> indices_;
+  SharedOf<Block, float> lowest_;
+  unsigned int k_;
+  unsigned int groupSlots_;
 };
 
 /// The block's threads score a tile; then one thread for each row goes through the scores in the
-/// order of the columns.
+/// order of the columns. These are spread over all warps, as the threads of a warp wait for each
+/// other's changes.
 template <class Block>
 void FindNearest(Block& block, const ZQCUSparseFields& fields) {
+  constexpr unsigned int threadsOfRow = zqBlockThreads / zqTileSide;
   const TilesOf<Block> tiles(block, fields);
   const auto tile = block.template CarveShared<float>(zqTileSide * zqTileStride);
-  const auto scores = block.template GetGlobal<float>(fields.scores);
-  const auto indices = block.template GetGlobal<Word>(fields.indices);
   const auto sizes = block.template GetGlobal<unsigned int>(fields.sizes);
-  const unsigned int k = fields.k;
-  PerThreadOf<Block, NearestOf<Block>> lists;
-  // A phase of the threads that have a row.
+  const NearestLists<Block> nearest(block, fields);
+  PerThreadOf<Block, typename NearestLists<Block>::List> lists;
+  // A phase of the threads that have a row: `body(tileRow, row, list)`.
   const auto forRows = [&](const auto& body) {
     block.ForThreads([&](unsigned int t) {
-      if (t < tiles.GetNumRows()) body(t, tiles.GetFirstRow() + t, lists[t]);
+      const unsigned int tileRow = t / threadsOfRow;
+      if (t % threadsOfRow == 0 && tileRow < tiles.GetNumRows()) {
+        body(tileRow, tiles.GetFirstRow() + tileRow, lists[t]);
+      }
     });
   };
-  forRows([&](unsigned int /*t*/, unsigned long row, NearestOf<Block>& list) {
-    list.size = sizes.Get(row);
-    if (list.size == k) list.FindLowest(scores, row * k, k);
+  forRows([&](unsigned int tileRow, unsigned long row, auto& list) {
+    list = nearest.Open(tileRow, row, sizes.Get(row));
   });
   for (unsigned long first = tiles.GetBeginColumn(); first < tiles.GetEndColumn();
        first += zqTileSide) {
     tiles.ScoreTile(block, first, [&](unsigned int /*t*/, const TilePair& pair, double score) {
       tile.Set(pair.tileRow * zqTileStride + pair.tileColumn, static_cast<float>(score));
     });
-    forRows([&](unsigned int t, unsigned long row, NearestOf<Block>& list) {
+    forRows([&](unsigned int tileRow, unsigned long row, auto& list) {
       const unsigned int numColumns = tiles.GetNumColumns(first);
       for (unsigned int column = 0; column < numColumns; ++column) {
-        const float score = tile.Get(t * zqTileStride + column);
+        const float score = tile.Get(tileRow * zqTileStride + column);
         if (fields.hasCutoff && score < fields.cutoff) continue;
-        const bool isFull = list.size == k;
-        if (isFull && !(score > list.lowest)) continue;
-        const unsigned long slot = row * k + (isFull ? list.slot : list.size++);
-        scores.Set(slot, score);
-        indices.Set(slot, fields.columns.first + first + column);
-        if (list.size == k) list.FindLowest(scores, row * k, k);
+        nearest.Offer(list, tileRow, row, score, fields.columns.first + first + column);
       }
     });
   }
-  forRows([&](unsigned int /*t*/, unsigned long row, NearestOf<Block>& list) {
-    sizes.Set(row, list.size);
-  });
+  forRows(
+      [&](unsigned int /*tileRow*/, unsigned long row, auto& list) { sizes.Set(row, list.size); });
 }
 
 }  // namespace Nubrel
