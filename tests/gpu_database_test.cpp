@@ -146,7 +146,12 @@ TEST_F(GpuDatabase, GivesTheBitsOfTheOtherBackEnds) {
     queries.push_back(fps[0]);
     std::fill_n(queries[2].Words(), queries[2].NumWords(), 0);
     const TempFile file("cuda.fpbin");
-    file.Write(DatabaseBytes(fps, PathTypeOf(c.numbits)));
+    // The molecule indices aren't the positions.
+    std::string bytes = DatabaseBytes(fps, PathTypeOf(c.numbits));
+    for (std::size_t i = 0; i < c.count; ++i) {
+      bytes.replace(800 + i * (16 + c.numbits / 8), 8, ZQConvert(c.count - 1 - i));
+    }
+    file.Write(bytes);
     UseMemory(c.memory);
     const ZQFastFPDatabase mapped(file.Name());
     const ZQFastFPDatabase database(file.Name(), cuda);

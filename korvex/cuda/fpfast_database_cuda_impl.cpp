@@ -593,6 +593,10 @@ bool ZQFastFPCUDADatabaseImpl::FindNeighbors(std::vector<ZQSimScorePair>& out,
   std::vector<std::uint64_t> foundIndices(slots);
   std::vector<std::uint32_t> foundSizes(bands.rows);
   std::vector<std::pair<float, std::uint64_t>> entries;
+  // As on a processor, the first columns, which fill a list, have their ids, and those that replace
+  // others their positions.
+  const std::uint64_t listSize =
+      options.GetLimit() == 0 ? source.records.count : options.GetLimit();
   return ZQForPairs(
       source, bands, false, [&](const ZQCURecords&) { return sizes->Clear(); },
       [&](const ZQCURecords& rows, const ZQCURecords& columns) {
@@ -610,7 +614,9 @@ bool ZQFastFPCUDADatabaseImpl::FindNeighbors(std::vector<ZQSimScorePair>& out,
         for (std::uint64_t row = 0; row < rows.count; ++row) {
           entries.clear();
           for (std::uint64_t slot = row * k; slot < row * k + foundSizes[row]; ++slot) {
-            entries.emplace_back(foundScores[slot], source.records.Id(foundIndices[slot]));
+            const std::uint64_t column = foundIndices[slot];
+            entries.emplace_back(foundScores[slot],
+                                 column < listSize ? source.records.Id(column) : column);
           }
           ZQAppendNeighbors(out, source.records.Id(rows.first + row), entries, options);
         }
