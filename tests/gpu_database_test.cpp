@@ -191,7 +191,7 @@ TEST_F(GpuDatabase, BringsBackFewHitsOfManyRecords) {
 
 TEST_F(GpuDatabase, ReportsHowItWorks) {
   const TempFile file("reports.fpbin");
-  file.Write(DatabaseBytes(RandomFingerPrints(100, 1024), PathTypeOf(1024)));
+  file.Write(DatabaseBytes(RandomFingerPrints(60, 1024), PathTypeOf(1024)));
   const auto level = ZQThrow.GetLevel();
   ZQThrow.SetLevel(ZQErrorLevel::Debug);
   CapturedReports reports;

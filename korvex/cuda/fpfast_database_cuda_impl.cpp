@@ -164,28 +164,27 @@ ZQPairBands ZQFastFPCUDADatabaseImpl::GetBands(std::uint64_t bytes, std::uint64_
                                                std::uint64_t bytesPerRow,
                                                const char* caller) const {
   const std::uint64_t count = params_.NumFingerPrints();
+  const std::uint64_t capacity = GetCapacity() * bytesPerElement;
+  const std::uint64_t bytesOfRecord = 4 + (pushed_ ? 0 : 8 * params_.NumWords());
   ZQPairBands bands{count, count};
-  const bool oneShot = CanAllocateOutput(bytes / bytesPerElement);
-  if (!oneShot) {
-    const std::uint64_t capacity = GetCapacity() * bytesPerElement;
-    const std::uint64_t bytesOfRecord = 4 + (pushed_ ? 0 : 8 * params_.NumWords());
-    const auto fit = [&] {
-      const std::uint64_t records = bands.rows + (bands.columns < count ? 2 : 1) * bands.columns;
-      const std::uint64_t output =
-          ZQSaturatedSum(ZQSaturatedProduct(bytesPerPair * bands.rows, bands.columns),
-                         ZQSaturatedProduct(bytesPerRow, bands.rows));
-      return ZQSaturatedSum(output, records * bytesOfRecord) <= capacity;
-    };
-    while (!fit() && std::max(bands.rows, bands.columns) > recordsPerUnit) {
-      // Columns that are on the device take no room.
-      const bool shrinkRows = pushed_ ? bands.rows > recordsPerUnit : bands.rows >= bands.columns;
-      std::uint64_t& side = shrinkRows ? bands.rows : bands.columns;
-      side = RoundDown(side / 2);
-    }
+  const auto fit = [&] {
+    const std::uint64_t records = bands.rows + (bands.columns < count ? 2 : 1) * bands.columns;
+    const std::uint64_t output =
+        ZQSaturatedSum(ZQSaturatedProduct(bytesPerPair * bands.rows, bands.columns),
+                       ZQSaturatedProduct(bytesPerRow, bands.rows));
+    return ZQSaturatedSum(output, records * bytesOfRecord) <= capacity;
+  };
+  // Rows and columns have counts of their own, and words if these aren't on the device.
+  bands.oneShot = CanAllocateOutput(bytes / bytesPerElement) && fit();
+  while (!fit() && std::max(bands.rows, bands.columns) > recordsPerUnit) {
+    // Columns that are on the device take little room.
+    const bool shrinkRows = pushed_ ? bands.rows > recordsPerUnit : bands.rows >= bands.columns;
+    std::uint64_t& side = shrinkRows ? bands.rows : bands.columns;
+    side = RoundDown(side / 2);
   }
   // Fewer columns, not rows, as many rows keep the device busy.
   if (count > 0) bands.columns = std::min(bands.columns, RoundDown(maxPairs / bands.rows));
-  if (oneShot) {
+  if (bands.oneShot) {
     ZQThrow.Debug("Doing one-shot %s.", caller);
   } else {
     ZQThrow.Debug("Doing chunked %s with chunk size : %lu", caller, bands.rows);
@@ -402,7 +401,7 @@ ZQIter<float> ZQFastFPCUDADatabaseImpl::GetAllScores(const ZQFPDatabaseOptions& 
   if (!allocated) return {};
   const ZQPairBands bands =
       GetBands(ZQSaturatedProduct(numPairs, sizeof(float)), sizeof(float), 0, allScoresName);
-  if (bands.rows < count) ZQThrow.Debug("Doing chunked %s.", allScoresName);
+  if (!bands.oneShot) ZQThrow.Debug("Doing chunked %s.", allScoresName);
   const auto output = ZQMakeBuffer(device_, bands.rows * bands.columns * sizeof(float));
   if (!output->IsValid()) return {};
   ZQCUGetAllScoresKernel kernel;
