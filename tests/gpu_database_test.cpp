@@ -146,7 +146,12 @@ TEST_F(GpuDatabase, GivesTheBitsOfTheOtherBackEnds) {
     queries.push_back(fps[0]);
     std::fill_n(queries[2].Words(), queries[2].NumWords(), 0);
     const TempFile file("cuda.fpbin");
-    file.Write(DatabaseBytes(fps, PathTypeOf(c.numbits)));
+    // The molecule indices aren't the positions.
+    std::string bytes = DatabaseBytes(fps, PathTypeOf(c.numbits));
+    for (std::size_t i = 0; i < c.count; ++i) {
+      bytes.replace(800 + i * (16 + c.numbits / 8), 8, ZQConvert(c.count - 1 - i));
+    }
+    file.Write(bytes);
     UseMemory(c.memory);
     const ZQFastFPDatabase mapped(file.Name());
     const ZQFastFPDatabase database(file.Name(), cuda);
@@ -186,7 +191,7 @@ TEST_F(GpuDatabase, BringsBackFewHitsOfManyRecords) {
 
 TEST_F(GpuDatabase, ReportsHowItWorks) {
   const TempFile file("reports.fpbin");
-  file.Write(DatabaseBytes(RandomFingerPrints(100, 1024), PathTypeOf(1024)));
+  file.Write(DatabaseBytes(RandomFingerPrints(60, 1024), PathTypeOf(1024)));
   const auto level = ZQThrow.GetLevel();
   ZQThrow.SetLevel(ZQErrorLevel::Debug);
   CapturedReports reports;
@@ -219,6 +224,20 @@ TEST_F(GpuDatabase, ReportsHowItWorks) {
   EXPECT_EQ(texts[0].rfind("Doing chunked ZQFastFPDatabase::GetAllScores() with chunk size : ", 0),
             0U);
   EXPECT_EQ(texts[1], "Doing chunked ZQFastFPDatabase::GetAllScores().");
+
+  // After a failed upload there is room for the fingerprints, but not for rows and columns.
+  file.Write(DatabaseBytes(RandomFingerPrints(90, 1024), PathTypeOf(1024)));
+  UseMemory(reserved + 20000);
+  EXPECT_TRUE(ZQFastFPDatabase(file.Name(), cuda).IsValid());
+  const std::vector<std::string> calls = ZQGetEmulatedCalls();
+  const auto upload = std::find(calls.begin(), calls.end(), "cuMemcpyHtoDAsync_v2");
+  UseMemory(reserved + 20000);
+  ZQFailEmulatedCall(static_cast<unsigned long>(upload - calls.begin()) + 1);
+  const ZQFastFPDatabase unpushed(file.Name(), cuda);
+  EXPECT_EQ(reports.Take().back().rfind("GPU 0 : cuMemcpyHtoDAsync failed: ", 0), 0U);
+  EXPECT_EQ(unpushed.GetHistogram({}, 5).NumSamples(), 90U * 89 / 2);
+  EXPECT_EQ(reports.Take(),
+            Texts{"Doing chunked ZQFastFPDatabase::GetHistogram() with chunk size : 64"});
   ZQThrow.SetLevel(level);
 }
 

@@ -16,11 +16,15 @@ bool ZQUploadWords(const ZQRecords& records, std::uint64_t begin, std::uint64_t 
 
 bool ZQUploadCounts(const ZQRecords& records, std::uint64_t begin, std::uint64_t n,
                     ZQCUBufferCache& counts) {
-  std::vector<std::uint32_t> values(n);
-  for (std::uint64_t i = 0; i < n; ++i) {
-    values[i] = static_cast<std::uint32_t>(records.Count(begin + i));
+  std::array<std::uint32_t, 16384> values;
+  for (std::uint64_t i = 0; i < n; i += values.size()) {
+    const std::uint64_t some = std::min<std::uint64_t>(values.size(), n - i);
+    for (std::uint64_t j = 0; j < some; ++j) {
+      values[j] = static_cast<std::uint32_t>(records.Count(begin + i + j));
+    }
+    if (!counts.WriteData(values.data(), 4 * some, 4 * i)) return false;
   }
-  return n == 0 || counts.WriteData(values.data(), 4 * n);
+  return true;
 }
 
 bool ZQDevicePiece::MakeBuffers() {

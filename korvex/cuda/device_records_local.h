@@ -97,6 +97,7 @@ bool ZQForPieces(std::array<ZQDevicePiece, 2>& pieces, std::uint64_t begin, std:
 struct ZQPairBands {
   std::uint64_t rows = 0;
   std::uint64_t columns = 0;
+  bool oneShot = false;  ///< the device has room for everything at once
 };
 
 /// For all pairs of records, row band by row band: calls `beginBand(rows)`, then `start` and

@@ -160,32 +160,32 @@ std::uint64_t ZQFastFPCUDADatabaseImpl::GetPieceSize(std::uint64_t bytesPerRecor
   return piece;
 }
 
-ZQPairBands ZQFastFPCUDADatabaseImpl::GetBands(std::uint64_t bytes, std::uint64_t bytesPerPair,
+ZQPairBands ZQFastFPCUDADatabaseImpl::GetBands(std::uint64_t bytesPerPair,
                                                std::uint64_t bytesPerRow,
                                                const char* caller) const {
   const std::uint64_t count = params_.NumFingerPrints();
+  const std::uint64_t capacity = GetCapacity() * bytesPerElement;
+  const std::uint64_t bytesOfRecord = 4 + (pushed_ ? 0 : 8 * params_.NumWords());
   ZQPairBands bands{count, count};
-  const bool oneShot = CanAllocateOutput(bytes / bytesPerElement);
-  if (!oneShot) {
-    const std::uint64_t capacity = GetCapacity() * bytesPerElement;
-    const std::uint64_t bytesOfRecord = 4 + (pushed_ ? 0 : 8 * params_.NumWords());
-    const auto fit = [&] {
-      const std::uint64_t records = bands.rows + (bands.columns < count ? 2 : 1) * bands.columns;
-      const std::uint64_t output =
-          ZQSaturatedSum(ZQSaturatedProduct(bytesPerPair * bands.rows, bands.columns),
-                         ZQSaturatedProduct(bytesPerRow, bands.rows));
-      return ZQSaturatedSum(output, records * bytesOfRecord) <= capacity;
-    };
-    while (!fit() && std::max(bands.rows, bands.columns) > recordsPerUnit) {
-      // Columns that are on the device take no room.
-      const bool shrinkRows = pushed_ ? bands.rows > recordsPerUnit : bands.rows >= bands.columns;
-      std::uint64_t& side = shrinkRows ? bands.rows : bands.columns;
-      side = RoundDown(side / 2);
-    }
+  const auto outputBytes = [&] {
+    return ZQSaturatedSum(ZQSaturatedProduct(bytesPerPair * bands.rows, bands.columns),
+                          ZQSaturatedProduct(bytesPerRow, bands.rows));
+  };
+  const auto fit = [&] {
+    const std::uint64_t records = bands.rows + (bands.columns < count ? 2 : 1) * bands.columns;
+    return ZQSaturatedSum(outputBytes(), records * bytesOfRecord) <= capacity;
+  };
+  // Rows and columns have counts of their own, and words if these aren't on the device.
+  bands.oneShot = CanAllocateOutput(outputBytes() / bytesPerElement) && fit();
+  while (!fit() && std::max(bands.rows, bands.columns) > recordsPerUnit) {
+    // Columns that are on the device take little room.
+    const bool shrinkRows = pushed_ ? bands.rows > recordsPerUnit : bands.rows >= bands.columns;
+    std::uint64_t& side = shrinkRows ? bands.rows : bands.columns;
+    side = RoundDown(side / 2);
   }
   // Fewer columns, not rows, as many rows keep the device busy.
   if (count > 0) bands.columns = std::min(bands.columns, RoundDown(maxPairs / bands.rows));
-  if (oneShot) {
+  if (bands.oneShot) {
     ZQThrow.Debug("Doing one-shot %s.", caller);
   } else {
     ZQThrow.Debug("Doing chunked %s with chunk size : %lu", caller, bands.rows);
@@ -388,11 +388,10 @@ ZQIter<float> ZQFastFPCUDADatabaseImpl::GetAllScores(const ZQFPDatabaseOptions& 
   const auto source = Begin(allScoresName);
   if (!source) return {};
   const std::uint64_t count = source->records.count;
-  const std::uint64_t numPairs = ZQSaturatedProduct(count, count);
   std::vector<float> scores;
   const bool allocated = ZQCatch(
       [&] {
-        scores.resize(numPairs);
+        scores.resize(ZQSaturatedProduct(count, count));
         return true;
       },
       [](const std::exception&) {
@@ -400,9 +399,8 @@ ZQIter<float> ZQFastFPCUDADatabaseImpl::GetAllScores(const ZQFPDatabaseOptions& 
         return false;
       });
   if (!allocated) return {};
-  const ZQPairBands bands =
-      GetBands(ZQSaturatedProduct(numPairs, sizeof(float)), sizeof(float), 0, allScoresName);
-  if (bands.rows < count) ZQThrow.Debug("Doing chunked %s.", allScoresName);
+  const ZQPairBands bands = GetBands(sizeof(float), 0, allScoresName);
+  if (!bands.oneShot) ZQThrow.Debug("Doing chunked %s.", allScoresName);
   const auto output = ZQMakeBuffer(device_, bands.rows * bands.columns * sizeof(float));
   if (!output->IsValid()) return {};
   ZQCUGetAllScoresKernel kernel;
@@ -454,7 +452,7 @@ ZQFPHistogram ZQFastFPCUDADatabaseImpl::GetHistogram(const ZQFPDatabaseOptions& 
   kernel.counts = output->GetKernelBuffer();
   const auto nothing = [](const ZQCURecords&) { return true; };
   const bool done = ZQForPairs(
-      *source, GetBands(bytes, 0, 0, histogramName), kernel.upperTriangle, nothing,
+      *source, GetBands(0, 0, histogramName), kernel.upperTriangle, nothing,
       [&](const ZQCURecords& rows, const ZQCURecords& columns) {
         kernel.rows = rows;
         kernel.columns = columns;
@@ -482,8 +480,7 @@ ZQFPVariogram ZQFastFPCUDADatabaseImpl::GetVariogram(const std::vector<float>& v
   // The device finds the bins; the sums depend on the order of their terms, and are made here.
   using Bin = std::uint16_t;
   constexpr std::uint64_t maxBinsOfBand = std::uint64_t{1} << 25;
-  ZQPairBands bands = GetBands(ZQSaturatedProduct(ZQSaturatedProduct(count, count), sizeof(Bin)),
-                               sizeof(Bin), 0, variogramName);
+  ZQPairBands bands = GetBands(sizeof(Bin), 0, variogramName);
   if (count > 0) bands.rows = std::min(bands.rows, RoundDown(maxBinsOfBand / count));
   const auto output = ZQMakeBuffer(device_, bands.rows * bands.columns * sizeof(Bin));
   if (!output->IsValid()) return none;
@@ -533,8 +530,7 @@ std::optional<unsigned long> ZQFastFPCUDADatabaseImpl::CountMaxNeighbors(
   const std::uint64_t count = source.records.count;
   if (!options.HasCutoff()) return count;
   constexpr std::uint64_t bytesPerRow = sizeof(std::uint32_t);
-  const ZQPairBands bands = GetBands(ZQSaturatedProduct(count, bytesPerRow), 0, bytesPerRow,
-                                     "ZQFastFPDatabase::GetMaxCount()");
+  const ZQPairBands bands = GetBands(0, bytesPerRow, "ZQFastFPDatabase::GetMaxCount()");
   const auto output = ZQMakeBuffer(device_, bands.rows * bytesPerRow);
   if (!output->IsValid()) return {};
   ZQCUCountsKernel kernel;
@@ -566,8 +562,7 @@ bool ZQFastFPCUDADatabaseImpl::FindNeighbors(std::vector<ZQSimScorePair>& out,
                                              unsigned int k) const {
   const std::uint64_t bytesPerRow =
       k * (sizeof(float) + sizeof(std::uint64_t)) + sizeof(std::uint32_t);
-  const ZQPairBands bands = GetBands(ZQSaturatedProduct(source.records.count, bytesPerRow), 0,
-                                     bytesPerRow, sparseMatrixName);
+  const ZQPairBands bands = GetBands(0, bytesPerRow, sparseMatrixName);
   const std::uint64_t slots = bands.rows * k;
   const auto scores = ZQMakeBuffer(device_, slots * sizeof(float));
   const auto indices = ZQMakeBuffer(device_, slots * sizeof(std::uint64_t));
@@ -593,6 +588,10 @@ bool ZQFastFPCUDADatabaseImpl::FindNeighbors(std::vector<ZQSimScorePair>& out,
   std::vector<std::uint64_t> foundIndices(slots);
   std::vector<std::uint32_t> foundSizes(bands.rows);
   std::vector<std::pair<float, std::uint64_t>> entries;
+  // As on a processor, the first columns, which fill a list, have their ids, and those that replace
+  // others their positions.
+  const std::uint64_t listSize =
+      options.GetLimit() == 0 ? source.records.count : options.GetLimit();
   return ZQForPairs(
       source, bands, false, [&](const ZQCURecords&) { return sizes->Clear(); },
       [&](const ZQCURecords& rows, const ZQCURecords& columns) {
@@ -610,7 +609,9 @@ bool ZQFastFPCUDADatabaseImpl::FindNeighbors(std::vector<ZQSimScorePair>& out,
         for (std::uint64_t row = 0; row < rows.count; ++row) {
           entries.clear();
           for (std::uint64_t slot = row * k; slot < row * k + foundSizes[row]; ++slot) {
-            entries.emplace_back(foundScores[slot], source.records.Id(foundIndices[slot]));
+            const std::uint64_t column = foundIndices[slot];
+            entries.emplace_back(foundScores[slot],
+                                 column < listSize ? source.records.Id(column) : column);
           }
           ZQAppendNeighbors(out, source.records.Id(rows.first + row), entries, options);
         }

@@ -77,9 +77,9 @@ class ZQFastFPCUDADatabaseImpl : public ZQFastFPMemoryMapDatabaseImpl {
 
   /// The records of a piece of a scan, whose result takes so many bytes for each.
   std::uint64_t GetPieceSize(std::uint64_t bytesPerRecord, const char* caller) const;
-  /// The bands of a query for all pairs, whose result takes so many bytes in all, and in a band so
-  /// many for each pair and for each row.
-  ZQPairBands GetBands(std::uint64_t bytes, std::uint64_t bytesPerPair, std::uint64_t bytesPerRow,
+  /// The bands of a query for all pairs, whose result takes so many bytes for each pair and for
+  /// each row.
+  ZQPairBands GetBands(std::uint64_t bytesPerPair, std::uint64_t bytesPerRow,
                        const char* caller) const;
 
   /// Finds the hits of every query, piece by piece: calls `take(query, hits)` with those of a piece
