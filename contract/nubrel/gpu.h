@@ -2,7 +2,8 @@
 
 /// The GPUs of this machine. A usable one has compute capability 7.0 or more and a driver that
 /// loads the kernels of this build; where no driver is installed there is none. Any thread may call
-/// these functions.
+/// these functions. All of this layer works in the device's primary context, which it leaves
+/// current in the calling thread.
 ///
 /// A call of the driver that fails reports the warning "GPU %d : %s failed: %s!", with the call and
 /// the driver's reason. The function then returns false, 0 or nothing. After some failures of

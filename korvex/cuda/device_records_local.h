@@ -87,7 +87,10 @@ bool ZQForPieces(std::array<ZQDevicePiece, 2>& pieces, std::uint64_t begin, std:
     const ZQCURecords& piece = pieces[turn % 2].Get();
     if (!start(piece)) return false;
     const bool more = begin < end;
-    if (more && !load(pieces[(turn + 1) % 2])) return false;
+    if (more && !load(pieces[(turn + 1) % 2])) {
+      ZQCUDeviceSynchronize();  // the kernels may still read the buffers
+      return false;
+    }
     if (!ZQCUDeviceSynchronize() || !finish(piece)) return false;
     if (!more) return true;
   }

@@ -95,9 +95,11 @@ bool ZQFastFPCUDADatabaseImpl::ChooseDevice() {
   for (const int device : devices) {
     cudaDeviceProp properties;
     if (cudaGetDeviceProperties(&properties, device) != 0 || properties.major <= 2) continue;
+    // Another process may have the device for itself.
+    if (!ZQCUSetDevice(device)) continue;
     device_ = device;
     ZQThrow.Debug("%s choose CUDA device %d.", constructorName, device);
-    return ZQCUSetDevice(device);
+    return true;
   }
   return false;
 }

@@ -8,7 +8,8 @@
 /// Scores, hits, their order and bins equal those of the other back ends to the last bit. Queries
 /// for all pairs count the bits of the records on the device; all others use the stored counts.
 /// `SortedSearch` isn't offered. A query that fails on the device has reported why, and returns
-/// nothing; the next one starts afresh. Queries from several threads run one after another.
+/// nothing; the next one starts afresh, unless the device itself has failed. Queries from several
+/// threads run one after another.
 
 #include <cstdint>
 #include <memory>
