@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* inputName = "standard input";  // in messages
 constexpr const char* inputFormat = "-input-format";
 constexpr const char* columnOptions[] = {"-smiles-column", "-title-column"};
 // With a database, whose own molecule file may be a table.
@@ -62,7 +63,7 @@ bool ReadStandardInput(std::string& content) {
     content.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     if (count == 0) return true;
     if (count > 0 || errno == EINTR) continue;
-    ZQThrow.Error("cannot read standard input: %s", std::strerror(errno));
+    ZQThrow.Error("cannot read %s: %s", inputName, std::strerror(errno));
     return false;
   }
 }
@@ -72,7 +73,7 @@ bool OpenStandardInput(ZQMolDatabase& molecules, const ZQInterface& interface) {
   if (!ReadStandardInput(content)) return false;
   ZQMolFileOptions options = GetColumns(interface);
   options.format = interface.Get<std::string>(inputFormat);
-  return molecules.OpenContent(std::move(content), "standard input", options);
+  return molecules.OpenContent(std::move(content), inputName, options);
 }
 
 }  // namespace
