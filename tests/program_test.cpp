@@ -535,7 +535,7 @@ TEST_F(ProgramTest, StandardInputIsAMoleculeFile) {
       {"bash", "-c", "echo CCO | '" + std::string(KORVEX_PROGRAM) + "' search piped.fpbin -"});
   EXPECT_EQ(Table(unnamed.out)[0], (Words{"1", "1", "1.000000", "0", "", ""}));
   EXPECT_NE(unnamed.err.find("piped.fpbin was made from standard input"), std::string::npos);
-  EXPECT_EQ(Output({"fingerprint", "CCO |c:1| a b", "-fptype", "Lingo"}), "a b\tCCO\n");
+  EXPECT_EQ(Output({"fingerprint", "CCO |c:1| a b\nC", "-fptype", "Lingo"}), "a b\tCCO\n");
 
   for (const auto& [line, exitCode, message] : std::vector<std::tuple<Words, int, std::string>>{
            {{"compare", "-", "-"}, 2, "standard input (-) can be read only once"},

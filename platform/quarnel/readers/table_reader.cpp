@@ -137,7 +137,7 @@ std::size_t FindColumn(const std::vector<std::string>& names, const std::string&
   return found;
 }
 
-std::string TellMissing(const std::vector<std::string>& names, const std::string& missing) {
+std::string DescribeMissing(const std::vector<std::string>& names, const std::string& missing) {
   constexpr std::size_t mostNames = 30;
   constexpr std::size_t mostBytes = 60;
   std::string text = "No column is named " + missing + ", but there are ";
@@ -181,7 +181,7 @@ bool ReadHeader(std::string_view text, std::size_t& from, const ZQMolFileOptions
   } else if (columns.title == TableColumns::none && !options.titleColumn.empty()) {
     missing = &options.titleColumn;
   }
-  if (missing) cause = TellMissing(names, *missing);
+  if (missing) cause = DescribeMissing(names, *missing);
   return !missing;
 }
 
