@@ -3,7 +3,7 @@
 # database of a molecule file and prints the ten best hits of a query.
 #
 #   ./run.sh                 the sample library, data/drugs.smi, against aspirin
-#   ./run.sh FILE QUERY      your molecules (.smi .sdf .mol, also .gz) against a SMILES or a file
+#   ./run.sh FILE QUERY      your molecules (.smi .sdf .mol .csv, also .gz) against a SMILES or a file
 set -euo pipefail
 project=$(cd "$(dirname "$0")" && pwd)
 

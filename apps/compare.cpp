@@ -25,12 +25,13 @@ void Configure(ZQInterface& interface) {
   AddTypeOptions(interface, Kinds::All, {vsepr});
   AddVseprOptions(interface);
   AddTverskyCoeffs(interface);
+  AddMoleculeFileOptions(interface);
 }
 
 // The first molecule of MOL1 or MOL2; false after a message.
-bool ReadFirst(ZQMol& mol, const std::string& argument) {
-  MoleculeArgument molecules;
-  return molecules.Open(argument) && molecules.GetMolecule(mol, 0);
+bool ReadFirst(ZQMol& mol, const std::string& argument, const ZQInterface& interface) {
+  ZQMolDatabase molecules;
+  return OpenMoleculesOrSmiles(molecules, argument, interface) && molecules.GetMolecule(mol, 0);
 }
 
 int RunVsepr(const ZQInterface& interface) {
@@ -42,7 +43,7 @@ int RunVsepr(const ZQInterface& interface) {
   for (int i = 0; i < 2; ++i) {
     const auto argument = interface.Get<std::string>(arguments[i]);
     ZQMol mol;
-    if (!ReadFirst(mol, argument) || !CheckAtoms(mol, argument) ||
+    if (!ReadFirst(mol, argument, interface) || !CheckAtoms(mol, argument) ||
         !MakeFingerPrint(fps[i], mol, options)) {
       return BadInput;
     }
@@ -100,7 +101,7 @@ int Run(const ZQInterface& interface) {
     if (fps[i]) continue;
     const auto argument = interface.Get<std::string>(arguments[i]);
     ZQMol mol;
-    if (!ReadFirst(mol, argument) || !MakeFingerPrint(fps[i], mol, type, argument)) {
+    if (!ReadFirst(mol, argument, interface) || !MakeFingerPrint(fps[i], mol, type, argument)) {
       return BadInput;
     }
   }

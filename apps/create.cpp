@@ -23,6 +23,7 @@ void Configure(ZQInterface& interface) {
               "end");
   AddThreads(interface);
   AddTypeOptions(interface, Kinds::OfFiles);
+  AddMoleculeFileOptions(interface);
 }
 
 // Whether the file names its molecule file: a header has no room for a very long name, and a name
@@ -49,18 +50,20 @@ int Run(const ZQInterface& interface) {
     return BadUsage;
   }
   if (!CheckReplaceable(output)) return BadInput;
-  if (isStored) return WriteStored(output, input, type, GetThreads(interface));
+  ZQMolDatabase molecules;
+  if (!OpenMolecules(molecules, input, interface)) return BadInput;
+  if (isStored) return WriteStored(output, molecules, type, GetThreads(interface));
   ZQCreateFastFPDatabaseOptions options(type);
   options.SetNumProcessors(GetThreads(interface));
   options.SetTracer(ZQDots(0, "molecules"));
   const PartialFile partial(output);
   ZQFPCreationCounts counts;
-  if (!ZQCreateFastFPDatabaseFile(partial.GetName(), input, options, &counts)) {
-    ZQThrow.Error("%s wasn't made from %s", output.c_str(), input.c_str());
+  if (!ZQCreateFastFPDatabaseFile(partial.GetName(), molecules, input, options, &counts)) {
+    ZQThrow.Error("%s wasn't made from %s", output.c_str(), molecules.GetName().c_str());
     return BadInput;
   }
   if (counts.failed == counts.records) {
-    ZQThrow.Error("%s holds no molecule that could be used", input.c_str());
+    ZQThrow.Error("%s holds no molecule that could be used", molecules.GetName().c_str());
     return BadInput;
   }
   if (!IsReadable(partial.GetName(), input) || !partial.Rename()) return BadInput;

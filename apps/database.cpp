@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "apps/molecules.h"
 #include "korvex/fpfast_create.h"
 
 namespace KorvexProgram {
@@ -12,6 +13,11 @@ namespace {
 
 // The molecule file of the header, or an empty name if it doesn't exist.
 std::string FindMoleculeFile(const std::string& filename, const std::string& name) {
+  if (name == standardInput) {
+    ZQThrow.Info("%s was made from standard input; without -molecules titles and SMILES stay empty",
+                 filename.c_str());
+    return {};
+  }
   std::error_code error;
   const fs::path folder = fs::path(filename).parent_path();
   for (const fs::path& candidate :
@@ -41,16 +47,18 @@ std::unique_ptr<ZQFastFPDatabase> OpenDatabase(const std::string& filename,
   return isWhole && database->IsValid() ? std::move(database) : nullptr;
 }
 
-bool HitMolecules::Open(const std::string& given, const std::string& filename,
+bool HitMolecules::Open(const ZQInterface& interface, const std::string& filename,
                         const ZQFastFPDatabase& database) {
-  const std::string name =
-      given.empty() ? FindMoleculeFile(filename, database.GetHeader().GetMoleculeFile()) : given;
+  const bool isGiven = interface.IsSet("-molecules");
+  const std::string name = isGiven
+                               ? interface.Get<std::string>("-molecules")
+                               : FindMoleculeFile(filename, database.GetHeader().GetMoleculeFile());
   if (name.empty()) return true;
   auto molecules = std::make_unique<ZQMolDatabase>();
-  if (!molecules->Open(name)) return given.empty();
+  if (!OpenMolecules(*molecules, name, interface)) return !isGiven;
   if (!ZQAreCompatibleDatabases(*molecules, database)) {
-    ZQThrow.Warning("%s holds other molecules than %s; titles and SMILES stay empty", name.c_str(),
-                    filename.c_str());
+    ZQThrow.Warning("%s holds other molecules than %s; titles and SMILES stay empty",
+                    molecules->GetName().c_str(), filename.c_str());
     return true;
   }
   molecules_ = std::move(molecules);

@@ -26,11 +26,11 @@ std::unique_ptr<ZQFastFPDatabase> OpenDatabase(
 /// The source of titles and SMILES of hits.
 class HitMolecules {
  public:
-  /// Opens the molecule file `given` or, if that is empty, the one named in the header of the
-  /// database: first as written there, then in the database's directory. A file whose molecules
+  /// Opens the molecule file of "-molecules" or, if that isn't set, the one named in the header of
+  /// the database: first as written there, then in the database's directory. A file whose molecules
   /// don't match the database is ignored after a warning, and so is a header's file that can't be
   /// opened. False, after a message, for a given file that can't be opened.
-  bool Open(const std::string& given, const std::string& filename,
+  bool Open(const ZQInterface& interface, const std::string& filename,
             const ZQFastFPDatabase& database);
   /// False without molecules, and after a message for a record that can't be read.
   bool GetMolecule(ZQMol& mol, std::uint64_t index) const;

@@ -29,22 +29,25 @@ void Configure(ZQInterface& interface) {
       ZQParameter("-height", "", ZQParamType::Int, "Height in pixels; 0 for that of the molecule")
           .SetLegalRange(0, mostPixels)
           .SetDefault(0));
+  AddMoleculeFileOptions(interface);
 }
 
 int Run(const ZQInterface& interface) {
-  const auto argument = interface.Get<std::string>("MOLFILE");
   const auto record = static_cast<unsigned int>(interface.Get<int>("-record"));
-  MoleculeArgument molecules;
+  ZQMolDatabase molecules;
   ZQMol mol;
-  if (!molecules.Open(argument)) return BadInput;
-  const unsigned int count = molecules.NumMolecules();
+  if (!OpenMoleculesOrSmiles(molecules, interface.Get<std::string>("MOLFILE"), interface)) {
+    return BadInput;
+  }
+  const unsigned int count = molecules.GetMaxMolIdx();
+  const std::string name = molecules.GetName();
   if (record > count) {
-    ZQThrow.Error("there is no record %u in %s, which has %u", record, argument.c_str(), count);
+    ZQThrow.Error("there is no record %u in %s, which has %u", record, name.c_str(), count);
     return BadInput;
   }
   if (!molecules.GetMolecule(mol, record - 1)) return BadInput;
   if (count > 1 && !interface.IsSet("-record")) {
-    ZQThrow.Info("%s has %u records; this is the first", argument.c_str(), count);
+    ZQThrow.Info("%s has %u records; this is the first", name.c_str(), count);
   }
   ZQLayout layout;
   if (!ZQMakeLayout(layout, mol)) return BadInput;

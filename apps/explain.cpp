@@ -44,13 +44,15 @@ void Configure(ZQInterface& interface) {
   AddTypeOptions(interface, Kinds::All);
   ZQConfigureFPDatabaseOptionsSimFunc(interface);
   AddTverskyCoeffs(interface);
+  AddMoleculeFileOptions(interface);
 }
 
 // The first molecule of an argument; false after a message, also if it has no fingerprint.
-bool ReadFirst(ZQMol& mol, const std::string& argument, const ZQFPTypeBase* type) {
-  MoleculeArgument molecules;
+bool ReadFirst(ZQMol& mol, const std::string& argument, const ZQFPTypeBase* type,
+               const ZQInterface& interface) {
+  ZQMolDatabase molecules;
   ZQFingerPrint fp;
-  return molecules.Open(argument) && molecules.GetMolecule(mol, 0) &&
+  return OpenMoleculesOrSmiles(molecules, argument, interface) && molecules.GetMolecule(mol, 0) &&
          MakeFingerPrint(fp, mol, type, argument);
 }
 
@@ -361,7 +363,7 @@ int Run(const ZQInterface& interface) {
   Molecules molecules(interface.IsSet("MOL2") ? 2 : 1);
   for (std::size_t i = 0; i < molecules.size(); ++i) {
     const auto argument = interface.Get<std::string>(i == 0 ? "MOL1" : "MOL2");
-    if (!ReadFirst(molecules[i].mol, argument, type)) return BadInput;
+    if (!ReadFirst(molecules[i].mol, argument, type, interface)) return BadInput;
     molecules[i].Name();
   }
   return molecules.size() == 1 ? ExplainMolecule(interface, molecules, type)

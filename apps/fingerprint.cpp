@@ -11,34 +11,38 @@ namespace KorvexProgram {
 namespace {
 
 void Configure(ZQInterface& interface) {
-  AddMoleculeFile(interface);
+  AddArgument(interface, "MOLFILE", "Molecules, or one molecule as a SMILES");
   interface.AddParameter({"-zqb", "", ZQParamType::String,
                           "Writes the fingerprints with their titles to this file (.zqb) instead"});
   AddTypeOptions(interface, Kinds::All);
+  AddMoleculeFileOptions(interface);
+}
+
+bool OpenArgument(ZQMolDatabase& molecules, const ZQInterface& interface) {
+  return OpenMoleculesOrSmiles(molecules, interface.Get<std::string>("MOLFILE"), interface);
 }
 
 int Run(const ZQInterface& interface) {
   const ZQFPTypeBase* type = GetTypeOption(interface, Kinds::All);
   if (!type) return BadUsage;
-  const auto filename = interface.Get<std::string>("MOLFILE");
+  ZQMolDatabase molecules;
   if (interface.IsSet("-zqb")) {
     const auto output = interface.Get<std::string>("-zqb");
     if (!IsStoredName(output)) {
       ZQThrow.Error("'%s': the name of stored fingerprints ends in .zqb", output.c_str());
       return BadUsage;
     }
-    return CheckReplaceable(output) ? WriteStored(output, filename, type, 1) : BadInput;
+    const bool canWrite = CheckReplaceable(output) && OpenArgument(molecules, interface);
+    return canWrite ? WriteStored(output, molecules, type, 1) : BadInput;
   }
-  ZQMolDatabase molecules;
-  if (!OpenMolecules(molecules, filename)) return BadInput;
+  if (!OpenArgument(molecules, interface)) return BadInput;
   ZQMol mol;
   ZQFingerPrint fp;
   std::string content;
   unsigned int made = 0;
   for (unsigned int i = 0; i < molecules.GetMaxMolIdx(); ++i) {
     content.clear();
-    if (molecules.GetMolecule(mol, i) &&
-        MakeFingerPrint(fp, mol, type, "record " + std::to_string(i + 1) + " of " + filename)) {
+    if (molecules.GetMolecule(mol, i) && MakeFingerPrint(fp, mol, type, molecules.GetWhere(i))) {
       content = FingerPrintField(fp);
       ++made;
     }
@@ -49,7 +53,7 @@ int Run(const ZQInterface& interface) {
 
 }  // namespace
 
-const Command fingerprintCommand{"fingerprint", "Prints the fingerprint of each molecule of a file",
-                                 Configure, Run};
+const Command fingerprintCommand{"fingerprint", "Prints the fingerprints of molecules", Configure,
+                                 Run};
 
 }  // namespace KorvexProgram

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/command.h"
+#include "apps/molecules.h"
 #include "contract/bostrel/strings.h"
 
 using namespace KorvexProgram;
@@ -62,7 +63,7 @@ int RunCommand(const Command& command, const std::vector<std::string>& words) {
     std::fputs(ZQGetHelp(interface, interface.IsSet("-help")).c_str(), stdout);
     return Done;
   }
-  return command.run(interface);
+  return CheckMoleculeFileOptions(interface) ? command.run(interface) : BadUsage;
 }
 
 int Dispatch(const std::vector<std::string>& words) {

@@ -1,5 +1,10 @@
 #include "apps/molecules.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <utility>
 
@@ -12,23 +17,122 @@ namespace KorvexProgram {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr const char* inputName = "standard input";  // in messages
+constexpr const char* inputFormat = "-input-format";
+constexpr const char* columnOptions[] = {"-smiles-column", "-title-column"};
+// With a database, whose own molecule file may be a table.
+constexpr const char* databaseMolecules = "-molecules";
+
+const ZQNamespaceInterface& InputFormats() {
+  static const ZQNamespaceInterface formats("Format", ZQNamespaceMode::Single,
+                                            {{"smi", 0, "SMILES and titles"},
+                                             {"sdf", 1, "molfiles, each ended by $$$$"},
+                                             {"mol", 2, "one molfile"},
+                                             {"csv", 3, "a table of fields between commas"},
+                                             {"tsv", 4, "a table of fields between tabs"}});
+  return formats;
+}
+
+// The values of parameters that may name molecules.
+std::vector<std::string> InputNames(const ZQInterface& interface) {
+  std::vector<std::string> names;
+  for (const auto& parameter : interface.GetParameters()) {
+    const std::string& name = parameter->GetName();
+    const bool isInput = parameter->IsPositional() || name == "-query" || name == databaseMolecules;
+    if (isInput && parameter->IsSet()) names.push_back(interface.Get<std::string>(name));
+  }
+  return names;
+}
+
+ZQMolFileOptions GetColumns(const ZQInterface& interface) {
+  const auto get = [&](const char* name) {
+    return interface.IsSet(name) ? interface.Get<std::string>(name) : std::string();
+  };
+  return {"", get(columnOptions[0]), get(columnOptions[1])};
+}
+
+// False after an error.
+bool ReadStandardInput(std::string& content) {
+  constexpr std::size_t chunk = std::size_t{1} << 16;
+  for (;;) {
+    const std::size_t size = content.size();
+    content.resize(size + chunk);
+    const ssize_t count = read(STDIN_FILENO, content.data() + size, chunk);
+    content.resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    if (count == 0) return true;
+    if (count > 0 || errno == EINTR) continue;
+    ZQThrow.Error("cannot read %s: %s", inputName, std::strerror(errno));
+    return false;
+  }
+}
+
+bool OpenStandardInput(ZQMolDatabase& molecules, const ZQInterface& interface) {
+  std::string content;
+  if (!ReadStandardInput(content)) return false;
+  ZQMolFileOptions options = GetColumns(interface);
+  options.format = interface.Get<std::string>(inputFormat);
+  return molecules.OpenContent(std::move(content), inputName, options);
+}
+
+}  // namespace
+
+bool IsMoleculeFile(const std::string& filename) {
+  return filename == standardInput || ZQMolDatabase::IsReadable(filename);
+}
+
 void AddMoleculeFile(ZQInterface& interface) {
-  const std::string brief = "Molecules (" + ZQGetMolFileExtensions() + ", or .gz)";
+  const std::string brief =
+      "Molecules (" + ZQGetMolFileExtensions() + ", or .gz; - is standard input)";
   AddArgument(interface, "MOLFILE", brief.c_str());
 }
 
-bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename) {
-  if (!molecules.Open(filename)) return false;
-  if (molecules.GetMaxMolIdx() == 0) ZQThrow.Error("%s holds no molecules", filename.c_str());
+void AddMoleculeFileOptions(ZQInterface& interface) {
+  ZQInterface* group = interface.AddInterface("molecule file options");
+  AddChoice(*group, inputFormat, "", "The format of standard input (-)", InputFormats(), "smi");
+  group->AddParameter(ZQParameter(columnOptions[0], "", ZQParamType::String,
+                                  "The column of SMILES in a .csv or .tsv file")
+                          .SetDefaultText("SMILES or canonical_smiles"));
+  group->AddParameter(ZQParameter(columnOptions[1], "", ZQParamType::String,
+                                  "The column of titles in a .csv or .tsv file")
+                          .SetDefaultText("name, title or id, if there is one"));
+}
+
+bool CheckMoleculeFileOptions(const ZQInterface& interface) {
+  if (!interface.FindParameter(inputFormat)) return true;
+  const std::vector<std::string> names = InputNames(interface);
+  const auto numInputs = std::ranges::count(names, standardInput);
+  if (numInputs > 1) {
+    ZQThrow.Error("standard input (-) can be read only once");
+    return false;
+  }
+  constexpr const char* formats[] = {inputFormat};
+  if (numInputs == 0 && IsAnySet(interface, formats, "without standard input (-)")) return false;
+  const auto format = interface.Get<std::string>(inputFormat);
+  const bool isAnyTable = (numInputs != 0 && ZQMolDatabase::IsTable("." + format)) ||
+                          std::ranges::any_of(names, ZQMolDatabase::IsTable) ||
+                          interface.FindParameter(databaseMolecules);
+  return isAnyTable || !IsAnySet(interface, columnOptions, "without a .csv or .tsv file");
+}
+
+bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename,
+                   const ZQInterface& interface) {
+  const bool isOpen = filename == standardInput ? OpenStandardInput(molecules, interface)
+                                                : molecules.Open(filename, GetColumns(interface));
+  if (!isOpen) return false;
+  if (molecules.GetMaxMolIdx() == 0) {
+    ZQThrow.Error("%s holds no molecules", molecules.GetName().c_str());
+  }
   return molecules.GetMaxMolIdx() != 0;
 }
 
-bool MoleculeArgument::Open(const std::string& argument) {
+bool OpenMoleculesOrSmiles(ZQMolDatabase& molecules, const std::string& argument,
+                           const ZQInterface& interface) {
   std::error_code error;
   const bool exists = fs::exists(argument, error);
-  if (exists && ZQMolDatabase::IsReadable(argument)) {
-    isFile_ = true;
-    return OpenMolecules(file_, argument);
+  if (argument == standardInput || (exists && ZQMolDatabase::IsReadable(argument))) {
+    return OpenMolecules(molecules, argument, interface);
   }
   // The reader's own message becomes part of one that reports both ways of reading.
   std::string cause;
@@ -36,9 +140,10 @@ bool MoleculeArgument::Open(const std::string& argument) {
     cause = message;
     return true;
   });
-  bool read = ZQSmilesToMol(smiles_, argument);
+  ZQMol mol;
+  bool read = ZQSmilesToMol(mol, argument);
   ZQThrow.SetSink(std::move(sink));
-  if (read && !smiles_) {
+  if (read && !mol) {
     read = false;
     cause = "no atoms";
   }
@@ -48,14 +153,11 @@ bool MoleculeArgument::Open(const std::string& argument) {
                : "there is none of this name";
     ZQThrow.Error("'%s' is neither a molecule file (%s) nor a SMILES (%s)", argument.c_str(),
                   file.c_str(), cause.c_str());
+    return false;
   }
-  return read;
-}
-
-bool MoleculeArgument::GetMolecule(ZQMol& mol, unsigned int idx) const {
-  if (isFile_) return file_.GetMolecule(mol, idx);
-  mol = smiles_;
-  return true;
+  ZQMolFileOptions options;
+  options.format = "smi";
+  return molecules.OpenContent(argument.substr(0, argument.find('\n')), argument, options);
 }
 
 bool CheckAtoms(const ZQMolBase& mol, const std::string& where) {
@@ -72,15 +174,13 @@ bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase
 }
 
 void MakeFingerPrints(std::vector<ZQFingerPrint>& fps, const ZQMolDatabase& molecules,
-                      const std::string& filename, std::size_t first, const ZQFPTypeBase* type,
-                      unsigned int numThreads) {
+                      std::size_t first, const ZQFPTypeBase* type, unsigned int numThreads) {
   OnThreads(numThreads, [&](auto next) {
     ZQMol mol;
     for (std::size_t i = next(); i < fps.size(); i = next()) {
       const auto record = static_cast<unsigned int>(first + i);
       if (!molecules.GetMolecule(mol, record)) continue;
-      MakeFingerPrint(fps[i], mol, type,
-                      "record " + std::to_string(record + 1) + " of " + filename);
+      MakeFingerPrint(fps[i], mol, type, molecules.GetWhere(record));
     }
   });
 }

@@ -14,27 +14,30 @@
 
 namespace KorvexProgram {
 
+/// The name that stands for standard input.
+inline constexpr const char* standardInput = "-";
+
+/// Whether the name is that of standard input, or has the extension of a molecule file.
+bool IsMoleculeFile(const std::string& filename);
+
 /// Adds the positional parameter MOLFILE.
 void AddMoleculeFile(ZQInterface& interface);
 
-/// Opens a molecule file; false after a message, also for a file without records.
-bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename);
+/// Adds the options of molecule files, in a group of their own: "-input-format", the format of
+/// standard input, and "-smiles-column" and "-title-column" of tables.
+void AddMoleculeFileOptions(ZQInterface& interface);
+/// False, after an error, if two of the arguments are standard input, or if one of these options
+/// would be ignored. True for a command without them.
+bool CheckMoleculeFileOptions(const ZQInterface& interface);
 
-/// The molecules of one argument: the records of a molecule file or, if the argument isn't a file
-/// name, the one molecule given as SMILES.
-class MoleculeArgument {
- public:
-  /// False after a message.
-  bool Open(const std::string& argument);
-  unsigned int NumMolecules() const { return isFile_ ? file_.GetMaxMolIdx() : 1; }
-  /// False after a message for a record that can't be read.
-  bool GetMolecule(ZQMol& mol, unsigned int idx) const;
-
- private:
-  ZQMolDatabase file_;
-  ZQMol smiles_;
-  bool isFile_ = false;
-};
+/// Opens a molecule file, or standard input, by the options of `AddMoleculeFileOptions`; false
+/// after a message, also for one without records.
+bool OpenMolecules(ZQMolDatabase& molecules, const std::string& filename,
+                   const ZQInterface& interface);
+/// The same; an argument that isn't the name of a molecule file is the one molecule that it is as a
+/// SMILES.
+bool OpenMoleculesOrSmiles(ZQMolDatabase& molecules, const std::string& argument,
+                           const ZQInterface& interface);
 
 /// False, after a message that names the molecule by `where`, if it has no atoms.
 bool CheckAtoms(const ZQMolBase& mol, const std::string& where);
@@ -46,8 +49,7 @@ bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase
 /// Makes those of the records from `first` on, as many as the vector has, on that many threads. One
 /// that can't be made has a message, and no type.
 void MakeFingerPrints(std::vector<ZQFingerPrint>& fps, const ZQMolDatabase& molecules,
-                      const std::string& filename, std::size_t first, const ZQFPTypeBase* type,
-                      unsigned int numThreads);
+                      std::size_t first, const ZQFPTypeBase* type, unsigned int numThreads);
 
 /// Suppresses hydrogens and perceives what VSEPR types and fingerprints read.
 void PrepareForVsepr(ZQMol& mol);

@@ -17,8 +17,8 @@ class DatabaseRanker : public Ranker {
       : database_(std::move(database)), options_(options) {}
 
   /// See `HitMolecules::Open`.
-  bool OpenMolecules(const std::string& given, const std::string& filename) {
-    return molecules_.Open(given, filename, *database_);
+  bool OpenMolecules(const ZQInterface& interface, const std::string& filename) {
+    return molecules_.Open(interface, filename, *database_);
   }
 
   std::uint64_t NumFingerPrints() const override { return database_->NumFingerPrints(); }
@@ -64,8 +64,7 @@ std::unique_ptr<Ranker> OpenDatabaseRanker(const std::string& filename,
   auto database = OpenDatabase(filename, ZQGetFPDatabaseMemoryType(interface));
   if (!database || !CheckQueryType(queryType, database->GetFPTypeBase(), filename)) return nullptr;
   auto ranker = std::make_unique<DatabaseRanker>(std::move(database), options);
-  const auto given = interface.IsSet("-molecules") ? interface.Get<std::string>("-molecules") : "";
-  if (!ranker->OpenMolecules(given, filename)) return nullptr;
+  if (!ranker->OpenMolecules(interface, filename)) return nullptr;
   return ranker;
 }
 

@@ -98,15 +98,15 @@ class MoleculeRanker : public MemoryRanker {
   using MemoryRanker::MemoryRanker;
 
   /// Adds the records of a file. False after a message if there are none, or too little memory.
-  bool Open(const std::string& filename, unsigned int numThreads) {
-    if (!OpenMolecules(molecules_, filename)) return false;
+  bool Open(const std::string& filename, const ZQInterface& interface, unsigned int numThreads) {
+    if (!OpenMolecules(molecules_, filename, interface)) return false;
     std::vector<ZQFingerPrint> fps(molecules_.GetMaxMolIdx());
-    MakeFingerPrints(fps, molecules_, filename, 0, GetFPTypeBase(), numThreads);
+    MakeFingerPrints(fps, molecules_, 0, GetFPTypeBase(), numThreads);
     for (std::size_t i = 0; i < fps.size(); ++i) {
       if (fps[i] && !Add(fps[i], i)) return false;  // one without has a message
     }
     if (NumFingerPrints() == 0) {
-      ZQThrow.Error("%s: no record has a fingerprint", filename.c_str());
+      ZQThrow.Error("%s: no record has a fingerprint", molecules_.GetName().c_str());
     }
     return NumFingerPrints() != 0;
   }
@@ -162,7 +162,7 @@ std::unique_ptr<Ranker> OpenMoleculeRanker(const std::string& filename,
   exitCode = BadInput;
   if (queryType && !CheckMaking(type, "the queries")) return nullptr;
   auto ranker = std::make_unique<MoleculeRanker>(type, options);
-  if (!ranker->Open(filename, options.GetNumProcessors())) return nullptr;
+  if (!ranker->Open(filename, interface, options.GetNumProcessors())) return nullptr;
   return ranker;
 }
 

@@ -43,6 +43,7 @@ void Configure(ZQInterface& interface) {
   ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
   ZQConfigureFPDatabaseOptions(interface, DefaultOptions());
   AddTverskyCoeffs(interface);
+  AddMoleculeFileOptions(interface);
 }
 
 // Queries, their fingerprints, and their record numbers, from 1.
@@ -56,15 +57,16 @@ struct Queries {
 class QueryArgument {
  public:
   // False after a message.
-  bool Open(const std::string& argument) {
-    return IsStoredName(argument) ? ReadStored(stored_, argument) : molecules_.Open(argument);
+  bool Open(const std::string& argument, const ZQInterface& interface) {
+    return IsStoredName(argument) ? ReadStored(stored_, argument)
+                                  : OpenMoleculesOrSmiles(molecules_, argument, interface);
   }
   // Null for molecules.
   const ZQFPTypeBase* GetStoredType() const {
     return stored_.empty() ? nullptr : stored_.front().fp.GetFPTypeBase();
   }
   unsigned int NumQueries() const {
-    return stored_.empty() ? molecules_.NumMolecules() : static_cast<unsigned int>(stored_.size());
+    return stored_.empty() ? molecules_.GetMaxMolIdx() : static_cast<unsigned int>(stored_.size());
   }
 
   // The next queries that have a fingerprint, from record `next` on.
@@ -98,7 +100,7 @@ class QueryArgument {
     return true;
   }
 
-  MoleculeArgument molecules_;
+  ZQMolDatabase molecules_;
   std::vector<StoredFingerPrint> stored_;
 };
 
@@ -163,13 +165,13 @@ int Run(const ZQInterface& interface) {
   options.SetNumProcessors(GetThreads(interface));
 
   QueryArgument argument;
-  if (!argument.Open(interface.Get<std::string>("QUERY"))) return BadInput;
+  if (!argument.Open(interface.Get<std::string>("QUERY"), interface)) return BadInput;
   constexpr const char* html[] = {"-html"};
   if (argument.GetStoredType() && IsAnySet(interface, html, "with stored queries")) return BadUsage;
   const auto filename = interface.Get<std::string>(source);
-  const auto open = ZQMolDatabase::IsReadable(filename) ? OpenMoleculeRanker
-                    : IsStoredName(filename)            ? OpenStoredRanker
-                                                        : OpenDatabaseRanker;
+  const auto open = IsMoleculeFile(filename) ? OpenMoleculeRanker
+                    : IsStoredName(filename) ? OpenStoredRanker
+                                             : OpenDatabaseRanker;
   ExitCode exitCode = BadInput;
   const std::unique_ptr<Ranker> ranker =
       open(filename, interface, options, argument.GetStoredType(), exitCode);

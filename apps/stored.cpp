@@ -109,7 +109,7 @@ bool CheckMaking(const ZQFPTypeBase* type, const std::string& filename) {
   return false;
 }
 
-int WriteStored(const std::string& filename, const std::string& moleculeFile,
+int WriteStored(const std::string& filename, const ZQMolDatabase& molecules,
                 const ZQFPTypeBase* type, unsigned int numThreads) {
   constexpr std::size_t perBatch = 4096;  // enough to keep threads busy between two writes
   if (ZQFindFPKind(type)->IsUnhashed()) {
@@ -117,8 +117,6 @@ int WriteStored(const std::string& filename, const std::string& moleculeFile,
                   ZQFindFPKind(type)->name);
     return BadUsage;
   }
-  ZQMolDatabase molecules;
-  if (!OpenMolecules(molecules, moleculeFile)) return BadInput;
   const PartialFile partial(filename);
   std::ofstream out(partial.GetName(), std::ios::binary);
   const ZQBinaryIOHandler handler;
@@ -126,7 +124,7 @@ int WriteStored(const std::string& filename, const std::string& moleculeFile,
   std::size_t written = 0;
   for (std::size_t first = 0; first < molecules.GetMaxMolIdx() && out; first += fps.size()) {
     fps.assign(std::min<std::size_t>(perBatch, molecules.GetMaxMolIdx() - first), ZQFingerPrint());
-    MakeFingerPrints(fps, molecules, moleculeFile, first, type, numThreads);
+    MakeFingerPrints(fps, molecules, first, type, numThreads);
     for (std::size_t i = 0; i < fps.size(); ++i) {
       if (!fps[i]) continue;  // has a message
       ZQBWriteRecord(out, {titleTag, molecules.GetTitle(static_cast<unsigned int>(first + i))});
@@ -140,7 +138,7 @@ int WriteStored(const std::string& filename, const std::string& moleculeFile,
     return BadInput;
   }
   if (written == 0) {
-    ZQThrow.Error("%s holds no molecule that could be used", moleculeFile.c_str());
+    ZQThrow.Error("%s holds no molecule that could be used", molecules.GetName().c_str());
     return BadInput;
   }
   if (!partial.Rename()) return BadInput;

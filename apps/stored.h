@@ -11,6 +11,7 @@
 
 #include "apps/output.h"
 #include "contract/bostrel/zqb.h"
+#include "contract/quarnel/moldatabase.h"
 #include "korvex/fingerprint.h"
 
 namespace KorvexProgram {
@@ -55,9 +56,9 @@ bool CheckQueryType(const ZQFPTypeBase* queryType, const ZQFPTypeBase* type,
 /// not.
 bool CheckMaking(const ZQFPTypeBase* type, const std::string& filename);
 
-/// Makes the fingerprints of a molecule file, on that many threads, writes them, and prints their
+/// Makes the fingerprints of molecules, on that many threads, writes them, and prints their
 /// number. A record without one has a message and is left out.
-int WriteStored(const std::string& filename, const std::string& moleculeFile,
+int WriteStored(const std::string& filename, const ZQMolDatabase& molecules,
                 const ZQFPTypeBase* type, unsigned int numThreads);
 
 }  // namespace KorvexProgram

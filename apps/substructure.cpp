@@ -22,6 +22,7 @@ void Configure(ZQInterface& interface) {
       ZQParameter("-max", "", ZQParamType::Int, "Matches of a molecule at most; 0 means all")
           .SetLegalRange(0, std::numeric_limits<int>::max())
           .SetDefault(0));
+  AddMoleculeFileOptions(interface);
 }
 
 // "1,2,3 4,5,6": a word for each match, with the numbers of its atoms in the pattern's order.
@@ -40,14 +41,16 @@ std::string TellMatches(const ZQSubSearch& pattern, const ZQMolBase& mol, std::s
 int Run(const ZQInterface& interface) {
   const ZQSubSearch pattern(interface.Get<std::string>("SMARTS"));
   if (!pattern.IsValid()) return BadUsage;
-  MoleculeArgument molecules;
-  if (!molecules.Open(interface.Get<std::string>("MOLFILE"))) return BadInput;
+  ZQMolDatabase molecules;
+  if (!OpenMoleculesOrSmiles(molecules, interface.Get<std::string>("MOLFILE"), interface)) {
+    return BadInput;
+  }
   const bool count = interface.Get<bool>("-count");
   const auto limit = static_cast<std::size_t>(interface.Get<int>("-max"));
   const std::size_t most = limit == 0 ? std::numeric_limits<std::size_t>::max() : limit;
 
   unsigned int searched = 0;
-  for (unsigned int i = 0; i < molecules.NumMolecules(); ++i) {
+  for (unsigned int i = 0; i < molecules.GetMaxMolIdx(); ++i) {
     ZQMol mol;
     if (!molecules.GetMolecule(mol, i)) continue;
     ++searched;

@@ -42,6 +42,7 @@ void Configure(ZQInterface& interface) {
   AddChoice(*interface.GetInterface("fingerprint database search options"), "-simfunc", "-s",
             "Similarity measure", measures, "Tanimoto");
   AddTverskyCoeffs(interface);
+  AddMoleculeFileOptions(interface);
 }
 
 // ---- lists
@@ -192,18 +193,20 @@ int PrintHits(const ZQMolDatabase& molecules, const ZQVseprOptions& vsepr,
   options.SetLimit(static_cast<unsigned int>(interface.Get<int>("-limit")));  // its own default
   SetTverskyCoeffs(options, interface);
   options.SetNumProcessors(GetThreads(interface));
-  MoleculeArgument queries;
-  if (!queries.Open(interface.Get<std::string>("-query"))) return BadInput;
+  ZQMolDatabase queries;
+  if (!OpenMoleculesOrSmiles(queries, interface.Get<std::string>("-query"), interface)) {
+    return BadInput;
+  }
 
   Ranking ranking(molecules, vsepr, options);
   const std::uint64_t queriesPerPass = ranking.NumQueriesPerPass();
   HitWriter writer(interface);
   bool isAnyAnswered = false;
-  for (unsigned int next = 0; next < queries.NumMolecules();) {
+  for (unsigned int next = 0; next < queries.GetMaxMolIdx();) {
     std::vector<unsigned int> numbers;
     std::vector<ZQVseprFingerprint> fps;
     ZQMol mol;
-    while (next < queries.NumMolecules() && fps.size() < queriesPerPass) {
+    while (next < queries.GetMaxMolIdx() && fps.size() < queriesPerPass) {
       const bool read = queries.GetMolecule(mol, next++);
       ZQVseprFingerprint fp;
       if (!read || !CheckAtoms(mol, "query " + std::to_string(next)) ||
@@ -243,7 +246,7 @@ bool CheckOptions(const ZQInterface& interface) {
 int Run(const ZQInterface& interface) {
   if (!CheckOptions(interface)) return BadUsage;
   ZQMolDatabase molecules;
-  if (!OpenMolecules(molecules, interface.Get<std::string>("MOLFILE"))) return BadInput;
+  if (!OpenMolecules(molecules, interface.Get<std::string>("MOLFILE"), interface)) return BadInput;
   if (interface.Get<bool>("-types")) return PrintTypes(molecules);
   const ZQVseprOptions options = GetVseprOptions(interface);
   return interface.IsSet("-query") ? PrintHits(molecules, options, interface)

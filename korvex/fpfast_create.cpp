@@ -25,6 +25,20 @@ namespace {
 constexpr const char* createName = "ZQCreateFastFPDatabaseFile()";
 constexpr const char* compareName = "ZQAreCompatibleDatabases()";
 
+// Whether there are kernels, and the name is that of a database; warns if not.
+bool CanCreate(const std::string& fpbinFile) {
+  if (!ZQIsFastFPDatabaseReady()) {
+    ZQThrow.Warning("%s fast fingerprint methods are not supported!", createName);
+    return false;
+  }
+  const bool isDatabase = ZQFileExtension(fpbinFile) == "fpbin";
+  if (!isDatabase) {
+    ZQThrow.Warning("%s fingerprint database file should have '.fpbin' file extension!",
+                    createName);
+  }
+  return isDatabase;
+}
+
 bool AreZero(const std::vector<std::uint64_t>& words) {
   return std::all_of(words.begin(), words.end(), [](std::uint64_t word) { return word == 0; });
 }
@@ -95,22 +109,22 @@ void ZQFPGenerator::WriteRecord(std::uint64_t index, std::uint64_t count,
 bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile, const std::string& moleculeFile,
                                 const ZQCreateFastFPDatabaseOptions& options,
                                 ZQFPCreationCounts* counts) {
-  if (!ZQIsFastFPDatabaseReady()) {
-    ZQThrow.Warning("%s fast fingerprint methods are not supported!", createName);
-    return false;
-  }
-  const ZQPopCountFunc popcount = ZQGetPopCountFunc(ZQGetPopCountMethod());
-  if (!ZQ_ASSERT(popcount != nullptr)) return false;
-  if (ZQFileExtension(fpbinFile) != "fpbin") {
-    ZQThrow.Warning("%s fingerprint database file should have '.fpbin' file extension!",
-                    createName);
-    return false;
-  }
+  if (!CanCreate(fpbinFile)) return false;
   ZQMolDatabase molecules;
   if (!molecules.Open(moleculeFile)) {
     ZQThrow.Warning("%s cannot open molecule file %s!", createName, moleculeFile.c_str());
     return false;
   }
+  return ZQCreateFastFPDatabaseFile(fpbinFile, molecules, moleculeFile, options, counts);
+}
+
+bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile, const ZQMolDatabase& molecules,
+                                const std::string& moleculeFile,
+                                const ZQCreateFastFPDatabaseOptions& options,
+                                ZQFPCreationCounts* counts) {
+  if (!CanCreate(fpbinFile)) return false;
+  const ZQPopCountFunc popcount = ZQGetPopCountFunc(ZQGetPopCountMethod());
+  if (!ZQ_ASSERT(popcount != nullptr)) return false;
   const unsigned int count = molecules.GetMaxMolIdx();
   if (count == 0) {
     ZQThrow.Warning("%s empty molecule database!", createName);

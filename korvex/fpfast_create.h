@@ -60,6 +60,13 @@ ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
 ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
                                           const std::string& moleculeFile,
                                           const ZQFPTypeBase* type);
+/// The same from molecules that are open, as those of standard input or of a table whose columns
+/// were chosen. `moleculeFile` is the name that the header gets.
+ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
+                                          const ZQMolDatabase& molecules,
+                                          const std::string& moleculeFile,
+                                          const ZQCreateFastFPDatabaseOptions& options,
+                                          ZQFPCreationCounts* counts = nullptr);
 
 /// Whether the database was made from these molecules, judged by their number and by the first
 /// record. Otherwise warns with a text that begins "ZQAreCompatibleDatabases()". A first molecule

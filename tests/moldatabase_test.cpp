@@ -41,10 +41,11 @@ struct Record {
   const char *title, *smiles;  // without SMILES: unreadable
 };
 
-void ExpectRecords(const std::string& file, const std::vector<Record>& records) {
+void ExpectRecords(const std::string& file, const std::vector<Record>& records,
+                   const ZQMolFileOptions& options = {}) {
   CapturedReports reports;
   ZQMolDatabase db;
-  ASSERT_TRUE(db.Open(file));
+  ASSERT_TRUE(db.Open(file, options));
   ASSERT_EQ(db.GetMaxMolIdx(), records.size()) << file;
   for (unsigned int i = 0; i < records.size(); ++i) {
     ZQMol mol;
@@ -77,6 +78,111 @@ TEST_F(MolDatabase, SmilesLinesAreRecords) {
   ExpectRecords(Write("blank.smiles", "\n \r\n\t"), {});
   ExpectRecords(Write("packed.smi.gz", packedFirst + packedSecond),
                 {{"ethanol", "CCO"}, {"ring", nullptr}, {"", "O"}});
+}
+
+TEST_F(MolDatabase, ABlockInBarsIsNotATitle) {
+  ExpectRecords(Write("a.smi",
+                      "CCO |$;;R$| name\nCCO\t|c:1|\tname\tmore\nCCO |c:1|\nC |c:1|\r\n"
+                      "C |a b| two words \tmore\nC || n\nC |a|b| n\nC |a| |b|\nC |open name\n"
+                      "C |\nC a |b| c\nC |a|b\nC |a\tb| n"),
+                {{"name", "CCO"},
+                 {"name", "CCO"},
+                 {"", "CCO"},
+                 {"", "C"},
+                 {"two words", "C"},
+                 {"n", "C"},
+                 {"n", "C"},
+                 {"|b|", "C"},
+                 {"|open name", "C"},
+                 {"|", "C"},
+                 {"a |b| c", "C"},
+                 {"|a|b", "C"},
+                 {"|a", "C"}});
+}
+
+TEST_F(MolDatabase, LinesOfATableAreRecords) {
+  const std::string commas =
+      "\n\xef,Canonical_SMILES, Id ,NAME\r\n,CCO,1,ethanol\r\n\r\n"
+      "x,\"C\",,\" a \"\"b\"\"\nc, d\" \r\n \n,,,\nx,OCC |c:1|,1,5\" n\",,\r\nx,C\n\"\",O";
+  const std::vector<Record> expected{{"ethanol", "CCO"}, {"a \"b\"\nc, d", "C"},
+                                     {"", nullptr},      {"5\" n\"", "OCC"},
+                                     {"", "C"},          {"", "O"}};
+  ExpectRecords(Write("a.csv", commas), expected);
+  ExpectRecords(Write("mark.csv", "\xef\xbb\xbf" + commas), expected);
+  std::string tabs = commas;
+  std::replace(tabs.begin(), tabs.end(), ',', '\t');
+  std::vector<Record> ofTabs = expected;
+  ofTabs[1].title = "a \"b\"\nc\t d";
+  ofTabs.erase(ofTabs.begin() + 2);  // the line of blanks
+  ExpectRecords(Write("a.TSV", tabs), ofTabs);
+  ExpectRecords(Write("one.csv", "\xef\xbb\xbfSmiles"), {});
+  // The first of the names that a column has, exactly if one has.
+  const std::string names =
+      Write("names.csv", "id,title,smiles,CANONICAL_SMILES,Smiles\n1,t,C,N,O");
+  ExpectRecords(names, {{"t", "C"}});
+  ExpectRecords(names, {{"1", "O"}}, {"", "Smiles", "ID"});
+  ExpectRecords(Write("none.csv", "key,SMILES\n1,C |c:1| c\n"), {{"c", "C"}});
+  ExpectRecords(Write("table.txt", commas), expected, {"csv", "", ""});
+}
+
+TEST_F(MolDatabase, ReportsTheLineOfATable) {
+  std::string text = "\"two\nlines\",smiles,name\n";
+  unsigned int line = 3;
+  std::vector<unsigned int> lines;
+  for (unsigned int i = 0; i < 5000; ++i) {
+    if (i % 11 == 3) text += "\r\n";
+    line += i % 11 == 3;
+    lines.push_back(line);
+    text += (i % 7 == 0 ? "\"a\n\nb\"," : "a,") + std::string(i % 1000 == 999 ? "C(" : "C") + ",m" +
+            std::to_string(i) + (i == 4999 ? "" : "\n");
+    line += i % 7 == 0 ? 3 : 1;
+  }
+  const std::string file = Write("a.csv", text);
+  CapturedReports reports;
+  ZQMolDatabase db;
+  ASSERT_TRUE(db.Open(file));
+  ASSERT_EQ(db.GetMaxMolIdx(), lines.size());
+  for (unsigned int i = 0; i < lines.size(); ++i) {
+    const std::string where =
+        "record " + std::to_string(i + 1) + " of " + file + ", line " + std::to_string(lines[i]);
+    ASSERT_EQ(db.GetWhere(i), where);
+    ASSERT_EQ(db.GetTitle(i), "m" + std::to_string(i));
+    ZQMol mol;
+    ASSERT_EQ(db.GetMolecule(mol, i), i % 1000 != 999);
+    const bool isHere = mol.IsValid() || reports.Take()[0].starts_with(where + ": SMILES column 3");
+    EXPECT_TRUE(isHere) << where;
+  }
+  const std::string none = "2: found the end, expected a SMILES";
+  const std::string unclosed = "3: found the end, expected a closing quote";
+  for (const auto& [record, fault] : std::vector<std::pair<std::string, std::string>>{
+           {"x", none},
+           {"x,,n", none},
+           {"x,\"\"", none},
+           {"x,C,\"n\nx,C,n\n", unclosed},
+           {"x,C,\"n\"\"", unclosed},
+           {"x,C,\"", unclosed},
+           {"x,\"C\"C,n",
+            "2: found \"C\", expected a comma or the end of the line behind a closing quote"},
+           {"x,C,n,,more", "5: found \"more\", expected one of 3 columns"}}) {
+    const std::string bad = Write("bad.csv", text.substr(0, text.find('\n', 9) + 1) + record);
+    ZQMol mol;
+    ASSERT_TRUE(db.Open(bad));
+    ASSERT_EQ(db.GetMaxMolIdx(), 1U) << record;
+    EXPECT_FALSE(db.GetMolecule(mol, 0));
+    EXPECT_EQ(reports.Take(), Texts{"record 1 of " + bad + ", line 3: field " + fault});
+  }
+}
+
+TEST_F(MolDatabase, ContentIsReadLikeAFile) {
+  ZQMolDatabase db;
+  for (const std::string& content : {packedFirst + packedSecond, std::string("C\nC\nO")}) {
+    ASSERT_TRUE(db.OpenContent(content, "it", {"smi", "", ""}));
+    EXPECT_EQ(db.GetMaxMolIdx(), 3U);
+    EXPECT_EQ(db.GetSmiles(2), "O");
+    EXPECT_EQ(db.GetWhere(2), "record 3 of it");
+  }
+  ASSERT_TRUE(db.OpenContent("smiles\nN", "a.csv", {}));
+  EXPECT_EQ(db.GetSmiles(0), "N");
 }
 
 TEST_F(MolDatabase, SdfRecordsEndAtTheirDelimiter) {
@@ -130,6 +236,16 @@ TEST_F(MolDatabase, RefusesWhatItCannotOpen) {
       {Write("plain.smi.gz", "CCO"), noHeader},
       {Write("tail.smi.gz", packedFirst + "junk"), noHeader},
       {Write("sum.smi.gz", damaged), "The gzip data is damaged: incorrect data check"},
+      {Write("empty.csv", "\xef\xbb\xbf \n"), "There is no header line"},
+      {Write("none.csv", "SMILE,\"a\"\"\",,\x01" + std::string(61, 'x')),
+       "No column is named SMILES or canonical_smiles, but there are \"SMILE\", \"a\"\", \"\", "
+       "\"\\x01" +
+           std::string(59, 'x') + "...\""},
+      {Write("many.csv", Repeated("a,", 30) + "b,c"),
+       "No column is named SMILES or canonical_smiles, but there are " + Repeated("\"a\", ", 29) +
+           "\"a\" and 2 more"},
+      {Write("open.tsv", "smiles\t\"a\nC\tb"),
+       "The header line, field 2: found the end, expected a closing quote"},
   };
   for (std::size_t length = 0; length < packedFirst.size(); ++length) {
     const std::string name = "cut" + std::to_string(length) + ".smi.gz";

@@ -495,6 +495,71 @@ TEST_F(ProgramTest, BadMoleculeFilesGiveAMessage) {
   ExpectFailure({"compare", "C", ""}, 1, "nor a SMILES");
 }
 
+TEST_F(ProgramTest, StandardInputIsAMoleculeFile) {
+  WriteFile(folder / "mols.csv",
+            "key,Structure,Label\na,CCO |c:1|,\"ethanol,\npure\"\nb,CCN,amine");
+  const auto run = [&](Words words, const std::string& redirection) {
+    words.insert(words.begin(), KORVEX_PROGRAM);
+    words.insert(words.end(), {"-smiles-column", "Structure", "-title-column", "Label"});
+    std::string line;
+    for (const std::string& word : words) line += "'" + word + "' ";
+    return folder.Run({"bash", "-c", "gzip -kf mols.csv; " + line + redirection});
+  };
+  ASSERT_EQ(run({"create", "mols.csv", "mols.fpbin"}, "").exitCode, 0);
+  for (const Words& words : std::vector<Words>{{"fingerprint", "mols.csv"},
+                                               {"search", "mols.csv", "CCO"},
+                                               {"search", "mols.fpbin", "mols.csv"},
+                                               {"search", "mols.fpbin", "C", "-mol", "mols.csv"},
+                                               {"compare", "mols.csv", "CCO"},
+                                               {"explain", "CCO", "mols.csv"},
+                                               {"draw", "mols.csv", "-record", "2"},
+                                               {"substructure", "CO", "mols.csv"},
+                                               {"vsepr", "mols.csv"},
+                                               {"vsepr", "mols.csv", "-query", "CCO"},
+                                               {"vsepr", "mols.csv.gz", "-query", "mols.csv"}}) {
+    const RunResult expected = run(words, "");
+    ASSERT_EQ(expected.exitCode, 0) << expected.err;
+    EXPECT_EQ(expected.err, "") << words[0];
+    Words piped = words;
+    std::replace(piped.begin(), piped.end(), std::string("mols.csv"), std::string("-"));
+    piped.insert(piped.end(), {"-input-format", "csv"});
+    EXPECT_EQ(run(piped, "< mols.csv").out, expected.out) << words[0];
+    EXPECT_EQ(run(piped, "< mols.csv.gz").out, expected.out) << words[0];
+  }
+  EXPECT_EQ(run({"search", "mols.fpbin", "CCN", "-limit", "1"}, "").out,
+            "1\t1\t1.000000\t1\tamine\tCCN\n");
+  // Such a database names no file, not even one of this name.
+  ASSERT_EQ(run({"create", "-", "piped.fpbin", "-input-format", "csv"}, "< mols.csv").exitCode, 0);
+  WriteFile(folder / "-", "C\nC\n");
+  const RunResult unnamed = folder.Run(
+      {"bash", "-c", "echo CCO | '" + std::string(KORVEX_PROGRAM) + "' search piped.fpbin -"});
+  EXPECT_EQ(Table(unnamed.out)[0], (Words{"1", "1", "1.000000", "0", "", ""}));
+  EXPECT_NE(unnamed.err.find("piped.fpbin was made from standard input"), std::string::npos);
+  EXPECT_EQ(Output({"fingerprint", "CCO |c:1| a b\nC", "-fptype", "Lingo"}), "a b\tCCO\n");
+
+  for (const auto& [line, exitCode, message] : std::vector<std::tuple<Words, int, std::string>>{
+           {{"compare", "-", "-"}, 2, "standard input (-) can be read only once"},
+           {{"search", "mols.csv", "-", "-mol", "-"}, 2, "can be read only once"},
+           {{"fingerprint", "CCO", "-input-format", "smi"}, 2, "without standard input (-)"},
+           {{"fingerprint", "a.smi", "-title-column", "x"}, 2, "without a .csv or .tsv file"},
+           {{"fingerprint", "-", "-title-column", "x"}, 2, "without a .csv or .tsv file"},
+           {{"fingerprint", "-", "-input-format", "xml"}, 2, "smi, sdf"},
+           {{"fingerprint", "mols.csv"}, 1, "are \"key\", \"Structure\", \"Label\""},
+           {{"fingerprint", "mols.csv", "-smiles-column", "key", "-title-column", "x"},
+            1,
+            "named x"},
+           {{"fingerprint", "-"}, 1, "standard input: Is a directory"}}) {
+    Words words{"bash", "-c", "\"$@\" < .", "", KORVEX_PROGRAM};
+    words.insert(words.end(), line.begin(), line.end());
+    const RunResult failed = folder.Run(words);
+    EXPECT_EQ(std::tie(failed.exitCode, failed.out), std::make_tuple(exitCode, std::string()));
+    EXPECT_NE(failed.err.find(message), std::string::npos) << failed.err;
+  }
+  const RunResult empty = run({"vsepr", "-", "-input-format", "tsv"}, "< /dev/null");
+  EXPECT_EQ(empty.exitCode, 1);
+  EXPECT_NE(empty.err.find("from standard input: There is no header line"), std::string::npos);
+}
+
 TEST_F(ProgramTest, AFailedCreationLosesNothing) {
   MakeDatabase();
   const std::string before = ReadFile(folder / "mols.fpbin");

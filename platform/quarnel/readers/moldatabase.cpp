@@ -8,6 +8,7 @@
 #include <limits>
 #include <new>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "contract/bostrel/characters_local.h"
@@ -79,56 +80,130 @@ bool Unpack(std::string_view packed, std::string& text, std::string& cause) {
 
 class ZQMolDatabase::Impl {
  public:
-  bool Open(const std::string& filename, std::string& cause);
+  /// Makes an object that `open` opens; null after a warning if that fails.
+  template <class Opening>
+  static std::unique_ptr<Impl> Make(const std::string& name, const Opening& open);
+
+  bool OpenFile(const ZQMolFileOptions& options, std::string& cause);
+  bool OpenContent(std::string content, const ZQMolFileOptions& options, std::string& cause);
   unsigned int NumRecords() const { return static_cast<unsigned int>(starts_.size()); }
   std::string_view GetRecord(unsigned int idx) const {
     const std::uint64_t end = idx + 1 < starts_.size() ? starts_[idx + 1] : text_.size();
     return text_.substr(starts_[idx], end - starts_[idx]);
   }
-  std::string GetWhere(unsigned int idx) const {
-    return "record " + std::to_string(std::uint64_t{idx} + 1) + " of " + filename_;
-  }
+  const std::string& GetName() const { return name_; }
+  std::string GetWhere(unsigned int idx) const;
   const FileFormat& GetFormat() const { return *format_; }
+  const TableColumns& GetColumns() const { return columns_; }
 
  private:
-  bool Map(std::string& cause);
-  void AddRecord(std::size_t start);
+  // A record that doesn't begin on the line after the one before it.
+  struct Jump {
+    unsigned int record;
+    std::uint64_t line;
+  };
 
-  std::string filename_;
+  bool SetFormat(const ZQMolFileOptions& options, bool& isPacked, std::string& cause);
+  bool Map(std::string& cause);
+  bool Index(std::string_view text, bool isPacked, const ZQMolFileOptions& options,
+             std::string& cause);
+  void AddRecord(std::size_t start);
+  std::uint64_t GetLine(unsigned int idx) const;
+
+  std::string name_;
   const FileFormat* format_ = nullptr;
   Bostrel::ZQFileMapping mapping_;
+  std::string content_;
   std::string unpacked_;
   std::string_view text_;
+  TableColumns columns_;
   std::vector<std::uint64_t> starts_;
+  std::vector<Jump> jumps_;  // of a table
 };
 
-bool ZQMolDatabase::Impl::Open(const std::string& filename, std::string& cause) {
-  filename_ = filename;
-  bool isPacked = false;
-  format_ = FindFormat(filename, isPacked);
-  if (!format_) {
-    cause = "Not one of " + ZQGetMolFileExtensions() + ", each also with .gz behind it";
-    return false;
+template <class Opening>
+auto ZQMolDatabase::Impl::Make(const std::string& name, const Opening& open)
+    -> std::unique_ptr<Impl> {
+  std::string cause;
+  try {
+    auto impl = std::make_unique<Impl>();
+    impl->name_ = name;
+    if (open(*impl, cause)) return impl;
+  } catch (const std::bad_alloc&) {
+    cause = "Not enough memory";
   }
-  if (!Map(cause)) return false;
-  text_ = {static_cast<const char*>(mapping_.GetBase()), mapping_.GetLength()};
+  ZQThrow.Warning("Can't read molecules from %s: %s", name.c_str(), cause.c_str());
+  return nullptr;
+}
+
+bool ZQMolDatabase::Impl::OpenFile(const ZQMolFileOptions& options, std::string& cause) {
+  bool isPacked = false;
+  if (!SetFormat(options, isPacked, cause) || !Map(cause)) return false;
+  const std::string_view text{static_cast<const char*>(mapping_.GetBase()), mapping_.GetLength()};
+  return Index(text, isPacked, options, cause);
+}
+
+bool ZQMolDatabase::Impl::OpenContent(std::string content, const ZQMolFileOptions& options,
+                                      std::string& cause) {
+  constexpr std::string_view gzipMark = "\x1f\x8b";
+  content_ = std::move(content);
+  bool isPacked = false;
+  if (!SetFormat(options, isPacked, cause)) return false;
+  return Index(content_, content_.starts_with(gzipMark), options, cause);
+}
+
+bool ZQMolDatabase::Impl::SetFormat(const ZQMolFileOptions& options, bool& isPacked,
+                                    std::string& cause) {
+  format_ = FindFormat(name_, isPacked);
+  if (!options.format.empty()) format_ = FindFormat("." + options.format, isPacked);
+  if (format_) return true;
+  cause = "Not one of " + ZQGetMolFileExtensions() + ", each also with .gz behind it";
+  return false;
+}
+
+bool ZQMolDatabase::Impl::Index(std::string_view text, bool isPacked,
+                                const ZQMolFileOptions& options, std::string& cause) {
+  text_ = text;
   if (isPacked) {
-    if (!Unpack(text_, unpacked_, cause)) return false;
+    if (!Unpack(text, unpacked_, cause)) return false;
     text_ = unpacked_;
   }
-  for (std::size_t from = 0;;) {
+  std::size_t from = 0;
+  const bool isTable = format_->readHeader != nullptr;
+  if (isTable && !format_->readHeader(text_, from, options, columns_, cause)) return false;
+  std::uint64_t line = 1;
+  for (std::size_t counted = 0;;) {
     const std::size_t start = format_->findRecord(text_, from);
     if (start == std::string_view::npos) return true;
     if (starts_.size() == std::numeric_limits<unsigned int>::max()) break;
     AddRecord(start);
+    if (!isTable) continue;
+    const std::string_view before = text_.substr(counted, start - counted);
+    line += static_cast<std::uint64_t>(std::count(before.begin(), before.end(), '\n'));
+    counted = start;
+    if (line != GetLine(NumRecords() - 1)) jumps_.push_back({NumRecords() - 1, line});
   }
   cause = "More than 4294967295 records";
   return false;
 }
 
+std::uint64_t ZQMolDatabase::Impl::GetLine(unsigned int idx) const {
+  const auto next =
+      std::upper_bound(jumps_.begin(), jumps_.end(), idx,
+                       [](unsigned int i, const Jump& jump) { return i < jump.record; });
+  if (next == jumps_.begin()) return std::uint64_t{idx} + 2;  // the header is on line 1
+  return (next - 1)->line + (idx - (next - 1)->record);
+}
+
+std::string ZQMolDatabase::Impl::GetWhere(unsigned int idx) const {
+  std::string where = "record " + std::to_string(std::uint64_t{idx} + 1) + " of " + name_;
+  if (format_->readHeader) where += ", line " + std::to_string(GetLine(idx));
+  return where;
+}
+
 bool ZQMolDatabase::Impl::Map(std::string& cause) {
   Vantrel::zqifstream file;
-  if (!file.Open(filename_, &cause)) return false;
+  if (!file.Open(name_, &cause)) return false;
   const auto size = static_cast<std::uint64_t>(file.Size());
   if (size == 0 || mapping_.Map(file.GetDescriptor(), size)) return true;
   cause = std::generic_category().message(errno);
@@ -156,22 +231,38 @@ std::string ZQGetMolFileExtensions() {
 ZQMolDatabase::ZQMolDatabase() = default;
 ZQMolDatabase::~ZQMolDatabase() = default;
 
-bool ZQMolDatabase::Open(const std::string& filename) {
-  std::string cause;
-  try {
-    impl_ = std::make_unique<Impl>();
-    if (impl_->Open(filename, cause)) return true;
-  } catch (const std::bad_alloc&) {
-    cause = "Not enough memory";
-  }
-  impl_.reset();
-  ZQThrow.Warning("Can't read molecules from %s: %s", filename.c_str(), cause.c_str());
-  return false;
+bool ZQMolDatabase::Open(const std::string& filename) { return Open(filename, {}); }
+
+bool ZQMolDatabase::Open(const std::string& filename, const ZQMolFileOptions& options) {
+  impl_ = Impl::Make(filename, [&options](Impl& impl, std::string& cause) {
+    return impl.OpenFile(options, cause);
+  });
+  return impl_ != nullptr;
+}
+
+bool ZQMolDatabase::OpenContent(std::string content, const std::string& name,
+                                const ZQMolFileOptions& options) {
+  impl_ = Impl::Make(name, [&](Impl& impl, std::string& cause) {
+    return impl.OpenContent(std::move(content), options, cause);
+  });
+  return impl_ != nullptr;
 }
 
 bool ZQMolDatabase::IsReadable(const std::string& filename) {
   bool isPacked = false;
   return FindFormat(filename, isPacked) != nullptr;
+}
+
+bool ZQMolDatabase::IsTable(const std::string& filename) {
+  bool isPacked = false;
+  const FileFormat* format = FindFormat(filename, isPacked);
+  return format && format->readHeader;
+}
+
+std::string ZQMolDatabase::GetName() const { return impl_ ? impl_->GetName() : std::string(); }
+
+std::string ZQMolDatabase::GetWhere(unsigned int idx) const {
+  return impl_ ? impl_->GetWhere(idx) : std::string();
 }
 
 unsigned int ZQMolDatabase::GetMaxMolIdx() const { return impl_ ? impl_->NumRecords() : 0; }
@@ -185,21 +276,21 @@ bool ZQMolDatabase::GetMolecule(ZQMolBase& mol, unsigned int idx) const {
   }
   const FileFormat& format = impl_->GetFormat();
   ReaderError error;
-  if (format.read(mol, impl_->GetRecord(idx), error)) return true;
+  if (format.read(mol, impl_->GetRecord(idx), impl_->GetColumns(), error)) return true;
   ReportUnreadable(mol, impl_->GetWhere(idx), format.place, error);
   return false;
 }
 
 std::string ZQMolDatabase::GetTitle(unsigned int idx) const {
   if (idx >= GetMaxMolIdx()) return {};
-  return std::string(impl_->GetFormat().getTitle(impl_->GetRecord(idx)));
+  return impl_->GetFormat().getTitle(impl_->GetRecord(idx), impl_->GetColumns());
 }
 
 std::string ZQMolDatabase::GetSmiles(unsigned int idx) const {
   ZQMol mol;
   if (!GetMolecule(mol, idx)) return {};
   const auto getSmiles = impl_->GetFormat().getSmiles;
-  return getSmiles ? std::string(getSmiles(impl_->GetRecord(idx))) : ZQMolToSmiles(mol);
+  return getSmiles ? getSmiles(impl_->GetRecord(idx), impl_->GetColumns()) : ZQMolToSmiles(mol);
 }
 
 }  // namespace Quarnel

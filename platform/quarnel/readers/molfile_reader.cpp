@@ -812,14 +812,19 @@ std::size_t FindSdfRecord(std::string_view text, std::size_t& from) {
   return Trimmed(text.substr(start)).empty() ? end : start;
 }
 
-std::string_view GetTitleOfMolfile(std::string_view record) {
-  return Trimmed(record.substr(0, record.find('\n')));
+bool ReadSdfRecord(ZQMolBase& mol, std::string_view record, const TableColumns& /*columns*/,
+                   ReaderError& error) {
+  return ReadMolfile(mol, record, error);
+}
+
+std::string GetTitleOfMolfile(std::string_view record, const TableColumns& /*columns*/) {
+  return std::string(Trimmed(record.substr(0, record.find('\n'))));
 }
 
 }  // namespace
 
-const FileFormat mdlFiles{".sdf .sd .mol", "molfile line",    FindSdfRecord,
-                          ReadMolfile,     GetTitleOfMolfile, nullptr};
+const FileFormat mdlFiles{".sdf .sd .mol", "molfile line",    nullptr, FindSdfRecord,
+                          ReadSdfRecord,   GetTitleOfMolfile, nullptr};
 
 bool ZQMolfileToMol(ZQMolBase& mol, std::string_view molfile, const std::string& where) {
   ReaderError error;

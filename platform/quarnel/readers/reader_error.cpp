@@ -5,8 +5,7 @@
 
 namespace Quarnel {
 
-std::string QuoteStart(std::string_view text) {
-  constexpr std::size_t limit = 16;
+std::string QuoteStart(std::string_view text, std::size_t limit) {
   if (text.empty()) return "the end";
   std::string quoted = "\"";
   for (const char c : text.substr(0, limit)) {
@@ -28,8 +27,8 @@ void ReportUnreadable(ZQMolBase& mol, const std::string& where, const char* what
   mol.Clear();
   mol.SetValid(false);
   Bostrel::ZQThrow.Warning("%s%s%s %zu: found %s, expected %s", where.c_str(),
-                           where.empty() ? "" : ": ", what, error.place, error.found.c_str(),
-                           error.expected.c_str());
+                           where.empty() ? "" : ": ", error.unit ? error.unit : what, error.place,
+                           error.found.c_str(), error.expected.c_str());
 }
 
 }  // namespace Quarnel

@@ -15,11 +15,12 @@ struct ReaderError {
   std::size_t place = 0;  ///< column of a SMILES or line of a molfile, from 1
   std::string found;
   std::string expected;
+  const char* unit = nullptr;  ///< of the place, if not that of the format
 };
 
-/// Returns up to 16 bytes of the start of `text` in quotes, unprintable bytes as "\x1b"; "the end"
-/// for an empty text.
-std::string QuoteStart(std::string_view text);
+/// Returns up to `limit` bytes of the start of `text` in quotes, unprintable bytes as "\x1b"; "the
+/// end" for an empty text.
+std::string QuoteStart(std::string_view text, std::size_t limit = 16);
 
 /// Empties the molecule, marks it as not valid and reports one warning, such as "record 3 of
 /// a.smi: SMILES column 7: found the end, expected an atom".

@@ -11,6 +11,7 @@
 #include "platform/quarnel/molecule/workspace_local.h"
 #include "platform/quarnel/perception/stereo_local.h"
 #include "platform/quarnel/readers/file_format_local.h"
+#include "platform/quarnel/readers/smiles_line_local.h"
 #include "platform/quarnel/readers/smiles_scanner_local.h"
 
 // The text is read into flat arrays first; the molecule is only filled once the syntax is verified.
@@ -600,11 +601,6 @@ bool SmilesParser::Fill(ZQMolBase& mol) {
   return true;
 }
 
-bool ReadSmiles(ZQMolBase& mol, std::string_view smiles, ReaderError& error) {
-  const Workspace<SmilesParser> parser;
-  return parser->Read(mol, smiles, error);
-}
-
 // ---- Files: a SMILES, white space and a title on each line that isn't blank
 
 std::size_t FindLine(std::string_view text, std::size_t& from) {
@@ -615,32 +611,60 @@ std::size_t FindLine(std::string_view text, std::size_t& from) {
   return start;
 }
 
-std::string_view GetSmilesOfLine(std::string_view record) {
-  return record.substr(0, record.find_first_of(" \t\r\n"));
-}
-
-// The text after the SMILES, up to a further column.
-std::string_view GetTitleOfLine(std::string_view record) {
-  record = record.substr(0, record.find('\n'));
-  const std::string_view title = Trimmed(record.substr(GetSmilesOfLine(record).size()));
-  return Trimmed(title.substr(0, title.find('\t')));
-}
-
-bool ReadLine(ZQMolBase& mol, std::string_view record, ReaderError& error) {
+bool ReadLine(ZQMolBase& mol, std::string_view record, const TableColumns& /*columns*/,
+              ReaderError& error) {
   if (!ReadSmiles(mol, GetSmilesOfLine(record), error)) return false;
   mol.SetTitle(std::string(GetTitleOfLine(record)));
   return true;
 }
 
+// The part of the text before its first tab, without blanks at its ends.
+std::string_view FirstColumn(std::string_view text) {
+  return Trimmed(text.substr(0, text.find('\t')));
+}
+
 }  // namespace
 
-const FileFormat smilesFiles{".smi .ism .can .smiles", "SMILES column", FindLine, ReadLine,
-                             GetTitleOfLine,           GetSmilesOfLine};
+bool ReadSmiles(ZQMolBase& mol, std::string_view smiles, ReaderError& error) {
+  const Workspace<SmilesParser> parser;
+  return parser->Read(mol, smiles, error);
+}
+
+std::string_view GetSmilesOfLine(std::string_view line) {
+  return line.substr(0, line.find_first_of(" \t\r\n"));
+}
+
+std::string_view GetTitleOfLine(std::string_view line) {
+  line = line.substr(0, line.find('\n'));
+  const std::string_view rest = Trimmed(line.substr(GetSmilesOfLine(line).size()));
+  const std::string_view column = FirstColumn(rest);
+  if (column.empty() || column[0] != '|') return column;
+  // A block ends with a bar before white space; without one, the bar is part of the title.
+  for (std::size_t end = column.find('|', 1); end != std::string_view::npos;
+       end = column.find('|', end + 1)) {
+    if (end + 1 == column.size() || IsBlank(column[end + 1])) {
+      return FirstColumn(Trimmed(rest.substr(end + 1)));
+    }
+  }
+  return column;
+}
+
+const FileFormat smilesFiles{".smi .ism .can .smiles",
+                             smilesPlace,
+                             nullptr,
+                             FindLine,
+                             ReadLine,
+                             [](std::string_view record, const TableColumns& /*columns*/) {
+                               return std::string(GetTitleOfLine(record));
+                             },
+                             [](std::string_view record, const TableColumns& /*columns*/) {
+                               return std::string(GetSmilesOfLine(record));
+                             }};
 
 bool ZQSmilesToMol(ZQMolBase& mol, std::string_view smiles, const std::string& where) {
   ReaderError error;
   if (ReadSmiles(mol, smiles, error)) return true;
-  ReportUnreadable(mol, where, smilesFiles.place, error);
+  ReportUnreadable(mol, where, smilesPlace, error);
   return false;
 }
 
