@@ -215,9 +215,10 @@ class Molecules {
   ZQMolDatabase molecules_;
 };
 
+/// Makes a database of the molecules of a file or, if there is no name, of the lines of a text.
 /// Returns the numbers of records, of those without a fingerprint, and of empty ones.
-py::tuple Create(const std::string& out, const std::string& molecules, const Type& type,
-                 unsigned int threads, bool progress) {
+py::tuple Create(const std::string& out, const std::string& filename, const std::string& lines,
+                 const Type& type, unsigned int threads, bool progress) {
   ZQCreateFastFPDatabaseOptions options(type.type);
   options.SetNumProcessors(threads);
   if (progress) options.SetTracer(ZQDots(0, "molecules"));
@@ -226,7 +227,13 @@ py::tuple Create(const std::string& out, const std::string& molecules, const Typ
   bool done = false;
   {
     const py::gil_scoped_release release;
-    done = ZQCreateFastFPDatabaseFile(out, molecules, options, &counts);
+    if (!filename.empty()) {
+      done = ZQCreateFastFPDatabaseFile(out, filename, options, &counts);
+    } else {
+      ZQMolDatabase molecules;
+      done = molecules.OpenContent(lines, "the molecules", {"smi", "", ""}) &&
+             ZQCreateFastFPDatabaseFile(out, molecules, "-", options, &counts);
+    }
   }
   if (!done) reports.Throw("'" + out + "' can't be made");
   reports.Warn();
@@ -257,8 +264,8 @@ void BindDatabase(py::module_& module) {
       .def("__len__", &Molecules::Size)
       .def("title", &Molecules::GetTitle)
       .def("smiles", &Molecules::GetSmiles);
-  module.def("create", Create, py::arg("out"), py::arg("molecules"), py::arg("type"),
-             py::arg("threads"), py::arg("progress"));
+  module.def("create", Create, py::arg("out"), py::arg("filename"), py::arg("lines"),
+             py::arg("type"), py::arg("threads"), py::arg("progress"));
 }
 
 }  // namespace KorvexPython

@@ -13,7 +13,7 @@ from numpy.typing import NDArray
 from . import _core
 from ._core import Fingerprint, KorvexWarning, Type
 from ._fingerprint import fingerprint, type_of
-from ._molecule import is_one
+from ._molecule import Mol, is_one, smiles_of
 
 Path = Union[str, "os.PathLike[str]"]
 
@@ -172,13 +172,23 @@ def open(path: Path, memory: str = "mapped") -> Database:
     return Database(path, memory)
 
 
-def create(molecules: Path, out: Path, type: str | Type = "path", threads: int = 0,
-           progress: bool | None = None) -> Database:
-    """Makes a database file of a molecule file (.smi, .sdf, .mol, also .gz), and opens it.
+def create(molecules: Path | Iterable[Mol], out: Path, type: str | Type = "path",
+           threads: int = 0, progress: bool | None = None) -> Database:
+    """Makes a database file, and opens it.
 
+    molecules: the name of a molecule file (.smi, .sdf, .mol, .csv, .tsv, also .gz), or an iterable
+    of molecules, whose records then have no titles. A molecule that can't be read gets a record
+    without bits; a warning lists them.
     progress: draws a bar on standard error; by default if that is a terminal.
     """
     if progress is None:
         progress = sys.stderr is not None and sys.stderr.isatty()
-    _core.create(os.fspath(out), os.fspath(molecules), type_of(type), threads, progress)
+    filename, lines = "", ""
+    if isinstance(molecules, (str, os.PathLike)):
+        filename = os.fspath(molecules)
+    else:
+        # A line for each molecule, also for an empty text or one with line feeds.
+        texts = (smiles_of(mol) for mol in molecules)
+        lines = "".join(f"{text if text.split() == [text] else '?'}\n" for text in texts)
+    _core.create(os.fspath(out), filename, lines, type_of(type), threads, progress)
     return open(out)

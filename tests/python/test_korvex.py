@@ -97,6 +97,16 @@ def test_searches(database):
     assert semivariance[0] == 0 and counts.sum() == 160 * 159 // 2
 
 
+def test_a_database_of_an_iterable(database, tmp_path):
+    made = korvex.create((s for s in SMILES), tmp_path / "made.fpbin", "circular")
+    assert [made[i] for i in range(160)] == [database[i] for i in range(160)]
+    with pytest.warns(korvex.KorvexWarning, match="record 2"):
+        made = korvex.create(["CCO", "C C\nC", "CCN"], tmp_path / "made.fpbin", "circular")
+    assert [made[i].count > 0 for i in range(3)] == [True, False, True]
+    with pytest.warns(korvex.KorvexWarning, match="isn't there"):
+        assert made.title(0) == ""
+
+
 def test_databases_are_opened_again_elsewhere(database):
     again = pickle.loads(pickle.dumps(database))
     assert again[5] == database[5]
