@@ -37,6 +37,8 @@
 #include "korvex/fptypes.h"
 #include "korvex/fpversion.h"
 #include "korvex/fpzqb.h"
+#include "korvex/fps.h"
+#include "korvex/fps_convert.h"
 #include "korvex/korvex_namespace.h"
 #include "korvex/lingo.h"
 #include "korvex/maccs.h"
