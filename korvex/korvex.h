@@ -39,6 +39,7 @@
 #include "korvex/fpzqb.h"
 #include "korvex/fps.h"
 #include "korvex/fps_convert.h"
+#include "korvex/fps_database.h"
 #include "korvex/korvex_namespace.h"
 #include "korvex/lingo.h"
 #include "korvex/maccs.h"

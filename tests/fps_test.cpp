@@ -1,5 +1,7 @@
 // FPS files: reading, writing, and the program's ways from and to databases.
 
+#include <cmath>
+#include <set>
 #include <sstream>
 
 #include "contract/bostrel/strings.h"
@@ -243,6 +245,133 @@ TEST(FPSTest, PackedFilesCutShortAreRefused) {
   EXPECT_TRUE(read.isGood);
 }
 
+// Each pair computed separately, bit by bit.
+double PlainScore(const Sample& sample, unsigned int measure, std::size_t query,
+                  std::size_t record) {
+  double q = 0;
+  double r = 0;
+  double c = 0;
+  const double bits = sample.header.numBits;
+  for (unsigned int bit = 0; bit < sample.header.numBits; ++bit) {
+    const bool ofQuery = (sample.words[query][bit / 64] >> (bit % 64) & 1) != 0;
+    const bool ofRecord = (sample.words[record][bit / 64] >> (bit % 64) & 1) != 0;
+    q += ofQuery;
+    r += ofRecord;
+    c += ofQuery && ofRecord;
+  }
+  switch (measure) {
+    case ZQSimMeasure::Tanimoto:
+      return c / (q + r - c);
+    case ZQSimMeasure::Cosine:
+      return c / std::sqrt(q * r);
+    case ZQSimMeasure::Dice:
+      return 2 * c / (q + r);
+    case ZQSimMeasure::Euclid:
+      return std::sqrt((bits - q - r + 2 * c) / bits);
+    case ZQSimMeasure::Tversky:
+      return c / (0.95 * (q - c) + 0.05 * (r - c) + c);
+    default:
+      return (q + r - 2 * c) / bits;
+  }
+}
+
+TEST(FPSTest, ScoresAreThoseOfThePlainFormulae) {
+  const WorkFolder folder;
+  constexpr std::size_t count = 150;  // two blocks of a scan, and a part
+  for (const unsigned int bits : {8U, 166U, 881U, 1024U, 2048U}) {
+    const Sample sample(bits, count);
+    sample.Write(folder / "a.fps");
+    const ZQFPSDatabase database(folder / "a.fps");
+    ASSERT_TRUE(database.IsValid());
+    EXPECT_EQ(database.NumFingerPrints(), count);
+    EXPECT_EQ(database.NumBits(), bits);
+    EXPECT_EQ(database.GetFPTypeBase(), nullptr);
+    std::vector<ZQFingerPrint> queries(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      EXPECT_TRUE(database.GetFingerPrint(queries[i], i));
+      EXPECT_EQ(queries[i].GetSize(), bits);
+      EXPECT_EQ(Words(queries[i].Words(), queries[i].Words() + queries[i].NumWords()),
+                sample.words[i]);
+      EXPECT_EQ(database.GetId(i), sample.ids[i]);
+      EXPECT_EQ(database.FindId(sample.ids[i]), i);
+    }
+    EXPECT_EQ(database.FindId("id"), count);
+    for (unsigned int measure = 1; measure <= 6; ++measure) {
+      if (bits == 8 && measure != ZQSimMeasure::Euclid && measure != ZQSimMeasure::Manhattan) {
+        continue;  // a fingerprint without bits has no plain score
+      }
+      ZQFPDatabaseOptions options(0, measure);
+      options.SetCutoff(-1.0F);
+      options.SetNumProcessors(2);
+      auto all = database.GetSortedScores(queries, options);
+      ZQFPHistogram expected(10, 0.0, 1.0);
+      for (std::size_t q = 0; q < count; ++q) {
+        auto one = database.GetSortedScores(queries[q], options);
+        double last = 1.0;
+        std::set<std::uint64_t> seen;
+        for (auto& hit = all[q]; hit; ++hit, ++one) {
+          EXPECT_NEAR(hit->GetScore(), PlainScore(sample, measure, q, hit->GetIdx()), 1e-7);
+          EXPECT_LE(hit->GetScore(), last);
+          last = hit->GetScore();
+          seen.insert(hit->GetIdx());
+          ASSERT_TRUE(one);
+          EXPECT_EQ(one->GetScore(), last);
+          const bool isCounted = measure == ZQSimMeasure::Tversky || hit->GetIdx() > q;
+          if (isCounted) expected.AddSample(last);
+        }
+        EXPECT_EQ(seen.size(), count);
+      }
+      const ZQFPHistogram histogram = database.GetHistogram(options, 10);
+      auto density = histogram.GetDensity();
+      for (auto of = expected.GetDensity(); of; ++of, ++density) EXPECT_EQ(*density, *of);
+      EXPECT_EQ(histogram.NumSamples(), expected.NumSamples());
+      options.SetLimit(3);
+      std::size_t pairs = 0;
+      for (auto pair = database.GetSparseMatrix(options); pair; ++pair, ++pairs) {
+        EXPECT_EQ(pair->GetIdx1(), pairs / 3);
+        EXPECT_NEAR(pair->GetScore(), PlainScore(sample, measure, pairs / 3, pair->GetIdx2()),
+                    1e-6);
+      }
+      EXPECT_EQ(pairs, 3 * count);
+    }
+  }
+}
+
+TEST(FPSTest, DatabasesCheckTheirArguments) {
+  const WorkFolder folder;
+  const Sample sample(166, 3);
+  sample.Write(folder / "a.fps");
+  CapturedReports reports;
+  const ZQFPSDatabase database(folder / "a.fps");
+  ZQFingerPrint small;
+  ZQFingerPrint good;
+  EXPECT_TRUE(database.GetFingerPrint(good, 2));
+  small.SetSize(192);
+  EXPECT_FALSE(database.GetSortedScores(small, ZQFPDatabaseOptions()));
+  auto both = database.GetSortedScores({small, good}, ZQFPDatabaseOptions());
+  EXPECT_FALSE(both[0]);
+  ASSERT_TRUE(both[1]);
+  EXPECT_EQ(both[1]->GetIdx(), 2U);
+  EXPECT_FALSE(database.GetFingerPrint(small, 3));
+  EXPECT_EQ(database.GetId(3), "");
+  EXPECT_FALSE(database.GetSparseMatrix({4, ZQSimMeasure::Tanimoto}));
+  const std::string sorted = "ZQFPSDatabase::GetSortedScores() : ";
+  EXPECT_EQ(
+      reports.Take(),
+      (std::vector<std::string>{
+          sorted + "a query of 192 bits, expected 166!",
+          sorted + "a query of 192 bits, expected 166!",
+          "ZQFPSDatabase::GetFingerPrint() : fingerprint index out of range!",
+          "ZQFPSDatabase::GetSparseMatrix() : set to retrieve more nearest neighbors (4) than "
+          "there are fingerprints (3)."}));
+  const ZQFPSDatabase none(folder / "none.fps");
+  EXPECT_FALSE(none.IsValid());
+  EXPECT_EQ(none.NumFingerPrints(), 0U);
+  EXPECT_FALSE(none.GetSortedScores(good, ZQFPDatabaseOptions()));
+  EXPECT_EQ(none.GetHistogram(ZQFPDatabaseOptions(), 4).NumSamples(), 0U);
+  EXPECT_EQ(reports.Take().size(), 3U);
+}
+
 class FPSProgramTest : public ProgramFixture {
  protected:
   // A good run, with the words of a line.
@@ -327,6 +456,75 @@ TEST_F(FPSProgramTest, RefusesWhatCannotBeConverted) {
     EXPECT_EQ(run.exitCode, 1) << out;
     EXPECT_NE(run.err.find("File too large"), std::string::npos) << run.err;
     EXPECT_FALSE(std::filesystem::exists(folder / out));
+  }
+}
+
+TEST_F(FPSProgramTest, SearchesFilesAsTheyAre) {
+  std::string mols;
+  for (std::size_t i = 0; i < 70; ++i) {
+    mols += SampleSmiles()[i % SampleSmiles().size()] + " id" + std::to_string(i) + "\n";
+  }
+  WriteFile(folder / "mols.smi", mols);
+  WriteFile(folder / "few.smi", Lines(mols)[3] + "\n" + Lines(mols)[5] + "\n");
+  for (const std::string name : {"mols", "few"}) {
+    Good("create " + name + ".smi " + name + ".fpbin -numbits 512");
+    Good("convert " + name + ".fpbin " + name + ".fps");
+  }
+  // With a type of korvex as the database, but without SMILES.
+  std::string expected;
+  for (const std::string& line : Lines(Good("search mols.fpbin few.smi"))) {
+    expected += line.substr(0, line.rfind('\t') + 1) + "\n";
+  }
+  EXPECT_EQ(Lines(expected).size(), 20U);
+  for (const char* query : {"few.smi", "few.fps"}) {
+    EXPECT_EQ(Good(std::string("search mols.fps ") + query), expected);
+  }
+  for (const char* file : {"mols.fpbin", "mols.smi"}) {
+    EXPECT_EQ(Lines(Good(std::string("search ") + file + " few.fps")).size(), 20U);
+  }
+  EXPECT_EQ(Good("search mols.fps id3"), Good("search mols.fps " + SampleSmiles()[3]));
+  EXPECT_EQ(Lines(Good("search mols.fps id3 -f json")).size(),
+            Lines(Good("search mols.fpbin " + SampleSmiles()[3] + " -f json")).size());
+  for (const std::string words : {"histogram %", "neighbors % -limit 3 -simfunc Euclid"}) {
+    const auto with = [&](const std::string& name) {
+      std::string text = words;
+      return text.replace(text.find('%'), 1, name);
+    };
+    EXPECT_EQ(Good(with("mols.fps")), Good(with("mols.fpbin")));
+  }
+  // Of another program, with a bad line.
+  WriteFile(folder / "other.fps",
+            "#FPS1\n#num_bits=10\n#type=Foreign/1\n0700\tone\n07\tcut\n0301\tt w o\n");
+  WriteFile(folder / "query.fps", "#FPS1\n#num_bits=10\n0700\t\n0300\t\n");
+  const RunResult run = Korvex({"search", "other.fps", "query.fps"});
+  EXPECT_EQ(run.out,
+            "1\t1\t1.000000\t0\tone\t\n1\t2\t0.500000\t1\tt w o\t\n"
+            "2\t1\t0.666667\t0\tone\t\n2\t2\t0.666667\t1\tt w o\t\n");
+  EXPECT_NE(run.err.find("line 5 of other.fps is left out: found 2 digits"), std::string::npos);
+  EXPECT_NE(run.err.find("the queries are of type '', but other.fps is of type 'Foreign/1'"),
+            std::string::npos);
+  EXPECT_EQ(Output({"search", "other.fps", "t w o", "-simfunc", "Manhattan", "-limit", "1"}),
+            "1\t1\t0.200000\t0\tone\t\n");
+  for (const auto& [words, exitCode, message] :
+       std::vector<std::tuple<std::string, int, std::string>>{
+           {"search other.fps CCO", 1,
+            "'CCO' is neither an FPS file nor an id of other.fps, and can't be a molecule: its "
+            "#type 'Foreign/1' is none of korvex"},
+           {"search other.fps few.smi", 1, "its #type 'Foreign/1' is none of korvex"},
+           {"search other.fps few.fps", 1,
+            "the queries of few.fps have 512 bits, but other.fps has fingerprints of 10"},
+           {"search mols.fpbin query.fps", 1,
+            "query.fps can be compared with FPS files only: it has no #type"},
+           {"search missing.fps CCO", 1, "No such file"},
+           {"search mols.fps missing.fps", 1, "No such file"},
+           {"search mols.fps CCO -html a.html", 2, "with FPS files"},
+           {"search mols.fps CCO -molecules few.smi", 2, "with FPS files"},
+           {"search mols.fps CCO -memtype CUDA", 2, "with FPS files"},
+           {"search mols.fps CCO -numbits 512", 2, "with FPS files"},
+           {"search mols.smi few.fps -html a.html", 2, "with stored queries"},
+           {"histogram mols.fps -memtype CUDA", 2, "with FPS files"},
+           {"neighbors missing.fps", 1, "No such file"}}) {
+    ExpectFailure(ZQStringTokenize(words, ' '), exitCode, message);
   }
 }
 
