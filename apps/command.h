@@ -27,6 +27,7 @@ struct Command {
 };
 
 extern const Command createCommand;
+extern const Command convertCommand;
 extern const Command searchCommand;
 extern const Command fingerprintCommand;
 extern const Command compareCommand;

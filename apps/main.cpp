@@ -15,10 +15,10 @@ using namespace KorvexProgram;
 
 namespace {
 
-constexpr const Command* commands[] = {&createCommand,    &searchCommand,       &fingerprintCommand,
-                                       &compareCommand,   &vseprCommand,        &explainCommand,
-                                       &drawCommand,      &substructureCommand, &infoCommand,
-                                       &histogramCommand, &neighborsCommand,    &versionCommand};
+constexpr const Command* commands[] = {
+    &createCommand,    &convertCommand,   &searchCommand, &fingerprintCommand,  &compareCommand,
+    &vseprCommand,     &explainCommand,   &drawCommand,   &substructureCommand, &infoCommand,
+    &histogramCommand, &neighborsCommand, &versionCommand};
 
 void PrintUsage(std::FILE* out) {
   std::fputs("usage: korvex COMMAND [arguments] [options]\n\ncommands:\n", out);

@@ -7,13 +7,32 @@
 #include "apps/database.h"
 #include "apps/options.h"
 #include "korvex/fpdatabaseoptions_params.h"
+#include "korvex/fps_database.h"
 
 namespace KorvexProgram {
 
 namespace {
 
+constexpr const char* source = "DB.fpbin|FILE.fps";
+
+// Runs `run` with the database or the FPS file, both of which have the queries of this file.
+template <class RunWith>
+int WithDatabase(const ZQInterface& interface, RunWith run) {
+  const auto filename = interface.Get<std::string>(source);
+  if (ZQIsFPSName(filename)) {
+    constexpr const char* ofDatabases[] = {"-memtype"};
+    if (IsAnySet(interface, ofDatabases, "with FPS files, which are searched in memory")) {
+      return BadUsage;
+    }
+    const ZQFPSDatabase database(filename);
+    return database.IsValid() ? run(database) : BadInput;
+  }
+  const auto database = OpenDatabase(filename, ZQGetFPDatabaseMemoryType(interface));
+  return database ? run(*database) : BadInput;
+}
+
 void ConfigureHistogram(ZQInterface& interface) {
-  AddArgument(interface, "DB.fpbin", "The database");
+  AddArgument(interface, source, "The database, or an FPS file");
   interface.AddParameter(
       ZQParameter("-bins", "", ZQParamType::Int, "Bins of equal width between 0 and 1")
           .SetLegalRange(1, 1000000)
@@ -23,16 +42,14 @@ void ConfigureHistogram(ZQInterface& interface) {
   ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
 }
 
-int RunHistogram(const ZQInterface& interface) {
-  const auto database =
-      OpenDatabase(interface.Get<std::string>("DB.fpbin"), ZQGetFPDatabaseMemoryType(interface));
-  if (!database) return BadInput;
+template <class Database>
+int PrintHistogram(const ZQInterface& interface, const Database& database) {
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
   SetTverskyCoeffs(options, interface);
   const unsigned int numWarnings = NumWarnings();
   const ZQFPHistogram histogram =
-      database->GetHistogram(options, static_cast<unsigned long>(interface.Get<int>("-bins")));
+      database.GetHistogram(options, static_cast<unsigned long>(interface.Get<int>("-bins")));
   if (NumWarnings() != numWarnings) return BadInput;  // too little memory, or a failing GPU
   const unsigned long pairs = histogram.NumSamples();
   std::printf("# pairs %lu\n", pairs);
@@ -49,8 +66,13 @@ int RunHistogram(const ZQInterface& interface) {
   return Done;
 }
 
+int RunHistogram(const ZQInterface& interface) {
+  return WithDatabase(interface,
+                      [&](const auto& database) { return PrintHistogram(interface, database); });
+}
+
 void ConfigureNeighbors(ZQInterface& interface) {
-  AddArgument(interface, "DB.fpbin", "The database");
+  AddArgument(interface, source, "The database, or an FPS file");
   ZQConfigureFPDatabaseOptions(interface, ZQFPDatabaseOptionsMask::Limit |
                                               ZQFPDatabaseOptionsMask::SimFunc |
                                               ZQFPDatabaseOptionsMask::Cutoff);
@@ -58,14 +80,12 @@ void ConfigureNeighbors(ZQInterface& interface) {
   ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
 }
 
-int RunNeighbors(const ZQInterface& interface) {
-  const auto database =
-      OpenDatabase(interface.Get<std::string>("DB.fpbin"), ZQGetFPDatabaseMemoryType(interface));
-  if (!database) return BadInput;
+template <class Database>
+int PrintNeighbors(const ZQInterface& interface, const Database& database) {
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
   SetTverskyCoeffs(options, interface);
-  const std::uint64_t records = database->NumFingerPrints();
+  const std::uint64_t records = database.NumFingerPrints();
   const auto limit = static_cast<std::uint64_t>(interface.Get<int>("-limit"));
   const std::uint64_t wanted = limit == 0 ? records : limit;
   // The library includes a record among its own neighbours; the limit is one higher to leave it
@@ -76,7 +96,7 @@ int RunNeighbors(const ZQInterface& interface) {
   const bool hasCutoff = options.HasCutoff();
   if (hasCutoff) options.SetCutoff(std::nextafter(cutoff, -1.0F));
   const unsigned int numWarnings = NumWarnings();
-  ZQIter<ZQSimScorePair> pair = records == 0 ? nullptr : database->GetSparseMatrix(options);
+  ZQIter<ZQSimScorePair> pair = records == 0 ? nullptr : database.GetSparseMatrix(options);
   if (NumWarnings() != numWarnings) return BadInput;  // too little memory, or a failing GPU
   std::uint64_t row = 0;
   std::uint64_t printed = 0;
@@ -89,6 +109,11 @@ int RunNeighbors(const ZQInterface& interface) {
     std::printf("%lu\t%lu\t%.6f\n", row, pair->GetIdx2(), pair->GetScore());
   }
   return Done;
+}
+
+int RunNeighbors(const ZQInterface& interface) {
+  return WithDatabase(interface,
+                      [&](const auto& database) { return PrintNeighbors(interface, database); });
 }
 
 }  // namespace

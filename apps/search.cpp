@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <utility>
@@ -7,7 +8,7 @@
 #include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/output.h"
-#include "apps/ranker.h"
+#include "apps/ranker_fps.h"
 #include "apps/report.h"
 #include "apps/stored.h"
 #include "korvex/fpdatabaseoptions_params.h"
@@ -17,7 +18,7 @@ namespace KorvexProgram {
 
 namespace {
 
-constexpr const char* source = "DB.fpbin|FPS.zqb|MOLFILE";
+constexpr const char* source = "DB.fpbin|FILE.fps|FPS.zqb|MOLFILE";
 
 ZQFPDatabaseOptions DefaultOptions() {
   ZQFPDatabaseOptions options;
@@ -27,12 +28,12 @@ ZQFPDatabaseOptions DefaultOptions() {
 
 void Configure(ZQInterface& interface) {
   AddArgument(interface, source,
-              "The database, or stored fingerprints, or a molecule file, of which fingerprints are "
-              "made in memory");
+              "The database, or an FPS file, or stored fingerprints, or a molecule file, of which "
+              "fingerprints are made in memory");
   AddArgument(
       interface, "QUERY",
       "A molecule file, each record of which is a query, or one query as a SMILES, or stored "
-      "fingerprints (.zqb)");
+      "fingerprints (.zqb), or an FPS file (.fps); for an FPS file also the id of a record");
   interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
                           "Molecule file of the database, for titles and SMILES, in place of the "
                           "one that the database names"});
@@ -53,15 +54,32 @@ struct Queries {
   std::vector<ZQMol> mols;  // for a report only
 };
 
-// The queries of the command line: molecules, or stored fingerprints.
+// The queries of the command line: molecules, or fingerprints of a file.
 class QueryArgument {
  public:
   // False after a message.
   bool Open(const std::string& argument, const ZQInterface& interface) {
+    if (ZQIsFPSName(argument)) return ReadFPSQueries(stored_, argument);
     return IsStoredName(argument) ? ReadStored(stored_, argument)
                                   : OpenMoleculesOrSmiles(molecules_, argument, interface);
   }
-  // Null for molecules.
+  // The same for queries of an FPS file, of which a record is a query too, by its id.
+  bool Open(const std::string& argument, const ZQInterface& interface, const FPSRanker& ranker) {
+    if (ZQIsFPSName(argument)) return ReadFPSQueries(stored_, argument, ranker);
+    const ZQFPSDatabase& database = ranker.GetDatabase();
+    std::error_code error;
+    const std::uint64_t record = std::filesystem::exists(argument, error)
+                                     ? database.NumFingerPrints()
+                                     : database.FindId(argument);
+    if (record < database.NumFingerPrints()) {
+      stored_.resize(1);
+      stored_[0].number = 1;
+      return database.GetFingerPrint(stored_[0].fp, record);
+    }
+    return CheckMoleculeQuery(ranker, argument) && Open(argument, interface) &&
+           CheckQueryType(GetStoredType(), ranker.GetFPTypeBase(), ranker.GetFilename());
+  }
+  // Null for molecules, and for fingerprints of another program.
   const ZQFPTypeBase* GetStoredType() const {
     return stored_.empty() ? nullptr : stored_.front().fp.GetFPTypeBase();
   }
@@ -158,6 +176,27 @@ std::vector<ZQSimScore> Collected(ZQIter<ZQSimScore> hits) {
   return all;
 }
 
+// Opens both arguments. Null after a message, with the exit code in `exitCode`.
+std::unique_ptr<Ranker> OpenRanker(const std::string& filename, const ZQInterface& interface,
+                                   const ZQFPDatabaseOptions& options, QueryArgument& argument,
+                                   ExitCode& exitCode) {
+  const auto query = interface.Get<std::string>("QUERY");
+  if (ZQIsFPSName(filename)) {
+    auto ranker = OpenFPSRanker(filename, interface, options, exitCode);
+    if (!ranker || !argument.Open(query, interface, *ranker)) return nullptr;
+    return ranker;
+  }
+  exitCode = BadInput;
+  if (!argument.Open(query, interface)) return nullptr;
+  exitCode = BadUsage;
+  constexpr const char* html[] = {"-html"};
+  if (argument.GetStoredType() && IsAnySet(interface, html, "with stored queries")) return nullptr;
+  const auto open = IsMoleculeFile(filename) ? OpenMoleculeRanker
+                    : IsStoredName(filename) ? OpenStoredRanker
+                                             : OpenDatabaseRanker;
+  return open(filename, interface, options, argument.GetStoredType(), exitCode);
+}
+
 int Run(const ZQInterface& interface) {
   ZQFPDatabaseOptions options = DefaultOptions();
   ZQSetupFPDatabaseOptions(options, interface);
@@ -165,16 +204,10 @@ int Run(const ZQInterface& interface) {
   options.SetNumProcessors(GetThreads(interface));
 
   QueryArgument argument;
-  if (!argument.Open(interface.Get<std::string>("QUERY"), interface)) return BadInput;
-  constexpr const char* html[] = {"-html"};
-  if (argument.GetStoredType() && IsAnySet(interface, html, "with stored queries")) return BadUsage;
-  const auto filename = interface.Get<std::string>(source);
-  const auto open = IsMoleculeFile(filename) ? OpenMoleculeRanker
-                    : IsStoredName(filename) ? OpenStoredRanker
-                                             : OpenDatabaseRanker;
   ExitCode exitCode = BadInput;
+  const auto filename = interface.Get<std::string>(source);
   const std::unique_ptr<Ranker> ranker =
-      open(filename, interface, options, argument.GetStoredType(), exitCode);
+      OpenRanker(filename, interface, options, argument, exitCode);
   if (!ranker) return exitCode;
 
   HitWriter writer(interface);

@@ -1,11 +1,8 @@
 #include "korvex/fpfast_database_implbase_local.h"
 
-#include <algorithm>
-#include <memory>
 #include <utility>
 
-#include "korvex/checked_local.h"
-#include "korvex/memory_local.h"
+#include "korvex/fpfast_queries_local.h"
 
 namespace ZQKorvex {
 
@@ -105,21 +102,6 @@ std::optional<ZQScanRecords> ZQFastFPDatabaseImplBase::GetScanRecords(const char
   return ZQScanRecords(records, params_.NumFingerPrints(), params_.NumWords(), popcount);
 }
 
-ZQIter<ZQSimScore> ZQFastFPDatabaseImplBase::MakeHitIter(
-    std::unique_ptr<ZQHitList<ZQSimScore>> list) {
-  if (!list->SortScores(true)) return {};
-  ZQCheckedUnsigned(list->GetItems().size());
-  return new ZQHitListIter<ZQSimScore>(std::move(list));
-}
-
-bool ZQFastFPDatabaseImplBase::IsKnownMeasure(const ZQFPDatabaseOptions& options,
-                                              const char* caller) {
-  if (ZQSimMeasure::IsValid(options.GetSimFunc())) return true;
-  ZQThrow.Warning("%s : unknown similarity measure type %d!", caller,
-                  static_cast<int>(options.GetSimFunc()));
-  return false;
-}
-
 ZQIter<ZQSimScore> ZQFastFPDatabaseImplBase::GetScores(const ZQFingerPrint& query,
                                                        const ZQFPDatabaseOptions& options) const {
   const auto records = GetScanRecords("ZQFastFPDatabase::GetScores() :");
@@ -134,23 +116,14 @@ ZQIter<ZQSimScore> ZQFastFPDatabaseImplBase::GetSortedScores(
     const ZQFingerPrint& query, const ZQFPDatabaseOptions& options) const {
   const auto records = GetScanRecords("ZQFastFPDatabase::GetSortedScores() :");
   if (!records) return {};
-  auto list = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(NumFingerPrints()), options);
-  ZQFastFPHitList(list.get(), query, options, *records);
-  return MakeHitIter(std::move(list));
+  return ZQGetSortedHits(query, options, *records);
 }
 
 std::vector<ZQIter<ZQSimScore>> ZQFastFPDatabaseImplBase::GetSortedScores(
     const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options) const {
-  std::vector<ZQIter<ZQSimScore>> hits(queries.size());
   const auto records = GetScanRecords("ZQFastFPDatabase::GetSortedScores() :");
-  if (!records) return hits;
-  const unsigned int count = ZQCheckedUnsigned(NumFingerPrints());
-  std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>> lists(queries.size());
-  for (auto& list : lists) list = ZQInitFPDatabaseHitList(count, options);
-  ZQFastFPHitLists(lists, queries, options, *records);
-  std::transform(lists.begin(), lists.end(), hits.begin(),
-                 [](auto& list) { return MakeHitIter(std::move(list)); });
-  return hits;
+  if (!records) return std::vector<ZQIter<ZQSimScore>>(queries.size());
+  return ZQGetSortedHits(queries, options, *records);
 }
 
 ZQIter<double> ZQFastFPDatabaseImplBase::GetRawScores(const ZQFingerPrint& query,
@@ -189,40 +162,10 @@ ZQFPVariogram ZQFastFPDatabaseImplBase::GetVariogram(const std::vector<float>& v
 
 ZQIter<ZQSimScorePair> ZQFastFPDatabaseImplBase::GetSparseMatrix(
     const ZQFPDatabaseOptions& options) const {
-  const char* caller = "ZQFastFPDatabase::GetSparseMatrix()";
   const auto records = GetScanRecords("ZQFastFPDatabase::GetSparseMatrix() :");
   if (!records) return {};
-  std::uint64_t limit = options.GetLimit();
-  if (limit > records->count) {
-    // The messages have signed numbers of 32 bits; greater ones wrap.
-    ZQThrow.Warning(
-        GetMemoryType() == ZQFastFPDatabaseMemoryType::InMemory
-            ? "%s : set to retrieve more nearest neighbors (%d) than there are fingerprints (%d)."
-            : "%s set to retrieve more nearest neighbors (%d) than there are fingerprints (%d)!",
-        caller, static_cast<int>(limit), static_cast<int>(records->count));
-    return {};
-  }
-  if (limit == 0) {
-    ZQThrow.Warning("%s : set to retrieve all nxn scores!", caller);
-    if (!options.HasCutoff()) {
-      ZQThrow.Warning("%s : no cutoff specified, all results will be returned!", caller);
-    }
-    limit = records->count;
-  }
-  if (!IsKnownMeasure(options, caller)) return {};
-  std::vector<ZQSimScorePair> pairs;
-  const bool reserved = ZQCatch(
-      [&] {
-        pairs.reserve(ZQSaturatedProduct(records->count, limit));
-        return true;
-      },
-      [caller](const std::exception&) {
-        ZQThrow.Warning("%s: not enough system memory to store results!", caller);
-        return false;
-      });
-  if (!reserved) return {};
-  ZQFastFPSparseMatrix(pairs, options, *records, limit);
-  return MakeIter(std::move(pairs));
+  return ZQGetSparseMatrix(options, *records, "ZQFastFPDatabase::GetSparseMatrix()",
+                           GetMemoryType() == ZQFastFPDatabaseMemoryType::InMemory);
 }
 
 unsigned int ZQFastFPDatabaseImplBase::SortedSearch(ZQSimSearchResult& result,

@@ -74,11 +74,6 @@ class ZQFastFPDatabaseImplBase {
 
   /// The input of a kernel. Empty, after a warning with `caller`, if there is nothing to scan.
   std::optional<ZQScanRecords> GetScanRecords(const char* caller) const;
-  /// The best hits of a list, best first.
-  static ZQIter<ZQSimScore> MakeHitIter(std::unique_ptr<ZQHitList<ZQSimScore>> list);
-  /// For queries whose options weren't checked. False after the warning "%s : unknown similarity
-  /// measure type %d!".
-  static bool IsKnownMeasure(const ZQFPDatabaseOptions& options, const char* caller);
   /// Words per record.
   std::uint64_t Stride() const { return params_.NumWords() + zqRecordPrefixWords; }
 

@@ -17,7 +17,7 @@ constexpr std::uint64_t bytesAhead = 8192;
 ZQScorer::ZQScorer(const ZQFPDatabaseOptions& options, const ZQRecords& records,
                    ZQPopCountFunc popcount)
     : records_(records),
-      terms_(options, records.numWords),
+      terms_(options, records.numBits),
       popcount_(popcount),
       measure_(options.GetSimFunc()),
       variant_(*ZQGetProcessor().scans),

@@ -26,6 +26,8 @@ struct ZQRecords {
   const std::uint64_t* data;
   std::uint64_t count;
   std::uint64_t numWords;
+  /// Of a fingerprint, the rest of whose words is padding without bits.
+  std::uint64_t numBits = 64 * numWords;
 
   std::uint64_t Stride() const { return numWords + 2; }
   const std::uint64_t* At(std::uint64_t index) const { return data + index * Stride(); }
@@ -34,7 +36,7 @@ struct ZQRecords {
     return reinterpret_cast<std::uintptr_t>(data) + 8 * index * Stride();
   }
   std::uint64_t Id(std::uint64_t index) const { return At(index)[0]; }
-  std::uint64_t Count(std::uint64_t index) const { return std::min(At(index)[1], 64 * numWords); }
+  std::uint64_t Count(std::uint64_t index) const { return std::min(At(index)[1], numBits); }
   const std::uint64_t* Words(std::uint64_t index) const { return At(index) + 2; }
 };
 

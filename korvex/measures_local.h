@@ -35,9 +35,9 @@ struct ZQCounts {
 
 /// The inputs of a scan's score besides the counts.
 struct ZQScoreTerms : ZQCUScoreTerms {
-  ZQScoreTerms(const ZQFPDatabaseOptions& options, std::uint64_t numWords)
-      : ZQCUScoreTerms{.bits = ZQCheckedDouble(64 * numWords),
-                       .inverseBits = 1.0 / ZQCheckedDouble(64 * numWords),
+  ZQScoreTerms(const ZQFPDatabaseOptions& options, std::uint64_t numBits)
+      : ZQCUScoreTerms{.bits = ZQCheckedDouble(numBits),
+                       .inverseBits = 1.0 / ZQCheckedDouble(numBits),
                        .alpha = options.GetTverskyAlpha(),
                        .beta = options.GetTverskyBeta()} {}
 };

@@ -9,7 +9,7 @@ namespace Nubrel {
 
 /// The inputs of a score besides the counts.
 struct ZQCUScoreTerms {
-  double bits = 0.0;  ///< of the words, padding included
+  double bits = 0.0;  ///< of a fingerprint; for `.fpbin` files those of its words
   double inverseBits = 0.0;
   double alpha = 0.0;  ///< Tversky's weights
   double beta = 0.0;

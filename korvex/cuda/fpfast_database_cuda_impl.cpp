@@ -6,6 +6,7 @@
 
 #include "korvex/checked_local.h"
 #include "korvex/fpfast_local.h"
+#include "korvex/fpfast_queries_local.h"
 #include "korvex/memory_local.h"
 
 namespace ZQKorvex {
@@ -46,7 +47,7 @@ void SetCommonFields(Kernel& kernel, const ZQRecordSource& source,
   kernel.device = source.device;
   kernel.stream = zqKernelStream;
   kernel.numWords = source.records.numWords;
-  kernel.measure = {options.GetSimFunc(), ZQScoreTerms(options, source.records.numWords)};
+  kernel.measure = {options.GetSimFunc(), ZQScoreTerms(options, source.records.numBits)};
 }
 
 }  // namespace
@@ -348,7 +349,7 @@ std::vector<ZQIter<ZQSimScore>> ZQFastFPCUDADatabaseImpl::GetSortedScores(
       });
   if (!done) return sorted;
   for (std::size_t i = 0; i < lists.size(); ++i) {
-    sorted[queries->indices[i]] = MakeHitIter(std::move(lists[i]));
+    sorted[queries->indices[i]] = ZQMakeHitIter(std::move(lists[i]));
   }
   return sorted;
 }
@@ -641,7 +642,7 @@ ZQIter<ZQSimScorePair> ZQFastFPCUDADatabaseImpl::GetSparseMatrix(
       return {};
     }
   }
-  if (!IsKnownMeasure(options, sparseMatrixName)) return {};
+  if (!ZQIsKnownMeasure(options, sparseMatrixName)) return {};
   const auto most = CountMaxNeighbors(*source, options);
   if (!most) return {};
   ZQThrow.Debug("GetMaxCount discovered %lu max nrnn", *most);

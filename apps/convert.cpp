@@ -1,0 +1,114 @@
+#include <cstdio>
+#include <ctime>
+#include <string>
+
+#include "apps/database.h"
+#include "apps/options.h"
+#include "apps/output.h"
+#include "contract/bostrel/strings.h"
+#include "korvex/fps_convert.h"
+#include "korvex/version.h"
+
+namespace KorvexProgram {
+
+namespace {
+
+void Configure(ZQInterface& interface) {
+  AddArgument(interface, "IN", "A database (.fpbin), or an FPS file (.fps, .fps.gz)");
+  AddArgument(interface, "OUT",
+              "The other of the two; an existing file is replaced when it is complete");
+  interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
+                          "Molecule file of the database, for ids, in place of the one that the "
+                          "database names"});
+}
+
+bool IsDatabaseName(const std::string& filename) { return ZQFileExtension(filename) == "fpbin"; }
+
+// Date and time in UTC, such as 2026-11-23T21:30:00.
+std::string Now() {
+  const std::time_t now = std::time(nullptr);
+  std::tm utc{};
+  gmtime_r(&now, &utc);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc)};
+}
+
+void PrintCount(const std::string& output, std::uint64_t records) {
+  std::printf("%s: %lu records", output.c_str(), records);
+}
+
+int ToFPS(const std::string& input, const std::string& output, const std::string& molecules) {
+  const auto database = OpenDatabase(input);
+  if (!database) return BadInput;
+  HitMolecules titles;
+  if (!titles.Open(molecules, input, *database)) return BadInput;
+  ZQFPSHeader header;
+  header.numBits = static_cast<unsigned int>(64 * database->GetHeader().NumWords());
+  header.type = database->GetFPTypeBase()->GetFPTypeString();
+  header.software = "korvex/" + ZQKorvexGetNonDebugRelease();
+  header.sources = {database->GetHeader().GetMoleculeFile()};
+  header.date = Now();
+
+  const PartialFile partial(output);
+  ZQFPSWriter writer;
+  if (!writer.Open(partial.GetName(), header)) return BadInput;
+  const std::uint64_t records = database->NumFingerPrints();
+  ZQFingerPrint fp;
+  bool isGood = true;
+  for (std::uint64_t i = 0; i < records && isGood; ++i) {
+    if (!database->GetFingerPrint(fp, i)) return BadInput;
+    const std::string title = titles.GetTitle(i);
+    isGood = writer.Write(fp.Words(), title.empty() ? std::to_string(i) : title);
+  }
+  if (!writer.Close() || !partial.Rename()) return BadInput;
+  PrintCount(output, records);
+  std::printf("\n");
+  return Done;
+}
+
+int ToDatabase(const std::string& input, const std::string& output) {
+  const PartialFile partial(output);
+  ZQFPSConversionCounts counts;
+  if (!ZQConvertFPSToFastFPDatabase(partial.GetName(), input, &counts)) return BadInput;
+  const ZQFastFPDatabaseParams header(partial.GetName());
+  if (!header.IsConsistent()) {
+    ZQThrow.Error("the #source of %s is too long for a database", input.c_str());
+    return BadInput;
+  }
+  if (!partial.Rename()) return BadInput;
+  PrintCount(output, counts.records);
+  if (counts.skipped != 0) std::printf(", %lu lines left out", counts.skipped);
+  std::printf("\n");
+  if (counts.sources > 1) {
+    ZQThrow.Warning("%s has %lu sources; the database names the first", input.c_str(),
+                    counts.sources);
+  }
+  return Done;
+}
+
+int Run(const ZQInterface& interface) {
+  const auto input = interface.Get<std::string>("IN");
+  const auto output = interface.Get<std::string>("OUT");
+  const bool toFPS = IsDatabaseName(input) && ZQIsFPSName(output);
+  const bool toDatabase = ZQIsFPSName(input) && IsDatabaseName(output);
+  if (!toFPS && !toDatabase) {
+    ZQThrow.Error("'%s' and '%s': one must end in .fpbin, the other in .fps or .fps.gz",
+                  input.c_str(), output.c_str());
+    return BadUsage;
+  }
+  constexpr const char* molecules[] = {"-molecules"};
+  if (toDatabase && IsAnySet(interface, molecules, "with an FPS file, which has ids")) {
+    return BadUsage;
+  }
+  if (!CheckReplaceable(output)) return BadInput;
+  if (toDatabase) return ToDatabase(input, output);
+  return ToFPS(input, output,
+               interface.IsSet("-molecules") ? interface.Get<std::string>("-molecules") : "");
+}
+
+}  // namespace
+
+const Command convertCommand{"convert", "Turns a database into an FPS file, or back", Configure,
+                             Run};
+
+}  // namespace KorvexProgram
