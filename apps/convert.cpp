@@ -3,6 +3,7 @@
 #include <string>
 
 #include "apps/database.h"
+#include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/output.h"
 #include "contract/bostrel/strings.h"
@@ -20,6 +21,7 @@ void Configure(ZQInterface& interface) {
   interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
                           "Molecule file of the database, for ids, in place of the one that the "
                           "database names"});
+  AddMoleculeFileOptions(interface);
 }
 
 bool IsDatabaseName(const std::string& filename) { return ZQFileExtension(filename) == "fpbin"; }
@@ -37,11 +39,11 @@ void PrintCount(const std::string& output, std::uint64_t records) {
   std::printf("%s: %lu records", output.c_str(), records);
 }
 
-int ToFPS(const std::string& input, const std::string& output, const std::string& molecules) {
+int ToFPS(const std::string& input, const std::string& output, const ZQInterface& interface) {
   const auto database = OpenDatabase(input);
   if (!database) return BadInput;
   HitMolecules titles;
-  if (!titles.Open(molecules, input, *database)) return BadInput;
+  if (!titles.Open(interface, input, *database)) return BadInput;
   ZQFPSHeader header;
   header.numBits = static_cast<unsigned int>(64 * database->GetHeader().NumWords());
   header.type = database->GetFPTypeBase()->GetFPTypeString();
@@ -102,8 +104,7 @@ int Run(const ZQInterface& interface) {
   }
   if (!CheckReplaceable(output)) return BadInput;
   if (toDatabase) return ToDatabase(input, output);
-  return ToFPS(input, output,
-               interface.IsSet("-molecules") ? interface.Get<std::string>("-molecules") : "");
+  return ToFPS(input, output, interface);
 }
 
 }  // namespace
