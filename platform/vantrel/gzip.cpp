@@ -116,7 +116,7 @@ class zqogzstream::Buffer : public std::streambuf {
       count -= taken - stream_.avail_in;
       out_.write(packed_.data(), static_cast<std::streamsize>(chunkBytes - stream_.avail_out));
       isGood_ = status != Z_STREAM_ERROR && out_.good();
-      isDone = flush == Z_FINISH ? status == Z_STREAM_END : count == 0 && stream_.avail_out != 0;
+      isDone = flush == Z_FINISH ? status == Z_STREAM_END : count == 0;
     }
     return isGood_;
   }
