@@ -111,8 +111,11 @@ TEST(FPSTest, WhatIsWrittenIsReadAgain) {
 TEST(FPSTest, FollowsTheFormat) {
   // Byte 0 first, its lowest bit first; both cases; a third field; no last line feed.
   for (const std::string end : {"\n", "\r\n"}) {
-    const Content read = ReadText("#FPS1" + end + "#num_bits=12" + end + "#type=T" + end +
-                                  "0108\tone two\tmore" + end + "fF0a\t" + end + "0000\tlast");
+    std::string text;
+    for (const char* line : {"#FPS1", "#num_bits=12", "#type=T", "0108\tone two\tmore", "fF0a\t"}) {
+      text.append(line).append(end);
+    }
+    const Content read = ReadText(text.append("0000\tlast"));
     EXPECT_EQ(read.messages, std::vector<std::string>());
     EXPECT_EQ(read.words, (std::vector<Words>{{0x801}, {0xAFF}, {0}}));
     EXPECT_EQ(read.ids, (std::vector<std::string>{"one two", "", "last"}));
@@ -150,14 +153,15 @@ TEST(FPSTest, BadLinesAreReportedByNumberAndLeftOut) {
            {"123406\t" + std::string(1048576, 'x'), "more than 1048576 characters",
             "a shorter line"}}) {
     for (const char* end : {"\n", "\r\n"}) {
-      const Content read = ReadText("#FPS1\n#num_bits=20\n010000\ta\n" + line + end + line + end +
-                                    "000002\tb\n" + line);
-      const std::string text = " of a.fps is left out: found ";
+      std::string content = "#FPS1\n#num_bits=20\n010000\ta\n";
+      content.append(line).append(end).append(line).append(end).append("000002\tb\n").append(line);
+      const Content read = ReadText(content);
+      std::string text = " of a.fps is left out: found ";
+      text.append(found).append(", expected ").append(expected);
       std::vector<std::string> messages;
       for (const int number : {4, 5, 7}) {
         if (number == 7 && line.empty()) continue;
-        messages.push_back("line " + std::to_string(number) + text + found + ", expected " +
-                           expected);
+        messages.push_back("line " + std::to_string(number) + text);
       }
       EXPECT_EQ(read.messages, messages) << line.substr(0, 40);
       EXPECT_EQ(read.skipped, messages.size());
@@ -467,8 +471,10 @@ TEST_F(FPSProgramTest, SearchesFilesAsTheyAre) {
   WriteFile(folder / "mols.smi", mols);
   WriteFile(folder / "few.smi", Lines(mols)[3] + "\n" + Lines(mols)[5] + "\n");
   for (const std::string name : {"mols", "few"}) {
-    Good("create " + name + ".smi " + name + ".fpbin -numbits 512");
-    Good("convert " + name + ".fpbin " + name + ".fps");
+    std::string create = "create ";
+    Good(create.append(name).append(".smi ").append(name).append(".fpbin -numbits 512"));
+    std::string convert = "convert ";
+    Good(convert.append(name).append(".fpbin ").append(name).append(".fps"));
   }
   // With a type of korvex as the database, but without SMILES.
   std::string expected;

@@ -169,7 +169,8 @@ TEST_F(MolDatabase, ReportsTheLineOfATable) {
     ASSERT_TRUE(db.Open(bad));
     ASSERT_EQ(db.GetMaxMolIdx(), 1U) << record;
     EXPECT_FALSE(db.GetMolecule(mol, 0));
-    EXPECT_EQ(reports.Take(), Texts{"record 1 of " + bad + ", line 3: field " + fault});
+    std::string expected = "record 1 of ";
+    EXPECT_EQ(reports.Take(), Texts{expected.append(bad).append(", line 3: field ").append(fault)});
   }
 }
 
