@@ -73,7 +73,7 @@ inline constexpr unsigned int zqCUNumMeasures = 6;
 }
 
 /// Within 0.0 to 1.0, a NaN as 0.0.
-[[gnu::always_inline]] inline double ZQCUClamp(double score) {
+inline double ZQCUClamp(double score) {
   const double notNegative = 0.0 < score ? score : 0.0;
   return notNegative < 1.0 ? notNegative : 1.0;
 }
