@@ -50,6 +50,19 @@ void SetCommonFields(Kernel& kernel, const ZQRecordSource& source,
   kernel.measure = {options.GetSimFunc(), ZQScoreTerms(options, source.records.numBits)};
 }
 
+/// A step of `ZQForPairs` that runs the kernel.
+template <class Kernel>
+auto RunsOnPairs(Kernel& kernel) {
+  return [&kernel](const ZQCURecords& rows, const ZQCURecords& columns) {
+    kernel.rows = rows;
+    kernel.columns = columns;
+    return kernel.RunKernel();
+  };
+}
+
+/// A step that does nothing.
+constexpr auto noStep = [](const auto&...) { return true; };
+
 }  // namespace
 
 // Opening.
@@ -409,20 +422,14 @@ ZQIter<float> ZQFastFPCUDADatabaseImpl::GetAllScores(const ZQFPDatabaseOptions& 
   ZQCUGetAllScoresKernel kernel;
   SetCommonFields(kernel, *source, options);
   kernel.scores = output->GetKernelBuffer();
-  const auto nothing = [](const ZQCURecords&) { return true; };
   const bool done = ZQForPairs(
-      *source, bands, false, nothing,
-      [&](const ZQCURecords& rows, const ZQCURecords& columns) {
-        kernel.rows = rows;
-        kernel.columns = columns;
-        return kernel.RunKernel();
-      },
+      *source, bands, false, noStep, RunsOnPairs(kernel),
       [&](const ZQCURecords& rows, const ZQCURecords& columns) {
         const std::uint64_t rowBytes = columns.count * sizeof(float);
         return output->ReadData2D(&scores[rows.first * count + columns.first],
                                   count * sizeof(float), rowBytes, rowBytes, rows.count);
       },
-      nothing);
+      noStep);
   if (!done) return {};
   return new ZQVectorIter<float>(std::move(scores));
 }
@@ -453,15 +460,8 @@ ZQFPHistogram ZQFastFPCUDADatabaseImpl::GetHistogram(const ZQFPDatabaseOptions& 
   kernel.numBins = static_cast<unsigned int>(bins);
   kernel.binSize = histogram.GetBinSize();
   kernel.counts = output->GetKernelBuffer();
-  const auto nothing = [](const ZQCURecords&) { return true; };
-  const bool done = ZQForPairs(
-      *source, GetBands(0, 0, histogramName), kernel.upperTriangle, nothing,
-      [&](const ZQCURecords& rows, const ZQCURecords& columns) {
-        kernel.rows = rows;
-        kernel.columns = columns;
-        return kernel.RunKernel();
-      },
-      [](const ZQCURecords&, const ZQCURecords&) { return true; }, nothing);
+  const bool done = ZQForPairs(*source, GetBands(0, 0, histogramName), kernel.upperTriangle, noStep,
+                               RunsOnPairs(kernel), noStep, noStep);
   std::vector<unsigned long> counts(bins);
   if (done && output->ReadData(counts.data(), bytes)) {
     histogram += ZQFPHistogram(std::move(counts), 0.0, 1.0);
@@ -496,12 +496,7 @@ ZQFPVariogram ZQFastFPCUDADatabaseImpl::GetVariogram(const std::vector<float>& v
   std::vector<unsigned long> counts(bins);
   std::vector<double> sums(bins);
   const bool done = ZQForPairs(
-      *source, bands, true, [](const ZQCURecords&) { return true; },
-      [&](const ZQCURecords& rows, const ZQCURecords& columns) {
-        kernel.rows = rows;
-        kernel.columns = columns;
-        return kernel.RunKernel();
-      },
+      *source, bands, true, noStep, RunsOnPairs(kernel),
       [&](const ZQCURecords& rows, const ZQCURecords& columns) {
         const std::uint64_t rowBytes = columns.count * sizeof(Bin);
         return output->ReadData2D(&found[columns.first], count * sizeof(Bin), rowBytes, rowBytes,
@@ -544,12 +539,7 @@ std::optional<unsigned long> ZQFastFPCUDADatabaseImpl::CountMaxNeighbors(
   std::uint32_t most = 0;
   const bool done = ZQForPairs(
       source, bands, false, [&](const ZQCURecords&) { return output->Clear(); },
-      [&](const ZQCURecords& rows, const ZQCURecords& columns) {
-        kernel.rows = rows;
-        kernel.columns = columns;
-        return kernel.RunKernel();
-      },
-      [](const ZQCURecords&, const ZQCURecords&) { return true; },
+      RunsOnPairs(kernel), noStep,
       [&](const ZQCURecords& rows) {
         if (!output->ReadData(counts.data(), rows.count * bytesPerRow)) return false;
         most = std::max(most, *std::max_element(counts.begin(), counts.begin() + rows.count));
@@ -596,13 +586,8 @@ bool ZQFastFPCUDADatabaseImpl::FindNeighbors(std::vector<ZQSimScorePair>& out,
   const std::uint64_t listSize =
       options.GetLimit() == 0 ? source.records.count : options.GetLimit();
   return ZQForPairs(
-      source, bands, false, [&](const ZQCURecords&) { return sizes->Clear(); },
-      [&](const ZQCURecords& rows, const ZQCURecords& columns) {
-        kernel.rows = rows;
-        kernel.columns = columns;
-        return kernel.RunKernel();
-      },
-      [](const ZQCURecords&, const ZQCURecords&) { return true; },
+      source, bands, false, [&](const ZQCURecords&) { return sizes->Clear(); }, RunsOnPairs(kernel),
+      noStep,
       [&](const ZQCURecords& rows) {
         if (!scores->ReadData(foundScores.data(), rows.count * k * sizeof(float)) ||
             !indices->ReadData(foundIndices.data(), rows.count * k * sizeof(std::uint64_t)) ||
