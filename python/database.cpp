@@ -51,18 +51,17 @@ ZQFPDatabaseOptions MakeOptions(const std::string& measure, float alpha, float b
 /// A database file, and the molecule file that it was made from, if that is there.
 class Database {
  public:
-  Database(std::string path, unsigned int memory) : path_(std::move(path)), memory_(memory) {
+  Database(std::string path, unsigned int memory) : path_(std::move(path)) {
     Reports reports;
     {
       const py::gil_scoped_release release;
-      database_ = std::make_unique<ZQFastFPDatabase>(path_, memory_);
+      database_ = std::make_unique<ZQFastFPDatabase>(path_, memory);
     }
     if (!database_->IsValid()) reports.Throw("'" + path_ + "' can't be opened");
     reports.Warn();
   }
 
   const std::string& GetPath() const { return path_; }
-  unsigned int GetMemory() const { return memory_; }
   std::string GetMemoryName() const { return database_->GetMemoryTypeString(); }
   std::string GetMoleculeFile() const { return database_->GetHeader().GetMoleculeFile(); }
   std::uint64_t Size() const { return database_->NumFingerPrints(); }
@@ -188,7 +187,6 @@ class Database {
   }
 
   std::string path_;
-  unsigned int memory_;
   std::unique_ptr<ZQFastFPDatabase> database_;
 };
 
@@ -248,7 +246,6 @@ void BindDatabase(py::module_& module) {
   py::class_<Database>(module, "Database")
       .def(py::init<std::string, unsigned int>())
       .def_property_readonly("path", &Database::GetPath)
-      .def_property_readonly("memory", &Database::GetMemory)
       .def_property_readonly("memory_name", &Database::GetMemoryName)
       .def_property_readonly("molecule_file", &Database::GetMoleculeFile)
       .def_property_readonly("type", &Database::GetType)
