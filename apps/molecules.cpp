@@ -3,15 +3,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <utility>
 
 #include "apps/options.h"
-#include "apps/threads.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
+#include "korvex/threads.h"
 
 namespace KorvexProgram {
 
@@ -175,9 +176,10 @@ bool MakeFingerPrint(ZQFingerPrint& fp, const ZQMolBase& mol, const ZQFPTypeBase
 
 void MakeFingerPrints(std::vector<ZQFingerPrint>& fps, const ZQMolDatabase& molecules,
                       std::size_t first, const ZQFPTypeBase* type, unsigned int numThreads) {
-  OnThreads(numThreads, [&](auto next) {
+  std::atomic<std::size_t> next = 0;
+  ZQRunOnThreads(numThreads, [&] {
     ZQMol mol;
-    for (std::size_t i = next(); i < fps.size(); i = next()) {
+    for (std::size_t i = next++; i < fps.size(); i = next++) {
       const auto record = static_cast<unsigned int>(first + i);
       if (!molecules.GetMolecule(mol, record)) continue;
       MakeFingerPrint(fps[i], mol, type, molecules.GetWhere(record));

@@ -1,13 +1,11 @@
-#include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <string>
 
 #include "apps/database.h"
 #include "apps/options.h"
 #include "korvex/fpdatabaseoptions_params.h"
-#include "korvex/fps_database.h"
+#include "korvex/fpneighbors.h"
 
 namespace KorvexProgram {
 
@@ -85,29 +83,11 @@ int PrintNeighbors(const ZQInterface& interface, const Database& database) {
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
   SetTverskyCoeffs(options, interface);
-  const std::uint64_t records = database.NumFingerPrints();
-  const auto limit = static_cast<std::uint64_t>(interface.Get<int>("-limit"));
-  const std::uint64_t wanted = limit == 0 ? records : limit;
-  // The library includes a record among its own neighbours; the limit is one higher to leave it
-  // out.
-  options.SetLimit(static_cast<unsigned int>(std::min(wanted + 1, records)));
-  // The library excludes record 0 at the cutoff itself, so it gets a lower cutoff.
-  const float cutoff = options.GetCutoff();
-  const bool hasCutoff = options.HasCutoff();
-  if (hasCutoff) options.SetCutoff(std::nextafter(cutoff, -1.0F));
   const unsigned int numWarnings = NumWarnings();
-  ZQIter<ZQSimScorePair> pair = records == 0 ? nullptr : database.GetSparseMatrix(options);
+  ZQVisitNeighbors(database, options, [](const ZQSimScorePair& pair) {
+    std::printf("%lu\t%lu\t%.6f\n", pair.GetIdx1(), pair.GetIdx2(), pair.GetScore());
+  });
   if (NumWarnings() != numWarnings) return BadInput;  // too little memory, or a failing GPU
-  std::uint64_t row = 0;
-  std::uint64_t printed = 0;
-  for (; pair; ++pair) {
-    if (pair->GetIdx1() != row) printed = 0;
-    row = pair->GetIdx1();
-    if (pair->GetIdx2() == row || printed == wanted) continue;
-    if (hasCutoff && pair->GetScore() < cutoff) continue;
-    ++printed;
-    std::printf("%lu\t%lu\t%.6f\n", row, pair->GetIdx2(), pair->GetScore());
-  }
   return Done;
 }
 

@@ -1,6 +1,7 @@
 #include "apps/report.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <charconv>
 #include <cstdio>
@@ -14,11 +15,11 @@
 #include "apps/output.h"
 #include "apps/plot.h"
 #include "apps/report_assets.h"
-#include "apps/threads.h"
 #include "contract/bostrel/strings.h"
 #include "contract/quarnel/readers.h"
 #include "korvex/fpkinds.h"
 #include "korvex/lingo.h"
+#include "korvex/threads.h"
 
 namespace KorvexProgram {
 
@@ -456,9 +457,10 @@ ReportQuery DescribeQuery(const DrawnMolecule& query, const std::vector<ZQSimSco
                           const ZQFPTypeBase* type, const ReportMeasure& measure,
                           unsigned int threads) {
   std::vector<ReportHit> described(hits.size());
-  OnThreads(threads, [&](auto next) {
+  std::atomic<std::size_t> next = 0;
+  ZQRunOnThreads(threads, [&] {
     DrawnMolecule own = query;  // an explanation writes to its molecules
-    for (std::size_t i = next(); i < hits.size(); i = next()) {
+    for (std::size_t i = next++; i < hits.size(); i = next++) {
       DrawnMolecule hit;
       ZQSimilarityExplanation explanation;
       if (!readMolecule(hit.mol, hits[i].GetIdx())) continue;

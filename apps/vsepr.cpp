@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
@@ -11,9 +12,9 @@
 #include "apps/molecules.h"
 #include "apps/options.h"
 #include "apps/output.h"
-#include "apps/threads.h"
 #include "contract/quarnel/perception.h"
 #include "korvex/fpdatabaseoptions_params.h"
+#include "korvex/threads.h"
 #include "korvex/vsepr_aro_stereo_types.h"
 #include "korvex/vsepr_aro_types.h"
 #include "korvex/vsepr_fingerprint.h"
@@ -142,11 +143,12 @@ class Ranking {
     const std::vector<HitList> none(queries.size(), HitList(limit_, IsBetter, worst, 0));
     std::vector<HitList> hitsOfAll = none;
     std::mutex mutex;
-    OnThreads(options_.GetNumProcessors(), [&](auto next) {
+    std::atomic<std::size_t> next = 0;
+    ZQRunOnThreads(options_.GetNumProcessors(), [&] {
       std::vector<HitList> hits = none;
       ZQMol mol;
       ZQVseprFingerprint fp;
-      for (std::size_t i = next(); i < isUnreadable_.size(); i = next()) {
+      for (std::size_t i = next++; i < isUnreadable_.size(); i = next++) {
         if (!Read(mol, i) || !MakeFingerPrint(fp, mol, vsepr_)) continue;
         for (std::size_t query = 0; query < queries.size(); ++query) {
           const double score = Score(queries[query], fp);

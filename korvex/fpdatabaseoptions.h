@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
+#include "contract/bostrel/dots.h"
 #include "contract/bostrel/hitlist.h"
 #include "contract/bostrel/iter.h"
 #include "korvex/measuresim.h"
@@ -43,6 +45,10 @@ class ZQ_EXPORT ZQFPDatabaseOptions {
   void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
   /// The effective number, at most twice the number of processors.
   unsigned int GetNumProcessors() const;
+  /// Copies the tracer; a query over all pairs of records counts the pairs by a copy of it. A query
+  /// that the tracer ends warns "%s : stopped!" and returns an empty result.
+  void SetTracer(const ZQDots& tracer) { tracer_ = tracer; }
+  const std::optional<ZQDots>& GetTracer() const { return tracer_; }
 
  private:
   float cutoff_ = 0.0F;
@@ -53,6 +59,7 @@ class ZQ_EXPORT ZQFPDatabaseOptions {
   bool descending_ = true;
   unsigned int limit_ = 1000;
   unsigned int numProcessors_ = 1;
+  std::optional<ZQDots> tracer_;
 };
 
 /// One hit: the fingerprint's index and its score.

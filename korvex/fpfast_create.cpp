@@ -100,7 +100,10 @@ void ZQFPGenerator::WriteRecord(std::uint64_t index, std::uint64_t count,
                                 const std::vector<std::uint64_t>& words) {
   std::uint64_t* record = output_ + zqHeaderWords + (words.size() + zqRecordPrefixWords) * index;
   const std::lock_guard<std::mutex> lock(outputMutex_);
-  if (tracer_) tracer_->Update(1);
+  if (tracer_) {
+    tracer_->Update(1);
+    if (tracer_->IsStopped()) next_ = molecules_.GetMaxMolIdx();
+  }
   record[0] = index;
   record[1] = count;
   std::copy(words.begin(), words.end(), record + zqRecordPrefixWords);
@@ -160,6 +163,10 @@ bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile, const ZQMolDatabas
   ZQFPGenerator generator(molecules, type, popcount, static_cast<std::uint64_t*>(output.GetBase()),
                           numThreads, tracer ? &*tracer : nullptr);
   generator.Run();
+  if (tracer && tracer->IsStopped()) {
+    ZQThrow.Warning("%s : stopped!", createName);
+    return false;
+  }
   if (tracer) tracer->Total();
   output.Close();
   if (counts) *counts = {count, generator.NumFailed(), generator.NumEmpty()};

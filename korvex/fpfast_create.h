@@ -26,7 +26,8 @@ class ZQ_EXPORT ZQCreateFastFPDatabaseOptions {
   /// The number set, at most twice the machine's processors.
   unsigned int GetNumProcessors() const;
   /// Copies the tracer and reports progress through the copy; the caller's object doesn't change. A
-  /// tracer of unknown total gets the number of records as its total.
+  /// tracer of unknown total gets the number of records as its total. Threads update it one at a
+  /// time.
   void SetTracer(const ZQDots& tracer) { tracer_ = tracer; }
   const std::optional<ZQDots>& GetTracer() const { return tracer_; }
 
@@ -48,7 +49,7 @@ struct ZQFPCreationCounts {
 /// molecule that can't be read, or has no fingerprint, warns with its index and gets a record of
 /// zeros; the run continues and still returns true. Returns false, after a warning that begins
 /// "ZQCreateFastFPDatabaseFile()", for a wrong extension, a molecule file that can't be opened or
-/// is empty, an illegal type, or an output that can't be written. The input is checked before any
+/// is empty, an illegal type, an output that can't be written, or a run that the tracer ends. The input is checked before any
 /// output file is touched, and the disk space is reserved before the work begins. An interrupted
 /// run leaves a file with zeros in place of the missing records. If fewer threads can be started,
 /// those do the work. If memory runs out, throws the standard library's exception once all threads

@@ -9,6 +9,7 @@
 
 #include "korvex/checked_local.h"
 #include "korvex/fpfast_local.h"
+#include "korvex/pairtracer_local.h"
 #include "korvex/threads_local.h"
 
 namespace ZQKorvex {
@@ -243,6 +244,16 @@ void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>&
 // All pairs of records. A block of records is loaded as columns once for all rows; for a symmetric
 // measure only rows up to the block's last record are scored.
 
+namespace {
+
+/// Counts the pairs of a block of columns.
+void CountColumns(ZQPairTracer& tracer, std::uint64_t columns, std::size_t n,
+                  const ZQScanRecords& records, bool symmetric) {
+  tracer.Count(symmetric ? ZQNumPairs(columns + n) - ZQNumPairs(columns) : n * records.count);
+}
+
+}  // namespace
+
 void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
                        const ZQScanRecords& records) {
   if (!records.AreThere()) return;
@@ -253,6 +264,7 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
   constexpr std::size_t tileRows = 16;
   std::array<std::array<float, zqBlockRecords>, tileRows> tile;
   Scores scores;
+  ZQPairTracer tracer(options, ZQNumPairs(records.count, symmetric));
   ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
     scorer.SetColumns(columns, n);
     const std::uint64_t end = symmetric ? columns + n : records.count;
@@ -270,7 +282,9 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
         for (std::size_t r = 0; r < m; ++r) mirrored[r] = tile[r][c];
       }
     }
+    CountColumns(tracer, columns, n, records, symmetric);
   });
+  tracer.Finish();
 }
 
 void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
@@ -280,6 +294,7 @@ void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& opti
   ZQScorer scorer(options, records, records.popcount);
   BinCounter counter(histogram, scorer.Variant());
   Scores scores;
+  ZQPairTracer tracer(options, ZQNumPairs(records.count, symmetric));
   ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
     scorer.SetColumns(columns, n);
     for (std::uint64_t row = 0; row < (symmetric ? columns + n : records.count); ++row) {
@@ -287,8 +302,10 @@ void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& opti
       const std::size_t skip = symmetric && row >= columns ? row + 1 - columns : 0;
       counter.Add(scores.data() + skip, n - skip);
     }
+    CountColumns(tracer, columns, n, records, symmetric);
   });
   counter.Finish();
+  tracer.Finish();
 }
 
 void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
@@ -297,6 +314,7 @@ void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& value
   if (!ZQ_ASSERT(values.size() == records.count) || !records.AreThere()) return;
   ZQScorer scorer(options, records, records.popcount);
   Scores scores;
+  ZQPairTracer tracer(options, ZQNumPairs(records.count));
   // Row by row: the sums of a variogram depend on the order of its samples.
   for (std::uint64_t row = 0; row < records.count; ++row) {
     ForBlocks(row + 1, records.count, [&](std::uint64_t begin, std::size_t n) {
@@ -305,7 +323,9 @@ void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& value
         variogram.AddSample(1.0F - ZQCheckedFloat(scores[i]), values[row] - values[begin + i]);
       }
     });
+    tracer.Count(records.count - row - 1);
   }
+  tracer.Finish();
 }
 
 namespace {
@@ -437,6 +457,8 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
   const ZQScanVariant& variant = scorer.Variant();
   NearestLists lists(band, k);
   Scores scores;
+  const bool once = mirrored && band == records.count;  // each pair
+  ZQPairTracer tracer(options, ZQNumPairs(records.count, once));
 
   for (std::uint64_t bandBegin = 0; bandBegin < records.count; bandBegin += band) {
     const std::uint64_t bandEnd = std::min<std::uint64_t>(bandBegin + band, records.count);
@@ -462,12 +484,18 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
         ForBits(variant.reachingOwn(scores.data(), n, lists.Bars(first)),
                 [&](std::size_t i) { lists.Offer(first + i, scores[i], records.Id(row), row); });
       }
+      if (once) {
+        CountColumns(tracer, columns, n, records, true);
+      } else {
+        tracer.Count(n * (bandEnd - bandBegin));
+      }
     });
 
     for (std::uint64_t row = bandBegin; row < bandEnd; ++row) {
       ZQAppendNeighbors(out, records.Id(row), lists.Entries(row - bandBegin), options);
     }
   }
+  tracer.Finish();
 }
 
 void ZQAppendNeighbors(std::vector<ZQSimScorePair>& out, std::uint64_t rowId,

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "python/fingerprints_local.h"
+#include "python/longcall_local.h"
 
 namespace KorvexPython {
 
@@ -115,41 +116,34 @@ class Database {
   }
 
   py::array_t<Neighbor> Neighbors(unsigned int k, const std::optional<float>& cutoff,
-                                  const std::string& measure, float alpha, float beta) const {
+                                  const std::string& measure, float alpha, float beta,
+                                  const py::object& progress) const {
     ZQFPDatabaseOptions options = MakeOptions(measure, alpha, beta, cutoff, 1);
-    // The record itself is one of its own neighbours, and is left out.
-    options.SetLimit(
-        static_cast<unsigned int>(std::min<std::uint64_t>(std::uint64_t{k} + 1, Size())));
-    // The library leaves record 0 out at the cutoff itself, so it gets a lower one.
-    if (cutoff) options.SetCutoff(std::nextafter(*cutoff, -1.0F));
+    options.SetLimit(k);
     std::vector<Neighbor> found;
-    if (Size() == 0 || k == 0) return ToArray(found);
-    std::uint64_t row = 0;
-    unsigned int taken = 0;
-    for (auto pair = Run([&] { return database_->GetSparseMatrix(options); }); pair; ++pair) {
-      if (pair->GetIdx1() != row) taken = 0;
-      row = pair->GetIdx1();
-      if (pair->GetIdx2() == row || taken == k || (cutoff && pair->GetScore() < *cutoff)) continue;
-      ++taken;
-      found.push_back({row, pair->GetIdx2(), pair->GetScore()});
-    }
+    RunLong(progress, options, [&] {
+      ZQVisitNeighbors(*database_, options, [&](const ZQSimScorePair& pair) {
+        found.push_back({pair.GetIdx1(), pair.GetIdx2(), pair.GetScore()});
+      });
+    });
     return ToArray(found);
   }
 
   /// The counts and the edges of the bins.
-  py::tuple Histogram(unsigned long bins, const std::string& measure, float alpha,
-                      float beta) const {
-    const ZQFPDatabaseOptions options = MakeOptions(measure, alpha, beta, {}, 1);
-    const ZQFPHistogram histogram = Run([&] { return database_->GetHistogram(options, bins); });
+  py::tuple Histogram(unsigned long bins, const std::string& measure, float alpha, float beta,
+                      const py::object& progress) const {
+    ZQFPDatabaseOptions options = MakeOptions(measure, alpha, beta, {}, 1);
+    const ZQFPHistogram histogram =
+        RunLong(progress, options, [&] { return database_->GetHistogram(options, bins); });
     return py::make_tuple(CountsOf(histogram), ToArray(histogram.GetBinBoundaries()));
   }
 
   /// The semivariances, the counts and the edges of the bins of distance.
   py::tuple Variogram(const std::vector<float>& values, unsigned long bins,
-                      const std::string& measure) const {
-    const ZQFPDatabaseOptions options = MakeOptions(measure, 0.5F, 0.5F, {}, 1);
+                      const std::string& measure, const py::object& progress) const {
+    ZQFPDatabaseOptions options = MakeOptions(measure, 0.5F, 0.5F, {}, 1);
     const ZQFPVariogram variogram =
-        Run([&] { return database_->GetVariogram(values, options, bins); });
+        RunLong(progress, options, [&] { return database_->GetVariogram(values, options, bins); });
     return py::make_tuple(ToArray(variogram.GetVariogram()), CountsOf(variogram),
                           ToArray(variogram.GetBinBoundaries()));
   }
@@ -165,6 +159,27 @@ class Database {
     }();
     if (reports.HasAny()) reports.Throw("");
     return result;
+  }
+  /// The same for a query over all pairs, whose options get a tracer.
+  template <class Query>
+  static std::invoke_result_t<Query> RunLong(const py::object& progress,
+                                             ZQFPDatabaseOptions& options, const Query& query) {
+    Reports reports;
+    const auto run = [&](const ZQDots& tracer) {
+      options.SetTracer(tracer);
+      return query();
+    };
+    const auto check = [&] {
+      if (reports.HasAny()) reports.Throw("");
+    };
+    if constexpr (std::is_void_v<std::invoke_result_t<Query>>) {
+      KorvexPython::RunLong(reports, progress, run);
+      check();
+    } else {
+      auto result = KorvexPython::RunLong(reports, progress, run);
+      check();
+      return result;
+    }
   }
 
   void CheckTypes(const std::vector<ZQFingerPrint>& queries) const {
@@ -190,49 +205,21 @@ class Database {
   std::unique_ptr<ZQFastFPDatabase> database_;
 };
 
-/// The molecules of a file.
-class Molecules {
- public:
-  explicit Molecules(const std::string& path) {
-    Reports reports;
-    if (!molecules_.Open(path)) reports.Throw("'" + path + "' can't be opened");
-  }
-  std::size_t Size() const { return molecules_.GetMaxMolIdx(); }
-  std::string GetTitle(std::uint64_t index) const { return molecules_.GetTitle(Check(index)); }
-  std::string GetSmiles(std::uint64_t index) const {
-    const Reports reports;  // a record that can't be read has none
-    return molecules_.GetSmiles(Check(index));
-  }
-
- private:
-  unsigned int Check(std::uint64_t index) const {
-    if (index >= Size())
-      throw py::index_error("the file has " + std::to_string(Size()) + " records");
-    return static_cast<unsigned int>(index);
-  }
-  ZQMolDatabase molecules_;
-};
-
 /// Makes a database of the molecules of a file or, if there is no name, of the lines of a text.
 /// Returns the numbers of records, of those without a fingerprint, and of empty ones.
 py::tuple Create(const std::string& out, const std::string& filename, const std::string& lines,
-                 const Type& type, unsigned int threads, bool progress) {
+                 const Type& type, unsigned int threads, const py::object& progress) {
   ZQCreateFastFPDatabaseOptions options(type.type);
   options.SetNumProcessors(threads);
-  if (progress) options.SetTracer(ZQDots(0, "molecules"));
   ZQFPCreationCounts counts;
   Reports reports;
-  bool done = false;
-  {
-    const py::gil_scoped_release release;
-    if (!filename.empty()) {
-      done = ZQCreateFastFPDatabaseFile(out, filename, options, &counts);
-    } else {
-      ZQMolDatabase molecules;
-      done = molecules.OpenContent(lines, "the molecules", {"smi", "", ""}) &&
-             ZQCreateFastFPDatabaseFile(out, molecules, "-", options, &counts);
-    }
-  }
+  const bool done = RunLong(reports, progress, [&](const ZQDots& tracer) {
+    options.SetTracer(tracer);
+    if (!filename.empty()) return ZQCreateFastFPDatabaseFile(out, filename, options, &counts);
+    ZQMolDatabase molecules;
+    return molecules.OpenContent(lines, "the molecules", {"smi", "", ""}) &&
+           ZQCreateFastFPDatabaseFile(out, molecules, "-", options, &counts);
+  });
   if (!done) reports.Throw("'" + out + "' can't be made");
   reports.Warn();
   return py::make_tuple(counts.records, counts.failed, counts.empty);
@@ -256,11 +243,6 @@ void BindDatabase(py::module_& module) {
       .def("neighbors", &Database::Neighbors)
       .def("histogram", &Database::Histogram)
       .def("variogram", &Database::Variogram);
-  py::class_<Molecules>(module, "Molecules")
-      .def(py::init<std::string>())
-      .def("__len__", &Molecules::Size)
-      .def("title", &Molecules::GetTitle)
-      .def("smiles", &Molecules::GetSmiles);
   module.def("create", Create, py::arg("out"), py::arg("filename"), py::arg("lines"),
              py::arg("type"), py::arg("threads"), py::arg("progress"));
 }

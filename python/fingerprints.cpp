@@ -6,9 +6,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cctype>
-#include <cstring>
-#include <future>
-#include <system_error>
+
+#include "python/molecules_local.h"
 
 namespace KorvexPython {
 
@@ -31,89 +30,81 @@ std::string TextOf(const ZQFingerPrint& fp) {
   return bytes.substr(0, bytes.find('\0'));
 }
 
-bool Make(ZQFingerPrint& fp, std::string_view smiles, const ZQFPTypeBase* type,
-          const std::string& where) {
-  ZQMol mol;
-  return ZQSmilesToMol(mol, smiles, where) && ZQMakeFP(fp, mol, type);
-}
-
-ZQFingerPrint MakeOne(const std::string& smiles, const Type& type) {
+ZQFingerPrint MakeOne(const py::object& molecule, const Type& type) {
   Reports reports;
+  const ZQMol mol = ReadMolecule(molecule, reports);
   ZQFingerPrint fp;
   bool done = false;
   {
     const py::gil_scoped_release release;
-    done = Make(fp, smiles, type.type, "");
+    done = ZQMakeFP(fp, mol, type.type);
   }
-  if (!done) reports.Throw("no fingerprint can be made of '" + smiles + "'");
+  if (!done) reports.Throw("no fingerprint can be made of the molecule");
   reports.Warn();
   return fp;
 }
 
-/// Calls `make(i)` for the numbers below `count` on threads, in batches between which Ctrl-C is
-/// heeded.
-template <class MakeOneOf>
-void ForAll(std::size_t count, unsigned int numThreads, const MakeOneOf& make) {
+/// Makes the fingerprints of the inputs on threads, in batches between which Ctrl-C is heeded, and
+/// calls `store(i, fp)`. Returns whether each could be made.
+template <class Store>
+py::array_t<bool> ForAll(const std::vector<MoleculeInput>& inputs, const Type& type,
+                         unsigned int numThreads, Reports& reports, const Store& store) {
   constexpr std::size_t batch = 20000;
   constexpr std::size_t piece = 64;
-  for (std::size_t begin = 0; begin < count; begin += batch) {
-    const std::size_t end = std::min(begin + batch, count);
+  py::array_t<bool> mask(static_cast<py::ssize_t>(inputs.size()));
+  bool* const made = mask.mutable_data();
+  for (std::size_t begin = 0; begin < inputs.size(); begin += batch) {
+    const std::size_t end = std::min(begin + batch, inputs.size());
     {
       const py::gil_scoped_release release;
+      const auto numPieces = static_cast<unsigned int>((end - begin + piece - 1) / piece);
       std::atomic<std::size_t> next = begin;
-      const auto work = [&] {
-        for (std::size_t i; (i = next.fetch_add(piece)) < end;) {
-          for (std::size_t k = i; k < std::min(i + piece, end); ++k) make(k);
+      ZQRunOnThreads(std::min(numThreads, numPieces), [&] {
+        const Reports::OnThread onThread(reports);
+        ZQMol mol;
+        ZQFingerPrint fp;
+        for (std::size_t i = next.fetch_add(piece); i < end; i = next.fetch_add(piece)) {
+          for (std::size_t k = i; k < std::min(i + piece, end); ++k) {
+            made[k] = inputs[k].Read(mol, "molecule " + std::to_string(k)) &&
+                      ZQMakeFP(fp, mol, type.type);
+            if (made[k]) store(k, fp);
+          }
         }
-      };
-      // Their destructors wait; an exception, such as for lack of memory, ends one thread's work.
-      std::vector<std::future<void>> others;
-      const std::size_t wanted = std::min<std::size_t>(numThreads, (end - begin) / piece + 1);
-      try {
-        while (others.size() + 1 < wanted) others.push_back(std::async(std::launch::async, work));
-      } catch (const std::system_error&) {  // fewer do
-      }
-      work();
-      for (std::future<void>& other : others) other.get();
+      });
     }
     CheckSignals();
   }
+  return mask;
 }
 
-/// The fingerprints of SMILES: an array of words, or a list of texts, and for each whether it could
-/// be made.
-py::tuple MakeMany(const py::sequence& smiles, const Type& type, unsigned int numThreads) {
-  const std::vector<std::string_view> texts = ReadTexts(smiles);
-  const std::size_t n = texts.size();
+/// The fingerprints of molecules: an array of words, or a list of texts, and for each whether it
+/// could be made.
+py::tuple MakeMany(const py::sequence& mols, const Type& type, unsigned int numThreads) {
+  const std::vector<MoleculeInput> inputs = ReadInputs(mols);
+  const std::size_t n = inputs.size();
   ZQFPDatabaseOptions options;
   options.SetNumProcessors(numThreads);
   Reports reports;
-  py::array_t<bool> mask(static_cast<py::ssize_t>(n));
-  bool* const made = mask.mutable_data();
-  const auto where = [](std::size_t i) { return "molecule " + std::to_string(i); };
   py::object result;
+  py::array_t<bool> mask;
   if (IsText(type.type)) {
-    std::vector<std::string> found(n);
-    ForAll(n, options.GetNumProcessors(), [&](std::size_t i) {
-      ZQFingerPrint fp;
-      made[i] = Make(fp, texts[i], type.type, where(i));
-      if (made[i]) found[i] = TextOf(fp);
-    });
-    result = py::cast(found);
+    std::vector<std::string> texts(n);
+    mask = ForAll(inputs, type, options.GetNumProcessors(), reports,
+                  [&](std::size_t i, const ZQFingerPrint& fp) { texts[i] = TextOf(fp); });
+    result = py::cast(texts);
   } else {
     const std::size_t numWords = (ZQGetFingerPrintSize(type.type) + 63) / 64;
     py::array_t<std::uint64_t> words(
         std::vector<py::ssize_t>{static_cast<py::ssize_t>(n), static_cast<py::ssize_t>(numWords)});
     std::uint64_t* const rows = words.mutable_data();
     std::fill_n(rows, n * numWords, 0);
-    ForAll(n, options.GetNumProcessors(), [&](std::size_t i) {
-      ZQFingerPrint fp;
-      made[i] = Make(fp, texts[i], type.type, where(i));
-      if (made[i]) std::copy_n(fp.Words(), fp.NumWords(), rows + i * numWords);
-    });
+    mask = ForAll(inputs, type, options.GetNumProcessors(), reports,
+                  [&](std::size_t i, const ZQFingerPrint& fp) {
+                    std::copy_n(fp.Words(), fp.NumWords(), rows + i * numWords);
+                  });
     result = words;
   }
-  const auto failed = static_cast<std::size_t>(std::count(made, made + n, false));
+  const auto failed = std::count(mask.data(), mask.data() + n, false);
   if (failed > 0) {
     reports.Warn(std::to_string(failed) + " of " + std::to_string(n) +
                  " molecules have no fingerprint:\n");
@@ -196,22 +187,6 @@ unsigned int ReadMeasure(const std::string& name) {
   throw py::value_error("'" + name + "' isn't a measure: " + names);
 }
 
-std::vector<std::string_view> ReadTexts(const py::sequence& texts) {
-  std::vector<std::string_view> views;
-  views.reserve(texts.size());
-  for (const py::handle item : texts) {
-    Py_ssize_t size = 0;
-    const char* data =
-        PyUnicode_Check(item.ptr()) ? PyUnicode_AsUTF8AndSize(item.ptr(), &size) : nullptr;
-    if (!data) {
-      PyErr_Clear();
-      throw py::type_error("item " + std::to_string(views.size()) + " isn't a SMILES string");
-    }
-    views.emplace_back(data, static_cast<std::size_t>(size));
-  }
-  return views;
-}
-
 void BindFingerprints(py::module_& module) {
   py::class_<Type>(module, "Type", "A type of fingerprints. Made by korvex.type().")
       .def_property_readonly(
@@ -278,8 +253,8 @@ void BindFingerprints(py::module_& module) {
             fp.SetFPTypeBase(type.type);
             return fp;
           }));
-  module.def("make_one", MakeOne, py::arg("smiles"), py::arg("type"));
-  module.def("make_many", MakeMany, py::arg("smiles"), py::arg("type"), py::arg("threads"));
+  module.def("make_one", MakeOne, py::arg("mol"), py::arg("type"));
+  module.def("make_many", MakeMany, py::arg("mols"), py::arg("type"), py::arg("threads"));
   module.def("compare", Compare, py::arg("a"), py::arg("b"), py::arg("measure"), py::arg("alpha"),
              py::arg("beta"));
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-/// What the bindings share: types, measures and texts from Python.
+/// What the bindings share: types and measures by name.
 
 #include <string>
-#include <vector>
 
 #include "python/reports_local.h"
 
@@ -21,17 +20,9 @@ Type ReadType(const std::string& text);
 /// A measure by its name, in any case. Throws for an unknown one.
 unsigned int ReadMeasure(const std::string& name);
 
-/// The texts of a sequence of strings, which stay valid with it. Throws a TypeError for anything
-/// else.
-std::vector<std::string_view> ReadTexts(const py::sequence& texts);
-
-/// Throws what a signal handler of Python has to throw, such as for Ctrl-C.
-inline void CheckSignals() {
-  if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-}
-
 void BindFingerprints(py::module_& module);
 void BindDatabase(py::module_& module);
 void BindMolecules(py::module_& module);
+void BindTools(py::module_& module);
 
 }  // namespace KorvexPython

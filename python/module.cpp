@@ -3,7 +3,8 @@
 PYBIND11_MODULE(_core, module) {
   module.doc() = "The part of korvex that is compiled; import korvex instead.";
   KorvexPython::BindReports(module);
+  KorvexPython::BindMolecules(module);
   KorvexPython::BindFingerprints(module);
   KorvexPython::BindDatabase(module);
-  KorvexPython::BindMolecules(module);
+  KorvexPython::BindTools(module);
 }

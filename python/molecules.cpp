@@ -1,7 +1,8 @@
+#include "python/molecules_local.h"
+
 #include <pybind11/stl.h>
 
-#include <functional>
-#include <optional>
+#include <tuple>
 
 #include "python/fingerprints_local.h"
 
@@ -9,189 +10,232 @@ namespace KorvexPython {
 
 namespace {
 
-void Read(ZQMol& mol, const std::string& smiles, const Reports& reports) {
-  if (!ZQSmilesToMol(mol, smiles)) reports.Throw("'" + smiles + "' can't be read");
-}
+// In tuples, as korvex/_rdkit.py makes them.
+using AtomTuple = std::tuple<std::uint8_t, std::int8_t, std::uint32_t, std::uint32_t, std::uint8_t,
+                             std::uint8_t, bool>;
+using BondTuple = std::tuple<std::uint32_t, std::uint32_t, std::array<std::uint32_t, 2>,
+                             std::uint8_t, std::uint8_t, bool>;
 
-std::string CanonicalSmiles(const std::string& smiles) {
-  Reports reports;
-  ZQMol mol;
-  Read(mol, smiles, reports);
-  return ZQMolToCanonicalSmiles(mol);
-}
-
-std::vector<unsigned int> Marked(const std::vector<bool>& marks) {
-  std::vector<unsigned int> indices;
-  for (unsigned int i = 0; i < marks.size(); ++i) {
-    if (marks[i]) indices.push_back(i);
-  }
-  return indices;
-}
-
-/// The bonds of a molecule as pairs of atoms, by index.
-std::vector<std::pair<unsigned int, unsigned int>> BondsOf(const ZQMolBase& mol) {
-  std::vector<std::pair<unsigned int, unsigned int>> bonds(mol.GetMaxBondIdx());
-  for (auto bond = mol.GetBonds(); bond; ++bond) {
-    bonds[bond->GetIdx()] = {bond->GetBgn()->GetIdx(), bond->GetEnd()->GetIdx()};
-  }
-  return bonds;
-}
-
-/// (score, counts, fragments, sides), all indices being those of the two texts.
-py::dict Explain(const std::string& a, const std::string& b, const Type& type,
-                 const std::string& measure, float alpha, float beta) {
-  Reports reports;
-  ZQMol mols[2];
-  Read(mols[0], a, reports);
-  Read(mols[1], b, reports);
-  ZQSimilarityExplanation explanation;
-  const unsigned int number = ReadMeasure(measure);
-  bool done = false;
-  {
-    const py::gil_scoped_release release;
-    done = ZQExplainSimilarity(explanation, mols[0], mols[1], type.type, number, alpha, beta);
-  }
-  if (!done) reports.Throw("the fingerprints can't be made");
-  reports.Warn();
-  py::list sides;
-  for (std::size_t i = 0; i < 2; ++i) {
-    const ZQSimilarityExplanation::Side& side = explanation.sides[i];
-    sides.append(py::dict(
-        py::arg("fingerprint") = side.fp, py::arg("count") = side.count,
-        py::arg("shared_atoms") = Marked(side.sharedAtoms),
-        py::arg("shared_bonds") = Marked(side.sharedBonds), py::arg("weights") = side.weights,
-        py::arg("covered_atoms") = side.coveredAtoms, py::arg("covered_bonds") = side.coveredBonds,
-        py::arg("bonds") = BondsOf(mols[i])));
-  }
-  py::list fragments;
-  for (const ZQSharedFragment& fragment : explanation.overlap) {
-    std::vector<unsigned int> atoms[2];
-    std::vector<unsigned int> bonds[2];
-    for (const auto& pair : fragment.match.GetAtomPairs()) {
-      atoms[0].push_back(pair.pattern->GetIdx());
-      atoms[1].push_back(pair.target->GetIdx());
-    }
-    for (const auto& pair : fragment.match.GetBondPairs()) {
-      bonds[0].push_back(pair.pattern->GetIdx());
-      bonds[1].push_back(pair.target->GetIdx());
-    }
-    fragments.append(py::make_tuple(fragment.text, atoms[0], bonds[0], atoms[1], bonds[1]));
-  }
-  return py::dict(py::arg("score") = explanation.score, py::arg("both") = explanation.both,
-                  py::arg("sides") = sides, py::arg("fragments") = fragments);
-}
-
-std::string Draw(const std::string& smiles, const std::vector<unsigned int>& atoms,
-                 const std::vector<unsigned int>& bonds, const std::vector<double>& weights,
-                 unsigned int width, unsigned int height, const std::string& title) {
-  Reports reports;
-  ZQMol mol;
-  Read(mol, smiles, reports);
-  ZQLayout layout;
-  if (!ZQMakeLayout(layout, mol)) reports.Throw("'" + smiles + "' can't be drawn");
-  ZQDrawStyle style;
-  style.width = width;
-  style.height = height;
-  style.atoms = atoms;
-  style.bonds = bonds;
-  style.weights = weights;
-  style.title = title;
-  return ZQDrawSVG(mol, layout, style);
-}
-
-ZQVseprFingerprint MakeVsepr(const std::string& smiles, unsigned int maxLength,
-                             unsigned int minLength, bool forceOut, bool weightByLength,
-                             bool stereo) {
-  Reports reports;
-  ZQMol mol;
-  Read(mol, smiles, reports);
-  ZQVseprFingerprint fp(mol, ZQVseprOptions()
-                                 .SetMaxPathLength(maxLength)
-                                 .SetMinPathLength(minLength)
-                                 .SetForcePathsOut(forceOut)
-                                 .SetWeightByLength(weightByLength)
-                                 .SetStereoAware(stereo));
-  reports.Warn();
-  return fp;
-}
-
-void CheckComparable(const ZQVseprFingerprint& a, const ZQVseprFingerprint& b) {
-  if (!(a.GetOptions() == b.GetOptions())) {
-    throw py::value_error("the fingerprints have paths of different lengths or routes");
-  }
-}
-
-/// A pattern. The program's `substructure` finds the same matches.
-class Smarts {
+/// Looks into Python's objects.
+class InputReader {
  public:
-  explicit Smarts(const std::string& text) : text_(text) {
-    const Reports reports;
-    search_.emplace(text);
-    if (!search_->IsValid()) reports.Throw("'" + text + "' isn't a pattern");
+  InputReader() {
+    const py::dict modules = py::module_::import("sys").attr("modules");
+    const char* name = "rdkit.Chem.rdchem";
+    if (!modules.contains(name)) return;  // there are no molecules of RDKit
+    rdkitMol_ = modules[name].attr("Mol");
+    hasProp_ = rdkitMol_.attr("HasProp");
+    toBinary_ = rdkitMol_.attr("ToBinary");
   }
-  const std::string& GetText() const { return text_; }
-  bool IsIn(const std::string& smiles) const {
-    ZQMol mol;
-    Prepare(mol, smiles);
-    return search_->SingleMatch(mol);
-  }
-  std::vector<std::vector<unsigned int>> Match(const std::string& smiles, bool unique,
-                                               std::size_t most) const {
-    ZQMol mol;
-    Prepare(mol, smiles);
-    std::vector<std::vector<unsigned int>> matches;
-    for (auto match = search_->Match(mol, unique); match && matches.size() < most; ++match) {
-      std::vector<unsigned int>& atoms = matches.emplace_back();
-      for (const auto& pair : match->GetAtomPairs()) atoms.push_back(pair.target->GetIdx());
+
+  /// Throws a TypeError for what is no molecule; `what` names it.
+  MoleculeInput Read(const py::handle& mol, const std::string& what) const {
+    auto owner = py::reinterpret_borrow<py::object>(mol);
+    if (PyUnicode_Check(mol.ptr()) != 0) {
+      Py_ssize_t size = 0;
+      const char* data = PyUnicode_AsUTF8AndSize(mol.ptr(), &size);
+      if (data) return {std::move(owner), std::string_view(data, static_cast<std::size_t>(size))};
+      PyErr_Clear();
+      throw py::value_error(what + " isn't valid text");
     }
-    return matches;
+    if (py::isinstance<Molecule>(mol)) return {std::move(owner), &mol.cast<const Molecule&>()};
+    if (rdkitMol_ && py::isinstance(mol, rdkitMol_)) return MoleculeInput(ReadRdkit(mol));
+    throw py::type_error(what + " is a " +
+                         py::str(py::type::of(mol).attr("__name__")).cast<std::string>() +
+                         "; a molecule is a SMILES string, a korvex.Molecule or an RDKit molecule");
   }
 
  private:
-  static void Prepare(ZQMol& mol, const std::string& smiles) {
-    const Reports reports;
-    Read(mol, smiles, reports);
-    ZQFindRingAtomsAndBonds(mol);
-    ZQAssignAromaticFlags(mol, 2, true, 0, false);
+  RdkitGraph ReadRdkit(const py::handle& mol) const {
+    RdkitGraph graph;
+    PyObject* const arguments[] = {mol.ptr(), zero_.ptr()};
+    const auto record = py::reinterpret_steal<py::object>(
+        PyObject_Vectorcall(toBinary_.ptr(), arguments, std::size(arguments), nullptr));
+    if (!record) throw py::error_already_set();
+    if (ReadRdkitRecord(graph, record.cast<std::string_view>()) &&
+        (!graph.hasStereo || hasProp_(mol, "_StereochemDone").cast<bool>())) {
+      return graph;
+    }
+    const py::tuple parts = py::module_::import("korvex._rdkit").attr("graph_of")(mol);
+    RdkitGraph slow;
+    slow.hasStereo = true;
+    for (const auto& [atomicNum, charge, isotope, mapIdx, hCount, chiralTag, aromatic] :
+         parts[0].cast<std::vector<AtomTuple>>()) {
+      slow.atoms.push_back({isotope, mapIdx, charge, atomicNum, hCount, chiralTag, aromatic});
+    }
+    for (const auto& [bgn, end, stereoAtoms, type, stereo, aromatic] :
+         parts[1].cast<std::vector<BondTuple>>()) {
+      slow.bonds.push_back({bgn, end, stereoAtoms, type, stereo, aromatic});
+    }
+    return slow;
   }
 
-  std::string text_;
-  std::optional<ZQSubSearch> search_;
+  py::object rdkitMol_;
+  py::object hasProp_;
+  py::object toBinary_;
+  py::int_ zero_{0};
+};
+
+}  // namespace
+
+bool MoleculeInput::Read(ZQMol& mol, const std::string& where) const {
+  if (molecule_) {
+    mol = molecule_->mol;
+    return true;
+  }
+  if (!graph_) return ZQSmilesToMol(mol, smiles_, where);
+  std::string fault;
+  if (MakeMolecule(mol, *graph_, fault)) return true;
+  mol.Clear();
+  mol.SetValid(false);
+  ZQThrow.Warning("%s: %s", where.empty() ? "an RDKit molecule" : where.c_str(), fault.c_str());
+  return false;
+}
+
+std::vector<MoleculeInput> ReadInputs(const py::sequence& mols) {
+  const InputReader reader;
+  std::vector<MoleculeInput> inputs;
+  inputs.reserve(mols.size());
+  for (const py::handle mol : mols) {
+    inputs.push_back(reader.Read(mol, "item " + std::to_string(inputs.size())));
+  }
+  return inputs;
+}
+
+ZQMol ReadMolecule(const py::handle& mol, const Reports& reports) {
+  ZQMol read;
+  if (!InputReader().Read(mol, "the argument").Read(read, "")) {
+    reports.Throw("the molecule can't be read");
+  }
+  return read;
+}
+
+namespace {
+
+// The state of a pickled molecule: atoms, bonds, title.
+using AtomState =
+    std::tuple<unsigned int, int, unsigned int, unsigned int, unsigned int, unsigned int, bool>;
+using BondState = std::tuple<unsigned int, unsigned int, unsigned int, unsigned int, bool>;
+
+py::tuple GetState(const Molecule& molecule) {
+  std::vector<AtomState> atoms;
+  for (auto atom = molecule.mol.GetAtoms(); atom; ++atom) {
+    atoms.emplace_back(atom->GetAtomicNum(), atom->GetFormalCharge(), atom->GetIsotope(),
+                       atom->GetMapIdx(), atom->GetImplicitHCount(),
+                       static_cast<unsigned int>(atom->GetStereo()), atom->IsAromatic());
+  }
+  std::vector<BondState> bonds;
+  for (auto bond = molecule.mol.GetBonds(); bond; ++bond) {
+    bonds.emplace_back(bond->GetBgn()->GetIdx(), bond->GetEnd()->GetIdx(), bond->GetOrder(),
+                       static_cast<unsigned int>(bond->GetStereo()), bond->IsAromatic());
+  }
+  return py::make_tuple(atoms, bonds, molecule.mol.GetTitle());
+}
+
+Molecule FromState(const py::tuple& state) {
+  Molecule molecule;
+  ZQMol& mol = molecule.mol;
+  const auto check = [](bool isRight) {
+    if (!isRight) throw py::value_error("not the state of a molecule");
+  };
+  check(state.size() == 3);
+  for (const auto& [atomicNum, charge, isotope, mapIdx, hCount, stereo, aromatic] :
+       state[0].cast<std::vector<AtomState>>()) {
+    ZQAtomBase* atom = mol.NewAtom(atomicNum);
+    atom->SetFormalCharge(charge);
+    atom->SetIsotope(isotope);
+    atom->SetMapIdx(mapIdx);
+    atom->SetImplicitHCount(hCount);
+    atom->SetStereo(static_cast<ZQAtomStereo>(stereo));
+    atom->SetAromatic(aromatic);
+  }
+  for (const auto& [bgn, end, order, stereo, aromatic] : state[1].cast<std::vector<BondState>>()) {
+    check(std::max(bgn, end) < mol.NumAtoms());
+    ZQBondBase* bond = mol.NewBond(mol.GetAtomAt(bgn), mol.GetAtomAt(end), order);
+    check(bond != nullptr);
+    bond->SetStereo(static_cast<ZQBondStereo>(stereo));
+    bond->SetAromatic(aromatic);
+  }
+  mol.SetTitle(state[2].cast<std::string>());
+  return molecule;
+}
+
+/// The molecules of a file.
+class MoleculeFile {
+ public:
+  explicit MoleculeFile(const std::string& path, const std::string& format,
+                        const std::string& smilesColumn, const std::string& titleColumn) {
+    Reports reports;
+    bool isOpen = false;
+    {
+      const py::gil_scoped_release release;
+      isOpen = molecules_.Open(path, {format, smilesColumn, titleColumn});
+    }
+    if (!isOpen) reports.Throw("'" + path + "' can't be opened");
+    reports.Warn();
+  }
+  std::string GetName() const { return molecules_.GetName(); }
+  std::size_t Size() const { return molecules_.GetMaxMolIdx(); }
+  Molecule Get(py::ssize_t index) const {
+    const Reports reports;
+    Molecule molecule;
+    if (!molecules_.GetMolecule(molecule.mol, Check(index))) reports.Throw("no molecule");
+    return molecule;
+  }
+  std::string GetTitle(py::ssize_t index) const { return molecules_.GetTitle(Check(index)); }
+  std::string GetSmiles(py::ssize_t index) const {
+    const Reports reports;  // a record that can't be read has none
+    return molecules_.GetSmiles(Check(index));
+  }
+
+ private:
+  unsigned int Check(py::ssize_t index) const {
+    const auto size = static_cast<py::ssize_t>(Size());
+    if (index < 0) index += size;
+    if (index < 0 || index >= size) {
+      throw py::index_error("the file has " + std::to_string(size) + " records");
+    }
+    return static_cast<unsigned int>(index);
+  }
+  ZQMolDatabase molecules_;
 };
 
 }  // namespace
 
 void BindMolecules(py::module_& module) {
-  module.def("canonical_smiles", CanonicalSmiles);
-  module.def("explain", Explain);
-  module.def("draw", Draw);
-  module.def("vsepr", MakeVsepr);
-  py::class_<ZQVseprFingerprint>(module, "Vsepr",
-                                 "Weighted paths over the VSEPR types of a molecule's atoms.")
-      .def_property_readonly("volume", &ZQVseprFingerprint::GetVolume, "The sum of the weights.")
-      .def(
-          "paths", [](const ZQVseprFingerprint& fp) { return fp.GetPathCounts(); },
-          "A list of (key, weight), keys ascending: a byte for each atom, the first one lowest.")
-      .def(
-          "tanimoto",
-          [](const ZQVseprFingerprint& a, const ZQVseprFingerprint& b) {
-            CheckComparable(a, b);
-            return a.GetTanimoto(b);
-          },
-          py::arg("other"), "The shared weights, divided by those that either has.")
-      .def(
-          "tversky",
-          [](const ZQVseprFingerprint& a, const ZQVseprFingerprint& b, double alpha, double beta) {
-            CheckComparable(a, b);
-            return ZQGetTversky(a, b, alpha, beta);
-          },
-          py::arg("other"), py::arg("alpha") = 0.95, py::arg("beta") = 0.05,
-          "The Tversky similarity of the weights.");
-  py::class_<Smarts>(module, "CompiledSmarts")
-      .def(py::init<std::string>())
-      .def_property_readonly("text", &Smarts::GetText)
-      .def("is_in", &Smarts::IsIn)
-      .def("match", &Smarts::Match);
+  py::class_<Molecule>(module, "Molecule",
+                       "A molecule that was read: a value that can't be changed.\n\n"
+                       "Made from a SMILES string, an RDKit molecule, whose indices it keeps, or "
+                       "another Molecule.")
+      .def(py::init([](const py::object& mol, const std::string& title) {
+             const Reports reports;
+             Molecule molecule{ReadMolecule(mol, reports)};
+             if (!title.empty()) molecule.mol.SetTitle(title);
+             return molecule;
+           }),
+           py::arg("mol"), py::arg("title") = "")
+      .def_property_readonly("title", [](const Molecule& m) { return m.mol.GetTitle(); })
+      .def_property_readonly("num_atoms", [](const Molecule& m) { return m.mol.NumAtoms(); })
+      .def_property_readonly("num_bonds", [](const Molecule& m) { return m.mol.NumBonds(); })
+      .def_property_readonly(
+          "smiles", [](const Molecule& m) { return ZQMolToSmiles(m.mol); },
+          "A SMILES, in the order of the atoms; not canonical.")
+      .def("__repr__",
+           [](const Molecule& m) { return "korvex.Molecule('" + ZQMolToSmiles(m.mol) + "')"; })
+      .def(py::pickle(&GetState, &FromState));
+  py::class_<MoleculeFile>(module, "MoleculeFile",
+                           "The molecules of a file, read when they are asked for. Made by "
+                           "korvex.read().")
+      .def(py::init<std::string, std::string, std::string, std::string>())
+      .def_property_readonly("path", &MoleculeFile::GetName)
+      .def("__len__", &MoleculeFile::Size)
+      .def("__getitem__", &MoleculeFile::Get, "A Molecule. Raises Error if it can't be read.")
+      .def("title", &MoleculeFile::GetTitle, "The title of a record.")
+      .def("smiles", &MoleculeFile::GetSmiles, "The SMILES of a record, empty if it can't be read.")
+      .def("__repr__", [](const MoleculeFile& file) {
+        return "<korvex.MoleculeFile '" + file.GetName() + "', " + std::to_string(file.Size()) +
+               " molecules>";
+      });
 }
 
 }  // namespace KorvexPython

@@ -1,6 +1,7 @@
 #include "python/reports_local.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace KorvexPython {
 
@@ -34,14 +35,16 @@ bool Report(ZQErrorLevel level, const std::string& text) {
   return true;
 }
 
-Reports::Reports() : outer_(ofThread) {
-  ofThread = this;
+Reports::OnThread::OnThread(Reports& reports) : outer_(std::exchange(ofThread, &reports)) {}
+
+Reports::OnThread::~OnThread() { ofThread = outer_; }
+
+Reports::Reports() : onThread_(*this) {
   const std::lock_guard lock(activeMutex);
   active.push_back(this);
 }
 
 Reports::~Reports() {
-  ofThread = outer_;
   const std::lock_guard lock(activeMutex);
   active.erase(std::find(active.begin(), active.end(), this));
 }

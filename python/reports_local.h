@@ -19,7 +19,8 @@ namespace py = pybind11;
 using namespace ZQKorvex;
 
 /// Collects the messages of this thread from its construction on, and those of threads that the
-/// library starts meanwhile. Used with or without the GIL, but for the last two functions.
+/// library starts meanwhile, if no later call runs. Used with or without the GIL, but for the last
+/// two functions.
 class Reports {
  public:
   Reports();
@@ -36,14 +37,31 @@ class Reports {
   /// Throws them as `korvex.Error`; `what` where there are none.
   [[noreturn]] void Throw(const std::string& what) const;
 
+  /// Collects the messages of another thread, for the time of its existence there.
+  class OnThread {
+   public:
+    explicit OnThread(Reports& reports);
+    ~OnThread();
+    OnThread(const OnThread&) = delete;
+    OnThread& operator=(const OnThread&) = delete;
+
+   private:
+    Reports* outer_;
+  };
+
  private:
   friend bool Report(ZQErrorLevel level, const std::string& text);
 
   mutable std::mutex mutex_;
   std::vector<std::string> texts_;
   std::size_t count_ = 0;
-  Reports* outer_;
+  OnThread onThread_;
 };
+
+/// Throws what a signal handler of Python has to throw, such as for Ctrl-C.
+inline void CheckSignals() {
+  if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+}
 
 /// Makes the library report here, and the module's exception and warning classes.
 void BindReports(py::module_& module);

@@ -14,6 +14,7 @@
 #include "contract/nubrel/gpu.h"
 #include "contract/nubrel/kernels.h"
 #include "korvex/fpfast_scorer_local.h"
+#include "korvex/pairtracer_local.h"
 
 namespace ZQKorvex {
 
@@ -103,13 +104,19 @@ struct ZQPairBands {
   bool oneShot = false;  ///< the device has room for everything at once
 };
 
-/// For all pairs of records, row band by row band: calls `beginBand(rows)`, then `start` and
-/// `finish` with the rows and each piece of columns, as above, then `endBand(rows)`. With
-/// `upperTriangle` without the pieces that end before the first row.
+/// For all pairs of records, which the options' tracer counts, row band by row band: calls
+/// `beginBand(rows)`, then `start` and `finish` with the rows and each piece of columns, as above,
+/// then `endBand(rows)`. With `upperTriangle` without the pieces that end before the first row.
 template <class BeginBand, class Start, class Finish, class EndBand>
-bool ZQForPairs(const ZQRecordSource& source, ZQPairBands bands, bool upperTriangle,
-                BeginBand beginBand, Start start, Finish finish, EndBand endBand) {
+bool ZQForPairs(const ZQRecordSource& source, const ZQFPDatabaseOptions& options, ZQPairBands bands,
+                bool upperTriangle, BeginBand beginBand, Start start, Finish finish,
+                EndBand endBand) {
   const std::uint64_t count = source.records.count;
+  std::uint64_t numPairs = 0;
+  for (std::uint64_t begin = 0; begin < count; begin += bands.rows) {
+    numPairs += std::min(bands.rows, count - begin) * (upperTriangle ? count - begin : count);
+  }
+  ZQPairTracer tracer(options, numPairs);
   ZQDevicePiece rows(source, bands.rows, true);
   std::array<ZQDevicePiece, 2> columns{ZQDevicePiece(source, bands.columns, true),
                                        ZQDevicePiece(source, bands.columns, true)};
@@ -118,11 +125,16 @@ bool ZQForPairs(const ZQRecordSource& source, ZQPairBands bands, bool upperTrian
         !ZQForPieces(
             columns, upperTriangle ? begin : 0, count, [&](std::uint64_t) { return bands.columns; },
             [&](const ZQCURecords& piece) { return start(rows.Get(), piece); },
-            [&](const ZQCURecords& piece) { return finish(rows.Get(), piece); }) ||
+            [&](const ZQCURecords& piece) {
+              if (!finish(rows.Get(), piece)) return false;
+              tracer.Count(rows.Get().count * piece.count);
+              return true;
+            }) ||
         !endBand(rows.Get())) {
       return false;
     }
   }
+  tracer.Finish();
   return true;
 }
 

@@ -423,7 +423,7 @@ ZQIter<float> ZQFastFPCUDADatabaseImpl::GetAllScores(const ZQFPDatabaseOptions& 
   SetCommonFields(kernel, *source, options);
   kernel.scores = output->GetKernelBuffer();
   const bool done = ZQForPairs(
-      *source, bands, false, noStep, RunsOnPairs(kernel),
+      *source, options, bands, false, noStep, RunsOnPairs(kernel),
       [&](const ZQCURecords& rows, const ZQCURecords& columns) {
         const std::uint64_t rowBytes = columns.count * sizeof(float);
         return output->ReadData2D(&scores[rows.first * count + columns.first],
@@ -460,8 +460,8 @@ ZQFPHistogram ZQFastFPCUDADatabaseImpl::GetHistogram(const ZQFPDatabaseOptions& 
   kernel.numBins = static_cast<unsigned int>(bins);
   kernel.binSize = histogram.GetBinSize();
   kernel.counts = output->GetKernelBuffer();
-  const bool done = ZQForPairs(*source, GetBands(0, 0, histogramName), kernel.upperTriangle, noStep,
-                               RunsOnPairs(kernel), noStep, noStep);
+  const bool done = ZQForPairs(*source, options, GetBands(0, 0, histogramName),
+                               kernel.upperTriangle, noStep, RunsOnPairs(kernel), noStep, noStep);
   std::vector<unsigned long> counts(bins);
   if (done && output->ReadData(counts.data(), bytes)) {
     histogram += ZQFPHistogram(std::move(counts), 0.0, 1.0);
@@ -496,7 +496,7 @@ ZQFPVariogram ZQFastFPCUDADatabaseImpl::GetVariogram(const std::vector<float>& v
   std::vector<unsigned long> counts(bins);
   std::vector<double> sums(bins);
   const bool done = ZQForPairs(
-      *source, bands, true, noStep, RunsOnPairs(kernel),
+      *source, options, bands, true, noStep, RunsOnPairs(kernel),
       [&](const ZQCURecords& rows, const ZQCURecords& columns) {
         const std::uint64_t rowBytes = columns.count * sizeof(Bin);
         return output->ReadData2D(&found[columns.first], count * sizeof(Bin), rowBytes, rowBytes,
@@ -538,7 +538,7 @@ std::optional<unsigned long> ZQFastFPCUDADatabaseImpl::CountMaxNeighbors(
   std::vector<std::uint32_t> counts(bands.rows);
   std::uint32_t most = 0;
   const bool done = ZQForPairs(
-      source, bands, false, [&](const ZQCURecords&) { return output->Clear(); },
+      source, options, bands, false, [&](const ZQCURecords&) { return output->Clear(); },
       RunsOnPairs(kernel), noStep,
       [&](const ZQCURecords& rows) {
         if (!output->ReadData(counts.data(), rows.count * bytesPerRow)) return false;
@@ -586,8 +586,8 @@ bool ZQFastFPCUDADatabaseImpl::FindNeighbors(std::vector<ZQSimScorePair>& out,
   const std::uint64_t listSize =
       options.GetLimit() == 0 ? source.records.count : options.GetLimit();
   return ZQForPairs(
-      source, bands, false, [&](const ZQCURecords&) { return sizes->Clear(); }, RunsOnPairs(kernel),
-      noStep,
+      source, options, bands, false, [&](const ZQCURecords&) { return sizes->Clear(); },
+      RunsOnPairs(kernel), noStep,
       [&](const ZQCURecords& rows) {
         if (!scores->ReadData(foundScores.data(), rows.count * k * sizeof(float)) ||
             !indices->ReadData(foundIndices.data(), rows.count * k * sizeof(std::uint64_t)) ||

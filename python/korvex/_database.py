@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
+import itertools
 import os
-import sys
+import shutil
 import warnings
 from typing import Any, Iterable, Iterator, Union
 
@@ -11,9 +12,10 @@ import numpy as np
 from numpy.typing import NDArray
 
 from . import _core
-from ._core import Fingerprint, KorvexWarning, Type
+from ._core import Fingerprint, KorvexWarning, MoleculeFile, Type
 from ._fingerprint import fingerprint, type_of
-from ._molecule import Mol, is_one, smiles_of
+from ._molecule import Mol, is_one
+from ._progress import Progress, shown
 
 Path = Union[str, "os.PathLike[str]"]
 
@@ -63,7 +65,7 @@ class Database:
             raise ValueError(f"memory is one of {', '.join(numbers)}, not {memory!r}")
         self._arguments = (os.fspath(path), memory)
         self._core = _core.Database(self._arguments[0], numbers[memory])
-        self._molecules: _core.Molecules | None = None
+        self._molecules: MoleculeFile | None = None
         self._is_searched = False
 
     def __reduce__(self) -> tuple[Any, ...]:
@@ -114,28 +116,35 @@ class Database:
         return self._core.scores(self._queries(query)[0], measure, alpha, beta)
 
     def neighbors(self, k: int = 10, cutoff: float | None = None, measure: str = "tanimoto",
-                  alpha: float = 0.95, beta: float = 0.05) -> Hits:
-        """The k nearest other records of each record, with scores not below the cutoff.
+                  alpha: float = 0.95, beta: float = 0.05, progress: Progress = None) -> Hits:
+        """The k nearest other records of each record, 0 for all, with scores not below the cutoff.
 
+        progress: a function of count and total, or whether a bar is drawn on standard error; by
+        default if that is a terminal or a notebook.
         Returns Hits with the fields record, index and score. The time grows with the square of the
-        number of records.
+        number of records. Ctrl-C ends it.
         """
-        return Hits(self._core.neighbors(k, cutoff, measure, alpha, beta), self)
+        with shown(progress, "pairs") as show:
+            return Hits(self._core.neighbors(k, cutoff, measure, alpha, beta, show), self)
 
     def histogram(self, bins: int = 20, measure: str = "tanimoto", alpha: float = 0.95,
-                  beta: float = 0.05) -> tuple[NDArray[np.uint64], NDArray[np.float64]]:
+                  beta: float = 0.05, progress: Progress = None
+                  ) -> tuple[NDArray[np.uint64], NDArray[np.float64]]:
         """How the scores of all pairs of records are distributed: (counts, edges), as of
-        numpy.histogram."""
-        return self._core.histogram(bins, measure, alpha, beta)
+        numpy.histogram. Time and progress are as of neighbors()."""
+        with shown(progress, "pairs") as show:
+            return self._core.histogram(bins, measure, alpha, beta, show)
 
     def variogram(
-            self, values: Iterable[float], bins: int = 20, measure: str = "tanimoto"
+            self, values: Iterable[float], bins: int = 20, measure: str = "tanimoto",
+            progress: Progress = None
     ) -> tuple[NDArray[np.float64], NDArray[np.uint64], NDArray[np.float64]]:
         """The semivariance of `values`, one for each record, by the distance of the records, 1 less
-        their score: (semivariances, counts, edges)."""
-        return self._core.variogram([float(v) for v in values], bins, measure)
+        their score: (semivariances, counts, edges). Time and progress are as of neighbors()."""
+        with shown(progress, "pairs") as show:
+            return self._core.variogram([float(v) for v in values], bins, measure, show)
 
-    def _open_molecules(self) -> _core.Molecules | None:
+    def _open_molecules(self) -> MoleculeFile | None:
         if self._is_searched:
             return self._molecules
         self._is_searched = True
@@ -144,7 +153,7 @@ class Database:
         for path in (name, os.path.join(folder, name),
                      os.path.join(folder, os.path.basename(name))):
             if os.path.isfile(path):
-                molecules = _core.Molecules(path)
+                molecules = read(path)
                 if len(molecules) == len(self):
                     self._molecules = molecules
                     return molecules
@@ -172,23 +181,56 @@ def open(path: Path, memory: str = "mapped") -> Database:
     return Database(path, memory)
 
 
+def read(path: Path, format: str = "", smiles_column: str = "",
+         title_column: str = "") -> MoleculeFile:
+    """Opens a molecule file (.smi, .sdf, .mol, .csv, .tsv, also .gz): a sequence of Molecules,
+    each of which is read when it is asked for.
+
+    format: such as "csv", where the name doesn't say it. The columns are those of a table; by
+    default SMILES and name.
+    """
+    return MoleculeFile(os.fspath(path), format, smiles_column, title_column)
+
+
+def _line(mol: Mol) -> str:
+    """A line for a molecule, also for a text that is empty or has line feeds."""
+    title = ""
+    if not isinstance(mol, str):
+        mol = _core.Molecule(mol)
+        title = " ".join(mol.title.split())
+        mol = mol.smiles
+    return f"{mol if mol.split() == [mol] else '?'} {title}\n"
+
+
+_partial_files = itertools.count()
+
+
 def create(molecules: Path | Iterable[Mol], out: Path, type: str | Type = "path",
-           threads: int = 0, progress: bool | None = None) -> Database:
-    """Makes a database file, and opens it.
+           threads: int = 0, progress: Progress = None) -> Database:
+    """Makes a database file, and opens it. A file of this name is replaced at the end.
 
     molecules: the name of a molecule file (.smi, .sdf, .mol, .csv, .tsv, also .gz), or an iterable
     of molecules, whose records then have no titles. A molecule that can't be read gets a record
     without bits; a warning lists them.
-    progress: draws a bar on standard error; by default if that is a terminal.
+    progress: a function of count and total, or whether a bar is drawn on standard error; by default
+    if that is a terminal or a notebook. Ctrl-C ends the run, and leaves nothing behind.
     """
-    if progress is None:
-        progress = sys.stderr is not None and sys.stderr.isatty()
     filename, lines = "", ""
     if isinstance(molecules, (str, os.PathLike)):
         filename = os.fspath(molecules)
     else:
-        # A line for each molecule, also for an empty text or one with line feeds.
-        texts = (smiles_of(mol) for mol in molecules)
-        lines = "".join(f"{text if text.split() == [text] else '?'}\n" for text in texts)
-    _core.create(os.fspath(out), filename, lines, type_of(type), threads, progress)
+        lines = "".join(map(_line, molecules))
+    target = os.path.realpath(out)
+    partial = os.path.join(
+        os.path.dirname(target),
+        f".part{os.getpid()}-{next(_partial_files)}{os.path.splitext(target)[1]}")
+    try:
+        with shown(progress, "molecules") as show:
+            _core.create(partial, filename, lines, type_of(type), threads, show)
+        if os.path.exists(target):
+            shutil.copymode(target, partial)
+        os.replace(partial, target)
+    finally:
+        if os.path.exists(partial):
+            os.unlink(partial)
     return open(out)

@@ -4,9 +4,11 @@ from __future__ import annotations
 
 from typing import Any, Callable
 
+import numpy as np
+
 from . import _core
 from ._core import Fingerprint, Type
-from ._molecule import is_one, smiles_of
+from ._molecule import is_one
 
 
 def type_of(kind_or_type: str | Type) -> Type:
@@ -18,7 +20,7 @@ def fingerprint(mols: Any, type: str | Type = "path", threads: int = 0,
                 return_mask: bool = False) -> Any:
     """Makes fingerprints.
 
-    mols: one molecule, or an iterable of n molecules.
+    mols: one molecule (a SMILES string, a Molecule or an RDKit molecule), or an iterable of n.
     type: a kind, a type string or a Type.
     threads: 0 for one on each processor.
 
@@ -29,8 +31,8 @@ def fingerprint(mols: Any, type: str | Type = "path", threads: int = 0,
     """
     chosen = type_of(type)
     if is_one(mols):
-        return _core.make_one(smiles_of(mols), chosen)
-    made, mask = _core.make_many([smiles_of(mol) for mol in mols], chosen, threads)
+        return _core.make_one(mols, chosen)
+    made, mask = _core.make_many(list(mols), chosen, threads)
     return (made, mask) if return_mask else made
 
 
@@ -52,3 +54,24 @@ manhattan = _measure("manhattan", "The Manhattan distance, over the number of bi
 def tversky(a: Fingerprint, b: Fingerprint, alpha: float = 0.95, beta: float = 0.05) -> float:
     """The Tversky similarity of two fingerprints; alpha weighs the bits that only `a` has."""
     return _core.compare(a, b, "tversky", alpha, beta)
+
+
+def to_rdkit(fp: Fingerprint) -> Any:
+    """The bits as an ExplicitBitVect of RDKit. Raises ValueError for a text."""
+    from rdkit import DataStructs
+    if fp.type.is_text:
+        raise ValueError("a text has no bits")
+    bits = DataStructs.ExplicitBitVect(fp.num_bits)
+    bits.SetBitsFromList(fp.bits().tolist())
+    return bits
+
+
+def from_rdkit(bits: Any, type: str | Type) -> Fingerprint:
+    """The fingerprint of a type with the bits of an ExplicitBitVect of RDKit, which has as many."""
+    chosen = type_of(type)
+    if len(bits) != chosen.num_bits:
+        raise ValueError(f"{len(bits)} bits; a fingerprint of this type has {chosen.num_bits}")
+    words = np.zeros((chosen.num_bits + 63) // 64, np.uint64)
+    for bit in bits.GetOnBits():
+        words[bit // 64] |= np.uint64(1 << (bit % 64))
+    return Fingerprint.from_numpy(words, chosen)

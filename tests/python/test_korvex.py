@@ -122,7 +122,7 @@ def test_databases_are_opened_again_elsewhere(database):
 def test_bad_arguments(database, tmp_path):
     for call, error, text in [
             (lambda: korvex.fingerprint("C1CC"), korvex.Error, "ring closure 1 left open"),
-            (lambda: korvex.fingerprint([5]), TypeError, "SMILES string or an RDKit"),
+            (lambda: korvex.fingerprint([5]), TypeError, "item 0 is a int; a molecule is"),
             (lambda: korvex.fingerprint("CCO", "Path,ver=2.0.0,size=8"), korvex.Error, "size|Path"),
             (lambda: korvex.type("nonsense"), korvex.Error, "nonsense"),
             (lambda: korvex.open(tmp_path / "no.fpbin"), korvex.Error, "cannot open"),

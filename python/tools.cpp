@@ -1,0 +1,177 @@
+#include <pybind11/stl.h>
+
+#include <functional>
+#include <optional>
+
+#include "python/fingerprints_local.h"
+#include "python/molecules_local.h"
+
+namespace KorvexPython {
+
+namespace {
+
+std::string CanonicalSmiles(const py::object& mol) {
+  const Reports reports;
+  return ZQMolToCanonicalSmiles(ReadMolecule(mol, reports));
+}
+
+std::vector<unsigned int> Marked(const std::vector<bool>& marks) {
+  std::vector<unsigned int> indices;
+  for (unsigned int i = 0; i < marks.size(); ++i) {
+    if (marks[i]) indices.push_back(i);
+  }
+  return indices;
+}
+
+/// All indices are those of the molecules that were given.
+py::dict Explain(const py::object& a, const py::object& b, const Type& type,
+                 const std::string& measure, float alpha, float beta) {
+  Reports reports;
+  ZQMol mols[] = {ReadMolecule(a, reports), ReadMolecule(b, reports)};
+  ZQSimilarityExplanation explanation;
+  const unsigned int number = ReadMeasure(measure);
+  bool done = false;
+  {
+    const py::gil_scoped_release release;
+    done = ZQExplainSimilarity(explanation, mols[0], mols[1], type.type, number, alpha, beta);
+  }
+  if (!done) reports.Throw("the fingerprints can't be made");
+  reports.Warn();
+  py::list sides;
+  for (const ZQSimilarityExplanation::Side& side : explanation.sides) {
+    sides.append(py::dict(py::arg("fingerprint") = side.fp, py::arg("count") = side.count,
+                          py::arg("shared_atoms") = Marked(side.sharedAtoms),
+                          py::arg("shared_bonds") = Marked(side.sharedBonds),
+                          py::arg("weights") = side.weights,
+                          py::arg("covered_atoms") = side.coveredAtoms,
+                          py::arg("covered_bonds") = side.coveredBonds));
+  }
+  py::list fragments;
+  for (const ZQSharedFragment& fragment : explanation.overlap) {
+    std::vector<unsigned int> atoms[2];
+    std::vector<unsigned int> bonds[2];
+    for (const auto& pair : fragment.match.GetAtomPairs()) {
+      atoms[0].push_back(pair.pattern->GetIdx());
+      atoms[1].push_back(pair.target->GetIdx());
+    }
+    for (const auto& pair : fragment.match.GetBondPairs()) {
+      bonds[0].push_back(pair.pattern->GetIdx());
+      bonds[1].push_back(pair.target->GetIdx());
+    }
+    fragments.append(py::make_tuple(fragment.text, atoms[0], bonds[0], atoms[1], bonds[1]));
+  }
+  return py::dict(py::arg("score") = explanation.score, py::arg("both") = explanation.both,
+                  py::arg("sides") = sides, py::arg("fragments") = fragments);
+}
+
+std::string Draw(const py::object& molecule, const std::vector<unsigned int>& atoms,
+                 const std::vector<unsigned int>& bonds, const std::vector<double>& weights,
+                 unsigned int width, unsigned int height, const std::string& title) {
+  Reports reports;
+  ZQMol mol = ReadMolecule(molecule, reports);
+  ZQLayout layout;
+  if (!ZQMakeLayout(layout, mol)) reports.Throw("the molecule can't be drawn");
+  ZQDrawStyle style;
+  style.width = width;
+  style.height = height;
+  style.atoms = atoms;
+  style.bonds = bonds;
+  style.weights = weights;
+  style.title = title;
+  return ZQDrawSVG(mol, layout, style);
+}
+
+ZQVseprFingerprint MakeVsepr(const py::object& molecule, unsigned int maxLength,
+                             unsigned int minLength, bool forceOut, bool weightByLength,
+                             bool stereo) {
+  Reports reports;
+  ZQMol mol = ReadMolecule(molecule, reports);
+  ZQVseprFingerprint fp(mol, ZQVseprOptions()
+                                 .SetMaxPathLength(maxLength)
+                                 .SetMinPathLength(minLength)
+                                 .SetForcePathsOut(forceOut)
+                                 .SetWeightByLength(weightByLength)
+                                 .SetStereoAware(stereo));
+  reports.Warn();
+  return fp;
+}
+
+void CheckComparable(const ZQVseprFingerprint& a, const ZQVseprFingerprint& b) {
+  if (!(a.GetOptions() == b.GetOptions())) {
+    throw py::value_error("the fingerprints have paths of different lengths or routes");
+  }
+}
+
+/// A pattern. The program's `substructure` finds the same matches.
+class Smarts {
+ public:
+  explicit Smarts(const std::string& text) : text_(text) {
+    const Reports reports;
+    search_.emplace(text);
+    if (!search_->IsValid()) reports.Throw("'" + text + "' isn't a pattern");
+  }
+  const std::string& GetText() const { return text_; }
+  bool IsIn(const py::object& molecule) const {
+    const ZQMol mol = Prepare(molecule);
+    return search_->SingleMatch(mol);
+  }
+  std::vector<std::vector<unsigned int>> Match(const py::object& molecule, bool unique,
+                                               std::size_t most) const {
+    const ZQMol mol = Prepare(molecule);
+    std::vector<std::vector<unsigned int>> matches;
+    for (auto match = search_->Match(mol, unique); match && matches.size() < most; ++match) {
+      std::vector<unsigned int>& atoms = matches.emplace_back();
+      for (const auto& pair : match->GetAtomPairs()) atoms.push_back(pair.target->GetIdx());
+    }
+    return matches;
+  }
+
+ private:
+  static ZQMol Prepare(const py::object& molecule) {
+    const Reports reports;
+    ZQMol mol = ReadMolecule(molecule, reports);
+    ZQFindRingAtomsAndBonds(mol);
+    ZQAssignAromaticFlags(mol, 2, true, 0, false);
+    return mol;
+  }
+
+  std::string text_;
+  std::optional<ZQSubSearch> search_;
+};
+
+}  // namespace
+
+void BindTools(py::module_& module) {
+  module.def("canonical_smiles", CanonicalSmiles);
+  module.def("explain", Explain);
+  module.def("draw", Draw);
+  module.def("vsepr", MakeVsepr);
+  py::class_<ZQVseprFingerprint>(module, "Vsepr",
+                                 "Weighted paths over the VSEPR types of a molecule's atoms.")
+      .def_property_readonly("volume", &ZQVseprFingerprint::GetVolume, "The sum of the weights.")
+      .def(
+          "paths", [](const ZQVseprFingerprint& fp) { return fp.GetPathCounts(); },
+          "A list of (key, weight), keys ascending: a byte for each atom, the first one lowest.")
+      .def(
+          "tanimoto",
+          [](const ZQVseprFingerprint& a, const ZQVseprFingerprint& b) {
+            CheckComparable(a, b);
+            return a.GetTanimoto(b);
+          },
+          py::arg("other"), "The shared weights, divided by those that either has.")
+      .def(
+          "tversky",
+          [](const ZQVseprFingerprint& a, const ZQVseprFingerprint& b, double alpha, double beta) {
+            CheckComparable(a, b);
+            return ZQGetTversky(a, b, alpha, beta);
+          },
+          py::arg("other"), py::arg("alpha") = 0.95, py::arg("beta") = 0.05,
+          "The Tversky similarity of the weights.");
+  py::class_<Smarts>(module, "CompiledSmarts")
+      .def(py::init<std::string>())
+      .def_property_readonly("text", &Smarts::GetText)
+      .def("is_in", &Smarts::IsIn)
+      .def("match", &Smarts::Match);
+}
+
+}  // namespace KorvexPython
