@@ -7,6 +7,7 @@
 
 #include "python/fingerprints_local.h"
 #include "python/longcall_local.h"
+#include "python/molecules_local.h"
 
 namespace KorvexPython {
 
@@ -205,9 +206,9 @@ class Database {
   std::unique_ptr<ZQFastFPDatabase> database_;
 };
 
-/// Makes a database of the molecules of a file or, if there is no name, of the lines of a text.
-/// Returns the numbers of records, of those without a fingerprint, and of empty ones.
-py::tuple Create(const std::string& out, const std::string& filename, const std::string& lines,
+/// Makes a database, whose header gets the name. Returns the numbers of records, of those without
+/// a fingerprint, and of empty ones.
+py::tuple Create(const std::string& out, const MoleculeFile& molecules, const std::string& name,
                  const Type& type, unsigned int threads, const py::object& progress) {
   ZQCreateFastFPDatabaseOptions options(type.type);
   options.SetNumProcessors(threads);
@@ -215,10 +216,7 @@ py::tuple Create(const std::string& out, const std::string& filename, const std:
   Reports reports;
   const bool done = RunLong(reports, progress, [&](const ZQDots& tracer) {
     options.SetTracer(tracer);
-    if (!filename.empty()) return ZQCreateFastFPDatabaseFile(out, filename, options, &counts);
-    ZQMolDatabase molecules;
-    return molecules.OpenContent(lines, "the molecules", {"smi", "", ""}) &&
-           ZQCreateFastFPDatabaseFile(out, molecules, "-", options, &counts);
+    return ZQCreateFastFPDatabaseFile(out, molecules.Get(), name, options, &counts);
   });
   if (!done) reports.Throw("'" + out + "' can't be made");
   reports.Warn();
@@ -243,7 +241,7 @@ void BindDatabase(py::module_& module) {
       .def("neighbors", &Database::Neighbors)
       .def("histogram", &Database::Histogram)
       .def("variogram", &Database::Variogram);
-  module.def("create", Create, py::arg("out"), py::arg("filename"), py::arg("lines"),
+  module.def("create", Create, py::arg("out"), py::arg("molecules"), py::arg("name"),
              py::arg("type"), py::arg("threads"), py::arg("progress"));
 }
 

@@ -79,7 +79,7 @@ py::array_t<bool> ForAll(const std::vector<MoleculeInput>& inputs, const Type& t
 
 /// The fingerprints of molecules: an array of words, or a list of texts, and for each whether it
 /// could be made.
-py::tuple MakeMany(const py::sequence& mols, const Type& type, unsigned int numThreads) {
+py::tuple MakeMany(const py::object& mols, const Type& type, unsigned int numThreads) {
   const std::vector<MoleculeInput> inputs = ReadInputs(mols);
   const std::size_t n = inputs.size();
   ZQFPDatabaseOptions options;

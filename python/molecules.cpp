@@ -83,6 +83,7 @@ bool MoleculeInput::Read(ZQMol& mol, const std::string& where) const {
     mol = molecule_->mol;
     return true;
   }
+  if (molecules_) return molecules_->GetMolecule(mol, index_);
   if (!graph_) return ZQSmilesToMol(mol, smiles_, where);
   std::string fault;
   if (MakeMolecule(mol, *graph_, fault)) return true;
@@ -92,10 +93,15 @@ bool MoleculeInput::Read(ZQMol& mol, const std::string& where) const {
   return false;
 }
 
-std::vector<MoleculeInput> ReadInputs(const py::sequence& mols) {
-  const InputReader reader;
+std::vector<MoleculeInput> ReadInputs(const py::object& mols) {
   std::vector<MoleculeInput> inputs;
-  inputs.reserve(mols.size());
+  inputs.reserve(py::len(mols));
+  if (py::isinstance<MoleculeFile>(mols)) {
+    const ZQMolDatabase& file = mols.cast<const MoleculeFile&>().Get();
+    for (unsigned int i = 0; i < file.GetMaxMolIdx(); ++i) inputs.emplace_back(&file, i);
+    return inputs;
+  }
+  const InputReader reader;
   for (const py::handle mol : mols) {
     inputs.push_back(reader.Read(mol, "item " + std::to_string(inputs.size())));
   }
@@ -108,6 +114,33 @@ ZQMol ReadMolecule(const py::handle& mol, const Reports& reports) {
     reports.Throw("the molecule can't be read");
   }
   return read;
+}
+
+MoleculeFile::MoleculeFile(const std::string& path, const ZQMolFileOptions& options) {
+  Reports reports;
+  bool isOpen = false;
+  {
+    const py::gil_scoped_release release;
+    isOpen = molecules_.Open(path, options);
+  }
+  if (!isOpen) reports.Throw("'" + path + "' can't be opened");
+  reports.Warn();
+}
+
+MoleculeFile::MoleculeFile(std::string lines) {
+  const Reports reports;
+  if (!molecules_.OpenContent(std::move(lines), "the molecules", {"smi", "", ""})) {
+    reports.Throw("the molecules can't be read");
+  }
+}
+
+unsigned int MoleculeFile::Check(py::ssize_t index) const {
+  const py::ssize_t size = Size();
+  if (index < 0) index += size;
+  if (index < 0 || index >= size) {
+    throw py::index_error("the file has " + std::to_string(size) + " records");
+  }
+  return static_cast<unsigned int>(index);
 }
 
 namespace {
@@ -160,45 +193,17 @@ Molecule FromState(const py::tuple& state) {
   return molecule;
 }
 
-/// The molecules of a file.
-class MoleculeFile {
- public:
-  explicit MoleculeFile(const std::string& path, const std::string& format,
-                        const std::string& smilesColumn, const std::string& titleColumn) {
-    Reports reports;
-    bool isOpen = false;
-    {
-      const py::gil_scoped_release release;
-      isOpen = molecules_.Open(path, {format, smilesColumn, titleColumn});
-    }
-    if (!isOpen) reports.Throw("'" + path + "' can't be opened");
-    reports.Warn();
-  }
-  std::string GetName() const { return molecules_.GetName(); }
-  std::size_t Size() const { return molecules_.GetMaxMolIdx(); }
-  Molecule Get(py::ssize_t index) const {
-    const Reports reports;
-    Molecule molecule;
-    if (!molecules_.GetMolecule(molecule.mol, Check(index))) reports.Throw("no molecule");
-    return molecule;
-  }
-  std::string GetTitle(py::ssize_t index) const { return molecules_.GetTitle(Check(index)); }
-  std::string GetSmiles(py::ssize_t index) const {
-    const Reports reports;  // a record that can't be read has none
-    return molecules_.GetSmiles(Check(index));
-  }
+Molecule GetMolecule(const MoleculeFile& file, py::ssize_t index) {
+  const Reports reports;
+  Molecule molecule;
+  if (!file.Get().GetMolecule(molecule.mol, file.Check(index))) reports.Throw("no molecule");
+  return molecule;
+}
 
- private:
-  unsigned int Check(py::ssize_t index) const {
-    const auto size = static_cast<py::ssize_t>(Size());
-    if (index < 0) index += size;
-    if (index < 0 || index >= size) {
-      throw py::index_error("the file has " + std::to_string(size) + " records");
-    }
-    return static_cast<unsigned int>(index);
-  }
-  ZQMolDatabase molecules_;
-};
+std::string GetSmiles(const MoleculeFile& file, py::ssize_t index) {
+  const Reports reports;  // a record that can't be read has none
+  return file.Get().GetSmiles(file.Check(index));
+}
 
 }  // namespace
 
@@ -226,15 +231,26 @@ void BindMolecules(py::module_& module) {
   py::class_<MoleculeFile>(module, "MoleculeFile",
                            "The molecules of a file, read when they are asked for. Made by "
                            "korvex.read().")
-      .def(py::init<std::string, std::string, std::string, std::string>())
-      .def_property_readonly("path", &MoleculeFile::GetName)
+      .def(py::init([](const std::string& path, const std::string& format,
+                       const std::string& smilesColumn, const std::string& titleColumn) {
+        return std::make_unique<MoleculeFile>(path,
+                                              ZQMolFileOptions{format, smilesColumn, titleColumn});
+      }))
+      .def_static("of_lines",
+                  [](const std::string& lines) { return std::make_unique<MoleculeFile>(lines); })
+      .def_property_readonly("path", [](const MoleculeFile& file) { return file.Get().GetName(); })
       .def("__len__", &MoleculeFile::Size)
-      .def("__getitem__", &MoleculeFile::Get, "A Molecule. Raises Error if it can't be read.")
-      .def("title", &MoleculeFile::GetTitle, "The title of a record.")
-      .def("smiles", &MoleculeFile::GetSmiles, "The SMILES of a record, empty if it can't be read.")
+      .def("__getitem__", GetMolecule, "A Molecule. Raises Error if it can't be read.")
+      .def(
+          "title",
+          [](const MoleculeFile& file, py::ssize_t index) {
+            return file.Get().GetTitle(file.Check(index));
+          },
+          "The title of a record.")
+      .def("smiles", GetSmiles, "The SMILES of a record, empty if it can't be read.")
       .def("__repr__", [](const MoleculeFile& file) {
-        return "<korvex.MoleculeFile '" + file.GetName() + "', " + std::to_string(file.Size()) +
-               " molecules>";
+        return "<korvex.MoleculeFile '" + file.Get().GetName() + "', " +
+               std::to_string(file.Size()) + " molecules>";
       });
 }
 

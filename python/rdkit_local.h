@@ -9,9 +9,11 @@
 #include <string_view>
 #include <vector>
 
-#include "python/reports_local.h"
+#include "korvex/korvex.h"
 
 namespace KorvexPython {
+
+using namespace ZQKorvex;
 
 /// The atoms and bonds of an RDKit molecule, with the numbers of RDKit's enumerations.
 struct RdkitGraph {

@@ -1,6 +1,7 @@
 #include "python/reports_local.h"
 
-#include <algorithm>
+#include <pthread.h>
+
 #include <utility>
 
 namespace KorvexPython {
@@ -46,7 +47,7 @@ Reports::Reports() : onThread_(*this) {
 
 Reports::~Reports() {
   const std::lock_guard lock(activeMutex);
-  active.erase(std::find(active.begin(), active.end(), this));
+  std::erase(active, this);
 }
 
 std::string Reports::GetText() const {
@@ -72,6 +73,12 @@ void Reports::Throw(const std::string& what) const {
 }
 
 void BindReports(py::module_& module) {
+  // A process that is forked while another thread is here, or in a call, has none of these.
+  pthread_atfork([] { activeMutex.lock(); }, [] { activeMutex.unlock(); },
+                 [] {
+                   active.clear();
+                   activeMutex.unlock();
+                 });
   errorClass = PyErr_NewExceptionWithDoc("korvex.Error", "What the library refused, in its words.",
                                          PyExc_RuntimeError, nullptr);
   warningClass =

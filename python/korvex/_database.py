@@ -205,28 +205,30 @@ def _line(mol: Mol) -> str:
 _partial_files = itertools.count()
 
 
-def create(molecules: Path | Iterable[Mol], out: Path, type: str | Type = "path",
+def create(molecules: Path | MoleculeFile | Iterable[Mol], out: Path, type: str | Type = "path",
            threads: int = 0, progress: Progress = None) -> Database:
     """Makes a database file, and opens it. A file of this name is replaced at the end.
 
-    molecules: the name of a molecule file (.smi, .sdf, .mol, .csv, .tsv, also .gz), or an iterable
-    of molecules, whose records then have no titles. A molecule that can't be read gets a record
-    without bits; a warning lists them.
+    molecules: a molecule file, by name or as read() opens it, or an iterable of molecules, whose
+    records then have no titles. A molecule that can't be read gets a record without bits; a warning
+    lists them.
     progress: a function of count and total, or whether a bar is drawn on standard error; by default
     if that is a terminal or a notebook. Ctrl-C ends the run, and leaves nothing behind.
     """
-    filename, lines = "", ""
     if isinstance(molecules, (str, os.PathLike)):
-        filename = os.fspath(molecules)
+        molecules = read(molecules)
+    if isinstance(molecules, MoleculeFile):
+        name = molecules.path
     else:
-        lines = "".join(map(_line, molecules))
+        name = "-"
+        molecules = MoleculeFile.of_lines("".join(map(_line, molecules)))
     target = os.path.realpath(out)
     partial = os.path.join(
         os.path.dirname(target),
         f".part{os.getpid()}-{next(_partial_files)}{os.path.splitext(target)[1]}")
     try:
         with shown(progress, "molecules") as show:
-            _core.create(partial, filename, lines, type_of(type), threads, show)
+            _core.create(partial, molecules, name, type_of(type), threads, show)
         if os.path.exists(target):
             shutil.copymode(target, partial)
         os.replace(partial, target)

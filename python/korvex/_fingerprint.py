@@ -7,7 +7,7 @@ from typing import Any, Callable
 import numpy as np
 
 from . import _core
-from ._core import Fingerprint, Type
+from ._core import Fingerprint, MoleculeFile, Type
 from ._molecule import is_one
 
 
@@ -20,7 +20,8 @@ def fingerprint(mols: Any, type: str | Type = "path", threads: int = 0,
                 return_mask: bool = False) -> Any:
     """Makes fingerprints.
 
-    mols: one molecule (a SMILES string, a Molecule or an RDKit molecule), or an iterable of n.
+    mols: one molecule (a SMILES string, a Molecule or an RDKit molecule), or an iterable of n
+        of them, such as a MoleculeFile.
     type: a kind, a type string or a Type.
     threads: 0 for one on each processor.
 
@@ -32,7 +33,9 @@ def fingerprint(mols: Any, type: str | Type = "path", threads: int = 0,
     chosen = type_of(type)
     if is_one(mols):
         return _core.make_one(mols, chosen)
-    made, mask = _core.make_many(list(mols), chosen, threads)
+    if not isinstance(mols, MoleculeFile):
+        mols = list(mols)
+    made, mask = _core.make_many(mols, chosen, threads)
     return (made, mask) if return_mask else made
 
 

@@ -6,6 +6,7 @@ import multiprocessing
 import os
 import pickle
 import re
+import signal
 import subprocess
 import sys
 import threading
@@ -119,6 +120,63 @@ def test_databases_are_opened_again_elsewhere(database):
         thread.join()
 
 
+def test_long_calls_show_progress_and_stop(database, tmp_path):
+    many = korvex.create(SMILES * 250, tmp_path / "many.fpbin", "circular")
+    out = tmp_path / "out.fpbin"
+    out.write_bytes(b"old")
+    calls = [lambda progress: korvex.create(SMILES * 250, out, progress=progress),
+             lambda progress: many.neighbors(k=2, progress=progress),
+             lambda progress: many.histogram(progress=progress),
+             lambda progress: many.variogram(range(len(many)), progress=progress)]
+    for call in calls:
+        seen = []
+
+        def interrupt(count, total):
+            seen.append((count, total))
+            signal.raise_signal(signal.SIGINT)
+
+        with pytest.raises(KeyboardInterrupt):
+            call(interrupt)
+        assert len(seen) == 1 and 0 < seen[0][0] < seen[0][1]
+    assert out.read_bytes() == b"old" and len(os.listdir(tmp_path)) == 2
+    seen = []
+    many.histogram(progress=lambda *args: seen.append(args))
+    assert seen == sorted(seen) and seen[-1] == (40000 * 39999 // 2,) * 2
+    run = subprocess.run([sys.executable, "-c", "import sys, korvex\n"
+                          "korvex.open(sys.argv[1]).histogram(progress=True)", database.path],
+                         capture_output=True, text=True)
+    assert re.search(r"\[#{30}\] 12720/12720 pairs, \d+/s, 0 s left", run.stderr)
+
+
+def test_a_fork_during_searches(database):
+    stop = threading.Event()
+
+    def search():
+        while not stop.is_set():
+            database.search(SMILES[:50], threads=2)
+            with pytest.raises(korvex.Error):
+                korvex.fingerprint("C1CC")
+
+    threads = [threading.Thread(target=search) for _ in range(2)]
+    for thread in threads:
+        thread.start()
+    try:
+        for _ in range(20):
+            child = os.fork()
+            if child == 0:
+                try:
+                    right = database.search(SMILES[1], k=1)["score"][0] == 1.0
+                    korvex.fingerprint("C1CC")
+                except korvex.Error:
+                    os._exit(0 if right else 1)
+                os._exit(2)
+            assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
+    finally:
+        stop.set()
+        for thread in threads:
+            thread.join()
+
+
 def test_bad_arguments(database, tmp_path):
     for call, error, text in [
             (lambda: korvex.fingerprint("C1CC"), korvex.Error, "ring closure 1 left open"),
@@ -128,6 +186,8 @@ def test_bad_arguments(database, tmp_path):
             (lambda: korvex.open(tmp_path / "no.fpbin"), korvex.Error, "cannot open"),
             (lambda: korvex.open(database.path, memory="disk"), ValueError, "mapped, memory, cuda"),
             (lambda: korvex.create(tmp_path / "no.smi", tmp_path / "no.fpbin"), korvex.Error, "no.smi"),
+            (lambda: korvex.Molecule("C1CC"), korvex.Error, "ring closure 1 left open"),
+            (lambda: korvex.Smarts("C").matches(None), TypeError, "argument is a NoneType"),
             (lambda: database[160], IndexError, "160 records"),
             (lambda: database.search(korvex.fingerprint("CCO", "tree")), ValueError, "query's type"),
             (lambda: database.search("CCO", measure="best"), ValueError, "tanimoto, cosine"),
@@ -152,14 +212,74 @@ def test_nothing_is_printed():
     assert (run.returncode, run.stdout, run.stderr) == (0, b"", b"")
 
 
+def test_molecules_of_files(tmp_path):
+    rows = "".join(f"{i},{s}\n" for i, s in enumerate(SMILES[:100]))
+    (tmp_path / "a.csv").write_text("code,structure\n" + rows + "bad,C1CC\n")
+    file = korvex.read(tmp_path / "a.csv", smiles_column="structure", title_column="code")
+    assert len(file) == 101 and file[-2].title == "99" and file.smiles(1) == SMILES[1]
+    with pytest.raises(korvex.Error, match="record 101 .*line 102"):
+        file[100]
+    with pytest.raises(IndexError, match="101 records"):
+        file[101]
+    with pytest.warns(korvex.KorvexWarning, match="1 of 101 .*\n.*line 102"):
+        made, mask = korvex.fingerprint(file, "tree", return_mask=True)
+    assert list(np.flatnonzero(~mask)) == [100]
+    mols = [file[i] for i in range(100)]
+    assert (made[:100] == korvex.fingerprint(mols, "tree")).all()
+    assert (made[:100] == korvex.fingerprint(SMILES[:100], "tree")).all()
+    with pytest.warns(korvex.KorvexWarning, match="line 102"):
+        database = korvex.create(file, tmp_path / "a.fpbin", "tree")
+    assert [database[i] for i in (0, 99)] == [korvex.fingerprint(m, "tree") for m in (mols[0], mols[99])]
+
+    mol = pickle.loads(pickle.dumps(korvex.Molecule("F/C=C/[C@H](N)[13CH2][O-]", title="a")))
+    assert (mol.title, mol.num_atoms, mol.num_bonds) == ("a", 7, 6)
+    assert korvex.canonical_smiles(mol) == korvex.canonical_smiles("F/C=C/[C@H](N)[13CH2][O-]")
+    again = pickle.loads(pickle.dumps(korvex.Molecule("[NH3]->[Cu]c1cccnc1")))
+    assert again.smiles == korvex.Molecule("[NH3]->[Cu]c1cccnc1").smiles and again.num_bonds == 8
+    assert korvex.fingerprint(again) == korvex.fingerprint("[NH3]->[Cu]c1cccnc1")
+
+
+# Each has something that RDKit's record keeps in a way of its own.
+RDKIT_SMILES = [
+    "C[C@H](N)C(=O)O", "[C@@H](N)(C)F", "C[C@]12CC1CO2", "C[S@](=O)CC", "C[S@@+]([O-])c1ccccc1", "C/C(F)=C(Cl)\\C",
+    "F/C=C/C=C\\Cl", "CC/C=N/O", "C1CCC/C=C/CC1", "c1cc[nH]c1", "Cn1cccc1", "O=c1cccc[nH]1", "c1ccsc1", "c1ccc2c(c1)[nH]c1ccccc12",
+    "[O-][n+]1ccccc1", "[13CH3][CH2]", "[2H]C([2H])Cl", "[NH4+].[Cl-]", "[CH3:255][CH2:70000]O", "*c1ccccc1", "CC#N", "[Fe+2]<-N",
+    "C" * 254 + "O", "C" * 255 + "[C@H](F)Cl", "OC1=CC=CC=C1", "CS(=O)(=O)N", "C[Si](C)(C)C", "B(O)O", "[Na]", "[SiH4]", "C[P@](CC)CCC"]
+
+
 def test_rdkit_molecules(database):
     Chem = pytest.importorskip("rdkit.Chem")
-    mols = [Chem.MolFromSmiles(s) for s in SMILES[:8]]
+    mols = [Chem.MolFromSmiles(s) for s in SMILES[:8] + RDKIT_SMILES]
+    mols += [Chem.AddHs(m) for m in mols[:20]]
+    # The record isn't taken, but atoms and bonds one by one: edited, not sanitized, a query.
+    stale = Chem.MolFromSmiles("CCO")
+    stale.GetAtomWithIdx(0).SetAtomicNum(7)
+    edited = Chem.RWMol(Chem.MolFromSmiles("C[C@H](N)O"))
+    edited.AddBond(edited.AddAtom(Chem.Atom(9)), 0, Chem.BondType.SINGLE)
+    mols += [stale, edited, Chem.MolFromSmiles("C[C@H](F)/C=C/c1ccccc1", sanitize=False),
+             Chem.MolFromSmiles("C[C@H](C)C", sanitize=False), Chem.MolFromSmarts("[#6]-[#8]")]
+    for mol in mols:
+        text = Chem.MolToSmiles(mol)
+        assert korvex.canonical_smiles(mol) == korvex.canonical_smiles(text), text
+    texts = [Chem.MolToSmiles(m) for m in mols]
     for kind in ("path", "circular", "maccs166"):
-        assert (korvex.fingerprint(mols, kind) ==
-                korvex.fingerprint([Chem.MolToSmiles(m) for m in mols], kind)).all()
+        assert (korvex.fingerprint(mols, kind) == korvex.fingerprint(texts, kind)).all()
     assert database.search(mols[1], k=1)["score"][0] == 1.0
+    assert korvex.Molecule(mols[1]).num_atoms == 13
+    with pytest.warns(korvex.KorvexWarning, match="1 of 2 .*\nmolecule 1: bond 0 has no order"):
+        korvex.fingerprint(["C", Chem.MolFromSmarts("C~C")])
+    with pytest.raises(korvex.Error, match="atom 0 is aromatic"):
+        korvex.fingerprint(Chem.MolFromSmiles("cC", sanitize=False))
 
+    from rdkit import DataStructs
+    fp = korvex.fingerprint(mols[1], "maccs166")
+    bits = korvex.to_rdkit(fp)
+    assert list(bits.GetOnBits()) == list(fp.bits()) and len(bits) == 166
+    assert korvex.from_rdkit(bits, "maccs166") == fp
+    with pytest.raises(ValueError, match="8 bits; .* 4096"):
+        korvex.from_rdkit(DataStructs.ExplicitBitVect(8), "path")
+    with pytest.raises(ValueError, match="no bits"):
+        korvex.to_rdkit(korvex.fingerprint("CCO", "lingo"))
 
     # Indices are those of the caller's molecule, whatever the order of its atoms.
     drug = Chem.RenumberAtoms(mols[1], [12, 3, 7, 0, 9, 11, 5, 1, 2, 10, 4, 6, 8])
@@ -226,6 +346,13 @@ def test_the_guide_runs(tmp_path, monkeypatch, capsys):
     assert "0.451087" in lines and "(3, 64) uint64" in lines
     assert [line.split(maxsplit=1)[1] for line in lines[3:6]] == [
         "aspirin", "salicylic acid", "methyl salicylate"]
+
+
+def test_the_tutorial_runs():
+    path = os.path.join(os.environ["KORVEX_SOURCE_DIR"], "docs/tutorial.py")
+    run = subprocess.run([sys.executable, path], capture_output=True, text=True)
+    assert run.returncode == 0, run.stderr
+    assert "0.385 salicylic acid" in run.stdout and "97461 pairs" in run.stdout
 
 
 def test_types_are_declared():
