@@ -431,7 +431,7 @@ class ZQFPSWriter::Impl {
   bool Close();
 
  private:
-  void AddLine(const std::string& key, std::string value);
+  void AddLine(const std::string& key, const std::string& value);
   void Append(std::string_view text);
   bool Flush();
   bool Fail(const std::string& cause);
@@ -483,10 +483,11 @@ bool ZQFPSWriter::Impl::Open(zqostream& out, const std::string& name, const ZQFP
   return out_ != nullptr;
 }
 
-void ZQFPSWriter::Impl::AddLine(const std::string& key, std::string value) {
+void ZQFPSWriter::Impl::AddLine(const std::string& key, const std::string& value) {
   if (value.empty()) return;
-  std::ranges::replace_if(value, IsControl, ' ');
-  Append("#" + key + "=" + value + "\n");
+  std::string line = "#" + key + "=" + value;
+  std::ranges::replace_if(line, IsControl, ' ');
+  Append(line + "\n");
 }
 
 void ZQFPSWriter::Impl::Append(std::string_view text) {

@@ -98,8 +98,8 @@ class ZQ_EXPORT ZQFPSWriter {
   ZQFPSWriter& operator=(const ZQFPSWriter&) = delete;
 
   /// Creates or truncates a file, packed if its name ends in ".gz", and writes the header. Control
-  /// characters of a value become blanks. False after the error "Can't write fingerprints to %s:
-  /// %s", also for a number of bits that is 0 or above `zqFPSMaxBits`.
+  /// characters of a key or a value become blanks. False after the error "Can't write fingerprints
+  /// to %s: %s", also for a number of bits that is 0 or above `zqFPSMaxBits`.
   bool Open(const std::string& filename, const ZQFPSHeader& header);
   /// The same for an open stream, which must outlive the writer. The name is for messages.
   bool Open(zqostream& out, const std::string& name, const ZQFPSHeader& header);
