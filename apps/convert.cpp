@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <ctime>
+#include <iostream>
 #include <string>
 
 #include "apps/database.h"
@@ -15,14 +16,18 @@ namespace KorvexProgram {
 namespace {
 
 void Configure(ZQInterface& interface) {
-  AddArgument(interface, "IN", "A database (.fpbin), or an FPS file (.fps, .fps.gz)");
-  AddArgument(interface, "OUT",
-              "The other of the two; an existing file is replaced when it is complete");
+  AddArgument(interface, "IN",
+              "A database (.fpbin), or an FPS file (.fps, .fps.gz; - is standard input)");
+  AddArgument(interface, outputArgument,
+              "The other of the two (- is an FPS file on standard output); an existing file is "
+              "replaced when it is complete");
   interface.AddParameter({"-molecules", "-mol", ZQParamType::String,
                           "Molecule file of the database, for ids, in place of the one that the "
                           "database names"});
-  AddMoleculeFileOptions(interface);
+  AddMoleculeFileOptions(interface, true);
 }
+
+constexpr const char* standardOutput = "-";
 
 bool IsDatabaseName(const std::string& filename) { return ZQFileExtension(filename) == "fpbin"; }
 
@@ -51,19 +56,23 @@ int ToFPS(const std::string& input, const std::string& output, const ZQInterface
   header.sources = {database->GetHeader().GetMoleculeFile()};
   header.date = Now();
 
-  const PartialFile partial(output);
   ZQFPSWriter writer;
-  if (!writer.Open(partial.GetName(), header)) return BadInput;
-  const std::uint64_t records = database->NumFingerPrints();
-  ZQFingerPrint fp;
-  bool isGood = true;
-  for (std::uint64_t i = 0; i < records && isGood; ++i) {
-    if (!database->GetFingerPrint(fp, i)) return BadInput;
-    const std::string title = titles.GetTitle(i);
-    isGood = writer.Write(fp.Words(), title.empty() ? std::to_string(i) : title);
+  const auto writeAll = [&] {
+    ZQFingerPrint fp;
+    bool isGood = true;
+    for (std::uint64_t i = 0; i < database->NumFingerPrints() && isGood; ++i) {
+      if (!database->GetFingerPrint(fp, i)) return false;
+      const std::string title = titles.GetTitle(i);
+      isGood = writer.Write(fp.Words(), title.empty() ? std::to_string(i) : title);
+    }
+    return writer.Close();
+  };
+  if (output == standardOutput) {
+    return writer.Open(std::cout, "standard output", header) && writeAll() ? Done : BadInput;
   }
-  if (!writer.Close() || !partial.Rename()) return BadInput;
-  PrintCount(output, records);
+  const PartialFile partial(output);
+  if (!writer.Open(partial.GetName(), header) || !writeAll() || !partial.Rename()) return BadInput;
+  PrintCount(output, database->NumFingerPrints());
   std::printf("\n");
   return Done;
 }
@@ -71,7 +80,11 @@ int ToFPS(const std::string& input, const std::string& output, const ZQInterface
 int ToDatabase(const std::string& input, const std::string& output) {
   const PartialFile partial(output);
   ZQFPSConversionCounts counts;
-  if (!ZQConvertFPSToFastFPDatabase(partial.GetName(), input, &counts)) return BadInput;
+  const bool isDone =
+      input == standardInput
+          ? ZQConvertFPSToFastFPDatabase(partial.GetName(), std::cin, inputName, &counts)
+          : ZQConvertFPSToFastFPDatabase(partial.GetName(), input, &counts);
+  if (!isDone) return BadInput;
   const ZQFastFPDatabaseParams header(partial.GetName());
   if (!header.IsConsistent()) {
     ZQThrow.Error("the #source of %s is too long for a database", input.c_str());
@@ -90,16 +103,18 @@ int ToDatabase(const std::string& input, const std::string& output) {
 
 int Run(const ZQInterface& interface) {
   const auto input = interface.Get<std::string>("IN");
-  const auto output = interface.Get<std::string>("OUT");
-  const bool toFPS = IsDatabaseName(input) && ZQIsFPSName(output);
-  const bool toDatabase = ZQIsFPSName(input) && IsDatabaseName(output);
+  const auto output = interface.Get<std::string>(outputArgument);
+  const bool toFPS = IsDatabaseName(input) && (output == standardOutput || ZQIsFPSName(output));
+  const bool isFPS =
+      IsFPS(input, interface) || (input == standardInput && !interface.IsSet("-input-format"));
+  const bool toDatabase = IsDatabaseName(output) && isFPS;
   if (!toFPS && !toDatabase) {
-    ZQThrow.Error("'%s' and '%s': one must end in .fpbin, the other in .fps or .fps.gz",
+    ZQThrow.Error("'%s' and '%s': one must end in .fpbin, the other in .fps or .fps.gz, or be -",
                   input.c_str(), output.c_str());
     return BadUsage;
   }
-  constexpr const char* molecules[] = {"-molecules"};
-  if (toDatabase && IsAnySet(interface, molecules, "with an FPS file, which has ids")) {
+  constexpr const char* ofMolecules[] = {"-molecules", "-smiles-column", "-title-column"};
+  if (toDatabase && IsAnySet(interface, ofMolecules, "with an FPS file, which has ids")) {
     return BadUsage;
   }
   if (!CheckReplaceable(output)) return BadInput;

@@ -18,6 +18,10 @@ std::string FindMoleculeFile(const std::string& filename, const std::string& nam
                  filename.c_str());
     return {};
   }
+  if (name.empty()) {
+    ZQThrow.Info("%s names no molecule file; titles and SMILES stay empty", filename.c_str());
+    return {};
+  }
   std::error_code error;
   const fs::path folder = fs::path(filename).parent_path();
   for (const fs::path& candidate :

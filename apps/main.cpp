@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -96,6 +97,7 @@ unsigned int KorvexProgram::NumErrors() { return numErrors; }
 
 int main(int argc, char** argv) {
   ZQThrow.SetSink(PrintMessage);
+  std::ios::sync_with_stdio(false);  // the standard streams then report errors, and are faster
   std::signal(SIGXFSZ,
               SIG_IGN);  // a limit on file sizes is a write error, like a full disk
   int exitCode = BadInput;

@@ -12,6 +12,7 @@
 #include "apps/options.h"
 #include "contract/quarnel/perception.h"
 #include "contract/quarnel/readers.h"
+#include "korvex/fps.h"
 #include "korvex/threads.h"
 
 namespace KorvexProgram {
@@ -20,20 +21,22 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* inputName = "standard input";  // in messages
 constexpr const char* inputFormat = "-input-format";
+constexpr const char* fpsFormat = "fps";
 constexpr const char* columnOptions[] = {"-smiles-column", "-title-column"};
 // With a database, whose own molecule file may be a table.
 constexpr const char* databaseMolecules = "-molecules";
 
-const ZQNamespaceInterface& InputFormats() {
-  static const ZQNamespaceInterface formats("Format", ZQNamespaceMode::Single,
-                                            {{"smi", 0, "SMILES and titles"},
-                                             {"sdf", 1, "molfiles, each ended by $$$$"},
-                                             {"mol", 2, "one molfile"},
-                                             {"csv", 3, "a table of fields between commas"},
-                                             {"tsv", 4, "a table of fields between tabs"}});
-  return formats;
+const ZQNamespaceInterface& InputFormats(bool withFPS) {
+  std::vector<ZQNamespacePrim> entries = {{"smi", 0, "SMILES and titles"},
+                                          {"sdf", 1, "molfiles, each ended by $$$$"},
+                                          {"mol", 2, "one molfile"},
+                                          {"csv", 3, "a table of fields between commas"},
+                                          {"tsv", 4, "a table of fields between tabs"}};
+  static const ZQNamespaceInterface ofMolecules("Format", ZQNamespaceMode::Single, entries);
+  entries.push_back({fpsFormat, 5, "fingerprints"});
+  static const ZQNamespaceInterface all("Format", ZQNamespaceMode::Single, entries);
+  return withFPS ? all : ofMolecules;
 }
 
 // The values of parameters that may name molecules.
@@ -41,7 +44,8 @@ std::vector<std::string> InputNames(const ZQInterface& interface) {
   std::vector<std::string> names;
   for (const auto& parameter : interface.GetParameters()) {
     const std::string& name = parameter->GetName();
-    const bool isInput = parameter->IsPositional() || name == "-query" || name == databaseMolecules;
+    const bool isInput = (parameter->IsPositional() && name != outputArgument) ||
+                         name == "-query" || name == databaseMolecules;
     if (isInput && parameter->IsSet()) names.push_back(interface.Get<std::string>(name));
   }
   return names;
@@ -89,15 +93,21 @@ void AddMoleculeFile(ZQInterface& interface) {
   AddArgument(interface, "MOLFILE", brief.c_str());
 }
 
-void AddMoleculeFileOptions(ZQInterface& interface) {
+void AddMoleculeFileOptions(ZQInterface& interface, bool withFPS) {
   ZQInterface* group = interface.AddInterface("molecule file options");
-  AddChoice(*group, inputFormat, "", "The format of standard input (-)", InputFormats(), "smi");
+  AddChoice(*group, inputFormat, "", "The format of standard input (-)", InputFormats(withFPS),
+            "smi");
   group->AddParameter(ZQParameter(columnOptions[0], "", ZQParamType::String,
                                   "The column of SMILES in a .csv or .tsv file")
                           .SetDefaultText("SMILES or canonical_smiles"));
   group->AddParameter(ZQParameter(columnOptions[1], "", ZQParamType::String,
                                   "The column of titles in a .csv or .tsv file")
                           .SetDefaultText("name, title or id, if there is one"));
+}
+
+bool IsFPS(const std::string& argument, const ZQInterface& interface) {
+  if (argument != standardInput) return ZQIsFPSName(argument);
+  return interface.Get<std::string>(inputFormat) == fpsFormat;
 }
 
 bool CheckMoleculeFileOptions(const ZQInterface& interface) {

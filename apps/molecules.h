@@ -14,8 +14,11 @@
 
 namespace KorvexProgram {
 
-/// The name that stands for standard input.
+/// The name that stands for standard input, and its name in messages.
 inline constexpr const char* standardInput = "-";
+inline constexpr const char* inputName = "standard input";
+/// The argument of an output file, where "-" is standard output.
+inline constexpr const char* outputArgument = "OUT";
 
 /// Whether the name is that of standard input, or has the extension of a molecule file.
 bool IsMoleculeFile(const std::string& filename);
@@ -24,8 +27,11 @@ bool IsMoleculeFile(const std::string& filename);
 void AddMoleculeFile(ZQInterface& interface);
 
 /// Adds the options of molecule files, in a group of their own: "-input-format", the format of
-/// standard input, and "-smiles-column" and "-title-column" of tables.
-void AddMoleculeFileOptions(ZQInterface& interface);
+/// standard input, and "-smiles-column" and "-title-column" of tables. Of a command that also reads
+/// FPS files, `withFPS` makes "fps" one of the formats.
+void AddMoleculeFileOptions(ZQInterface& interface, bool withFPS = false);
+/// Whether an argument of such a command is an FPS file, by its name or as standard input.
+bool IsFPS(const std::string& argument, const ZQInterface& interface);
 /// False, after an error, if two of the arguments are standard input, or if one of these options
 /// would be ignored. True for a command without them.
 bool CheckMoleculeFileOptions(const ZQInterface& interface);

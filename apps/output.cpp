@@ -104,9 +104,10 @@ void PartialFile::RemoveAndEnd(int signal) {
 }
 
 bool CheckReplaceable(const std::string& name) {
+  std::error_code error;
   const bool exists = access(name.c_str(), F_OK) == 0;
-  if (!exists || (access(name.c_str(), W_OK) == 0 && !fs::is_directory(name))) return true;
-  ZQThrow.Error("%s can't be written: it is a directory or write-protected", name.c_str());
+  if (!exists || (access(name.c_str(), W_OK) == 0 && fs::is_regular_file(name, error))) return true;
+  ZQThrow.Error("%s can't be written: it is write-protected, or no regular file", name.c_str());
   return false;
 }
 

@@ -52,8 +52,8 @@ class PartialFile {
   std::string name_;
 };
 
-/// False, after an error, if a file of this name can't be replaced: a directory or one that is
-/// write-protected.
+/// False, after an error, if a file of this name can't be replaced: a directory, device or pipe,
+/// or one that is write-protected.
 bool CheckReplaceable(const std::string& name);
 
 /// Writes a whole file by means of a partial one, or standard output for the name "-". A device or

@@ -3,7 +3,9 @@
 #include <string>
 
 #include "apps/database.h"
+#include "apps/molecules.h"
 #include "apps/options.h"
+#include "apps/ranker_fps.h"
 #include "korvex/fpdatabaseoptions_params.h"
 #include "korvex/fpneighbors.h"
 
@@ -17,20 +19,20 @@ constexpr const char* source = "DB.fpbin|FILE.fps";
 template <class RunWith>
 int WithDatabase(const ZQInterface& interface, RunWith run) {
   const auto filename = interface.Get<std::string>(source);
-  if (ZQIsFPSName(filename)) {
+  if (filename == standardInput || ZQIsFPSName(filename)) {
     constexpr const char* ofDatabases[] = {"-memtype"};
     if (IsAnySet(interface, ofDatabases, "with FPS files, which are searched in memory")) {
       return BadUsage;
     }
-    const ZQFPSDatabase database(filename);
-    return database.IsValid() ? run(database) : BadInput;
+    const auto database = OpenFPS(filename);
+    return database ? run(*database) : BadInput;
   }
   const auto database = OpenDatabase(filename, ZQGetFPDatabaseMemoryType(interface));
   return database ? run(*database) : BadInput;
 }
 
 void ConfigureHistogram(ZQInterface& interface) {
-  AddArgument(interface, source, "The database, or an FPS file");
+  AddArgument(interface, source, "The database, or an FPS file (- is one on standard input)");
   interface.AddParameter(
       ZQParameter("-bins", "", ZQParamType::Int, "Bins of equal width between 0 and 1")
           .SetLegalRange(1, 1000000)
@@ -70,7 +72,7 @@ int RunHistogram(const ZQInterface& interface) {
 }
 
 void ConfigureNeighbors(ZQInterface& interface) {
-  AddArgument(interface, source, "The database, or an FPS file");
+  AddArgument(interface, source, "The database, or an FPS file (- is one on standard input)");
   ZQConfigureFPDatabaseOptions(interface, ZQFPDatabaseOptionsMask::Limit |
                                               ZQFPDatabaseOptionsMask::SimFunc |
                                               ZQFPDatabaseOptionsMask::Cutoff);

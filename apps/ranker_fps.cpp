@@ -1,9 +1,18 @@
 #include "apps/ranker_fps.h"
 
+#include <iostream>
+
+#include "apps/molecules.h"
 #include "apps/options.h"
 #include "korvex/fps_convert.h"
 
 namespace KorvexProgram {
+
+std::unique_ptr<ZQFPSDatabase> OpenFPS(const std::string& filename) {
+  auto database = filename == standardInput ? std::make_unique<ZQFPSDatabase>(std::cin, inputName)
+                                            : std::make_unique<ZQFPSDatabase>(filename);
+  return database->IsValid() ? std::move(database) : nullptr;
+}
 
 namespace {
 
@@ -30,38 +39,39 @@ std::unique_ptr<FPSRanker> OpenFPSRanker(const std::string& filename, const ZQIn
     return nullptr;
   }
   exitCode = BadInput;
-  auto ranker = std::make_unique<FPSRanker>(filename, options);
-  return ranker->IsValid() ? std::move(ranker) : nullptr;
+  auto database = OpenFPS(filename);
+  if (!database) return nullptr;
+  return std::make_unique<FPSRanker>(filename, std::move(database), options);
 }
 
 bool ReadFPSQueries(std::vector<StoredFingerPrint>& queries, const std::string& filename,
                     const FPSRanker& ranker) {
-  const ZQFPSDatabase file(filename);
-  if (!file.IsValid()) return false;
+  const auto file = OpenFPS(filename);
+  if (!file) return false;
   const ZQFPSDatabase& database = ranker.GetDatabase();
-  if (file.NumBits() != database.NumBits()) {
+  if (file->NumBits() != database.NumBits()) {
     ZQThrow.Error("the queries of %s have %u bits, but %s has fingerprints of %u", filename.c_str(),
-                  file.NumBits(), ranker.GetFilename().c_str(), database.NumBits());
+                  file->NumBits(), ranker.GetFilename().c_str(), database.NumBits());
     return false;
   }
-  const std::string& type = file.GetHeader().type;
+  const std::string& type = file->GetHeader().type;
   if (type != database.GetHeader().type) {
     ZQThrow.Warning("the queries are of type '%s', but %s is of type '%s'", type.c_str(),
                     ranker.GetFilename().c_str(), database.GetHeader().type.c_str());
   }
-  queries = AllOf(file);
+  queries = AllOf(*file);
   return true;
 }
 
 bool ReadFPSQueries(std::vector<StoredFingerPrint>& queries, const std::string& filename) {
-  const ZQFPSDatabase file(filename);
-  if (!file.IsValid()) return false;
+  const auto file = OpenFPS(filename);
+  if (!file) return false;
   std::string fault;
-  if (!ZQGetFPSType(file.GetHeader(), &fault)) {
+  if (!ZQGetFPSType(file->GetHeader(), &fault)) {
     ZQThrow.Error("%s can be compared with FPS files only: %s", filename.c_str(), fault.c_str());
     return false;
   }
-  queries = AllOf(file);
+  queries = AllOf(*file);
   return true;
 }
 

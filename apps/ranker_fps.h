@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/ranker.h"
@@ -12,19 +13,22 @@
 
 namespace KorvexProgram {
 
+/// A file, or standard input; null after a message.
+std::unique_ptr<ZQFPSDatabase> OpenFPS(const std::string& filename);
+
 class FPSRanker : public Ranker {
  public:
-  FPSRanker(const std::string& filename, const ZQFPDatabaseOptions& options)
-      : filename_(filename), database_(filename), options_(options) {}
-  bool IsValid() const { return database_.IsValid(); }
-  const ZQFPSDatabase& GetDatabase() const { return database_; }
+  FPSRanker(std::string filename, std::unique_ptr<ZQFPSDatabase> database,
+            const ZQFPDatabaseOptions& options)
+      : filename_(std::move(filename)), database_(std::move(database)), options_(options) {}
+  const ZQFPSDatabase& GetDatabase() const { return *database_; }
   const std::string& GetFilename() const { return filename_; }
 
   /// Null for fingerprints of another program: molecules can't be queries.
-  const ZQFPTypeBase* GetFPTypeBase() const override { return database_.GetFPTypeBase(); }
-  std::uint64_t NumFingerPrints() const override { return database_.NumFingerPrints(); }
+  const ZQFPTypeBase* GetFPTypeBase() const override { return database_->GetFPTypeBase(); }
+  std::uint64_t NumFingerPrints() const override { return database_->NumFingerPrints(); }
   std::vector<ZQIter<ZQSimScore>> Rank(const std::vector<ZQFingerPrint>& queries) const override {
-    return database_.GetSortedScores(queries, options_);
+    return database_->GetSortedScores(queries, options_);
   }
   /// Without samples: no report is made of an FPS file.
   ZQFPHistogram GetHistogram(const ZQMolBase& /*query*/, unsigned long bins) override {
@@ -32,13 +36,13 @@ class FPSRanker : public Ranker {
   }
   bool GetMolecule(ZQMol& /*mol*/, std::uint64_t /*record*/) const override { return false; }
   std::string GetTitle(std::uint64_t record) const override {
-    return std::string(database_.GetId(record));
+    return std::string(database_->GetId(record));
   }
   std::string GetSmiles(std::uint64_t /*record*/) const override { return {}; }
 
  private:
   std::string filename_;
-  ZQFPSDatabase database_;
+  std::unique_ptr<ZQFPSDatabase> database_;
   ZQFPDatabaseOptions options_;
 };
 

@@ -44,7 +44,7 @@ void Configure(ZQInterface& interface) {
   ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
   ZQConfigureFPDatabaseOptions(interface, DefaultOptions());
   AddTverskyCoeffs(interface);
-  AddMoleculeFileOptions(interface);
+  AddMoleculeFileOptions(interface, true);
 }
 
 // Queries, their fingerprints, and their record numbers, from 1.
@@ -59,13 +59,13 @@ class QueryArgument {
  public:
   // False after a message.
   bool Open(const std::string& argument, const ZQInterface& interface) {
-    if (ZQIsFPSName(argument)) return ReadFPSQueries(stored_, argument);
+    if (IsFPS(argument, interface)) return ReadFPSQueries(stored_, argument);
     return IsStoredName(argument) ? ReadStored(stored_, argument)
                                   : OpenMoleculesOrSmiles(molecules_, argument, interface);
   }
   // The same for queries of an FPS file, of which a record is a query too, by its id.
   bool Open(const std::string& argument, const ZQInterface& interface, const FPSRanker& ranker) {
-    if (ZQIsFPSName(argument)) return ReadFPSQueries(stored_, argument, ranker);
+    if (IsFPS(argument, interface)) return ReadFPSQueries(stored_, argument, ranker);
     const ZQFPSDatabase& database = ranker.GetDatabase();
     std::error_code error;
     const std::uint64_t record = std::filesystem::exists(argument, error)
@@ -181,7 +181,7 @@ std::unique_ptr<Ranker> OpenRanker(const std::string& filename, const ZQInterfac
                                    const ZQFPDatabaseOptions& options, QueryArgument& argument,
                                    ExitCode& exitCode) {
   const auto query = interface.Get<std::string>("QUERY");
-  if (ZQIsFPSName(filename)) {
+  if (IsFPS(filename, interface)) {
     auto ranker = OpenFPSRanker(filename, interface, options, exitCode);
     if (!ranker || !argument.Open(query, interface, *ranker)) return nullptr;
     return ranker;

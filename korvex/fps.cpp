@@ -86,6 +86,9 @@ std::string Quoted(std::string_view line) {
   return "'" + text + (line.size() > most ? "...'" : "'");
 }
 
+/// The cause of a failed read or write, from `errno`.
+std::string SystemCause() { return std::generic_category().message(errno ? errno : EIO); }
+
 bool IsControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }
 bool EndsAnId(char c) { return c == '\t' || c == '\n' || c == '\r'; }
 
@@ -114,6 +117,8 @@ class ZQFPSReader::Impl {
   std::uint64_t numSkipped = 0;
 
  private:
+  bool OpenPacked(zqistream& packed);
+  bool Begin(zqistream& in);
   bool Fill();
   bool NextLine(std::string_view& line, std::size_t skip);
   bool ReadHeader();
@@ -159,13 +164,23 @@ bool ZQFPSReader::Impl::Open(const std::string& filename) {
   name_ = filename;
   std::string cause;
   if (!file_.Open(filename, &cause)) return Fail(cause);
-  if (!ZQIsGzipName(filename)) return Open(file_, filename);
-  unpacked_ = std::make_unique<zqigzstream>(file_);
-  return Open(*unpacked_, filename);
+  return ZQIsGzipName(filename) ? OpenPacked(file_) : Open(file_, filename);
 }
 
 bool ZQFPSReader::Impl::Open(zqistream& in, const std::string& name) {
+  constexpr int gzipMark = 0x1F;  // no text begins with it
   name_ = name;
+  errno = 0;
+  if (in.peek() == gzipMark) return OpenPacked(in);
+  return in.bad() ? Fail(SystemCause()) : Begin(in);
+}
+
+bool ZQFPSReader::Impl::OpenPacked(zqistream& packed) {
+  unpacked_ = std::make_unique<zqigzstream>(packed);
+  return Begin(*unpacked_);
+}
+
+bool ZQFPSReader::Impl::Begin(zqistream& in) {
   in_ = &in;
   isGood = true;
   buffer_.resize(bufferBytes);
@@ -181,11 +196,12 @@ bool ZQFPSReader::Impl::Fill() {
   end_ -= begin_;
   begin_ = 0;
   if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
+  errno = 0;
   in_->read(buffer_.data() + end_, static_cast<std::streamsize>(buffer_.size() - end_));
   const auto count = static_cast<std::size_t>(in_->gcount());
   end_ += count;
   if (unpacked_ && !unpacked_->GetFault().empty()) return Fail(unpacked_->GetFault());
-  if (in_->bad()) return Fail("Input/output error");
+  if (in_->bad()) return Fail(SystemCause());
   return count != 0;
 }
 
@@ -235,6 +251,7 @@ bool ZQFPSReader::Impl::ReadHeader() {
                   " characters");
     }
     if (line.ends_with('\r')) line.remove_suffix(1);
+    if (isFirst && line.starts_with(byteOrderMark)) line.remove_prefix(byteOrderMark.size());
     if (!isFirst) {
       if (!ReadHeaderLine(line)) return false;
       continue;
@@ -414,7 +431,7 @@ class ZQFPSWriter::Impl {
   bool Close();
 
  private:
-  void AddLine(const std::string& key, std::string value);
+  void AddLine(const std::string& key, const std::string& value);
   void Append(std::string_view text);
   bool Flush();
   bool Fail(const std::string& cause);
@@ -439,7 +456,7 @@ bool ZQFPSWriter::Impl::Open(const std::string& filename, const ZQFPSHeader& hea
   name_ = filename;
   file_.rdbuf()->pubsetbuf(nullptr, 0);  // this class has a buffer
   file_.open(filename, std::ios::binary);
-  if (!file_) return Fail(std::generic_category().message(errno));
+  if (!file_) return Fail(SystemCause());
   if (!ZQIsGzipName(filename)) return Open(file_, filename, header);
   packed_ = std::make_unique<zqogzstream>(file_);
   return Open(*packed_, filename, header);
@@ -466,10 +483,11 @@ bool ZQFPSWriter::Impl::Open(zqostream& out, const std::string& name, const ZQFP
   return out_ != nullptr;
 }
 
-void ZQFPSWriter::Impl::AddLine(const std::string& key, std::string value) {
+void ZQFPSWriter::Impl::AddLine(const std::string& key, const std::string& value) {
   if (value.empty()) return;
-  std::ranges::replace_if(value, IsControl, ' ');
-  Append("#" + key + "=" + value + "\n");
+  std::string line = "#" + key + "=" + value;
+  std::ranges::replace_if(line, IsControl, ' ');
+  Append(line + "\n");
 }
 
 void ZQFPSWriter::Impl::Append(std::string_view text) {
@@ -486,7 +504,7 @@ bool ZQFPSWriter::Impl::Flush() {
   if (!out_) return false;
   errno = 0;
   if (!out_->write(buffer_.data(), static_cast<std::streamsize>(size_)) || !out_->good()) {
-    return Fail(std::generic_category().message(errno ? errno : EIO));
+    return Fail(SystemCause());
   }
   size_ = 0;
   return true;
@@ -515,11 +533,11 @@ bool ZQFPSWriter::Impl::Write(const std::uint64_t* words, std::string_view id) {
 
 bool ZQFPSWriter::Impl::Close() {
   if (!out_ || !Flush()) return false;
-  if (packed_ && !packed_->Finish()) return Fail(std::generic_category().message(errno));
+  if (packed_ && !packed_->Finish()) return Fail(SystemCause());
   out_->flush();
   if (file_.is_open()) file_.close();
   const bool isDone = out_->good() && file_.good();
-  if (!isDone) return Fail(std::generic_category().message(errno ? errno : EIO));
+  if (!isDone) return Fail(SystemCause());
   out_ = nullptr;
   return true;
 }

@@ -13,7 +13,7 @@
 /// an id. Byte 0 comes first, and bit b is bit b % 8 of byte b / 8. The bytes have room for the
 /// bits and no more; bits beyond `num_bits` are 0. All header lines but the first may be missing;
 /// without `num_bits`, a fingerprint has all the bits of the first record's digits. Lines end with
-/// a line feed, which a carriage return may precede.
+/// a line feed, which a carriage return may precede. A byte order mark is skipped.
 ///
 /// An id is any text without tabs, and may be empty. What follows it after another tab is ignored.
 
@@ -70,7 +70,8 @@ class ZQ_EXPORT ZQFPSReader {
   /// `zqFPSMaxBits`), or has no fingerprint. A header without its first line is read after the
   /// warning "line 1 of %s: found %s, expected #FPS1".
   bool Open(const std::string& filename);
-  /// The same for an open stream, which must outlive the reader. The name is for messages.
+  /// The same for an open stream, which must outlive the reader, and is unpacked if it begins as
+  /// gzip data does. The name is for messages.
   bool Open(zqistream& in, const std::string& name);
 
   /// That of the open file; the number of bits is always set.
@@ -97,8 +98,8 @@ class ZQ_EXPORT ZQFPSWriter {
   ZQFPSWriter& operator=(const ZQFPSWriter&) = delete;
 
   /// Creates or truncates a file, packed if its name ends in ".gz", and writes the header. Control
-  /// characters of a value become blanks. False after the error "Can't write fingerprints to %s:
-  /// %s", also for a number of bits that is 0 or above `zqFPSMaxBits`.
+  /// characters of a key or a value become blanks. False after the error "Can't write fingerprints
+  /// to %s: %s", also for a number of bits that is 0 or above `zqFPSMaxBits`.
   bool Open(const std::string& filename, const ZQFPSHeader& header);
   /// The same for an open stream, which must outlive the writer. The name is for messages.
   bool Open(zqostream& out, const std::string& name, const ZQFPSHeader& header);

@@ -25,10 +25,9 @@ bool IsOfDatabases(const ZQFPTypeBase* type) {
          ZQGetFingerPrintSize(type) % ZQGetPopCountFingerprintSizeUnit() == 0;
 }
 
-bool Convert(const std::string& fpbinFile, const std::string& fpsFile,
+/// Writes what `reader` has opened; `fpsFile` is its name.
+bool Convert(const std::string& fpbinFile, ZQFPSReader& reader, const std::string& fpsFile,
              ZQFPSConversionCounts& counts) {
-  ZQFPSReader reader;
-  if (!reader.Open(fpsFile)) return false;
   const ZQFPSHeader& header = reader.GetHeader();
   std::string fault;
   const ZQFPTypeBase* type = ZQGetFPSType(header, &fault);
@@ -100,7 +99,17 @@ bool ZQConvertFPSToFastFPDatabase(const std::string& fpbinFile, const std::strin
                                   ZQFPSConversionCounts* counts) {
   return ZQGuardMemory("ZQConvertFPSToFastFPDatabase()", [&] {
     ZQFPSConversionCounts own;
-    return Convert(fpbinFile, fpsFile, counts ? *counts = {} : own);
+    ZQFPSReader reader;
+    return reader.Open(fpsFile) && Convert(fpbinFile, reader, fpsFile, counts ? *counts = {} : own);
+  });
+}
+
+bool ZQConvertFPSToFastFPDatabase(const std::string& fpbinFile, zqistream& in,
+                                  const std::string& name, ZQFPSConversionCounts* counts) {
+  return ZQGuardMemory("ZQConvertFPSToFastFPDatabase()", [&] {
+    ZQFPSConversionCounts own;
+    ZQFPSReader reader;
+    return reader.Open(in, name) && Convert(fpbinFile, reader, name, counts ? *counts = {} : own);
   });
 }
 

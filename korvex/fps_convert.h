@@ -31,5 +31,9 @@ struct ZQFPSConversionCounts {
 ZQ_EXPORT bool ZQConvertFPSToFastFPDatabase(const std::string& fpbinFile,
                                             const std::string& fpsFile,
                                             ZQFPSConversionCounts* counts = nullptr);
+/// The same from a stream, by `ZQFPSReader::Open`. The name is for messages.
+ZQ_EXPORT bool ZQConvertFPSToFastFPDatabase(const std::string& fpbinFile, zqistream& in,
+                                            const std::string& name,
+                                            ZQFPSConversionCounts* counts = nullptr);
 
 }  // namespace ZQKorvex

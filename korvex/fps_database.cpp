@@ -53,7 +53,9 @@ class GrowingArray {
 
 class ZQFPSDatabase::Impl {
  public:
-  bool Open(const std::string& filename);
+  /// Reads the file of that name or, by that name, the stream `source`.
+  template <class... Source>
+  bool Open(const std::string& name, Source&... source);
   bool IsValid(const char* caller) const {
     if (!isValid) ZQThrow.Warning("%s : invalid ZQFPSDatabase object!", caller);
     return isValid;
@@ -90,9 +92,10 @@ class ZQFPSDatabase::Impl {
   GrowingArray<std::uint64_t> idEnds;
 };
 
-bool ZQFPSDatabase::Impl::Open(const std::string& filename) {
+template <class... Source>
+bool ZQFPSDatabase::Impl::Open(const std::string& name, Source&... source) {
   ZQFPSReader reader;
-  if (!reader.Open(filename)) return false;
+  if (!reader.Open(source..., name)) return false;
   header = reader.GetHeader();
   type = ZQGetFPSType(header);
   popcount = ZQGetPopCountFunc(ZQGetPopCountMethod());
@@ -101,7 +104,7 @@ bool ZQFPSDatabase::Impl::Open(const std::string& filename) {
   numWords = (used + unit - 1) / unit * unit;
   for (ZQFPSRecord record; reader.Read(record);) {
     if (NumRecords() == std::numeric_limits<unsigned int>::max()) {
-      ZQThrow.Error("Can't read fingerprints from %s: %s", filename.c_str(),
+      ZQThrow.Error("Can't read fingerprints from %s: %s", name.c_str(),
                     "more than 4294967295 records");
       return false;
     }
@@ -119,6 +122,11 @@ bool ZQFPSDatabase::Impl::Open(const std::string& filename) {
 ZQFPSDatabase::ZQFPSDatabase(const std::string& filename) : impl_(std::make_unique<Impl>()) {
   impl_->isValid =
       ZQGuardMemory("ZQFPSDatabase::ZQFPSDatabase()", [&] { return impl_->Open(filename); });
+}
+ZQFPSDatabase::ZQFPSDatabase(zqistream& in, const std::string& name)
+    : impl_(std::make_unique<Impl>()) {
+  impl_->isValid =
+      ZQGuardMemory("ZQFPSDatabase::ZQFPSDatabase()", [&] { return impl_->Open(name, in); });
 }
 ZQFPSDatabase::~ZQFPSDatabase() = default;
 

@@ -28,6 +28,8 @@ class ZQ_EXPORT ZQFPSDatabase {
   /// can't be read to its end, or has more than 4294967295 records, leaves an invalid object after
   /// an error.
   explicit ZQFPSDatabase(const std::string& filename);
+  /// The same for a stream, by `ZQFPSReader::Open`. The name is for messages.
+  ZQFPSDatabase(zqistream& in, const std::string& name);
   ~ZQFPSDatabase();
   ZQFPSDatabase(const ZQFPSDatabase&) = delete;
   ZQFPSDatabase& operator=(const ZQFPSDatabase&) = delete;

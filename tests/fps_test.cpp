@@ -1,5 +1,7 @@
 // FPS files: reading, writing, and the program's ways from and to databases.
 
+#include <sys/stat.h>
+
 #include <cmath>
 #include <set>
 #include <sstream>
@@ -110,8 +112,8 @@ TEST(FPSTest, WhatIsWrittenIsReadAgain) {
 
 TEST(FPSTest, FollowsTheFormat) {
   // Byte 0 first, its lowest bit first; both cases; a third field; no last line feed.
-  for (const std::string end : {"\n", "\r\n"}) {
-    std::string text;
+  for (const auto& [start, end] : {std::pair{"", "\n"}, {"\xEF\xBB\xBF", "\r\n"}}) {
+    std::string text = start;
     for (const char* line : {"#FPS1", "#num_bits=12", "#type=T", "0108\tone two\tmore", "fF0a\t"}) {
       text.append(line).append(end);
     }
@@ -126,9 +128,10 @@ TEST(FPSTest, FollowsTheFormat) {
   sample.words = {{~std::uint64_t{0}}};
   sample.ids = {"a\tb\r\nc"};
   sample.header.type = "one\n#date=x";
+  sample.header.others = {{"k\n", "v"}};
   std::ostringstream out;
   sample.Write(out, "stream");
-  EXPECT_EQ(out.str(), "#FPS1\n#num_bits=12\n#type=one #date=x\nff0f\ta b  c\n");
+  EXPECT_EQ(out.str(), "#FPS1\n#num_bits=12\n#type=one #date=x\n#k =v\nff0f\ta b  c\n");
 }
 
 TEST(FPSTest, BadLinesAreReportedByNumberAndLeftOut) {
@@ -182,6 +185,10 @@ TEST(FPSTest, HeadersMayLackLines) {
             16,
             {"line 2 of a.fps is left out: found 3 digits, expected an even number of digits"}},
            {"00ff\ta\n", 16, {"line 1 of a.fps: found '00ff?a', expected #FPS1"}},
+           {"\xEF\xBB\xBF"
+            "00ff\ta\n",
+            16,
+            {"line 1 of a.fps: found '00ff?a', expected #FPS1"}},
            {"#num_bits=15\n007f\ta\n",
             15,
             {"line 1 of a.fps: found '#num_bits=15', expected #FPS1"}},
@@ -247,6 +254,7 @@ TEST(FPSTest, PackedFilesCutShortAreRefused) {
   EXPECT_EQ(read.ids.size(), 16000U);
   EXPECT_EQ(read.skipped, 2U);
   EXPECT_TRUE(read.isGood);
+  EXPECT_EQ(ReadText(packed + packed).ids, read.ids);  // a stream, by its content
 }
 
 // Each pair computed separately, bit by bit.
@@ -380,6 +388,9 @@ class FPSProgramTest : public ProgramFixture {
  protected:
   // A good run, with the words of a line.
   std::string Good(const std::string& words) const { return Output(ZQStringTokenize(words, ' ')); }
+  RunResult Shell(const std::string& line) const {
+    return folder.Run({"bash", "-c", "korvex() { " KORVEX_PROGRAM " \"$@\"; }; " + line});
+  }
 };
 
 TEST_F(FPSProgramTest, ConvertsDatabasesBothWays) {
@@ -407,6 +418,20 @@ TEST_F(FPSProgramTest, ConvertsDatabasesBothWays) {
   WriteFile(folder / "c.fps", ReadFile(folder / "a.fps") + "00\tshort\n");
   EXPECT_EQ(Good("convert c.fps c.fpbin"), "c.fpbin: 2 records, 1 lines left out\n");
   EXPECT_TRUE(ReadFile(folder / "a.fpbin") == ReadFile(folder / "c.fpbin"));
+  EXPECT_EQ(
+      Shell("korvex convert c.fpbin - -mol - < moved.smi | gzip | korvex convert - d.fpbin").out,
+      "d.fpbin: 2 records\n");
+  EXPECT_TRUE(ReadFile(folder / "a.fpbin") == ReadFile(folder / "d.fpbin"));
+}
+
+TEST_F(FPSProgramTest, InfoPrintsTheHeader) {
+  WriteFile(folder / "a.fps",
+            "#FPS1\n#num_bits=12\n#x=y\tz\n#source=one\n#source=two\n0f00\ta\n\nff00\t\n");
+  EXPECT_EQ(Good("info a.fps"),
+            "file\ta.fps\nbytes\t64\ntype\t\nbits\t12\nfingerprints\t2\nlines left out\t1\n"
+            "software\t\nsource\tone\nsource\ttwo\ndate\t\nx\ty z\n");
+  WriteFile(folder / "cut.fps.gz", "\x1f");
+  ExpectFailure({"info", "cut.fps.gz"}, 1, "cut short");
 }
 
 TEST_F(FPSProgramTest, RefusesWhatCannotBeConverted) {
@@ -429,6 +454,7 @@ TEST_F(FPSProgramTest, RefusesWhatCannotBeConverted) {
   WriteFile(folder / "long.fps", with("#source=", "#source=" + std::string(800, 'x')));
   WriteFile(folder / "out.fpbin", "earlier");
   Good("convert a.fpbin a.fps.gz");
+  ASSERT_EQ(mkfifo((folder / "pipe.fps").c_str(), 0600), 0);
   const std::string packed = ReadFile(folder / "a.fps.gz");
   WriteFile(folder / "cut.fps.gz", packed.substr(0, packed.size() - 5));
   const std::string asItIs = "; it can be searched as it is";
@@ -446,6 +472,11 @@ TEST_F(FPSProgramTest, RefusesWhatCannotBeConverted) {
            {"two.smi out.fpbin", 2, "one must end in .fpbin, the other in .fps"},
            {"a.fpbin b.fpbin", 2, "one must end in .fpbin, the other in .fps"},
            {"a.fps out.fpbin -molecules two.smi", 2, "of no use with an FPS file"},
+           {"- out.fpbin -smiles-column x", 2, "of no use with an FPS file"},
+           {"- out.fpbin -input-format smi", 2, "one must end in .fpbin"},
+           {"- a.fps", 2, "one must end in .fpbin"},
+           {"- -", 2, "one must end in .fpbin"},
+           {"a.fpbin pipe.fps", 1, "pipe.fps can't be written: it is write-protected, or no"},
            {"a.fpbin none/a.fps", 1, "No such file"},
            {"a.fps none/a.fpbin", 1, "cannot write none/"},
            {"missing.fps out.fpbin", 1, "No such file"},
@@ -453,6 +484,15 @@ TEST_F(FPSProgramTest, RefusesWhatCannotBeConverted) {
     ExpectFailure(ZQStringTokenize("convert " + words, ' '), exitCode, message);
   }
   EXPECT_EQ(ReadFile(folder / "out.fpbin"), "earlier");
+  EXPECT_TRUE(std::filesystem::is_fifo(folder / "pipe.fps"));
+  for (const auto& [line, message] :
+       {std::pair{"korvex convert a.fpbin - > /dev/full", "standard output: No space left"},
+        {"korvex convert - out.fpbin < .", "standard input: Is a directory"},
+        {"korvex convert - out.fpbin <&-", "standard input: Bad file descriptor"}}) {
+    const RunResult run = Shell(line);
+    EXPECT_EQ(run.exitCode, 1) << line;
+    EXPECT_NE(run.err.find(message), std::string::npos) << run.err;
+  }
   // A full disk leaves nothing behind.
   for (const std::string out : {"b.fps", "b.fps.gz", "b.fpbin"}) {
     const RunResult run =
@@ -489,6 +529,8 @@ TEST_F(FPSProgramTest, SearchesFilesAsTheyAre) {
     EXPECT_EQ(Lines(Good(std::string("search ") + file + " few.fps")).size(), 20U);
   }
   EXPECT_EQ(Good("search mols.fps id3"), Good("search mols.fps " + SampleSmiles()[3]));
+  EXPECT_EQ(Shell("korvex search mols.fps - -input-format fps < few.fps").out, expected);
+  EXPECT_EQ(Shell("korvex search - few.fps -input-format fps < mols.fps").out, expected);
   EXPECT_EQ(Lines(Good("search mols.fps id3 -f json")).size(),
             Lines(Good("search mols.fpbin " + SampleSmiles()[3] + " -f json")).size());
   for (const std::string words : {"histogram %", "neighbors % -limit 3 -simfunc Euclid"}) {

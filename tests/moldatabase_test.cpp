@@ -73,7 +73,10 @@ TEST_F(MolDatabase, SmilesLinesAreRecords) {
                  {"ethyl alcohol", "OCC"},
                  {"", "C"},
                  {"benzene", "c1ccccc1"}});
-  ExpectRecords(Write("b.ISM", "C\n"), {{"", "C"}});
+  ExpectRecords(Write("b.ISM",
+                      "\xef\xbb\xbf"
+                      "C\n"),
+                {{"", "C"}});
   ExpectRecords(Write("empty.can", ""), {});
   ExpectRecords(Write("blank.smiles", "\n \r\n\t"), {});
   ExpectRecords(Write("packed.smi.gz", packedFirst + packedSecond),

@@ -19,6 +19,9 @@ constexpr bool IsSpace(char c) { return whiteSpace.find(c) != std::string_view::
 /// Separates words of a molecule file, where vertical tabs and form feeds are errors.
 constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
+/// UTF-8 files of some programs begin with it.
+inline constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+
 /// The text without blanks at its ends.
 constexpr std::string_view Trimmed(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);

@@ -33,7 +33,8 @@ class ZQ_EXPORT ZQMolDatabase {
   /// Opens a file of SMILES (a SMILES, white space and a title on each line; blank lines aren't
   /// records), of molfiles (one, or several ended by "$$$$"), or a table. The format follows from
   /// the extension, in upper or lower case: one of `ZQGetMolFileExtensions`, optionally followed by
-  /// `.gz`. Returns false after a warning that names the file and the cause.
+  /// `.gz`. A byte order mark is skipped. Returns false after a warning that names the file and the
+  /// cause.
   ///
   /// Behind a SMILES and white space, a block in bars such as "|c:1|" isn't part of the title, and
   /// is ignored.
@@ -42,7 +43,7 @@ class ZQ_EXPORT ZQMolDatabase {
   /// in a `.csv` file (RFC 4180), by tabs in a `.tsv` file. A field in double quotes may hold
   /// separators, line feeds, and quotes written twice. The options name columns, exactly or, if
   /// there is none, in any case; a name that no column has is an error that lists the columns.
-  /// Missing fields at the end of a line are empty. A byte order mark is skipped.
+  /// Missing fields at the end of a line are empty.
   bool Open(const std::string& filename);
   bool Open(const std::string& filename, const ZQMolFileOptions& options);
   /// The same with the content of a file, which is unpacked if it begins as a gzip file does.

@@ -12,7 +12,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from . import _core
-from ._core import Fingerprint, KorvexWarning, MoleculeFile, Type
+from ._core import Error, Fingerprint, KorvexWarning, MoleculeFile, Type
 from ._fingerprint import fingerprint, type_of
 from ._molecule import Mol, is_one
 from ._progress import Progress, shown
@@ -223,6 +223,8 @@ def create(molecules: Path | MoleculeFile | Iterable[Mol], out: Path, type: str 
         name = "-"
         molecules = MoleculeFile.of_lines("".join(map(_line, molecules)))
     target = os.path.realpath(out)
+    if os.path.exists(target) and not os.path.isfile(target):
+        raise Error(f"{target} can't be written: it is no regular file")
     partial = os.path.join(
         os.path.dirname(target),
         f".part{os.getpid()}-{next(_partial_files)}{os.path.splitext(target)[1]}")

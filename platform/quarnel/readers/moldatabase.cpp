@@ -168,6 +168,7 @@ bool ZQMolDatabase::Impl::Index(std::string_view text, bool isPacked,
     if (!Unpack(text, unpacked_, cause)) return false;
     text_ = unpacked_;
   }
+  if (text_.starts_with(Bostrel::byteOrderMark)) text_.remove_prefix(Bostrel::byteOrderMark.size());
   std::size_t from = 0;
   const bool isTable = format_->readHeader != nullptr;
   if (isTable && !format_->readHeader(text_, from, options, columns_, cause)) return false;

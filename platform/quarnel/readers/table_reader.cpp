@@ -154,8 +154,6 @@ std::string DescribeMissing(const std::vector<std::string>& names, const std::st
 template <char separator>
 bool ReadHeader(std::string_view text, std::size_t& from, const ZQMolFileOptions& options,
                 TableColumns& columns, std::string& cause) {
-  constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
-  if (text.starts_with(byteOrderMark)) from += byteOrderMark.size();
   const std::size_t start = FindTableLine<separator>(text, from);
   if (start == std::string_view::npos) {
     cause = "There is no header line";
