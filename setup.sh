@@ -4,6 +4,8 @@
 packages=(g++ clang cmake make zlib1g-dev rapidjson-dev libcoordgen-dev libgtest-dev)
 # The Python package and its tests; a build does without it where they are missing.
 python_packages=(python3-dev python3-numpy pybind11-dev python3-pytest mypy)
+# What else its tests use where it is there.
+toolkit_packages=(python3-rdkit python3-pandas python3-matplotlib python3-pip)
 
 # Installs those of the packages named that are missing, as root or with sudo, and says so.
 install_packages() {

@@ -5,7 +5,8 @@
 using namespace ZQKorvex;
 
 int main() {
-  // Progress goes to standard error: a bar on a terminal, one line elsewhere.
+  // Progress goes to standard error: a bar on a terminal, one line elsewhere. A ZQDots with an
+  // observer calls that instead, and stops when it returns false.
   ZQCreateFastFPDatabaseOptions creation(ZQGetFPType(ZQFPType::Path));
   creation.SetNumProcessors(2);
   creation.SetTracer(ZQDots(0, "molecules"));

@@ -344,7 +344,7 @@ def test_the_guide_runs(tmp_path, monkeypatch, capsys):
         exec(block, scope)
     lines = capsys.readouterr().out.splitlines()
     assert "0.451087" in lines and "(3, 64) uint64" in lines
-    assert [line.split(maxsplit=1)[1] for line in lines[3:6]] == [
+    assert [line.split(maxsplit=1)[1] for line in lines[4:7]] == [
         "aspirin", "salicylic acid", "methyl salicylate"]
 
 
