@@ -2,6 +2,7 @@
 
 #include <pybind11/stl.h>
 
+#include <optional>
 #include <tuple>
 
 #include "python/fingerprints_local.h"
@@ -52,7 +53,7 @@ class InputReader {
     const auto record = py::reinterpret_steal<py::object>(
         PyObject_Vectorcall(toBinary_.ptr(), arguments, std::size(arguments), nullptr));
     if (!record) throw py::error_already_set();
-    if (ReadRdkitRecord(graph, record.cast<std::string_view>()) &&
+    if (ReadRdkitRecord(graph, record.cast<std::string_view>()) && IsTrusted(graph.version) &&
         (!graph.hasStereo || hasProp_(mol, "_StereochemDone").cast<bool>())) {
       return graph;
     }
@@ -68,6 +69,16 @@ class InputReader {
       slow.bonds.push_back({bgn, end, stereoAtoms, type, stereo, aromatic});
     }
     return slow;
+  }
+
+  static bool IsTrusted(std::uint32_t version) {
+    if (version == rdkitVersion) return true;
+    static std::optional<bool> isTrusted;  // the process has one RDKit, and holds the GIL here
+    if (!isTrusted) {
+      const py::module_ module = py::module_::import("korvex._rdkit");
+      isTrusted = module.attr("are_records_right")().cast<bool>();
+    }
+    return *isTrusted;
   }
 
   py::object rdkitMol_;
@@ -205,6 +216,22 @@ std::string GetSmiles(const MoleculeFile& file, py::ssize_t index) {
   return file.Get().GetSmiles(file.Check(index));
 }
 
+/// The atoms and bonds of a record in tuples, or None.
+py::object ReadTuples(std::string_view record) {
+  RdkitGraph graph;
+  if (!ReadRdkitRecord(graph, record)) return py::none();
+  std::vector<AtomTuple> atoms;
+  for (const RdkitGraph::Atom& a : graph.atoms) {
+    atoms.emplace_back(a.atomicNum, a.charge, a.isotope, a.mapIdx, a.hCount, a.chiralTag,
+                       a.aromatic);
+  }
+  std::vector<BondTuple> bonds;
+  for (const RdkitGraph::Bond& b : graph.bonds) {
+    bonds.emplace_back(b.bgn, b.end, b.stereoAtoms, b.type, b.stereo, b.aromatic);
+  }
+  return py::make_tuple(atoms, bonds);
+}
+
 }  // namespace
 
 void BindMolecules(py::module_& module) {
@@ -252,6 +279,7 @@ void BindMolecules(py::module_& module) {
         return "<korvex.MoleculeFile '" + file.Get().GetName() + "', " +
                std::to_string(file.Size()) + " molecules>";
       });
+  module.def("rdkit_graph", ReadTuples, py::arg("record"));
 }
 
 }  // namespace KorvexPython

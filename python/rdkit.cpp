@@ -149,14 +149,13 @@ bool IsPlausible(const RdkitGraph::Atom& atom, const Valence& valence) {
 
 bool ReadRdkitRecord(RdkitGraph& graph, std::string_view record) {
   constexpr std::uint32_t magic = 0xDEADBEEF;
-  constexpr std::uint32_t knownMajor = 13;
   constexpr std::uint8_t firstAtomTag = 1;
   constexpr std::uint8_t firstBondTag = 11;
   constexpr std::size_t leastBytesOfAtom = 6;
   ByteReader in(record);
   in.Expect(in.Read<std::uint32_t>() == magic);
   in.Expect(in.Read<std::uint32_t>() == 0);
-  in.Expect(in.Read<std::uint32_t>() == knownMajor);
+  graph.version = in.Read<std::uint32_t>();
   in.Skip(8);  // minor version and patch
   const auto numAtoms = in.Read<std::uint32_t>();
   const auto numBonds = in.Read<std::uint32_t>();

@@ -36,8 +36,14 @@ struct RdkitGraph {
   };
   std::vector<Atom> atoms;
   std::vector<Bond> bonds;
-  bool hasStereo = false;  ///< any, or a direction of a bond
+  bool hasStereo = false;     ///< any, or a direction of a bond
+  std::uint32_t version = 0;  ///< of the record
 };
+
+/// The version of the records of RDKit 2022.09, from which the format was learned. Other versions
+/// that look alike are taken if they give the right atoms and bonds for some molecules
+/// (korvex/_rdkit.py).
+inline constexpr std::uint32_t rdkitVersion = 13;
 
 /// Reads a binary record of version 13, which RDKit 2022.09 writes. False for another version, for
 /// query atoms and residues, for a record that is damaged, and for hydrogen counts that don't

@@ -247,7 +247,7 @@ RDKIT_SMILES = [
     "C" * 254 + "O", "C" * 255 + "[C@H](F)Cl", "OC1=CC=CC=C1", "CS(=O)(=O)N", "C[Si](C)(C)C", "B(O)O", "[Na]", "[SiH4]", "C[P@](CC)CCC"]
 
 
-def test_rdkit_molecules(database):
+def test_rdkit_molecules(database, monkeypatch):
     Chem = pytest.importorskip("rdkit.Chem")
     mols = [Chem.MolFromSmiles(s) for s in SMILES[:8] + RDKIT_SMILES]
     mols += [Chem.AddHs(m) for m in mols[:20]]
@@ -270,6 +270,14 @@ def test_rdkit_molecules(database):
         korvex.fingerprint(["C", Chem.MolFromSmarts("C~C")])
     with pytest.raises(korvex.Error, match="atom 0 is aromatic"):
         korvex.fingerprint(Chem.MolFromSmiles("cC", sanitize=False))
+
+    # Records of another version are taken if they look the same and give the same atoms.
+    from korvex import _rdkit
+    assert _rdkit.are_records_right()
+    monkeypatch.setattr(_rdkit, "PROBES", _rdkit.PROBES[:2] + ("[He]~[He]",))
+    assert not _rdkit.are_records_right()
+    record = bytearray(mols[1].ToBinary(0))
+    assert all(korvex._core.rdkit_graph(bytes(record[:n])) is None for n in range(20, 150))
 
     from rdkit import DataStructs
     fp = korvex.fingerprint(mols[1], "maccs166")
