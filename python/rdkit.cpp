@@ -217,11 +217,13 @@ void SetStereo(ZQMol& mol, const RdkitGraph& graph) {
     ++degrees[bond.end];
   }
   for (std::size_t i = 0; i < graph.atoms.size(); ++i) {
+    if (graph.atoms[i].chiralTag == 0) continue;
     const ZQAtomStereo stereo = StereoOf(graph.atoms[i], degrees[i]);
     if (stereo == ZQAtomStereo::None) continue;
     mol.GetAtomAt(static_cast<unsigned int>(i))->SetStereo(stereo);
   }
   for (std::size_t i = 0; i < graph.bonds.size(); ++i) {
+    if (graph.bonds[i].stereo == 0) continue;
     ZQBondBase* made = mol.GetBondAt(static_cast<unsigned int>(i));
     const ZQBondStereo stereo = StereoOf(graph.bonds[i], *made);
     if (stereo != ZQBondStereo::None) made->SetStereo(stereo);
