@@ -41,7 +41,7 @@ class ZQ_EXPORT ZQFPDatabaseOptions {
   /// Greatest number of results, 1000 by default; 0 means all.
   void SetLimit(unsigned int limit) { limit_ = limit; }
   unsigned int GetLimit() const { return limit_; }
-  /// Threads of a `SortedSearch`, 1 by default; 0 means the number of processors.
+  /// Threads of a sorted search, 1 by default; 0 means the number of processors.
   void SetNumProcessors(unsigned int numProcessors) { numProcessors_ = numProcessors; }
   /// The effective number, at most twice the number of processors.
   unsigned int GetNumProcessors() const;
@@ -95,8 +95,8 @@ class ZQSimScorePair {
 ZQ_EXPORT bool CompScoreBiggerIsBetter(const ZQSimScore& a, const ZQSimScore& b);
 ZQ_EXPORT bool CompScoreSmallerIsBetter(const ZQSimScore& a, const ZQSimScore& b);
 
-/// A hit list for the best `limit` scores. It accepts only scores strictly better than the cutoff.
-/// Without a cutoff a descending list still rejects 0.0.
+/// A hit list for the best `limit` scores, of equal ones those of lower index. It accepts only
+/// scores strictly better than the cutoff. Without a cutoff a descending list still rejects 0.0.
 ZQ_EXPORT std::unique_ptr<ZQHitList<ZQSimScore>> ZQInitFPDatabaseHitList(unsigned int limit,
                                                                          bool descending,
                                                                          bool hasCutoff,

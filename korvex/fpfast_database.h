@@ -62,8 +62,10 @@ class ZQ_EXPORT ZQFastFPDatabase {
   ZQIter<ZQSimScore> GetScores(const ZQMolBase& query, const ZQFPDatabaseOptions& options) const;
   ZQIter<ZQSimScore> GetScores(std::uint64_t index, const ZQFPDatabaseOptions& options) const;
 
-  /// The best of the scores strictly better than the cutoff, best first. In descending order 0.0 is
-  /// never included. The type of a query fingerprint isn't checked.
+  /// The best of the scores strictly better than the cutoff, best first, on the options' number of
+  /// threads. Of equal scores those of lower index are better, so that the hits depend on records,
+  /// query and options alone. In descending order 0.0 is never included. The type of a query
+  /// fingerprint isn't checked.
   ZQIter<ZQSimScore> GetSortedScores(const ZQFingerPrint& query,
                                      const ZQFPDatabaseOptions& options) const;
   ZQIter<ZQSimScore> GetSortedScores(const ZQMolBase& query,

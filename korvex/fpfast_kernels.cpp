@@ -5,6 +5,7 @@
 #include <bit>
 #include <functional>
 #include <limits>
+#include <mutex>
 #include <utility>
 
 #include "korvex/checked_local.h"
@@ -140,16 +141,75 @@ void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
   });
 }
 
+namespace {
+
+constexpr unsigned long minRecordsForThreads = 1000;
+
+unsigned int NumScanThreads(const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
+  return records.count < minRecordsForThreads ? 1 : options.GetNumProcessors();
+}
+
+/// Records that a thread takes at a time: few enough that all threads end together.
+unsigned long BatchOf(const ZQScanRecords& records, unsigned int numThreads) {
+  constexpr unsigned long least = 2 * zqBlockRecords;
+  constexpr unsigned long most = 64 * zqBlockRecords;
+  constexpr unsigned long batchesOfThread = 32;
+  const unsigned long batch = records.count / (batchesOfThread * numThreads);
+  return std::clamp(batch - batch % zqBlockRecords, least, most);
+}
+
+/// Scores batches of records from the cursor until none is left: calls `visit(begin, n, scores)`
+/// for each block, and `endBatch(n)`.
+template <class Visit, class EndBatch>
+void ScanBatches(std::atomic<unsigned long>& cursor, unsigned long batch, const Query& query,
+                 ZQScorer& scorer, const ZQScanRecords& records, Visit visit, EndBatch endBatch) {
+  Scores scores;
+  // The next batch is taken before the current one is scanned, so that its records are prefetched
+  // in time, and never those of another worker.
+  unsigned long nextBatch = cursor.fetch_add(batch);
+  while (nextBatch < records.count) {
+    const unsigned long batchBegin = nextBatch;
+    const unsigned long batchEnd = batchBegin + std::min(batch, records.count - batchBegin);
+    nextBatch = cursor.fetch_add(batch);
+    ForBlocks(batchBegin, batchEnd, [&](std::uint64_t begin, std::size_t n) {
+      scorer.Scan(query.Row(), begin, n, scorer.NextOf(begin, batchEnd, nextBatch), scores.data());
+      visit(begin, n, scores);
+    });
+    endBatch(batchEnd - batchBegin);
+  }
+}
+
+}  // namespace
+
 void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
                      const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
   if (!ZQ_ASSERT(list) || !records.AreThere()) return;
   const Query converted(query, records);
   if (!converted.IsValid()) return;
-  ZQScorer scorer(options, records, records.popcount);
-  Scores scores;
-  ForBlocks(0, records.count, [&](std::uint64_t begin, std::size_t n) {
-    scorer.Scan(converted.Row(), begin, n, scores.data());
-    Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
+  const bool descending = options.GetDescendingOrder();
+  const unsigned int numThreads = NumScanThreads(options, records);
+  if (numThreads == 1) {
+    ZQScorer scorer(options, records, records.popcount);
+    Scores scores;
+    ForBlocks(0, records.count, [&](std::uint64_t begin, std::size_t n) {
+      scorer.Scan(converted.Row(), begin, n, scores.data());
+      Offer(*list, scorer, records, begin, n, scores, descending);
+    });
+    return;
+  }
+  std::atomic<unsigned long> cursor = 0;
+  std::mutex mutex;
+  ZQRunOnThreads(numThreads, [&] {
+    const auto own = ZQInitFPDatabaseHitList(ZQCheckedUnsigned(records.count), options);
+    ZQScorer scorer(options, records, records.popcount);
+    ScanBatches(
+        cursor, BatchOf(records, numThreads), converted, scorer, records,
+        [&](std::uint64_t begin, std::size_t n, const Scores& scores) {
+          Offer(*own, scorer, records, begin, n, scores, descending);
+        },
+        [](unsigned long) {});
+    const std::lock_guard lock(mutex);
+    list->Merge(*own);
   });
 }
 
@@ -175,34 +235,25 @@ void ZQFastFPResultThread(std::atomic<unsigned long>& cursor, unsigned long batc
   if (!converted.IsValid()) return;
   ZQScorer scorer(options, records, records.popcount);
   BinCounter counter(histogram, scorer.Variant());
-  Scores scores;
-  // The next batch is taken before the current one is scanned, so that its records are prefetched
-  // in time, and never those of another worker.
-  unsigned long nextBatch = cursor.fetch_add(batch);
-  while (nextBatch < records.count) {
-    const unsigned long batchBegin = nextBatch;
-    const unsigned long batchEnd = batchBegin + std::min(batch, records.count - batchBegin);
-    nextBatch = cursor.fetch_add(batch);
-    ForBlocks(batchBegin, batchEnd, [&](std::uint64_t begin, std::size_t n) {
-      scorer.Scan(converted.Row(), begin, n, nextBatch + (begin - batchBegin), scores.data());
-      counter.Add(scores.data(), n);
-      Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
-    });
-    result->RecordProgress(batchEnd - batchBegin);
-  }
+  ScanBatches(
+      cursor, batch, converted, scorer, records,
+      [&](std::uint64_t begin, std::size_t n, const Scores& scores) {
+        counter.Add(scores.data(), n);
+        Offer(*list, scorer, records, begin, n, scores, options.GetDescendingOrder());
+      },
+      [&](unsigned long n) { result->RecordProgress(n); });
   counter.Finish();
   result->UpdateScores(histogram, *list);
 }
 
 void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
                     const ZQFPDatabaseOptions& options, const ZQScanRecords& records) {
-  constexpr unsigned long minRecordsForThreads = 1000;
-  const unsigned int numThreads = options.GetNumProcessors();
+  const unsigned int numThreads = NumScanThreads(options, records);
   if (!ZQ_ASSERT(result) || !ZQ_ASSERT(numThreads > 0)) return;
   if (!records.AreThere()) return;
   std::atomic<unsigned long> cursor = 0;
-  ZQRunOnThreads(records.count < minRecordsForThreads ? 1 : numThreads, [&] {
-    ZQFastFPResultThread(cursor, zqResultBatch, result, query, options, records);
+  ZQRunOnThreads(numThreads, [&] {
+    ZQFastFPResultThread(cursor, BatchOf(records, numThreads), result, query, options, records);
   });
 }
 

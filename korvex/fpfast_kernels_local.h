@@ -33,16 +33,14 @@ struct ZQScanRecords : ZQRecords {
   ZQPopCountFunc popcount;
 };
 
-/// Records in one batch of a worker of `ZQFastFPResult`.
-inline constexpr unsigned long zqResultBatch = 100;
-
 // One query against all records.
 
 /// (id, score) of each record whose score is no worse than the cutoff, in file order.
 void ZQFastFPSimScore(std::vector<ZQSimScore>& out, const ZQFingerPrint& query,
                       const ZQFPDatabaseOptions& options, const ZQScanRecords& records);
 
-/// Adds the scores to a hit list; the caller does its final sort.
+/// Adds the scores to a hit list, on the options' number of threads for 1000 records or more; the
+/// caller does its final sort.
 void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
                      const ZQFPDatabaseOptions& options, const ZQScanRecords& records);
 
@@ -50,7 +48,7 @@ void ZQFastFPHitList(ZQHitList<ZQSimScore>* list, const ZQFingerPrint& query,
 void ZQFastFPRaw(std::vector<double>& out, const ZQFingerPrint& query,
                  const ZQFPDatabaseOptions& options, const ZQScanRecords& records);
 
-/// Hits and histogram of all scores, on the options' number of threads for 1000 records or more.
+/// Hits and histogram of all scores, on that number of threads too.
 void ZQFastFPResult(ZQSimSearchResultImpl* result, const ZQFingerPrint& query,
                     const ZQFPDatabaseOptions& options, const ZQScanRecords& records);
 /// A worker of `ZQFastFPResult`: takes batches of records from the cursor until none is left,

@@ -24,11 +24,18 @@ ZQIter<ZQSimScore> ZQGetSortedHits(const ZQFingerPrint& query, const ZQFPDatabas
 std::vector<ZQIter<ZQSimScore>> ZQGetSortedHits(const std::vector<ZQFingerPrint>& queries,
                                                 const ZQFPDatabaseOptions& options,
                                                 const ZQScanRecords& records) {
+  std::vector<ZQIter<ZQSimScore>> hits(queries.size());
+  // Fewer queries than threads are scanned one by one, each by all threads.
+  if (queries.size() <= 1 || queries.size() < options.GetNumProcessors()) {
+    std::transform(queries.begin(), queries.end(), hits.begin(), [&](const ZQFingerPrint& query) {
+      return ZQGetSortedHits(query, options, records);
+    });
+    return hits;
+  }
   const unsigned int count = ZQCheckedUnsigned(records.count);
   std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>> lists(queries.size());
   for (auto& list : lists) list = ZQInitFPDatabaseHitList(count, options);
   ZQFastFPHitLists(lists, queries, options, records);
-  std::vector<ZQIter<ZQSimScore>> hits(queries.size());
   std::transform(lists.begin(), lists.end(), hits.begin(),
                  [](auto& list) { return ZQMakeHitIter(std::move(list)); });
   return hits;

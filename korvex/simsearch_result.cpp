@@ -57,7 +57,7 @@ void ZQSimSearchResultImpl::UpdateScores(const ZQFPHistogram& histogram,
   const std::lock_guard guard(lock_);
   if (!ZQ_ASSERT(hitList_)) return;
   histogram_ += histogram;
-  for (const ZQSimScore& hit : list.GetItems()) hitList_->UpdateScores(hit);
+  hitList_->Merge(list);
 }
 
 ZQFPHistogram ZQSimSearchResultImpl::GetHistogram() const {

@@ -95,8 +95,6 @@ class Database {
     for (std::size_t begin = 0; begin < queries.size(); begin += batch) {
       const std::size_t end = std::min(begin + batch, queries.size());
       const auto found = Run([&] {
-        using Hits = std::vector<ZQIter<ZQSimScore>>;
-        if (end - begin == 1) return Hits{database_->GetSortedScores(queries[begin], options)};
         return database_->GetSortedScores({queries.begin() + static_cast<std::ptrdiff_t>(begin),
                                            queries.begin() + static_cast<std::ptrdiff_t>(end)},
                                           options);

@@ -125,6 +125,52 @@ TEST_P(BackEnd, QueriesAgreeWithOneAnother) {
   EXPECT_EQ(pairs, 25 * count);
 }
 
+// Many scores are equal. The hits are those of all scores, sorted by score and index, however many
+// threads and queries share the work, which is several batches of each thread and a ragged end.
+TEST_P(BackEnd, HitsOfEqualScoreAreThoseOfLowestIndex) {
+  const auto fps = RandomFingerPrints(9037, 256);
+  const TempFile file("ties.fpbin");
+  file.Write(DatabaseBytes(fps, PathTypeOf(256)));
+  const ZQFastFPDatabase database(file.Name(), GetParam());
+  const std::vector<ZQFingerPrint> queries = {fps[0], fps[9], fps[4001]};
+  for (const bool descending : {true, false}) {
+    for (const auto& [measure, limit, hasCutoff] : {std::tuple(1U, 7U, false),
+                                                    {1U, 500U, true},
+                                                    {4U, 1U, false},
+                                                    {5U, 40U, false},
+                                                    {6U, 3000U, true},
+                                                    {2U, 0U, false}}) {
+      ZQFPDatabaseOptions options(limit, measure);
+      options.SetDescendingOrder(descending);
+      if (hasCutoff) options.SetCutoff(0.25F);
+      std::vector<Hits> expected;
+      for (const ZQFingerPrint& query : queries) {
+        Hits& hits = expected.emplace_back();
+        std::uint64_t index = 0;
+        for (auto score = database.GetRawScores(query, options); score; ++score, ++index) {
+          const double bar = hasCutoff ? 0.25 : descending ? 0.0 : 2.0;
+          if (descending ? *score > bar : *score < bar) hits.emplace_back(index, *score);
+        }
+        std::stable_sort(hits.begin(), hits.end(), [&](const auto& a, const auto& b) {
+          return descending ? a.second > b.second : a.second < b.second;
+        });
+        if (limit != 0) hits.resize(std::min<std::size_t>(limit, hits.size()));
+      }
+      for (const unsigned int threads : {1U, 2U, 4U}) {
+        options.SetNumProcessors(threads);
+        auto together = database.GetSortedScores(queries, options);
+        for (std::size_t i = 0; i < queries.size(); ++i) {
+          EXPECT_EQ(HitsOf(together[i]), expected[i]) << measure << " " << limit << " " << threads;
+          EXPECT_EQ(HitsOf(database.GetSortedScores(queries[i], options)), expected[i]) << measure;
+          ZQSimSearchResult result(10, 0.0, 1.0);
+          database.GetImpl().SortedSearch(result, queries[i], options);
+          EXPECT_EQ(HitsOf(result.GetSortedScores()), expected[i]) << measure << " " << limit;
+        }
+      }
+    }
+  }
+}
+
 TEST_P(BackEnd, QueriesFromManyThreads) {
   const ZQFastFPDatabase database(file_.Name(), GetParam());
   const Hits expected = HitsOf(database.GetSortedScores(5, {}));

@@ -3,8 +3,9 @@
 /// A bounded list that keeps the best N of a stream of entries. It collects up to twice the limit;
 /// then one selection keeps the better half, and the worst entry kept becomes the bar for all later
 /// ones. Nearly every entry costs one comparison; a compaction takes linear time, once per `limit`
-/// accepted entries. Tied entries are in no particular order, and one that ties the bar is dropped.
-/// A list is for one thread.
+/// accepted entries. An entry that ties the bar is dropped. Of equal entries those of lower index
+/// are kept, and come first: so for entries offered by ascending index, and for lists of these that
+/// are merged in any order, the result depends on nothing but the entries. A list is for one thread.
 
 #include <algorithm>
 #include <cstddef>
@@ -46,6 +47,15 @@ class ZQHitList {
     return true;
   }
 
+  /// Adds the entries of another list, also those that tie the bar and have a lower index.
+  void Merge(const ZQHitList& other) {
+    for (const T& entry : other.items_) {
+      if (!Precedes(entry, GetBar())) continue;
+      items_.push_back(entry);
+      SortScores(false);
+    }
+  }
+
   /// Compacts a list that exceeds its capacity; if `final`, keeps the best `limit` entries, best
   /// first. Returns false only for an empty list. More entries may be added after sorting.
   bool SortScores(bool final) {
@@ -66,6 +76,10 @@ class ZQHitList {
   template <class>
   friend class ZQHitListIter;
 
+  bool Precedes(const T& a, const T& b) const {
+    return better_(a, b) || (!better_(b, a) && a.GetIdx() < b.GetIdx());
+  }
+
   std::size_t Capacity() const { return 2 * std::size_t{limit_}; }
 
   void Compact() {
@@ -74,7 +88,8 @@ class ZQHitList {
       return;
     }
     const auto worst = items_.begin() + (std::ptrdiff_t{limit_} - 1);
-    std::nth_element(items_.begin(), worst, items_.end(), better_);
+    std::nth_element(items_.begin(), worst, items_.end(),
+                     [this](const T& a, const T& b) { return Precedes(a, b); });
     items_.resize(limit_, threshold_);
     worst_ = std::ptrdiff_t{limit_} - 1;
   }
@@ -82,7 +97,8 @@ class ZQHitList {
   void SortFinally() {
     const auto end =
         items_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(limit_, items_.size()));
-    std::partial_sort(items_.begin(), end, items_.end(), better_);
+    std::partial_sort(items_.begin(), end, items_.end(),
+                      [this](const T& a, const T& b) { return Precedes(a, b); });
     items_ = std::vector<T>(items_.begin(), end);
     if (worst_ >= 0) worst_ = static_cast<std::ptrdiff_t>(items_.size()) - 1;
   }
