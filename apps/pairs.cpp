@@ -39,6 +39,7 @@ void ConfigureHistogram(ZQInterface& interface) {
           .SetDefault(20));
   ZQConfigureFPDatabaseOptions(interface, ZQFPDatabaseOptionsMask::SimFunc);
   AddTverskyCoeffs(interface);
+  AddThreads(interface);
   ZQConfigureFPDatabaseMemoryType(interface, ZQFastFPDatabaseMemoryType::MemoryMapped);
 }
 
@@ -47,6 +48,8 @@ int PrintHistogram(const ZQInterface& interface, const Database& database) {
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
   SetTverskyCoeffs(options, interface);
+  options.SetNumProcessors(GetThreads(interface));
+  options.SetTracer(ZQDots(0, "pairs"));
   const unsigned int numWarnings = NumWarnings();
   const ZQFPHistogram histogram =
       database.GetHistogram(options, static_cast<unsigned long>(interface.Get<int>("-bins")));
@@ -85,6 +88,7 @@ int PrintNeighbors(const ZQInterface& interface, const Database& database) {
   ZQFPDatabaseOptions options;
   ZQSetupFPDatabaseOptions(options, interface);
   SetTverskyCoeffs(options, interface);
+  options.SetTracer(ZQDots(0, "pairs"));
   const unsigned int numWarnings = NumWarnings();
   ZQVisitNeighbors(database, options, [](const ZQSimScorePair& pair) {
     std::printf("%lu\t%lu\t%.6f\n", pair.GetIdx1(), pair.GetIdx2(), pair.GetScore());

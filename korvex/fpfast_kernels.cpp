@@ -297,10 +297,33 @@ void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>&
 
 namespace {
 
-/// Counts the pairs of a block of columns.
-void CountColumns(ZQPairTracer& tracer, std::uint64_t columns, std::size_t n,
-                  const ZQScanRecords& records, bool symmetric) {
-  tracer.Count(symmetric ? ZQNumPairs(columns + n) - ZQNumPairs(columns) : n * records.count);
+/// The pairs of a block of columns.
+std::uint64_t NumPairsOf(std::uint64_t columns, std::size_t n, const ZQScanRecords& records,
+                         bool symmetric) {
+  return symmetric ? ZQNumPairs(columns + n) - ZQNumPairs(columns) : n * records.count;
+}
+
+/// Runs `work(forBlocks)` on threads. `forBlocks(scorer, visit)` loads blocks of columns until no
+/// thread finds one any more, those with most rows first, and calls `visit(columns, n, rows)`: with
+/// the numbers of columns and, from record 0 on, of rows.
+template <class Work>
+void ForColumnsOnThreads(const ZQFPDatabaseOptions& options, const ZQScanRecords& records,
+                         Work work) {
+  const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
+  const std::uint64_t numBlocks = (records.count + zqBlockRecords - 1) / zqBlockRecords;
+  ZQPairTracer tracer(options, ZQNumPairs(records.count, symmetric));
+  std::atomic<std::uint64_t> next = 0;
+  const auto forBlocks = [&](ZQScorer& scorer, auto visit) {
+    for (std::uint64_t i = next++; i < numBlocks; i = next++) {
+      const std::uint64_t columns = (numBlocks - 1 - i) * zqBlockRecords;
+      const std::size_t n = std::min<std::uint64_t>(zqBlockRecords, records.count - columns);
+      scorer.SetColumns(columns, n);
+      visit(columns, n, symmetric ? columns + n : records.count);
+      tracer.Count(NumPairsOf(columns, n, records, symmetric));
+    }
+  };
+  ZQRunOnThreads(NumScanThreads(options, records), [&] { work(forBlocks); });
+  tracer.Finish();
 }
 
 }  // namespace
@@ -310,53 +333,52 @@ void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& optio
   if (!records.AreThere()) return;
   out.resize(ZQSaturatedProduct(records.count, records.count));
   const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
-  ZQScorer scorer(options, records, records.popcount);
-  // A few rows at a time, so that the transposed scores are written in whole cache lines.
-  constexpr std::size_t tileRows = 16;
-  std::array<std::array<float, zqBlockRecords>, tileRows> tile;
-  Scores scores;
-  ZQPairTracer tracer(options, ZQNumPairs(records.count, symmetric));
-  ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
-    scorer.SetColumns(columns, n);
-    const std::uint64_t end = symmetric ? columns + n : records.count;
-    for (std::uint64_t rows = 0; rows < end; rows += tileRows) {
-      const std::size_t m = std::min<std::uint64_t>(tileRows, end - rows);
-      for (std::size_t r = 0; r < m; ++r) {
-        scorer.ScoreColumns(scorer.RowOf(rows + r), scores.data());
-        std::transform(scores.begin(), scores.begin() + n, tile[r].begin(),
-                       [](double score) { return ZQCheckedFloat(score); });
-        std::copy_n(tile[r].begin(), n, &out[(rows + r) * records.count + columns]);
+  ForColumnsOnThreads(options, records, [&](auto forBlocks) {
+    ZQScorer scorer(options, records, records.popcount);
+    // A few rows at a time, so that the transposed scores are written in whole cache lines.
+    constexpr std::size_t tileRows = 16;
+    std::array<std::array<float, zqBlockRecords>, tileRows> tile;
+    Scores scores;
+    forBlocks(scorer, [&](std::uint64_t columns, std::size_t n, std::uint64_t end) {
+      for (std::uint64_t rows = 0; rows < end; rows += tileRows) {
+        const std::size_t m = std::min<std::uint64_t>(tileRows, end - rows);
+        for (std::size_t r = 0; r < m; ++r) {
+          scorer.ScoreColumns(scorer.RowOf(rows + r), scores.data());
+          std::transform(scores.begin(), scores.begin() + n, tile[r].begin(),
+                         [](double score) { return ZQCheckedFloat(score); });
+          std::copy_n(tile[r].begin(), n, &out[(rows + r) * records.count + columns]);
+        }
+        if (!symmetric) continue;
+        for (std::size_t c = 0; c < n; ++c) {
+          float* mirrored = &out[(columns + c) * records.count + rows];
+          for (std::size_t r = 0; r < m; ++r) mirrored[r] = tile[r][c];
+        }
       }
-      if (!symmetric) continue;
-      for (std::size_t c = 0; c < n; ++c) {
-        float* mirrored = &out[(columns + c) * records.count + rows];
-        for (std::size_t r = 0; r < m; ++r) mirrored[r] = tile[r][c];
-      }
-    }
-    CountColumns(tracer, columns, n, records, symmetric);
+    });
   });
-  tracer.Finish();
 }
 
 void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
                        const ZQScanRecords& records) {
   if (!records.AreThere()) return;
   const bool symmetric = ZQIsSymmetric(options.GetSimFunc());
-  ZQScorer scorer(options, records, records.popcount);
-  BinCounter counter(histogram, scorer.Variant());
-  Scores scores;
-  ZQPairTracer tracer(options, ZQNumPairs(records.count, symmetric));
-  ForBlocks(0, records.count, [&](std::uint64_t columns, std::size_t n) {
-    scorer.SetColumns(columns, n);
-    for (std::uint64_t row = 0; row < (symmetric ? columns + n : records.count); ++row) {
-      scorer.ScoreColumns(scorer.RowOf(row), scores.data());
-      const std::size_t skip = symmetric && row >= columns ? row + 1 - columns : 0;
-      counter.Add(scores.data() + skip, n - skip);
-    }
-    CountColumns(tracer, columns, n, records, symmetric);
+  std::mutex mutex;
+  ForColumnsOnThreads(options, records, [&](auto forBlocks) {
+    ZQFPHistogram own(histogram.NumBins(), histogram.GetMinValue(), histogram.GetMaxValue());
+    ZQScorer scorer(options, records, records.popcount);
+    BinCounter counter(own, scorer.Variant());
+    Scores scores;
+    forBlocks(scorer, [&](std::uint64_t columns, std::size_t n, std::uint64_t end) {
+      for (std::uint64_t row = 0; row < end; ++row) {
+        scorer.ScoreColumns(scorer.RowOf(row), scores.data());
+        const std::size_t skip = symmetric && row >= columns ? row + 1 - columns : 0;
+        counter.Add(scores.data() + skip, n - skip);
+      }
+    });
+    counter.Finish();
+    const std::lock_guard lock(mutex);
+    histogram += own;
   });
-  counter.Finish();
-  tracer.Finish();
 }
 
 void ZQFastFPVariogram(ZQFPVariogram& variogram, const std::vector<float>& values,
@@ -536,7 +558,7 @@ void ZQFastFPSparseMatrixInBands(std::vector<ZQSimScorePair>& out,
                 [&](std::size_t i) { lists.Offer(first + i, scores[i], records.Id(row), row); });
       }
       if (once) {
-        CountColumns(tracer, columns, n, records, true);
+        tracer.Count(NumPairsOf(columns, n, records, true));
       } else {
         tracer.Count(n * (bandEnd - bandBegin));
       }

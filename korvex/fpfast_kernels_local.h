@@ -66,13 +66,14 @@ void ZQFastFPHitLists(const std::vector<std::unique_ptr<ZQHitList<ZQSimScore>>>&
                       const std::vector<ZQFingerPrint>& queries, const ZQFPDatabaseOptions& options,
                       const ZQScanRecords& records);
 
-// All pairs of records; for Tversky, which isn't symmetric, all ordered pairs.
+// All pairs of records; for Tversky, which isn't symmetric, all ordered pairs. Those without a word
+// of threads run on the calling one.
 
-/// The matrix of scores, row-major.
+/// The matrix of scores, row-major, on the options' number of threads for 1000 records or more.
 void ZQFastFPAllScores(std::vector<float>& out, const ZQFPDatabaseOptions& options,
                        const ZQScanRecords& records);
 
-/// The distribution of the scores of all pairs i < j; for Tversky, of all n * n.
+/// Adds the scores of all pairs i < j; for Tversky, of all n * n. Threads likewise.
 void ZQFastFPHistogram(ZQFPHistogram& histogram, const ZQFPDatabaseOptions& options,
                        const ZQScanRecords& records);
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <exception>
 #include <limits>
+#include <mutex>
 #include <optional>
 
 #include "korvex/fpdatabaseoptions.h"
@@ -18,15 +19,17 @@ class ZQStopped : public std::exception {
   const char* what() const noexcept override { return "stopped"; }
 };
 
+/// For any number of threads.
 class ZQPairTracer {
  public:
   ZQPairTracer(const ZQFPDatabaseOptions& options, std::uint64_t numPairs)
       : dots_(options.GetTracer()) {
     if (dots_ && dots_->GetTotal() == 0) dots_->SetTotal(numPairs);
   }
-  /// Throws `ZQStopped` if the tracer ends the query.
+  /// Throws `ZQStopped` if the tracer has ended the query, on each thread that counts.
   void Count(std::uint64_t pairs) {
     if (!dots_) return;
+    const std::lock_guard lock(mutex_);
     constexpr std::uint64_t most = std::numeric_limits<unsigned int>::max();
     for (; pairs > most; pairs -= most) dots_->Update(most);
     dots_->Update(static_cast<unsigned int>(pairs));
@@ -39,6 +42,7 @@ class ZQPairTracer {
 
  private:
   std::optional<ZQDots> dots_;
+  std::mutex mutex_;
 };
 
 /// The number of pairs i < j of so many records; of all ordered pairs unless `symmetric`.

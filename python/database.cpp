@@ -132,8 +132,8 @@ class Database {
 
   /// The counts and the edges of the bins.
   py::tuple Histogram(unsigned long bins, const std::string& measure, float alpha, float beta,
-                      const py::object& progress) const {
-    ZQFPDatabaseOptions options = MakeOptions(measure, alpha, beta, {}, 1);
+                      unsigned int threads, const py::object& progress) const {
+    ZQFPDatabaseOptions options = MakeOptions(measure, alpha, beta, {}, threads);
     const ZQFPHistogram histogram =
         RunLong(progress, options, [&] { return database_->GetHistogram(options, bins); });
     return py::make_tuple(CountsOf(histogram), ToArray(histogram.GetBinBoundaries()));

@@ -136,6 +136,33 @@ TEST_F(Threads, SearchesAndCreationDoWithFewer) {
     if (expected.empty()) expected = hits;
     EXPECT_EQ(hits, expected) << available;
 
+    for (const unsigned int measure : {ZQSimMeasure::Tanimoto, ZQSimMeasure::Tversky}) {
+      std::vector<std::uint64_t> counts[2];
+      std::vector<float> scores[2];
+      std::uint64_t counted[2] = {0, 0};
+      for (const unsigned int threads : {1U, 2U}) {
+        ZQFPDatabaseOptions pairs(0, measure);
+        pairs.SetNumProcessors(threads);
+        std::uint64_t& last = counted[threads - 1];
+        pairs.SetTracer(ZQDots([&last](std::uint64_t done, std::uint64_t total) {
+          EXPECT_GT(done, last);
+          EXPECT_LE(done, total);
+          last = done;
+          return true;
+        }));
+        ZQFPHistogram histogram(50, 0.0, 1.0);
+        threadsLeft = available;
+        ZQFastFPHistogram(histogram, pairs, records);
+        for (auto n = histogram.GetCounts(); n; ++n) counts[threads - 1].push_back(*n);
+        EXPECT_EQ(last, histogram.NumSamples());
+        last = 0;
+        threadsLeft = available;
+        ZQFastFPAllScores(scores[threads - 1], pairs, records);
+      }
+      EXPECT_EQ(counts[1], counts[0]) << available;
+      EXPECT_EQ(scores[1], scores[0]) << available;
+    }
+
     threadsLeft = available;
     ASSERT_TRUE(ZQCreateFastFPDatabaseFile(folder / "out.fpbin", folder / "mols.smi", creation));
     if (bytes.empty()) bytes = ReadFile(folder / "out.fpbin");

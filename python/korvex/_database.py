@@ -128,12 +128,12 @@ class Database:
             return Hits(self._core.neighbors(k, cutoff, measure, alpha, beta, show), self)
 
     def histogram(self, bins: int = 20, measure: str = "tanimoto", alpha: float = 0.95,
-                  beta: float = 0.05, progress: Progress = None
+                  beta: float = 0.05, threads: int = 0, progress: Progress = None
                   ) -> tuple[NDArray[np.uint64], NDArray[np.float64]]:
         """How the scores of all pairs of records are distributed: (counts, edges), as of
         numpy.histogram. Time and progress are as of neighbors()."""
         with shown(progress, "pairs") as show:
-            return self._core.histogram(bins, measure, alpha, beta, show)
+            return self._core.histogram(bins, measure, alpha, beta, threads, show)
 
     def variogram(
             self, values: Iterable[float], bins: int = 20, measure: str = "tanimoto",
