@@ -110,10 +110,13 @@ bool ReadBond(ByteReader& in, RdkitGraph::Bond& bond) {
   if ((flags & hasDirection) != 0) in.Byte();
   if ((flags & hasStereo) != 0) {
     bond.stereo = in.Byte();
-    const std::uint8_t numAtoms = in.Byte();
-    in.Expect(numAtoms == 0 || numAtoms == 2);
-    if (numAtoms == 0) bond.stereo = 0;
-    for (std::size_t i = 0; i < numAtoms % 3; ++i) bond.stereoAtoms[i] = in.Read<Index>();
+    const std::uint8_t numAtoms = in.Byte();  // none, or a neighbour of each end
+    in.Expect(numAtoms == 0 || numAtoms == bond.stereoAtoms.size());
+    if (numAtoms == 0) {
+      bond.stereo = 0;
+    } else {
+      for (std::uint32_t& atom : bond.stereoAtoms) atom = in.Read<Index>();
+    }
   }
   return (flags & (hasDirection | hasStereo)) != 0;
 }
