@@ -83,7 +83,8 @@ class ZQ_EXPORT ZQFPDatabase {
                                unsigned int end) const;
   ZQIter<ZQSimScore> GetScores(const ZQMolBase& query, unsigned int begin, unsigned int end) const;
   /// The best `limit` of the scores strictly better than the cutoff, best first; 0 means all. In
-  /// descending order without a cutoff 0.0 isn't included. Equal scores are ordered by ascending index.
+  /// descending order without a cutoff 0.0 isn't included. Equal scores are ordered by ascending
+  /// index.
   ZQIter<ZQSimScore> GetSortedScores(const ZQFingerPrint& query, unsigned int limit,
                                      unsigned int begin, unsigned int end) const;
   ZQIter<ZQSimScore> GetSortedScores(const ZQMolBase& query, unsigned int limit, unsigned int begin,

@@ -49,11 +49,12 @@ struct ZQFPCreationCounts {
 /// molecule that can't be read, or has no fingerprint, warns with its index and gets a record of
 /// zeros; the run continues and still returns true. Returns false, after a warning that begins
 /// "ZQCreateFastFPDatabaseFile()", for a wrong extension, a molecule file that can't be opened or
-/// is empty, an illegal type, an output that can't be written, or a run that the tracer ends. The input is checked before any
-/// output file is touched, and the disk space is reserved before the work begins. An interrupted
-/// run leaves a file with zeros in place of the missing records. If fewer threads can be started,
-/// those do the work. If memory runs out, throws the standard library's exception once all threads
-/// have ended. `counts`, if not null, is filled if the result is true.
+/// is empty, an illegal type, an output that can't be written, or a run that the tracer ends. The
+/// input is checked before any output file is touched, and the disk space is reserved before the
+/// work begins. An interrupted run leaves a file with zeros in place of the missing records. If
+/// fewer threads can be started, those do the work. If memory runs out, throws the standard
+/// library's exception once all threads have ended. `counts`, if not null, is filled if the result
+/// is true.
 ZQ_EXPORT bool ZQCreateFastFPDatabaseFile(const std::string& fpbinFile,
                                           const std::string& moleculeFile,
                                           const ZQCreateFastFPDatabaseOptions& options,

@@ -54,8 +54,8 @@ class ZQScorer {
   /// the records from `next` on, which the caller scans next.
   void Scan(const ZQScoredRow& row, std::uint64_t begin, std::size_t n, std::uint64_t next,
             double* scores);
-  /// What to prefetch meanwhile in a batch of records that ends at `end`, after which the batch from
-  /// `nextBatch` on is scanned.
+  /// What to prefetch meanwhile in a batch of records that ends at `end`, after which the batch
+  /// from `nextBatch` on is scanned.
   std::uint64_t NextOf(std::uint64_t begin, std::uint64_t end, std::uint64_t nextBatch) const {
     const std::uint64_t next = begin + recordsAhead_;
     return next < end ? next : nextBatch + (next - end);

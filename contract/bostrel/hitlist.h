@@ -5,7 +5,8 @@
 /// ones. Nearly every entry costs one comparison; a compaction takes linear time, once per `limit`
 /// accepted entries. An entry that ties the bar is dropped. Of equal entries those of lower index
 /// are kept, and come first: so for entries offered by ascending index, and for lists of these that
-/// are merged in any order, the result depends on nothing but the entries. A list is for one thread.
+/// are merged in any order, the result depends on nothing but the entries. A list is for one
+/// thread.
 
 #include <algorithm>
 #include <cstddef>
