@@ -2,6 +2,9 @@
 
 #include <pthread.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace KorvexPython {
@@ -16,6 +19,27 @@ thread_local Reports* ofThread = nullptr;
 // For threads of the library: those of the latest call that is still running.
 std::mutex activeMutex;
 std::vector<Reports*> active;
+
+// Changed with the GIL.
+std::size_t numRunning = 0;
+std::atomic<bool> isExiting = false;
+std::thread::id exitThread;
+
+void AwaitRunning() {
+  exitThread = std::this_thread::get_id();
+  isExiting = true;
+  while (numRunning > 0) {
+    const py::gil_scoped_release release;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
+/// On another thread than the exit's, waits for the end of the process.
+void StopIfExiting() {
+  if (!isExiting || std::this_thread::get_id() == exitThread) return;
+  const py::gil_scoped_release release;
+  for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+}
 
 }  // namespace
 
@@ -62,21 +86,40 @@ std::string Reports::GetText() const {
 
 void Reports::Warn(const std::string& prefix) {
   if (!HasAny()) return;
-  if (PyErr_WarnEx(warningClass, (prefix + GetText()).c_str(), 2) != 0) {
-    throw py::error_already_set();
-  }
+  py::module_::import("warnings")
+      .attr("warn")(Text(prefix + GetText()), py::handle(warningClass), 2);
 }
 
 void Reports::Throw(const std::string& what) const {
-  PyErr_SetString(errorClass, HasAny() ? GetText().c_str() : what.c_str());
+  PyErr_SetObject(errorClass, Text(HasAny() ? GetText() : what).ptr());
   throw py::error_already_set();
 }
+
+py::str Text(const std::string& text) {
+  PyObject* const made =
+      PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace");
+  if (!made) throw py::error_already_set();
+  return py::reinterpret_steal<py::str>(made);
+}
+
+Running::Running() {
+  StopIfExiting();
+  ++numRunning;
+}
+
+Running::~Running() {
+  --numRunning;
+  StopIfExiting();
+}
+
+bool IsExiting() { return isExiting; }
 
 void BindReports(py::module_& module) {
   // A process that is forked while another thread is here, or in a call, has none of these.
   pthread_atfork([] { activeMutex.lock(); }, [] { activeMutex.unlock(); },
                  [] {
                    active.clear();
+                   numRunning = 0;
                    activeMutex.unlock();
                  });
   errorClass = PyErr_NewExceptionWithDoc("korvex.Error", "What the library refused, in its words.",
@@ -87,6 +130,7 @@ void BindReports(py::module_& module) {
   module.add_object("Error", errorClass);
   module.add_object("KorvexWarning", warningClass);
   ZQThrow.SetSink(Report);
+  py::module_::import("atexit").attr("register")(py::cpp_function(AwaitRunning));
 }
 
 }  // namespace KorvexPython

@@ -58,6 +58,29 @@ class Reports {
   OnThread onThread_;
 };
 
+/// Text of a file or a message; bytes that aren't UTF-8 become U+FFFD.
+py::str Text(const std::string& text);
+
+/// A call that is running. The interpreter's exit waits for its end, as what it uses is destroyed
+/// then; on another thread than the exit's, none begins or returns any more. Requires the GIL.
+class Running {
+ public:
+  Running();
+  ~Running();
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+};
+/// Whether long calls should end, as the interpreter exits. On any thread.
+bool IsExiting();
+
+/// The result of `call()`, which runs without the GIL.
+template <class Call>
+auto Unlocked(const Call& call) {
+  const Running running;
+  const py::gil_scoped_release release;
+  return call();
+}
+
 /// Throws what a signal handler of Python has to throw, such as for Ctrl-C.
 inline void CheckSignals() {
   if (PyErr_CheckSignals() != 0) throw py::error_already_set();
