@@ -75,6 +75,9 @@ class Database:
     def __getitem__(self, index: int) -> Fingerprint:
         return self._core[index]
 
+    def __iter__(self) -> Iterator[Fingerprint]:
+        return map(self._core.__getitem__, range(len(self)))
+
     def __repr__(self) -> str:
         return f"<korvex.Database {self.path!r}, {len(self)} records, {self.memory}>"
 
