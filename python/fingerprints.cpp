@@ -44,7 +44,7 @@ ZQFingerPrint MakeOne(const py::object& molecule, const Type& type) {
 /// calls `store(i, fp)`. Returns whether each could be made.
 template <class Store>
 py::array_t<bool> ForAll(const std::vector<MoleculeInput>& inputs, const Type& type,
-                         unsigned int numThreads, Reports& reports, const Store& store) {
+                         unsigned int numThreads, const Store& store) {
   constexpr std::size_t batch = 20000;
   constexpr std::size_t piece = 64;
   py::array_t<bool> mask(static_cast<py::ssize_t>(inputs.size()));
@@ -55,7 +55,6 @@ py::array_t<bool> ForAll(const std::vector<MoleculeInput>& inputs, const Type& t
       const auto numPieces = static_cast<unsigned int>((end - begin + piece - 1) / piece);
       std::atomic<std::size_t> next = begin;
       ZQRunOnThreads(std::min(numThreads, numPieces), [&] {
-        const Reports::OnThread onThread(reports);
         ZQMol mol;
         ZQFingerPrint fp;
         for (std::size_t i = next.fetch_add(piece); i < end; i = next.fetch_add(piece)) {
@@ -84,7 +83,7 @@ py::tuple MakeMany(const py::object& mols, const Type& type, unsigned int numThr
   py::array_t<bool> mask;
   if (IsText(type.type)) {
     std::vector<std::string> texts(n);
-    mask = ForAll(inputs, type, options.GetNumProcessors(), reports,
+    mask = ForAll(inputs, type, options.GetNumProcessors(),
                   [&](std::size_t i, const ZQFingerPrint& fp) { texts[i] = TextOf(fp); });
     result = py::cast(texts);
   } else {
@@ -93,7 +92,7 @@ py::tuple MakeMany(const py::object& mols, const Type& type, unsigned int numThr
         std::vector<py::ssize_t>{static_cast<py::ssize_t>(n), static_cast<py::ssize_t>(numWords)});
     std::uint64_t* const rows = words.mutable_data();
     std::fill_n(rows, n * numWords, 0);
-    mask = ForAll(inputs, type, options.GetNumProcessors(), reports,
+    mask = ForAll(inputs, type, options.GetNumProcessors(),
                   [&](std::size_t i, const ZQFingerPrint& fp) {
                     std::copy_n(fp.Words(), fp.NumWords(), rows + i * numWords);
                   });

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
-#include <utility>
 
 namespace KorvexPython {
 
@@ -14,11 +13,6 @@ namespace {
 // Python's objects live as long as the process.
 PyObject* errorClass = nullptr;
 PyObject* warningClass = nullptr;
-
-thread_local Reports* ofThread = nullptr;
-// For threads of the library: those of the latest call that is still running.
-std::mutex activeMutex;
-std::vector<Reports*> active;
 
 // Changed with the GIL.
 std::size_t numRunning = 0;
@@ -45,34 +39,19 @@ void StopIfExiting() {
 
 bool Report(ZQErrorLevel level, const std::string& text) {
   constexpr std::size_t mostTexts = 20;
-  if (level < ZQErrorLevel::Warning) return true;
-  const auto add = [&](Reports& reports) {
-    const std::lock_guard lock(reports.mutex_);
-    ++reports.count_;
-    if (reports.texts_.size() < mostTexts) reports.texts_.push_back(text);
-  };
-  if (ofThread) {
-    add(*ofThread);
-    return true;
-  }
-  const std::lock_guard lock(activeMutex);
-  if (!active.empty()) add(*active.back());
+  auto* const reports = static_cast<Reports*>(ZQThrow.GetContext());
+  if (level < ZQErrorLevel::Warning || !reports) return true;
+  const std::lock_guard lock(reports->mutex_);
+  ++reports->count_;
+  if (reports->texts_.size() < mostTexts) reports->texts_.push_back(text);
   return true;
 }
 
-Reports::OnThread::OnThread(Reports& reports) : outer_(std::exchange(ofThread, &reports)) {}
-
-Reports::OnThread::~OnThread() { ofThread = outer_; }
-
-Reports::Reports() : onThread_(*this) {
-  const std::lock_guard lock(activeMutex);
-  active.push_back(this);
+Reports::OnThread::OnThread(Reports& reports) : outer_(ZQThrow.GetContext()) {
+  ZQThrow.SetContext(&reports);
 }
 
-Reports::~Reports() {
-  const std::lock_guard lock(activeMutex);
-  std::erase(active, this);
-}
+Reports::OnThread::~OnThread() { ZQThrow.SetContext(outer_); }
 
 std::string Reports::GetText() const {
   const std::lock_guard lock(mutex_);
@@ -115,13 +94,8 @@ Running::~Running() {
 bool IsExiting() { return isExiting; }
 
 void BindReports(py::module_& module) {
-  // A process that is forked while another thread is here, or in a call, has none of these.
-  pthread_atfork([] { activeMutex.lock(); }, [] { activeMutex.unlock(); },
-                 [] {
-                   active.clear();
-                   numRunning = 0;
-                   activeMutex.unlock();
-                 });
+  // In a forked process no other thread is in a call.
+  pthread_atfork(nullptr, nullptr, [] { numRunning = 0; });
   errorClass = PyErr_NewExceptionWithDoc("korvex.Error", "What the library refused, in its words.",
                                          PyExc_RuntimeError, nullptr);
   warningClass =

@@ -19,12 +19,10 @@ namespace py = pybind11;
 using namespace ZQKorvex;
 
 /// Collects the messages of this thread from its construction on, and those of threads that the
-/// library starts meanwhile, if no later call runs. Used with or without the GIL, but for the last
-/// two functions.
+/// library starts for it. Used with or without the GIL, but for the last two functions.
 class Reports {
  public:
-  Reports();
-  ~Reports();
+  Reports() : onThread_(*this) {}
   Reports(const Reports&) = delete;
   Reports& operator=(const Reports&) = delete;
 
@@ -46,7 +44,7 @@ class Reports {
     OnThread& operator=(const OnThread&) = delete;
 
    private:
-    Reports* outer_;
+    void* outer_;
   };
 
  private:

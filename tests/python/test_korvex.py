@@ -122,6 +122,21 @@ def test_databases_are_opened_again_elsewhere(database):
         thread.join()
 
 
+def test_messages_are_of_the_call(database, tmp_path):
+    def create():
+        for _ in range(30):
+            korvex.create(["CCO", "C1CC"] * 50, tmp_path / "bad.fpbin", threads=2)
+
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        thread = threading.Thread(target=create)
+        thread.start()
+        while thread.is_alive():
+            database.histogram()  # raises what is reported
+        thread.join()
+    assert len(caught) == 30
+
+
 def test_long_calls_show_progress_and_stop(database, tmp_path):
     many = korvex.create(SMILES * 250, tmp_path / "many.fpbin", "circular")
     out = tmp_path / "out.fpbin"
