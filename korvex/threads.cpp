@@ -5,6 +5,8 @@
 #include <mutex>
 #include <vector>
 
+#include "korvex/siblings.h"
+
 namespace ZQKorvex {
 
 namespace {
@@ -24,7 +26,9 @@ void ZQRunOnThreads(unsigned int numThreads, const std::function<void()>& work) 
   }
   std::mutex lock;
   std::exception_ptr failure;
+  void* const context = ZQThrow.GetContext();
   const std::function<void()> guarded = [&] {
+    ZQThrow.SetContext(context);
     try {
       work();
     } catch (...) {

@@ -41,10 +41,9 @@ ZQFPDatabaseOptions MakeOptions(const std::string& measure, float alpha, float b
                                 const std::optional<float>& cutoff, unsigned int threads) {
   ZQFPDatabaseOptions options;
   options.SetSimFunc(ReadMeasure(measure));
-  if (!(alpha >= 0 && alpha <= 1 && beta >= 0 && beta <= 1)) {
-    throw py::value_error("alpha and beta are within 0 and 1");
-  }
+  CheckCoefficients(alpha, beta);
   options.SetTverskyCoeffs(alpha, beta);
+  if (cutoff && std::isnan(*cutoff)) throw py::value_error("the cutoff is not a number");
   if (cutoff) options.SetCutoff(*cutoff);
   options.SetNumProcessors(threads);
   return options;
@@ -55,17 +54,14 @@ class Database {
  public:
   Database(std::string path, unsigned int memory) : path_(std::move(path)) {
     Reports reports;
-    {
-      const py::gil_scoped_release release;
-      database_ = std::make_unique<ZQFastFPDatabase>(path_, memory);
-    }
+    database_ = Unlocked([&] { return std::make_unique<ZQFastFPDatabase>(path_, memory); });
     if (!database_->IsValid()) reports.Throw("'" + path_ + "' can't be opened");
     reports.Warn();
   }
 
-  const std::string& GetPath() const { return path_; }
+  py::bytes GetPath() const { return path_; }
   std::string GetMemoryName() const { return database_->GetMemoryTypeString(); }
-  std::string GetMoleculeFile() const { return database_->GetHeader().GetMoleculeFile(); }
+  py::bytes GetMoleculeFile() const { return database_->GetHeader().GetMoleculeFile(); }
   std::uint64_t Size() const { return database_->NumFingerPrints(); }
   Type GetType() const { return {database_->GetFPTypeBase()}; }
 
@@ -154,10 +150,7 @@ class Database {
   template <class Query>
   std::invoke_result_t<Query> Run(const Query& query) const {
     Reports reports;
-    auto result = [&] {
-      const py::gil_scoped_release release;
-      return query();
-    }();
+    auto result = Unlocked(query);
     if (reports.HasAny()) reports.Throw("");
     return result;
   }
@@ -230,6 +223,7 @@ void BindDatabase(py::module_& module) {
   PYBIND11_NUMPY_DTYPE(Neighbor, record, index, score);
   py::class_<Database>(module, "Database")
       .def(py::init<std::string, unsigned int>())
+      .def("__reduce_ex__", Reduce)
       .def_property_readonly("path", &Database::GetPath)
       .def_property_readonly("memory_name", &Database::GetMemoryName)
       .def_property_readonly("molecule_file", &Database::GetMoleculeFile)

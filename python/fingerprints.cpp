@@ -34,11 +34,7 @@ ZQFingerPrint MakeOne(const py::object& molecule, const Type& type) {
   Reports reports;
   const ZQMol mol = ReadMolecule(molecule, reports);
   ZQFingerPrint fp;
-  bool done = false;
-  {
-    const py::gil_scoped_release release;
-    done = ZQMakeFP(fp, mol, type.type);
-  }
+  const bool done = Unlocked([&] { return ZQMakeFP(fp, mol, type.type); });
   if (!done) reports.Throw("no fingerprint can be made of the molecule");
   reports.Warn();
   return fp;
@@ -48,19 +44,17 @@ ZQFingerPrint MakeOne(const py::object& molecule, const Type& type) {
 /// calls `store(i, fp)`. Returns whether each could be made.
 template <class Store>
 py::array_t<bool> ForAll(const std::vector<MoleculeInput>& inputs, const Type& type,
-                         unsigned int numThreads, Reports& reports, const Store& store) {
+                         unsigned int numThreads, const Store& store) {
   constexpr std::size_t batch = 20000;
   constexpr std::size_t piece = 64;
   py::array_t<bool> mask(static_cast<py::ssize_t>(inputs.size()));
   bool* const made = mask.mutable_data();
   for (std::size_t begin = 0; begin < inputs.size(); begin += batch) {
     const std::size_t end = std::min(begin + batch, inputs.size());
-    {
-      const py::gil_scoped_release release;
+    Unlocked([&] {
       const auto numPieces = static_cast<unsigned int>((end - begin + piece - 1) / piece);
       std::atomic<std::size_t> next = begin;
       ZQRunOnThreads(std::min(numThreads, numPieces), [&] {
-        const Reports::OnThread onThread(reports);
         ZQMol mol;
         ZQFingerPrint fp;
         for (std::size_t i = next.fetch_add(piece); i < end; i = next.fetch_add(piece)) {
@@ -71,7 +65,7 @@ py::array_t<bool> ForAll(const std::vector<MoleculeInput>& inputs, const Type& t
           }
         }
       });
-    }
+    });
     CheckSignals();
   }
   return mask;
@@ -89,7 +83,7 @@ py::tuple MakeMany(const py::object& mols, const Type& type, unsigned int numThr
   py::array_t<bool> mask;
   if (IsText(type.type)) {
     std::vector<std::string> texts(n);
-    mask = ForAll(inputs, type, options.GetNumProcessors(), reports,
+    mask = ForAll(inputs, type, options.GetNumProcessors(),
                   [&](std::size_t i, const ZQFingerPrint& fp) { texts[i] = TextOf(fp); });
     result = py::cast(texts);
   } else {
@@ -98,7 +92,7 @@ py::tuple MakeMany(const py::object& mols, const Type& type, unsigned int numThr
         std::vector<py::ssize_t>{static_cast<py::ssize_t>(n), static_cast<py::ssize_t>(numWords)});
     std::uint64_t* const rows = words.mutable_data();
     std::fill_n(rows, n * numWords, 0);
-    mask = ForAll(inputs, type, options.GetNumProcessors(), reports,
+    mask = ForAll(inputs, type, options.GetNumProcessors(),
                   [&](std::size_t i, const ZQFingerPrint& fp) {
                     std::copy_n(fp.Words(), fp.NumWords(), rows + i * numWords);
                   });
@@ -149,6 +143,7 @@ std::string HexOf(const ZQFingerPrint& fp) {
 float Compare(const ZQFingerPrint& a, const ZQFingerPrint& b, const std::string& measure,
               float alpha, float beta) {
   const unsigned int number = ReadMeasure(measure);
+  CheckCoefficients(alpha, beta);
   Reports reports;
   if (a.GetFPTypeBase() != b.GetFPTypeBase()) {
     reports.Throw("the fingerprints have different types: " + a.GetFPTypeBase()->GetFPTypeString() +
@@ -187,6 +182,18 @@ unsigned int ReadMeasure(const std::string& name) {
   throw py::value_error("'" + name + "' isn't a measure: " + names);
 }
 
+void CheckCoefficients(double alpha, double beta) {
+  if (!(alpha >= 0 && alpha <= 1 && beta >= 0 && beta <= 1)) {
+    throw py::value_error("alpha and beta are within 0 and 1");
+  }
+}
+
+py::object Reduce(const py::object& object, int protocol) {
+  return py::module_::import("builtins")
+      .attr("object")
+      .attr("__reduce_ex__")(object, std::max(protocol, 2));
+}
+
 void BindFingerprints(py::module_& module) {
   py::class_<Type>(module, "Type", "A type of fingerprints. Made by korvex.type().")
       .def_property_readonly(
@@ -198,10 +205,13 @@ void BindFingerprints(py::module_& module) {
       .def_property_readonly(
           "is_text", [](const Type& type) { return IsText(type.type); },
           "Whether fingerprints are a text.")
-      .def("__eq__", [](const Type& a, const Type& b) { return a.type == b.type; })
+      .def(
+          "__eq__", [](const Type& a, const Type& b) { return a.type == b.type; },
+          py::is_operator())
       .def("__hash__", [](const Type& type) { return std::hash<const void*>()(type.type); })
       .def("__repr__",
            [](const Type& type) { return "korvex.type('" + type.type->GetFPTypeString() + "')"; })
+      .def("__reduce_ex__", Reduce)
       .def(py::pickle(
           [](const Type& type) { return py::make_tuple(type.type->GetFPTypeString()); },
           [](const py::tuple& state) { return ReadType(state[0].cast<std::string>()); }));
@@ -226,7 +236,9 @@ void BindFingerprints(py::module_& module) {
       .def("hex", HexOf, "Two hexadecimal digits for each byte, byte 0 first.")
       .def_static("from_numpy", FromWords, py::arg("words"), py::arg("type"),
                   "The fingerprint of an array that to_numpy() or a row of fingerprint() gives.")
-      .def("__eq__", [](const ZQFingerPrint& a, const ZQFingerPrint& b) { return a == b; })
+      .def(
+          "__eq__", [](const ZQFingerPrint& a, const ZQFingerPrint& b) { return a == b; },
+          py::is_operator())
       .def("__hash__",
            [](const ZQFingerPrint& fp) {
              return std::hash<std::string>()(HexOf(fp)) ^
@@ -239,6 +251,7 @@ void BindFingerprints(py::module_& module) {
                                                 : std::to_string(fp.CountBits()) + " bits set") +
                     ">";
            })
+      .def("__reduce_ex__", Reduce)
       .def(py::pickle(
           [](const ZQFingerPrint& fp) {
             return py::make_tuple(fp.GetFPTypeBase()->GetFPTypeString(), HexOf(fp));

@@ -20,6 +20,12 @@ Type ReadType(const std::string& text);
 /// A measure by its name, in any case. Throws for an unknown one.
 unsigned int ReadMeasure(const std::string& name);
 
+/// Throws for coefficients of Tversky's measure that aren't within 0 and 1.
+void CheckCoefficients(double alpha, double beta);
+
+/// `__reduce_ex__` of each class. The way of protocols 0 and 1 would end the process.
+py::object Reduce(const py::object& object, int protocol);
+
 void BindFingerprints(py::module_& module);
 void BindDatabase(py::module_& module);
 void BindMolecules(py::module_& module);

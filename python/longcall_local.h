@@ -21,13 +21,14 @@ namespace KorvexPython {
 template <class Call>
 auto RunLong(Reports& reports, const py::object& progress, const Call& call) {
   constexpr std::chrono::milliseconds interval{100};
+  const Running running;
   std::atomic<std::uint64_t> count = 0;
   std::atomic<std::uint64_t> total = 0;
   std::atomic<bool> isStopped = false;
   const ZQDots tracer([&](std::uint64_t newCount, std::uint64_t newTotal) {
     count = newCount;
     total = newTotal;
-    return !isStopped;
+    return !isStopped && !IsExiting();
   });
   auto result = std::async(std::launch::async, [&] {
     const Reports::OnThread onThread(reports);

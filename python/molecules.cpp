@@ -37,10 +37,21 @@ class InputReader {
       const char* data = PyUnicode_AsUTF8AndSize(mol.ptr(), &size);
       if (data) return {std::move(owner), std::string_view(data, static_cast<std::size_t>(size))};
       PyErr_Clear();
-      throw py::value_error(what + " isn't valid text");
+      return MoleculeInput("a text with half of a surrogate pair is no SMILES");
     }
     if (py::isinstance<Molecule>(mol)) return {std::move(owner), &mol.cast<const Molecule&>()};
-    if (rdkitMol_ && py::isinstance(mol, rdkitMol_)) return MoleculeInput(ReadRdkit(mol));
+    if (rdkitMol_ && py::isinstance(mol, rdkitMol_)) {
+      try {
+        return MoleculeInput(ReadRdkit(mol));
+      } catch (py::error_already_set& error) {
+        // RDKit refuses some broken molecules itself.
+        if (!error.matches(PyExc_RuntimeError) && !error.matches(PyExc_ValueError)) throw;
+        return MoleculeInput("RDKit: " + std::string(py::str(error.value())));
+      } catch (const py::cast_error&) {
+        return MoleculeInput(
+            std::string("a charge, an isotope or a count of hydrogens is out of range"));
+      }
+    }
     throw py::type_error(what + " is a " +
                          py::str(py::type::of(mol).attr("__name__")).cast<std::string>() +
                          "; a molecule is a SMILES string, a korvex.Molecule or an RDKit molecule");
@@ -95,12 +106,12 @@ bool MoleculeInput::Read(ZQMol& mol, const std::string& where) const {
     return true;
   }
   if (molecules_) return molecules_->GetMolecule(mol, index_);
-  if (!graph_) return ZQSmilesToMol(mol, smiles_, where);
-  std::string fault;
-  if (MakeMolecule(mol, *graph_, fault)) return true;
+  if (!graph_ && fault_.empty()) return ZQSmilesToMol(mol, smiles_, where);
+  std::string fault = fault_;
+  if (graph_ && MakeMolecule(mol, *graph_, fault)) return true;
   mol.Clear();
   mol.SetValid(false);
-  ZQThrow.Warning("%s: %s", where.empty() ? "an RDKit molecule" : where.c_str(), fault.c_str());
+  ZQThrow.Warning("%s: %s", where.empty() ? "the molecule" : where.c_str(), fault.c_str());
   return false;
 }
 
@@ -129,11 +140,7 @@ ZQMol ReadMolecule(const py::handle& mol, const Reports& reports) {
 
 MoleculeFile::MoleculeFile(const std::string& path, const ZQMolFileOptions& options) {
   Reports reports;
-  bool isOpen = false;
-  {
-    const py::gil_scoped_release release;
-    isOpen = molecules_.Open(path, options);
-  }
+  const bool isOpen = Unlocked([&] { return molecules_.Open(path, options); });
   if (!isOpen) reports.Throw("'" + path + "' can't be opened");
   reports.Warn();
 }
@@ -173,7 +180,7 @@ py::tuple GetState(const Molecule& molecule) {
     bonds.emplace_back(bond->GetBgn()->GetIdx(), bond->GetEnd()->GetIdx(), bond->GetOrder(),
                        static_cast<unsigned int>(bond->GetStereo()), bond->IsAromatic());
   }
-  return py::make_tuple(atoms, bonds, molecule.mol.GetTitle());
+  return py::make_tuple(atoms, bonds, py::bytes(molecule.mol.GetTitle()));
 }
 
 Molecule FromState(const py::tuple& state) {
@@ -216,6 +223,12 @@ std::string GetSmiles(const MoleculeFile& file, py::ssize_t index) {
   return file.Get().GetSmiles(file.Check(index));
 }
 
+py::str PathOf(const MoleculeFile& file) {
+  const std::string& name = file.Get().GetName();
+  return py::reinterpret_steal<py::str>(
+      PyUnicode_DecodeFSDefaultAndSize(name.data(), static_cast<py::ssize_t>(name.size())));
+}
+
 /// The atoms and bonds of a record in tuples, or None.
 py::object ReadTuples(std::string_view record) {
   RdkitGraph graph;
@@ -246,7 +259,7 @@ void BindMolecules(py::module_& module) {
              return molecule;
            }),
            py::arg("mol"), py::arg("title") = "")
-      .def_property_readonly("title", [](const Molecule& m) { return m.mol.GetTitle(); })
+      .def_property_readonly("title", [](const Molecule& m) { return Text(m.mol.GetTitle()); })
       .def_property_readonly("num_atoms", [](const Molecule& m) { return m.mol.NumAtoms(); })
       .def_property_readonly("num_bonds", [](const Molecule& m) { return m.mol.NumBonds(); })
       .def_property_readonly(
@@ -254,6 +267,7 @@ void BindMolecules(py::module_& module) {
           "A SMILES, in the order of the atoms; not canonical.")
       .def("__repr__",
            [](const Molecule& m) { return "korvex.Molecule('" + ZQMolToSmiles(m.mol) + "')"; })
+      .def("__reduce_ex__", Reduce)
       .def(py::pickle(&GetState, &FromState));
   py::class_<MoleculeFile>(module, "MoleculeFile",
                            "The molecules of a file, read when they are asked for. Made by "
@@ -265,19 +279,24 @@ void BindMolecules(py::module_& module) {
       }))
       .def_static("of_lines",
                   [](const std::string& lines) { return std::make_unique<MoleculeFile>(lines); })
-      .def_property_readonly("path", [](const MoleculeFile& file) { return file.Get().GetName(); })
+      .def("__reduce_ex__", Reduce)
+      .def_property_readonly("path", [](const MoleculeFile& file) { return PathOf(file); })
       .def("__len__", &MoleculeFile::Size)
       .def("__getitem__", GetMolecule, "A Molecule. Raises Error if it can't be read.")
       .def(
           "title",
           [](const MoleculeFile& file, py::ssize_t index) {
-            return file.Get().GetTitle(file.Check(index));
+            return Text(file.Get().GetTitle(file.Check(index)));
           },
           "The title of a record.")
       .def("smiles", GetSmiles, "The SMILES of a record, empty if it can't be read.")
+      .def("__iter__",
+           [](const py::object& file) {
+             return py::reinterpret_steal<py::object>(PySeqIter_New(file.ptr()));
+           })
       .def("__repr__", [](const MoleculeFile& file) {
-        return "<korvex.MoleculeFile '" + file.Get().GetName() + "', " +
-               std::to_string(file.Size()) + " molecules>";
+        return py::str("<korvex.MoleculeFile {!r}, {} molecules>")
+            .format(PathOf(file), file.Size());
       });
   module.def("rdkit_graph", ReadTuples, py::arg("record"));
 }

@@ -44,6 +44,8 @@ class MoleculeInput {
       : owner_(std::move(owner)), molecule_(molecule) {}
   MoleculeInput(const ZQMolDatabase* molecules, unsigned int index)
       : molecules_(molecules), index_(index) {}
+  /// One that has a fault, which is reported.
+  explicit MoleculeInput(std::string fault) : fault_(std::move(fault)) {}
   explicit MoleculeInput(RdkitGraph&& graph)
       : graph_(std::make_unique<RdkitGraph>(std::move(graph))) {}
   /// False after a report that begins with `where`, or names the record of a file.
@@ -56,6 +58,7 @@ class MoleculeInput {
   const ZQMolDatabase* molecules_ = nullptr;
   unsigned int index_ = 0;
   std::unique_ptr<const RdkitGraph> graph_;
+  std::string fault_;
 };
 
 /// Those of a sequence, or of a `MoleculeFile`, which must outlive them.

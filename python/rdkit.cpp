@@ -132,6 +132,9 @@ void ReadBonds(ByteReader& in, RdkitGraph& graph, std::uint32_t count,
     graph.hasStereo |= ReadBond<Index>(in, bond);
     in.Expect(std::max(bond.bgn, bond.end) < valences.size());
     if (in.HasFailed()) return;
+    // Other atoms with aromatic bonds were edited.
+    in.Expect(bond.type != bondAromatic ||
+              (graph.atoms[bond.bgn].aromatic && graph.atoms[bond.end].aromatic));
     const std::uint32_t order = bond.type <= 4 ? bond.type : bond.type == bondAromatic ? 1 : 0;
     for (const std::uint32_t atom : {bond.bgn, bond.end}) valences[atom].bondSum += order;
   }
@@ -144,8 +147,11 @@ bool IsPlausible(const RdkitGraph::Atom& atom, const Valence& valence) {
   const auto isUsual = [&](std::uint32_t bonds) {
     return valence.implicitH == ZQDefaultHCount(atom.atomicNum, atom.charge, bonds);
   };
-  // An aromatic atom has one of the ring's double bonds, or it has none, as in thiophene.
-  return atom.aromatic ? isUsual(sum + 1) || isUsual(sum) : isUsual(sum);
+  // An aromatic atom has one of the ring's double bonds, or it has none, as in thiophene. A carbon
+  // without one, as in an anion, can't be told from one that was edited.
+  constexpr std::uint8_t carbon = 6;
+  if (!atom.aromatic) return isUsual(sum);
+  return isUsual(sum + 1) || (atom.atomicNum != carbon && isUsual(sum));
 }
 
 }  // namespace
@@ -266,6 +272,10 @@ bool MakeMolecule(ZQMol& mol, const RdkitGraph& graph, std::string& fault) {
       return false;
     }
     if (isAromatic) bondMade->SetAromatic(true);
+    if (bond.type != bondAromatic) continue;
+    anyAromatic = true;
+    made[bond.bgn]->SetAromatic(true);
+    made[bond.end]->SetAromatic(true);
   }
   if (graph.hasStereo) SetStereo(mol, graph);
   mol.EndEdit();

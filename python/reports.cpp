@@ -2,7 +2,9 @@
 
 #include <pthread.h>
 
-#include <utility>
+#include <atomic>
+#include <chrono>
+#include <thread>
 
 namespace KorvexPython {
 
@@ -12,43 +14,44 @@ namespace {
 PyObject* errorClass = nullptr;
 PyObject* warningClass = nullptr;
 
-thread_local Reports* ofThread = nullptr;
-// For threads of the library: those of the latest call that is still running.
-std::mutex activeMutex;
-std::vector<Reports*> active;
+// Changed with the GIL.
+std::size_t numRunning = 0;
+std::atomic<bool> isExiting = false;
+std::thread::id exitThread;
+
+void AwaitRunning() {
+  exitThread = std::this_thread::get_id();
+  isExiting = true;
+  while (numRunning > 0) {
+    const py::gil_scoped_release release;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
+/// On another thread than the exit's, waits for the end of the process.
+void StopIfExiting() {
+  if (!isExiting || std::this_thread::get_id() == exitThread) return;
+  const py::gil_scoped_release release;
+  for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+}
 
 }  // namespace
 
 bool Report(ZQErrorLevel level, const std::string& text) {
   constexpr std::size_t mostTexts = 20;
-  if (level < ZQErrorLevel::Warning) return true;
-  const auto add = [&](Reports& reports) {
-    const std::lock_guard lock(reports.mutex_);
-    ++reports.count_;
-    if (reports.texts_.size() < mostTexts) reports.texts_.push_back(text);
-  };
-  if (ofThread) {
-    add(*ofThread);
-    return true;
-  }
-  const std::lock_guard lock(activeMutex);
-  if (!active.empty()) add(*active.back());
+  auto* const reports = static_cast<Reports*>(ZQThrow.GetContext());
+  if (level < ZQErrorLevel::Warning || !reports) return true;
+  const std::lock_guard lock(reports->mutex_);
+  ++reports->count_;
+  if (reports->texts_.size() < mostTexts) reports->texts_.push_back(text);
   return true;
 }
 
-Reports::OnThread::OnThread(Reports& reports) : outer_(std::exchange(ofThread, &reports)) {}
-
-Reports::OnThread::~OnThread() { ofThread = outer_; }
-
-Reports::Reports() : onThread_(*this) {
-  const std::lock_guard lock(activeMutex);
-  active.push_back(this);
+Reports::OnThread::OnThread(Reports& reports) : outer_(ZQThrow.GetContext()) {
+  ZQThrow.SetContext(&reports);
 }
 
-Reports::~Reports() {
-  const std::lock_guard lock(activeMutex);
-  std::erase(active, this);
-}
+Reports::OnThread::~OnThread() { ZQThrow.SetContext(outer_); }
 
 std::string Reports::GetText() const {
   const std::lock_guard lock(mutex_);
@@ -62,23 +65,37 @@ std::string Reports::GetText() const {
 
 void Reports::Warn(const std::string& prefix) {
   if (!HasAny()) return;
-  if (PyErr_WarnEx(warningClass, (prefix + GetText()).c_str(), 2) != 0) {
-    throw py::error_already_set();
-  }
+  py::module_::import("warnings")
+      .attr("warn")(Text(prefix + GetText()), py::handle(warningClass), 2);
 }
 
 void Reports::Throw(const std::string& what) const {
-  PyErr_SetString(errorClass, HasAny() ? GetText().c_str() : what.c_str());
+  PyErr_SetObject(errorClass, Text(HasAny() ? GetText() : what).ptr());
   throw py::error_already_set();
 }
 
+py::str Text(const std::string& text) {
+  PyObject* const made =
+      PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace");
+  if (!made) throw py::error_already_set();
+  return py::reinterpret_steal<py::str>(made);
+}
+
+Running::Running() {
+  StopIfExiting();
+  ++numRunning;
+}
+
+Running::~Running() {
+  --numRunning;
+  StopIfExiting();
+}
+
+bool IsExiting() { return isExiting; }
+
 void BindReports(py::module_& module) {
-  // A process that is forked while another thread is here, or in a call, has none of these.
-  pthread_atfork([] { activeMutex.lock(); }, [] { activeMutex.unlock(); },
-                 [] {
-                   active.clear();
-                   activeMutex.unlock();
-                 });
+  // In a forked process no other thread is in a call.
+  pthread_atfork(nullptr, nullptr, [] { numRunning = 0; });
   errorClass = PyErr_NewExceptionWithDoc("korvex.Error", "What the library refused, in its words.",
                                          PyExc_RuntimeError, nullptr);
   warningClass =
@@ -87,6 +104,7 @@ void BindReports(py::module_& module) {
   module.add_object("Error", errorClass);
   module.add_object("KorvexWarning", warningClass);
   ZQThrow.SetSink(Report);
+  py::module_::import("atexit").attr("register")(py::cpp_function(AwaitRunning));
 }
 
 }  // namespace KorvexPython

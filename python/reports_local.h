@@ -19,12 +19,10 @@ namespace py = pybind11;
 using namespace ZQKorvex;
 
 /// Collects the messages of this thread from its construction on, and those of threads that the
-/// library starts meanwhile, if no later call runs. Used with or without the GIL, but for the last
-/// two functions.
+/// library starts for it. Used with or without the GIL, but for the last two functions.
 class Reports {
  public:
-  Reports();
-  ~Reports();
+  Reports() : onThread_(*this) {}
   Reports(const Reports&) = delete;
   Reports& operator=(const Reports&) = delete;
 
@@ -46,7 +44,7 @@ class Reports {
     OnThread& operator=(const OnThread&) = delete;
 
    private:
-    Reports* outer_;
+    void* outer_;
   };
 
  private:
@@ -57,6 +55,29 @@ class Reports {
   std::size_t count_ = 0;
   OnThread onThread_;
 };
+
+/// Text of a file or a message; bytes that aren't UTF-8 become U+FFFD.
+py::str Text(const std::string& text);
+
+/// A call that is running. The interpreter's exit waits for its end, as what it uses is destroyed
+/// then; on another thread than the exit's, none begins or returns any more. Requires the GIL.
+class Running {
+ public:
+  Running();
+  ~Running();
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+};
+/// Whether long calls should end, as the interpreter exits. On any thread.
+bool IsExiting();
+
+/// The result of `call()`, which runs without the GIL.
+template <class Call>
+auto Unlocked(const Call& call) {
+  const Running running;
+  const py::gil_scoped_release release;
+  return call();
+}
 
 /// Throws what a signal handler of Python has to throw, such as for Ctrl-C.
 inline void CheckSignals() {

@@ -12,7 +12,8 @@ namespace {
 
 std::string CanonicalSmiles(const py::object& mol) {
   const Reports reports;
-  return ZQMolToCanonicalSmiles(ReadMolecule(mol, reports));
+  const ZQMol read = ReadMolecule(mol, reports);
+  return Unlocked([&] { return ZQMolToCanonicalSmiles(read); });
 }
 
 std::vector<unsigned int> Marked(const std::vector<bool>& marks) {
@@ -30,11 +31,10 @@ py::dict Explain(const py::object& a, const py::object& b, const Type& type,
   ZQMol mols[] = {ReadMolecule(a, reports), ReadMolecule(b, reports)};
   ZQSimilarityExplanation explanation;
   const unsigned int number = ReadMeasure(measure);
-  bool done = false;
-  {
-    const py::gil_scoped_release release;
-    done = ZQExplainSimilarity(explanation, mols[0], mols[1], type.type, number, alpha, beta);
-  }
+  CheckCoefficients(alpha, beta);
+  const bool done = Unlocked([&] {
+    return ZQExplainSimilarity(explanation, mols[0], mols[1], type.type, number, alpha, beta);
+  });
   if (!done) reports.Throw("the fingerprints can't be made");
   reports.Warn();
   py::list sides;
@@ -65,20 +65,33 @@ py::dict Explain(const py::object& a, const py::object& b, const Type& type,
 }
 
 std::string Draw(const py::object& molecule, const std::vector<unsigned int>& atoms,
-                 const std::vector<unsigned int>& bonds, const std::vector<double>& weights,
-                 unsigned int width, unsigned int height, const std::string& title) {
+                 const std::vector<double>& weights, unsigned int width, unsigned int height,
+                 const std::string& title) {
   Reports reports;
   ZQMol mol = ReadMolecule(molecule, reports);
-  ZQLayout layout;
-  if (!ZQMakeLayout(layout, mol)) reports.Throw("the molecule can't be drawn");
+  for (const unsigned int atom : atoms) {
+    if (atom < mol.NumAtoms()) continue;
+    throw py::index_error("atom " + std::to_string(atom) + " of " + std::to_string(mol.NumAtoms()));
+  }
+  if (!weights.empty() && weights.size() != mol.NumAtoms()) {
+    throw py::value_error(std::to_string(weights.size()) + " weights for " +
+                          std::to_string(mol.NumAtoms()) + " atoms");
+  }
   ZQDrawStyle style;
   style.width = width;
   style.height = height;
   style.atoms = atoms;
-  style.bonds = bonds;
   style.weights = weights;
   style.title = title;
-  return ZQDrawSVG(mol, layout, style);
+  std::string svg;
+  const bool done = Unlocked([&] {
+    ZQLayout layout;
+    if (!ZQMakeLayout(layout, mol)) return false;
+    svg = ZQDrawSVG(mol, layout, style);
+    return true;
+  });
+  if (!done) reports.Throw("the molecule can't be drawn");
+  return svg;
 }
 
 ZQVseprFingerprint MakeVsepr(const py::object& molecule, unsigned int maxLength,
@@ -86,12 +99,13 @@ ZQVseprFingerprint MakeVsepr(const py::object& molecule, unsigned int maxLength,
                              bool stereo) {
   Reports reports;
   ZQMol mol = ReadMolecule(molecule, reports);
-  ZQVseprFingerprint fp(mol, ZQVseprOptions()
-                                 .SetMaxPathLength(maxLength)
-                                 .SetMinPathLength(minLength)
-                                 .SetForcePathsOut(forceOut)
-                                 .SetWeightByLength(weightByLength)
-                                 .SetStereoAware(stereo));
+  const auto options = ZQVseprOptions()
+                           .SetMaxPathLength(maxLength)
+                           .SetMinPathLength(minLength)
+                           .SetForcePathsOut(forceOut)
+                           .SetWeightByLength(weightByLength)
+                           .SetStereoAware(stereo);
+  ZQVseprFingerprint fp = Unlocked([&] { return ZQVseprFingerprint(mol, options); });
   reports.Warn();
   return fp;
 }
@@ -113,17 +127,19 @@ class Smarts {
   const std::string& GetText() const { return text_; }
   bool IsIn(const py::object& molecule) const {
     const ZQMol mol = Prepare(molecule);
-    return search_->SingleMatch(mol);
+    return Unlocked([&] { return search_->SingleMatch(mol); });
   }
   std::vector<std::vector<unsigned int>> Match(const py::object& molecule, bool unique,
                                                std::size_t most) const {
     const ZQMol mol = Prepare(molecule);
-    std::vector<std::vector<unsigned int>> matches;
-    for (auto match = search_->Match(mol, unique); match && matches.size() < most; ++match) {
-      std::vector<unsigned int>& atoms = matches.emplace_back();
-      for (const auto& pair : match->GetAtomPairs()) atoms.push_back(pair.target->GetIdx());
-    }
-    return matches;
+    return Unlocked([&] {
+      std::vector<std::vector<unsigned int>> matches;
+      for (auto match = search_->Match(mol, unique); match && matches.size() < most; ++match) {
+        std::vector<unsigned int>& atoms = matches.emplace_back();
+        for (const auto& pair : match->GetAtomPairs()) atoms.push_back(pair.target->GetIdx());
+      }
+      return matches;
+    });
   }
 
  private:
@@ -148,6 +164,7 @@ void BindTools(py::module_& module) {
   module.def("vsepr", MakeVsepr);
   py::class_<ZQVseprFingerprint>(module, "Vsepr",
                                  "Weighted paths over the VSEPR types of a molecule's atoms.")
+      .def("__reduce_ex__", Reduce)
       .def_property_readonly("volume", &ZQVseprFingerprint::GetVolume, "The sum of the weights.")
       .def(
           "paths", [](const ZQVseprFingerprint& fp) { return fp.GetPathCounts(); },
@@ -163,12 +180,14 @@ void BindTools(py::module_& module) {
           "tversky",
           [](const ZQVseprFingerprint& a, const ZQVseprFingerprint& b, double alpha, double beta) {
             CheckComparable(a, b);
+            CheckCoefficients(alpha, beta);
             return ZQGetTversky(a, b, alpha, beta);
           },
           py::arg("other"), py::arg("alpha") = 0.95, py::arg("beta") = 0.05,
           "The Tversky similarity of the weights.");
   py::class_<Smarts>(module, "CompiledSmarts")
       .def(py::init<std::string>())
+      .def("__reduce_ex__", Reduce)
       .def_property_readonly("text", &Smarts::GetText)
       .def("is_in", &Smarts::IsIn)
       .def("match", &Smarts::Match);

@@ -10,8 +10,10 @@
 
 #include "fp_helpers.h"
 #include "korvex/fpfast_database_mmap_impl_local.h"
+#include "korvex/fpneighbors.h"
 #include "korvex/version.h"
 #include "mol_helpers.h"
+#include "tracer_helpers.h"
 
 using namespace ZQKorvex;
 
@@ -169,6 +171,44 @@ TEST_P(BackEnd, HitsOfEqualScoreAreThoseOfLowestIndex) {
       }
     }
   }
+}
+
+TEST_P(BackEnd, NearestOthersOfEachRecord) {
+  const ZQFastFPDatabase database(file_.Name(), GetParam());
+  std::vector<std::vector<double>> scores(count);
+  auto matrix = database.GetAllScores({});
+  for (std::size_t i = 0; matrix; ++matrix, ++i) {
+    if (i / count != i % count) scores[i / count].push_back(*matrix);
+  }
+  for (auto& row : scores) std::sort(row.begin(), row.end(), std::greater<>());
+  // The score of record 0 at its rank 5 is that of others too; one at the cutoff is within it.
+  const auto atCutoff = static_cast<float>(scores[0][5]);
+  for (const unsigned int limit : {0U, 1U, 7U, 1199U, 1200U, 5000U}) {
+    for (const bool hasCutoff : {false, true}) {
+      ZQFPDatabaseOptions options(limit, ZQSimMeasure::Tanimoto);
+      if (hasCutoff) options.SetCutoff(atCutoff);
+      std::vector<std::vector<double>> found(count);
+      const auto visit = [&](const ZQSimScorePair& pair) {
+        EXPECT_NE(pair.GetIdx1(), pair.GetIdx2());
+        found[pair.GetIdx1()].push_back(pair.GetScore());
+      };
+      std::size_t expected = 0;
+      const std::uint64_t visited = ZQVisitNeighbors(database, options, visit);
+      for (std::size_t i = 0; i < count; ++i) {
+        std::vector<double> row = scores[i];
+        if (limit != 0 && limit < row.size()) row.resize(limit);
+        if (hasCutoff) std::erase_if(row, [&](double s) { return s < double{atCutoff}; });
+        ASSERT_EQ(found[i], row) << "record " << i << ", limit " << limit;
+        expected += row.size();
+      }
+      EXPECT_EQ(visited, expected);
+    }
+  }
+}
+
+TEST_P(BackEnd, QueriesOverAllPairsEndByTheirTracer) {
+  const ZQFastFPDatabase database(file_.Name(), GetParam());
+  ExpectQueriesEndByTheirTracer(database);
 }
 
 TEST_P(BackEnd, QueriesFromManyThreads) {

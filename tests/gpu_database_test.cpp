@@ -9,6 +9,7 @@
 #include "mol_helpers.h"
 #include "platform/nubrel/device_local.h"
 #include "platform/nubrel/emulated/emulated_cuda.h"
+#include "tracer_helpers.h"
 
 using namespace ZQKorvex;
 
@@ -122,6 +123,16 @@ std::vector<Bits> Ask(const ZQFastFPDatabase& database, const std::vector<ZQFing
 }
 
 }  // namespace
+
+TEST_F(GpuDatabase, QueriesOverAllPairsEndByTheirTracer) {
+  const TempFile file("traced.fpbin");
+  file.Write(DatabaseBytes(RandomFingerPrints(300, 1024), PathTypeOf(1024)));
+  for (const std::size_t memory : {std::size_t{1} << 30, reserved + 16000}) {
+    UseMemory(memory);
+    const ZQFastFPDatabase database(file.Name(), cuda);
+    ExpectQueriesEndByTheirTracer(database);
+  }
+}
 
 TEST_F(GpuDatabase, GivesTheBitsOfTheOtherBackEnds) {
   struct Case {

@@ -73,6 +73,21 @@ TEST_F(Threads, EveryPieceIsDoneOnceByThoseThatStart) {
   }
 }
 
+TEST_F(Threads, HaveTheContextOfTheirCaller) {
+  int call = 0;
+  ZQThrow.SetContext(&call);
+  threadsLeft = 3;
+  std::mutex lock;
+  std::multiset<void*> contexts;
+  ZQRunOnThreads(3, [&] {
+    const std::lock_guard guard(lock);
+    contexts.insert(ZQThrow.GetContext());
+  });
+  ZQThrow.SetContext(nullptr);
+  EXPECT_EQ(contexts, (std::multiset<void*>{&call, &call, &call}));
+  ZQRunOnThreads(1, [] { EXPECT_EQ(ZQThrow.GetContext(), nullptr); });
+}
+
 TEST_F(Threads, AnExceptionIsRethrownWhenAllHaveEnded) {
   for (const unsigned int wanted : {1U, 4U}) {
     for (const int available : {0, 2, 4}) {

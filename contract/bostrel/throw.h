@@ -41,6 +41,12 @@ class ZQ_EXPORT ZQErrorHandler {
   /// Replaces the sink and returns the earlier one; an empty function restores the default.
   ZQErrorSink SetSink(ZQErrorSink sink);
 
+  /// A pointer of the calling thread, null at first, for the sink, which runs on the thread that
+  /// reports: it says whose call a report belongs to. Threads that the library starts have that of
+  /// their caller.
+  void SetContext(void* context);
+  void* GetContext() const;
+
   void SetLevel(ZQErrorLevel threshold);
   ZQErrorLevel GetLevel() const;
 };

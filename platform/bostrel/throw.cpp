@@ -26,6 +26,7 @@ ZQErrorSink& Sink() {
   return *sink;
 }
 thread_local bool insideSink = false;
+thread_local void* contextOfThread = nullptr;
 
 __attribute__((format(printf, 1, 0))) std::string Format(const char* format, std::va_list args) {
   std::va_list again;
@@ -110,6 +111,10 @@ void ZQErrorHandler::Fatal(const char* format, ...) {
   Report(ZQErrorLevel::Fatal, format, args);
   va_end(args);
 }
+
+void ZQErrorHandler::SetContext(void* context) { contextOfThread = context; }
+
+void* ZQErrorHandler::GetContext() const { return contextOfThread; }
 
 ZQErrorSink ZQErrorHandler::SetSink(ZQErrorSink sink) {
   const std::lock_guard<std::mutex> lock(SinkMutex());

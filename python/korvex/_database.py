@@ -6,18 +6,16 @@ import itertools
 import os
 import shutil
 import warnings
-from typing import Any, Iterable, Iterator, Union
+from typing import Any, Iterable, Iterator
 
 import numpy as np
 from numpy.typing import NDArray
 
 from . import _core
 from ._core import Error, Fingerprint, KorvexWarning, MoleculeFile, Type
-from ._fingerprint import fingerprint, type_of
-from ._molecule import Mol, is_one
+from ._fingerprint import type_of
+from ._molecule import Mol, Path, count_of, is_one, name_of
 from ._progress import Progress, shown
-
-Path = Union[str, "os.PathLike[str]"]
 
 
 class Hits:
@@ -37,8 +35,8 @@ class Hits:
     def __iter__(self) -> Iterator[Any]:
         return iter(self.array)
 
-    def __array__(self, dtype: Any = None) -> NDArray[Any]:
-        return self.array if dtype is None else self.array.astype(dtype)
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> NDArray[Any]:
+        return np.array(self.array, dtype, copy=bool(copy))
 
     def __repr__(self) -> str:
         return f"<korvex.Hits, {self.array!r}>"
@@ -64,7 +62,7 @@ class Database:
         if memory not in numbers:
             raise ValueError(f"memory is one of {', '.join(numbers)}, not {memory!r}")
         self._arguments = (os.fspath(path), memory)
-        self._core = _core.Database(self._arguments[0], numbers[memory])
+        self._core = _core.Database(name_of(path), numbers[memory])
         self._molecules: MoleculeFile | None = None
         self._is_searched = False
 
@@ -77,12 +75,15 @@ class Database:
     def __getitem__(self, index: int) -> Fingerprint:
         return self._core[index]
 
+    def __iter__(self) -> Iterator[Fingerprint]:
+        return map(self._core.__getitem__, range(len(self)))
+
     def __repr__(self) -> str:
         return f"<korvex.Database {self.path!r}, {len(self)} records, {self.memory}>"
 
     @property
     def path(self) -> str:
-        return self._core.path
+        return os.fsdecode(self._core.path)
 
     @property
     def memory(self) -> str:
@@ -94,9 +95,18 @@ class Database:
         return self._core.type
 
     def _queries(self, query: Any) -> list[Fingerprint]:
+        def made(one: Any) -> Fingerprint:
+            return one if isinstance(one, Fingerprint) else _core.make_one(one, self.type)
+
         if isinstance(query, Fingerprint) or is_one(query):
-            query = [query]
-        return [q if isinstance(q, Fingerprint) else fingerprint(q, self.type) for q in query]
+            return [made(query)]
+        queries = []
+        for one in query:
+            try:
+                queries.append(made(one))
+            except (Error, TypeError) as error:
+                raise error.__class__(f"query {len(queries)}: {error}") from None
+        return queries
 
     def search(self, query: Any, k: int = 10, cutoff: float | None = None,
                measure: str = "tanimoto", alpha: float = 0.95, beta: float = 0.05,
@@ -107,13 +117,16 @@ class Database:
         cutoff: only scores above it, or below it if not `descending`.
         Returns Hits with the fields query (its number), index (of the record) and score.
         """
-        return Hits(self._core.search(self._queries(query), k, cutoff, measure, alpha, beta,
-                                      descending, threads), self)
+        return Hits(self._core.search(self._queries(query), count_of("k", k), cutoff, measure,
+                                      alpha, beta, descending, count_of("threads", threads)), self)
 
     def scores(self, query: Any, measure: str = "tanimoto", alpha: float = 0.95,
                beta: float = 0.05) -> NDArray[np.float64]:
         """The scores of all records for one query, in their order: an array of float64."""
-        return self._core.scores(self._queries(query)[0], measure, alpha, beta)
+        queries = self._queries(query)
+        if len(queries) != 1:
+            raise ValueError(f"{len(queries)} queries; scores() takes one")
+        return self._core.scores(queries[0], measure, alpha, beta)
 
     def neighbors(self, k: int = 10, cutoff: float | None = None, measure: str = "tanimoto",
                   alpha: float = 0.95, beta: float = 0.05, progress: Progress = None) -> Hits:
@@ -125,7 +138,8 @@ class Database:
         number of records. Ctrl-C ends it.
         """
         with shown(progress, "pairs") as show:
-            return Hits(self._core.neighbors(k, cutoff, measure, alpha, beta, show), self)
+            return Hits(self._core.neighbors(count_of("k", k), cutoff, measure, alpha, beta,
+                                             show), self)
 
     def histogram(self, bins: int = 20, measure: str = "tanimoto", alpha: float = 0.95,
                   beta: float = 0.05, threads: int = 0, progress: Progress = None
@@ -133,7 +147,8 @@ class Database:
         """How the scores of all pairs of records are distributed: (counts, edges), as of
         numpy.histogram. Time and progress are as of neighbors()."""
         with shown(progress, "pairs") as show:
-            return self._core.histogram(bins, measure, alpha, beta, threads, show)
+            return self._core.histogram(count_of("bins", bins, 1), measure, alpha, beta,
+                                        count_of("threads", threads), show)
 
     def variogram(
             self, values: Iterable[float], bins: int = 20, measure: str = "tanimoto",
@@ -142,23 +157,24 @@ class Database:
         """The semivariance of `values`, one for each record, by the distance of the records, 1 less
         their score: (semivariances, counts, edges). Time and progress are as of neighbors()."""
         with shown(progress, "pairs") as show:
-            return self._core.variogram([float(v) for v in values], bins, measure, show)
+            return self._core.variogram([float(v) for v in values], count_of("bins", bins, 1),
+                                        measure, show)
 
     def _open_molecules(self) -> MoleculeFile | None:
         if self._is_searched:
             return self._molecules
-        self._is_searched = True
-        name = self._core.molecule_file
+        name = os.fsdecode(self._core.molecule_file)
         folder = os.path.dirname(self.path)
         for path in (name, os.path.join(folder, name),
                      os.path.join(folder, os.path.basename(name))):
             if os.path.isfile(path):
                 molecules = read(path)
                 if len(molecules) == len(self):
-                    self._molecules = molecules
+                    self._molecules, self._is_searched = molecules, True
                     return molecules
         warnings.warn(f"the molecule file {name!r} isn't there, or has changed; titles and SMILES "
                       "are empty", KorvexWarning, stacklevel=3)
+        self._is_searched = True
         return None
 
     def title(self, index: int) -> str:
@@ -189,17 +205,18 @@ def read(path: Path, format: str = "", smiles_column: str = "",
     format: such as "csv", where the name doesn't say it. The columns are those of a table; by
     default SMILES and name.
     """
-    return MoleculeFile(os.fspath(path), format, smiles_column, title_column)
+    return MoleculeFile(name_of(path), format, smiles_column, title_column)
 
 
 def _line(mol: Mol) -> str:
-    """A line for a molecule, also for a text that is empty or has line feeds."""
-    title = ""
+    """A line for a molecule, also for a text that is empty or has line feeds, and for one that
+    can't be read."""
     if not isinstance(mol, str):
-        mol = _core.Molecule(mol)
-        title = " ".join(mol.title.split())
-        mol = mol.smiles
-    return f"{mol if mol.split() == [mol] else '?'} {title}\n"
+        try:
+            mol = _core.Molecule(mol).smiles
+        except Error:
+            return "?\n"
+    return f"{mol.encode(errors='replace').decode() if mol.split() == [mol] else '?'}\n"
 
 
 _partial_files = itertools.count()
@@ -222,7 +239,9 @@ def create(molecules: Path | MoleculeFile | Iterable[Mol], out: Path, type: str 
     else:
         name = "-"
         molecules = MoleculeFile.of_lines("".join(map(_line, molecules)))
-    target = os.path.realpath(out)
+    target = os.path.realpath(os.fsdecode(out))
+    if not os.path.isdir(os.path.dirname(target)):
+        raise Error(f"{target} can't be written: there is no such folder")
     if os.path.exists(target) and not os.path.isfile(target):
         raise Error(f"{target} can't be written: it is no regular file")
     partial = os.path.join(
@@ -230,7 +249,8 @@ def create(molecules: Path | MoleculeFile | Iterable[Mol], out: Path, type: str 
         f".part{os.getpid()}-{next(_partial_files)}{os.path.splitext(target)[1]}")
     try:
         with shown(progress, "molecules") as show:
-            _core.create(partial, molecules, name, type_of(type), threads, show)
+            _core.create(name_of(partial), molecules, os.fsencode(name), type_of(type),
+                         count_of("threads", threads), show)
         if os.path.exists(target):
             shutil.copymode(target, partial)
         os.replace(partial, target)

@@ -8,7 +8,7 @@ import numpy as np
 
 from . import _core
 from ._core import Fingerprint, MoleculeFile, Type
-from ._molecule import is_one
+from ._molecule import count_of, is_one
 
 
 def type_of(kind_or_type: str | Type) -> Type:
@@ -35,7 +35,7 @@ def fingerprint(mols: Any, type: str | Type = "path", threads: int = 0,
         return _core.make_one(mols, chosen)
     if not isinstance(mols, MoleculeFile):
         mols = list(mols)
-    made, mask = _core.make_many(mols, chosen, threads)
+    made, mask = _core.make_many(mols, chosen, count_of("threads", threads))
     return (made, mask) if return_mask else made
 
 

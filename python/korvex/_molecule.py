@@ -2,12 +2,31 @@
 
 from __future__ import annotations
 
+import operator
+import os
 import sys
-from typing import Any
+from typing import Any, Union
 
 from ._core import Molecule
 
+Path = Union[str, "os.PathLike[str]"]
 Mol = Any  # a SMILES string, a Molecule or an RDKit molecule
+
+
+def count_of(name: str, value: int, least: int = 0) -> int:
+    """An argument that counts something, or is a size."""
+    number = operator.index(value)
+    if not least <= number < 2**32:
+        raise ValueError(f"{name} is {number}; it is within {least} and {2**32 - 1}")
+    return number
+
+
+def name_of(path: Path) -> bytes:
+    """The name of a file, as the system has it."""
+    name = os.fsencode(path)
+    if b"\0" in name:
+        raise ValueError(f"the name of a file has no NUL: {name!r}")
+    return name
 
 
 def is_one(mols: Any) -> bool:

@@ -13,9 +13,10 @@ Progress = Union[None, bool, Callback]
 
 def _is_seen() -> bool:
     """Whether standard error is a terminal, or the output of a notebook's cell."""
-    if sys.stderr is None:
+    try:
+        return sys.stderr.isatty() or "ipykernel" in type(sys.stderr).__module__
+    except (AttributeError, ValueError):  # there is none, or it is closed
         return False
-    return sys.stderr.isatty() or "ipykernel" in type(sys.stderr).__module__
 
 
 @contextmanager
@@ -24,13 +25,16 @@ def shown(progress: Progress, what: str) -> Iterator[Optional[Callback]]:
     if callable(progress):
         yield progress
         return
-    if progress is False or (progress is None and not _is_seen()):
+    if not (_is_seen() if progress is None else progress) or sys.stderr is None:
         yield None
         return
     start = time.monotonic()
     width = 30
+    is_drawn = False
 
     def draw(count: int, total: int) -> None:
+        nonlocal is_drawn
+        is_drawn = True
         rate = count / max(time.monotonic() - start, 1e-9)
         if total == 0 or count == 0:
             text = f"{count} {what}"
@@ -44,4 +48,5 @@ def shown(progress: Progress, what: str) -> Iterator[Optional[Callback]]:
     try:
         yield draw
     finally:
-        sys.stderr.write("\n")
+        if is_drawn:
+            sys.stderr.write("\n")

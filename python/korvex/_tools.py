@@ -7,7 +7,7 @@ from typing import Any, Sequence
 from . import _core
 from ._core import Type, Vsepr
 from ._fingerprint import type_of
-from ._molecule import Mol
+from ._molecule import Mol, count_of
 
 
 class Drawing(str):
@@ -24,8 +24,9 @@ def draw(mol: Mol, atoms: Sequence[int] = (), weights: Sequence[float] = (), wid
     atoms: indices of highlighted atoms. weights: a number for each atom, which shades it: positive
     ones green, negative ones purple. width, height: pixels, 0 for the natural size.
     """
-    return Drawing(_core.draw(mol, list(atoms), [], [float(w) for w in weights], width, height,
-                              title))
+    return Drawing(_core.draw(mol, [count_of("an atom", a) for a in atoms],
+                              [float(w) for w in weights], count_of("width", width),
+                              count_of("height", height), title))
 
 
 class Explanation:
@@ -78,8 +79,9 @@ def canonical_smiles(mol: Mol) -> str:
 def vsepr(mol: Mol, max_length: int = 8, min_length: int = 0, force_paths_out: bool = True,
           weight_by_length: bool = True, stereo_aware: bool = True) -> Vsepr:
     """The VSEPR fingerprint of a molecule: a Vsepr, with `.tanimoto(other)` and `.paths()`."""
-    return _core.vsepr(mol, max_length, min_length, force_paths_out, weight_by_length,
-                       stereo_aware)
+    return _core.vsepr(mol, count_of("max_length", max_length),
+                       count_of("min_length", min_length), force_paths_out,
+                       weight_by_length, stereo_aware)
 
 
 class Smarts:
@@ -105,4 +107,5 @@ class Smarts:
     def matches(self, mol: Mol, unique: bool = True,
                 limit: int = 1000000) -> list[tuple[int, ...]]:
         """The atoms of each match, in the pattern's order: a list of tuples of indices."""
-        return [tuple(atoms) for atoms in self._pattern.match(mol, unique, limit)]
+        return [tuple(atoms) for atoms in self._pattern.match(
+            mol, unique, count_of("limit", limit))]

@@ -40,13 +40,15 @@ def test_one_molecule():
     lingo = korvex.fingerprint("CCO", "lingo")
     assert lingo.text == "CCO" and lingo.type.is_text
     for value in (fp, lingo, fp.type):
-        assert pickle.loads(pickle.dumps(value)) == value == copy.deepcopy(value)
+        for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+            assert pickle.loads(pickle.dumps(value, protocol)) == value == copy.deepcopy(value)
+        assert value != 1 and value is not None and value in (None, value)
         assert hash(copy.copy(value)) == hash(value)
 
 
 @pytest.mark.parametrize("kind", ["path", "circular", "tree", "maccs166", "lingo", "uhcircular"])
 def test_many_molecules_on_any_number_of_threads(kind):
-    bad = SMILES[:70] + ["C1CC", "nonsense"] + SMILES[70:]
+    bad = SMILES[:70] + ["C1CC", "\ud800"] + SMILES[70:]
     with warnings.catch_warnings(record=True) as caught:
         warnings.simplefilter("always")
         made, mask = korvex.fingerprint(bad, kind, threads=2, return_mask=True)
@@ -118,6 +120,21 @@ def test_databases_are_opened_again_elsewhere(database):
         thread.start()
     for thread in threads:
         thread.join()
+
+
+def test_messages_are_of_the_call(database, tmp_path):
+    def create():
+        for _ in range(30):
+            korvex.create(["CCO", "C1CC"] * 50, tmp_path / "bad.fpbin", threads=2)
+
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        thread = threading.Thread(target=create)
+        thread.start()
+        while thread.is_alive():
+            database.histogram()  # raises what is reported
+        thread.join()
+    assert len(caught) == 30
 
 
 def test_long_calls_show_progress_and_stop(database, tmp_path):
@@ -192,6 +209,17 @@ def test_bad_arguments(database, tmp_path):
             (lambda: database.search(korvex.fingerprint("CCO", "tree")), ValueError, "query's type"),
             (lambda: database.search("CCO", measure="best"), ValueError, "tanimoto, cosine"),
             (lambda: database.search("CCO", alpha=2), ValueError, "within 0 and 1"),
+            (lambda: korvex.tversky(database[0], database[1], math.nan), ValueError, "within 0 and 1"),
+            (lambda: korvex.explain("C", "C", alpha=-1), ValueError, "within 0 and 1"),
+            (lambda: database.search(["CCO", "C1CC"], k=-1), korvex.Error, "query 1: .*ring closure 1"),
+            (lambda: database.search(["CCO"], k=-1), ValueError, "k is -1; it is within 0 and 4294967295"),
+            (lambda: database.neighbors(cutoff=math.nan), ValueError, "cutoff is not a number"),
+            (lambda: database.scores(["CCO", "CCN"]), ValueError, "2 queries; scores"),
+            (lambda: database.histogram(bins=0), ValueError, "bins is 0; it is within 1"),
+            (lambda: korvex.draw("CCO", atoms=[3]), IndexError, "atom 3 of 3"),
+            (lambda: korvex.draw("CCO", weights=[1]), ValueError, "1 weights for 3 atoms"),
+            (lambda: korvex.open(database.path + "\0"), ValueError, "no NUL"),
+            (lambda: korvex.create(SMILES, tmp_path / "no/a.fpbin"), korvex.Error, "no/a.fpbin .* no such folder"),
             (lambda: database.variogram([1.0, 2.0]), korvex.Error, "2 values for 160"),
             (lambda: korvex.Fingerprint.from_numpy(np.zeros(3, np.uint64), korvex.type("path")),
              ValueError, "64 words"),
@@ -205,11 +233,26 @@ def test_bad_arguments(database, tmp_path):
     assert on_gpu.memory == "cuda" or "no CUDA-enabled device" in str(caught[0].message)
 
 
-def test_nothing_is_printed():
+def test_nothing_is_printed(tmp_path):
     code = "import korvex; korvex.fingerprint(['C1CC', 'CCO'])\n" \
            "try: korvex.open('/no/such')\nexcept korvex.Error: pass"
-    run = subprocess.run([sys.executable, "-W", "ignore", "-c", code], capture_output=True)
-    assert (run.returncode, run.stdout, run.stderr) == (0, b"", b"")
+    at_exit = "import korvex, sys, threading, time\nsys.stderr.close()\n" \
+              "def work():\n  while True: korvex.fingerprint(['c1ccccc1CCO'] * 20000)\n" \
+              f"database = korvex.create(['CCO', 'CCN'] * 40000, {str(tmp_path / 'a.fpbin')!r})\n" \
+              "for target in (work, database.histogram):\n" \
+              "  threading.Thread(target=target, daemon=True).start()\ntime.sleep(0.3)"
+    for script in (code, at_exit):
+        run = subprocess.run([sys.executable, "-W", "ignore", "-c", script], capture_output=True)
+        assert (run.returncode, run.stdout, run.stderr) == (0, b"", b"")
+
+
+def test_names_and_titles_that_are_no_utf8(tmp_path):
+    path = os.path.join(os.fsencode(tmp_path), b"\xe9.smi")
+    with open(path, "wb") as file:
+        file.write(b"CCO caf\xe9\n\xe9 b\n")
+    with pytest.warns(korvex.KorvexWarning, match='record 2 of .*\ufffd.smi: SMILES'):
+        database = korvex.create(os.fsdecode(path), tmp_path / "a.fpbin")
+    assert korvex.read(path)[0].title == database.title(0) == "caf\ufffd"
 
 
 def test_molecules_of_files(tmp_path):
@@ -254,9 +297,12 @@ def test_rdkit_molecules(database, monkeypatch):
     # The record isn't taken, but atoms and bonds one by one: edited, not sanitized, a query.
     stale = Chem.MolFromSmiles("CCO")
     stale.GetAtomWithIdx(0).SetAtomicNum(7)
+    added, joined = (Chem.RWMol(Chem.MolFromSmiles(s)) for s in ("c1ccccc1", "C1CCCO1"))
+    added.AddBond(added.AddAtom(Chem.Atom(9)), 0, Chem.BondType.SINGLE)
+    joined.GetBondWithIdx(1).SetBondType(Chem.BondType.AROMATIC)
     edited = Chem.RWMol(Chem.MolFromSmiles("C[C@H](N)O"))
     edited.AddBond(edited.AddAtom(Chem.Atom(9)), 0, Chem.BondType.SINGLE)
-    mols += [stale, edited, Chem.MolFromSmiles("C[C@H](F)/C=C/c1ccccc1", sanitize=False),
+    mols += [stale, added, joined, edited, Chem.MolFromSmiles("C[C@H](F)/C=C/c1ccccc1", sanitize=False),
              Chem.MolFromSmiles("C[C@H](C)C", sanitize=False), Chem.MolFromSmarts("[#6]-[#8]")]
     for mol in mols:
         text = Chem.MolToSmiles(mol)
@@ -268,6 +314,12 @@ def test_rdkit_molecules(database, monkeypatch):
     assert korvex.Molecule(mols[1]).num_atoms == 13
     with pytest.warns(korvex.KorvexWarning, match="1 of 2 .*\nmolecule 1: bond 0 has no order"):
         korvex.fingerprint(["C", Chem.MolFromSmarts("C~C")])
+    broken = Chem.RWMol(mols[0])
+    broken.GetBondWithIdx(0).SetBondType(Chem.BondType.OTHER)
+    mapped = Chem.RWMol(stale)
+    mapped.GetAtomWithIdx(0).SetAtomMapNum(-5)
+    with pytest.warns(korvex.KorvexWarning, match="2 of 3 molecules have"):
+        korvex.fingerprint([broken, mapped, "C"])
     with pytest.raises(korvex.Error, match="atom 0 is aromatic"):
         korvex.fingerprint(Chem.MolFromSmiles("cC", sanitize=False))
 
