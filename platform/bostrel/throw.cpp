@@ -1,5 +1,7 @@
 #include "contract/bostrel/throw.h"
 
+#include <pthread.h>
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -17,15 +19,25 @@ bool WriteToStandardError(ZQErrorLevel level, const std::string& message) {
 
 // Constant-initialised or leaked: reports may come from destructors of other static objects.
 std::atomic<ZQErrorLevel> threshold{ZQErrorLevel::Info};
+thread_local bool insideSink = false;
 std::mutex& SinkMutex() {
-  static auto* mutex = new std::mutex;
+  static auto* mutex = [] {
+    // A process that is forked while another thread reports has it unlocked.
+    const auto unlock = [] {
+      if (!insideSink) SinkMutex().unlock();
+    };
+    const auto lock = [] {
+      if (!insideSink) SinkMutex().lock();
+    };
+    pthread_atfork(lock, unlock, unlock);
+    return new std::mutex;
+  }();
   return *mutex;
 }
 ZQErrorSink& Sink() {
   static auto* sink = new ZQErrorSink;
   return *sink;
 }
-thread_local bool insideSink = false;
 thread_local void* contextOfThread = nullptr;
 
 __attribute__((format(printf, 1, 0))) std::string Format(const char* format, std::va_list args) {

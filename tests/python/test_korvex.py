@@ -171,6 +171,7 @@ def test_a_fork_during_searches(database):
     def search():
         while not stop.is_set():
             database.search(SMILES[:50], threads=2)
+            korvex.fingerprint(["C1CC"] * 2000, threads=2)
             with pytest.raises(korvex.Error):
                 korvex.fingerprint("C1CC")
 
@@ -178,9 +179,10 @@ def test_a_fork_during_searches(database):
     for thread in threads:
         thread.start()
     try:
-        for _ in range(20):
+        for _ in range(50):
             child = os.fork()
             if child == 0:
+                signal.alarm(20)
                 try:
                     right = database.search(SMILES[1], k=1)["score"][0] == 1.0
                     korvex.fingerprint("C1CC")
