@@ -25,7 +25,7 @@ inline void ExpectQueriesEndByTheirTracer(const ZQKorvex::ZQFastFPDatabase& data
   for (const auto& query : queries) {
     SCOPED_TRACE(query.name);
     std::uint64_t numCalls = 0;
-    for (std::uint64_t last = n * n + 1; last > 0; last = numCalls / 2) {
+    for (std::uint64_t last = n * n; last > 0; last = std::min(last, numCalls) / 2) {
       std::uint64_t reached = 0;
       std::uint64_t ofAll = 0;
       numCalls = 0;
