@@ -94,24 +94,32 @@ std::string Draw(const py::object& molecule, const std::vector<unsigned int>& at
   return svg;
 }
 
-ZQVseprFingerprint MakeVsepr(const py::object& molecule, unsigned int maxLength,
-                             unsigned int minLength, bool forceOut, bool weightByLength,
-                             bool stereo) {
+/// A fingerprint, and what it was made of, so that it can be copied by pickle.
+struct Vsepr {
+  ZQVseprFingerprint fp;
+  py::tuple arguments;
+};
+
+Vsepr MakeVsepr(const py::object& molecule, unsigned int maxLength, unsigned int minLength,
+                bool forceOut, bool weightByLength, bool stereo) {
   Reports reports;
   ZQMol mol = ReadMolecule(molecule, reports);
+  Vsepr made;
+  made.arguments =
+      py::make_tuple(Molecule{mol}, maxLength, minLength, forceOut, weightByLength, stereo);
   const auto options = ZQVseprOptions()
                            .SetMaxPathLength(maxLength)
                            .SetMinPathLength(minLength)
                            .SetForcePathsOut(forceOut)
                            .SetWeightByLength(weightByLength)
                            .SetStereoAware(stereo);
-  ZQVseprFingerprint fp = Unlocked([&] { return ZQVseprFingerprint(mol, options); });
+  made.fp = Unlocked([&] { return ZQVseprFingerprint(mol, options); });
   reports.Warn();
-  return fp;
+  return made;
 }
 
-void CheckComparable(const ZQVseprFingerprint& a, const ZQVseprFingerprint& b) {
-  if (!(a.GetOptions() == b.GetOptions())) {
+void CheckComparable(const Vsepr& a, const Vsepr& b) {
+  if (!(a.fp.GetOptions() == b.fp.GetOptions())) {
     throw py::value_error("the fingerprints have paths of different lengths or routes");
   }
 }
@@ -162,26 +170,30 @@ void BindTools(py::module_& module) {
   module.def("explain", Explain);
   module.def("draw", Draw);
   module.def("vsepr", MakeVsepr);
-  py::class_<ZQVseprFingerprint>(module, "Vsepr",
-                                 "Weighted paths over the VSEPR types of a molecule's atoms.")
-      .def("__reduce_ex__", Reduce)
-      .def_property_readonly("volume", &ZQVseprFingerprint::GetVolume, "The sum of the weights.")
+  py::class_<Vsepr>(module, "Vsepr", "Weighted paths over the VSEPR types of a molecule's atoms.")
+      .def("__reduce_ex__",
+           [](const Vsepr& vsepr, int /*protocol*/) {
+             return py::make_tuple(py::module_::import("korvex").attr("vsepr"), vsepr.arguments);
+           })
+      .def_property_readonly(
+          "volume", [](const Vsepr& vsepr) { return vsepr.fp.GetVolume(); },
+          "The sum of the weights.")
       .def(
-          "paths", [](const ZQVseprFingerprint& fp) { return fp.GetPathCounts(); },
+          "paths", [](const Vsepr& vsepr) { return vsepr.fp.GetPathCounts(); },
           "A list of (key, weight), keys ascending: a byte for each atom, the first one lowest.")
       .def(
           "tanimoto",
-          [](const ZQVseprFingerprint& a, const ZQVseprFingerprint& b) {
+          [](const Vsepr& a, const Vsepr& b) {
             CheckComparable(a, b);
-            return a.GetTanimoto(b);
+            return a.fp.GetTanimoto(b.fp);
           },
           py::arg("other"), "The shared weights, divided by those that either has.")
       .def(
           "tversky",
-          [](const ZQVseprFingerprint& a, const ZQVseprFingerprint& b, double alpha, double beta) {
+          [](const Vsepr& a, const Vsepr& b, double alpha, double beta) {
             CheckComparable(a, b);
             CheckCoefficients(alpha, beta);
-            return ZQGetTversky(a, b, alpha, beta);
+            return ZQGetTversky(a.fp, b.fp, alpha, beta);
           },
           py::arg("other"), py::arg("alpha") = 0.95, py::arg("beta") = 0.05,
           "The Tversky similarity of the weights.");

@@ -141,9 +141,9 @@ def test_long_calls_show_progress_and_stop(database, tmp_path):
     many = korvex.create(SMILES * 250, tmp_path / "many.fpbin", "circular")
     out = tmp_path / "out.fpbin"
     out.write_bytes(b"old")
-    calls = [lambda progress: korvex.create(SMILES * 250, out, progress=progress),
+    calls = [lambda progress: korvex.create(SMILES * 250, out, threads=1, progress=progress),
              lambda progress: many.neighbors(k=2, progress=progress),
-             lambda progress: many.histogram(progress=progress),
+             lambda progress: many.histogram(threads=1, progress=progress),
              lambda progress: many.variogram(range(len(many)), progress=progress)]
     for call in calls:
         seen = []
@@ -165,6 +165,7 @@ def test_long_calls_show_progress_and_stop(database, tmp_path):
     assert re.search(r"\[#{30}\] 12720/12720 pairs, \d+/s, 0 s left", run.stderr)
 
 
+@pytest.mark.filterwarnings("ignore::korvex.KorvexWarning")
 def test_a_fork_during_searches(database):
     stop = threading.Event()
 
@@ -379,6 +380,9 @@ def test_other_tools():
     assert pattern.matches("OC(=O)c1ccccc1O") == [(9, 8)] and pattern.is_in("Oc1ccccc1")
     assert not pattern.is_in("CCO")
     a, b = korvex.vsepr("C[C@H](N)C(=O)O"), korvex.vsepr("C[C@@H](N)C(=O)O")
+    short = korvex.vsepr("C[C@H](N)C(=O)O", max_length=3, stereo_aware=False)
+    for fp in (a, b, short):
+        assert pickle.loads(pickle.dumps(fp)).paths() == copy.copy(fp).paths() == fp.paths()
     assert a.tanimoto(a) == 1.0 > a.tanimoto(b) > 0
     assert korvex.vsepr("C[C@H](N)C(=O)O", stereo_aware=False).tanimoto(
         korvex.vsepr("C[C@@H](N)C(=O)O", stereo_aware=False)) == 1.0
