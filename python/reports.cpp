@@ -31,7 +31,7 @@ void AwaitRunning() {
 /// On another thread than the exit's, waits for the end of the process.
 void StopIfExiting() {
   if (!isExiting || std::this_thread::get_id() == exitThread) return;
-  const py::gil_scoped_release release;
+  PyEval_SaveThread();
   for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
